@@ -1,0 +1,32 @@
+# Compiler settings that every target of the project shares.
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE RelWithDebInfo)
+endif()
+
+find_package(Threads REQUIRED)
+
+# Also on 32-bit hosts the clock and the file sizes are 64 bits wide; _GNU_SOURCE brings memmem.
+add_compile_definitions(_GNU_SOURCE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
+
+if(KECPP_DEVELOPER)
+  add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+                      -Werror)
+endif()
+if(KECPP_SANITIZE)
+  add_compile_options(-fsanitize=${KECPP_SANITIZE} -fno-omit-frame-pointer -g
+                      -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${KECPP_SANITIZE})
+else()
+  add_compile_options(-fstack-protector-strong)
+  add_link_options(-Wl,-z,relro -Wl,-z,now)
+endif()
+if(KECPP_THREAD_SAFETY_ANALYSIS)
+  add_compile_options(-Wthread-safety -Werror)
+endif()

@@ -1,0 +1,35 @@
+# The library's folders, lowest layer first. Each is compiled once as an object library; the shared
+# library and the static archive are made of the same objects.
+find_package(CURL REQUIRED)
+
+set(KECPP_LAYERS foundation xml stub/base config http stub/classes soap instance service/call
+                 datasync service/entry)
+set(KECPP_OBJECT_TARGETS)
+foreach(layer IN LISTS KECPP_LAYERS)
+  string(REPLACE "/" "_" name kecpp_${layer})
+  file(GLOB sources CONFIGURE_DEPENDS ${layer}/*.cpp)
+  if(sources)
+    add_library(${name} OBJECT ${sources})
+    target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+    list(APPEND KECPP_OBJECT_TARGETS ${name})
+  endif()
+endforeach()
+
+add_library(kecpp SHARED)
+add_library(kecpp_static STATIC)
+foreach(target kecpp kecpp_static)
+  target_link_libraries(${target} PRIVATE ${KECPP_OBJECT_TARGETS})
+  target_link_libraries(${target} PRIVATE CURL::libcurl Threads::Threads)
+  target_include_directories(${target} INTERFACE
+    $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/kecpp>)
+  set_target_properties(${target} PROPERTIES OUTPUT_NAME kecpp LINKER_LANGUAGE CXX)
+endforeach()
+
+# -z nodelete: a detached thread returns through the library's code after its last word, so the
+# code must stay mapped even when the program unloads the library.
+set_target_properties(kecpp PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 1)
+target_link_options(kecpp PRIVATE -Wl,-z,nodelete)
+if(NOT KECPP_SANITIZE)
+  target_link_options(kecpp PRIVATE -Wl,--no-undefined)
+endif()

@@ -1,0 +1,8 @@
+// SPDX-License-Identifier: MIT
+#include "foundation/KEVersion.h"
+
+namespace KELib {
+
+const char* Version() { return KECPP_VERSION; }
+
+}  // namespace KELib
