@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+//
+// A data sync watches objects of the management daemon and keeps in-memory caches true.
+//
+// A watch is set up once with SetupDataSync: it creates a property filter on the server, fills the
+// caches on the calling thread, and starts one background thread which calls "WaitForUpdates" again
+// and again and applies every update set under the caches' mutexes.
+//
+// Thread safety: every operation may be called from any thread, but from none that holds the mutex
+//   of a data cache or of a type cache: the sync thread takes the data sync's own mutex first and a
+//   cache's mutex second. Readers of the caches need no operation of the data sync but GetCache.
+// Ownership: the session owns its data sync; the data sync owns the type cache and the references
+//   that SetupDataSync returns.
+#ifndef KECPP_DATASYNC_KEDATASYNC_H
+#define KECPP_DATASYNC_KEDATASYNC_H
+
+#include "foundation/KEExport.h"
+#include "foundation/KEString.h"
+#include "foundation/KEVector.h"
+
+namespace KELib {
+class KEWaiter;
+}
+namespace KE::Stub {
+class ManagedObjectReference;
+}
+namespace KE::Instance {
+class KETypeCache;
+}
+
+namespace KE::Service {
+
+class KEMethod;
+
+// What a data sync says of itself. A plain copy; it changes no more.
+struct KECPP_API KESyncStatus {
+  bool firstFillDone = false;            // a first update set has been applied since the last stop
+  bool loopRunning = false;              // the sync thread runs
+  unsigned long long setsApplied = 0;    // update sets applied in the life of the data sync
+  unsigned int consecutiveFailures = 0;  // failed cycles since the last good one
+  KELib::KEString lastFailure;           // text of the last failed cycle; empty when none failed
+  long long lastFailureTime = 0;         // microseconds since the epoch, UTC; 0 when none failed
+  KELib::KEString version;               // the server's version of the last update set
+};
+
+class KECPP_API KEDataSync {
+ public:
+  virtual ~KEDataSync();
+
+  // Binds the data sync to its method invoker and the server's property collector. Neither is
+  // owned; both outlive the data sync.
+  virtual void Init(KEMethod* method, KE::Stub::ManagedObjectReference* propertyCollector) = 0;
+
+  // Ends every watch: stops the sync thread, lets every blocked caller and every waiter go, and
+  // empties the tables and the caches. Blocks until the thread has left. Usable again afterwards.
+  virtual void Cleanup() = 0;
+
+  // The caches, by type name. Lives as long as the data sync.
+  virtual KE::Instance::KETypeCache* GetCache() = 0;
+
+  // Watches the objects that `list` names, starting at `root` (copied). `waiter`, which may be null,
+  // is signalled when the watch's first data has arrived; it must live until it was signalled or
+  // until StopDataSync, Cleanup or this call (when it throws) returned.
+  //
+  // The first watch fills the caches before the call returns; it gives up waiting after a time-out
+  // or three failed attempts (GetStatus tells) and the sync thread goes on trying. While the thread
+  // runs already, a further watch returns before its objects are there: pass a waiter.
+  //
+  // Returns the reference that StopDataSync takes; owned by the data sync, valid until then.
+  // Throws SystemException for a list that breaks the grammar, for a null root and after a stop has
+  // begun; Exception with the server's or the transport's text when the filter cannot be created.
+  virtual KE::Stub::ManagedObjectReference* SetupDataSync(
+      KE::Stub::ManagedObjectReference* root, KELib::KEVector<KELib::KEString>& list,
+      KELib::KEWaiter* waiter) = 0;
+
+  // Ends the watch that `ref` stands for (the pointer that SetupDataSync returned, or an equal
+  // reference). An unknown reference changes nothing. A failing server is logged, not reported.
+  virtual void StopDataSync(KE::Stub::ManagedObjectReference* ref) = 0;
+
+  // Waits until the server task whose reference `response` holds (the answer of the method that
+  // started it, not consumed) has ended. True exactly when it ended in "success". Blocks without
+  // limit, but is let go by a stop, a cleanup and by three failed cycles in a row.
+  virtual bool WaitForTask(KELib::KEString& response, KELib::KEWaiter* waiter) = 0;
+
+  // Asks the sync thread to leave: sets the stop flag and cancels the wait that is out. Returns at
+  // once or, when a cancel has to be sent, after the server answered. Takes no lock.
+  virtual void RequestStop() = 0;
+
+  // Fills `status`.
+  virtual void GetStatus(KESyncStatus& status) = 0;
+
+  // Waits until an update set was applied after the `seen`th (start with 0), at most `milliseconds`
+  // (zero or less: without limit). True when one was: `seen` then holds the number of sets applied.
+  // False on time-out and at once when a stop was requested.
+  virtual bool WaitForChange(unsigned long long& seen, int milliseconds) = 0;
+};
+
+// Creates a data sync and initialises it. The caller owns it; see Init for its arguments.
+KECPP_API KEDataSync* CreateDataSync(KEMethod* method,
+                                     KE::Stub::ManagedObjectReference* propertyCollector);
+
+}  // namespace KE::Service
+
+#endif
