@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+//
+// One logged-in connection to the management daemon, with the watches that this tool needs.
+//
+// Thread safety: one thread makes, uses and destroys it; another one may read the caches while
+//   Watch runs. Nobody may use the caches once the destructor was entered.
+// Ownership: the library owns what the accessors return; it lives as long as the connection.
+#ifndef KECPP_AGENT_CONNECTION_H
+#define KECPP_AGENT_CONNECTION_H
+
+#include <kecpp.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "agent/EndOfRun.h"
+#include "agent/Options.h"
+
+namespace inventory {
+
+// The daemon cannot be reached, refuses the login or does not give its inventory.
+class ConnectionError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+class Connection {
+ public:
+  // Connects and logs in. Throws ConnectionError.
+  Connection(KE::Service::KEServiceInstManager& manager, const Options& options);
+
+  // Sets up the watches for the lists that are shown. On return the first data is in the caches;
+  // a daemon that splits its first answer may have more to come. Throws ConnectionError when the
+  // first data did not arrive.
+  void Watch(const EndOfRun& end);
+
+  KE::Service::KEDataSync& Sync() { return *sync; }
+  KE::Service::KEMethod& Method() { return *instance->GetMethod(); }
+  KE::Instance::KETypeCache& Cache() { return *sync->GetCache(); }
+
+  // True after several failed cycles in a row: the session is lost, or the daemon. `reason` is then
+  // the last failure's text.
+  bool IsLost(std::string& reason);
+
+ private:
+  void WatchSystems();
+  void WatchAuthorization(const EndOfRun& end);
+  void AwaitFirstData(const EndOfRun& end);
+
+  // Stops the instance, waits for its threads and destroys it.
+  struct InstanceFreer {
+    KE::Service::KEServiceInstManager* manager;
+    void operator()(KE::Service::KEServiceInst* inst) const { manager->FreeServiceInstance(inst); }
+  };
+
+  const Options& options;
+  // Before the instance, so that it dies after it: a waiter that was not signalled yet must live
+  // until the data sync has let go of it.
+  std::unique_ptr<KELib::KEWaiter> firstData;
+  std::unique_ptr<KE::Service::KEServiceInst, InstanceFreer> instance;
+  KE::Service::KEDataSync* sync = nullptr;
+};
+
+}  // namespace inventory
+
+#endif

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#include "agent/EndOfRun.h"
+
+#include <csignal>
+
+#include <algorithm>
+
+namespace inventory {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+volatile std::sig_atomic_t interrupted = 0;
+
+void OnSignal(int) {
+  interrupted = 1;
+}
+
+}  // namespace
+
+EndOfRun::EndOfRun(double seconds) {
+  if (seconds > 0) {
+    deadline = Clock::now() + std::chrono::milliseconds(static_cast<long long>(seconds * 1000));
+  }
+  struct sigaction action = {};
+  action.sa_handler = OnSignal;
+  action.sa_flags = SA_RESETHAND | SA_RESTART;
+  sigaction(SIGINT, &action, nullptr);
+  sigaction(SIGTERM, &action, nullptr);
+}
+
+bool EndOfRun::Interrupted() const {
+  return interrupted != 0;
+}
+
+bool EndOfRun::Ended() const {
+  return Interrupted() || (deadline && Clock::now() >= *deadline);
+}
+
+int EndOfRun::Slice(int milliseconds) const {
+  if (!deadline) return milliseconds;
+  const auto left =
+      std::chrono::duration_cast<std::chrono::milliseconds>(*deadline - Clock::now()).count();
+  return static_cast<int>(std::clamp<long long>(left, 1, milliseconds));
+}
+
+}  // namespace inventory

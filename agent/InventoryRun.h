@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+//
+// The tool's two ways to show an inventory: once, and following its changes.
+#ifndef KECPP_AGENT_INVENTORYRUN_H
+#define KECPP_AGENT_INVENTORYRUN_H
+
+#include <memory>
+
+#include "agent/Connection.h"
+#include "agent/EndOfRun.h"
+#include "agent/Inventory.h"
+#include "agent/Options.h"
+#include "agent/View.h"
+
+namespace inventory {
+
+class InventoryRun {
+ public:
+  // The arguments outlive the run.
+  InventoryRun(KE::Service::KEServiceInstManager& manager, const Options& options,
+               const EndOfRun& end);
+
+  // Connects, waits until nothing changed for the settle time and shows the inventory. A daemon
+  // that never rests is cut short, with a word on standard error. Throws ConnectionError.
+  void ShowOnce();
+
+  // Goes on after ShowOnce: shows every change until the end of the run. A lost session or daemon
+  // is told on standard error and a new connection is made, again and again if need be.
+  void Follow();
+
+ private:
+  void Connect();
+  void Settle();
+  void Read();
+  bool ReadChangedAuthorization();
+  void ShowNextChange();
+  void Reconnect(const std::string& reason);
+
+  KE::Service::KEServiceInstManager& manager;
+  const Options& options;
+  const EndOfRun& end;
+  View view;
+  std::unique_ptr<Connection> connection;
+  Inventory inventory;
+  unsigned long long seen = 0;  // update sets of this connection that `inventory` holds
+};
+
+}  // namespace inventory
+
+#endif

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+//
+// The library ends the process with status 0 when the management daemon has gone or was restarted.
+// This tool promises status 0 only for an inventory that was read, so it watches its own end.
+#ifndef KECPP_AGENT_PROCESSEND_H
+#define KECPP_AGENT_PROCESSEND_H
+
+namespace inventory {
+
+// While a guard lives, an exit that main did not order is told on standard error, and its status
+// becomes 1 unless the inventory was read. One guard a process.
+class ProcessEndGuard {
+ public:
+  ProcessEndGuard();
+  ~ProcessEndGuard();
+  ProcessEndGuard(const ProcessEndGuard&) = delete;
+  ProcessEndGuard& operator=(const ProcessEndGuard&) = delete;
+};
+
+// The inventory was read and shown. Any thread.
+void NoteInventoryRead();
+
+}  // namespace inventory
+
+#endif

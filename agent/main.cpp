@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: MIT
+//
+// kecpp-inventory: shows the inventory of a virtualization host. It uses nothing but the library's
+// installed headers and is meant to be copied from.
+#include <kecpp.h>
+
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <memory>
+
+#include "agent/Connection.h"
+#include "agent/EndOfRun.h"
+#include "agent/InventoryRun.h"
+#include "agent/Options.h"
+#include "agent/ProcessEnd.h"
+#include "agent/TaskRun.h"
+
+namespace inventory {
+namespace {
+
+// The library, from its first use to its last.
+class Library {
+ public:
+  Library() : manager(*KE::Service::GetServiceManagerInstance()) {}
+  ~Library() { KE::Service::FreeServiceManagerInstance(); }
+  Library(const Library&) = delete;
+  Library& operator=(const Library&) = delete;
+
+  KE::Service::KEServiceInstManager& manager;
+};
+
+// The library reads the configured level but leaves applying it to its user.
+void ApplyLogLevel(const Options& options) {
+  auto* logger = KELib::Logging::GetDefaultLogger();
+  KELib::KEString source(options.config.c_str());
+  std::unique_ptr<KELib::KEConfig> config(
+      KELib::CreateConfig(source, KE::Service::DEFAULT_CONFIG_CONTENT));
+  KELib::KEString level;
+  if (config && config->FindParentConfigKey("LogInfo") && config->GetConfigValue("level", level)) {
+    logger->SetLevelByName(level.Cstr());
+  }
+  if (!options.logLevel.empty()) logger->SetLevelByName(options.logLevel.c_str());
+}
+
+int ReportTask(KE::Service::KEServiceInstManager& manager, const Options& options,
+               const EndOfRun& end) {
+  Connection connection(manager, options);
+  const bool success = RunTask(connection, *options.task, end);
+  std::cout << options.task->method << (success ? ": success" : ": no success") << std::endl;
+  return success ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+int Run(const Options& options) {
+  Library library;
+  ApplyLogLevel(options);
+  const EndOfRun end(options.duration);
+  if (options.task) return ReportTask(library.manager, options, end);
+  InventoryRun run(library.manager, options, end);
+  run.ShowOnce();
+  if (options.follow) run.Follow();
+  return EXIT_SUCCESS;
+}
+
+int RunGuarded(const Options& options) {
+  ProcessEndGuard guard;
+  try {
+    return Run(options);
+  } catch (const KELib::Throwable& error) {
+    std::cerr << "kecpp-inventory: " << error.What() << '\n';
+  } catch (const std::exception& error) {
+    std::cerr << "kecpp-inventory: " << error.what() << '\n';
+  }
+  return EXIT_FAILURE;
+}
+
+}  // namespace
+}  // namespace inventory
+
+int main(int argc, char** argv) {
+  inventory::Options options;
+  if (auto status = inventory::ParseOptions(argc, argv, options)) return *status;
+  return inventory::RunGuarded(options);
+}

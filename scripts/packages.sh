@@ -1,0 +1,29 @@
+# SPDX-License-Identifier: MIT
+# shellcheck shell=sh disable=SC2034
+#
+# To be sourced. What the project needs from Debian, and a function that sees to it.
+
+BUILD_PACKAGES="g++ cmake ninja-build pkg-config libcurl4-openssl-dev libssl-dev libcli11-dev
+  nlohmann-json3-dev libcpp-httplib-dev libpugixml-dev libgtest-dev libgmock-dev"
+ANALYSIS_PACKAGES="clang"
+
+is_installed() {
+  dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q 'ok installed'
+}
+
+# require_packages NAME...: installs the packages that are missing. Without root it names them in
+# one line and ends the script.
+require_packages() {
+  missing=
+  for package in "$@"; do
+    is_installed "$package" || missing="$missing $package"
+  done
+  [ -n "$missing" ] || return 0
+  if [ "$(id -u)" -ne 0 ]; then
+    echo "Debian packages are missing. As root: apt-get install$missing" >&2
+    exit 1
+  fi
+  # shellcheck disable=SC2086 # a list of names
+  { apt-get update -q && DEBIAN_FRONTEND=noninteractive apt-get install -y -q \
+      --no-install-recommends $missing; } >&2
+}

@@ -1,0 +1,67 @@
+# SPDX-License-Identifier: MIT
+# shellcheck shell=sh
+#
+# To be sourced. Runs a simulated management daemon for as long as the script lives.
+
+# start_simulator PROGRAM ARGUMENT...: starts it on a free port of loopback and waits until it
+# listens. Sets $config, a configuration file for it. Its files are in a temporary folder, which
+# goes with the script.
+start_simulator() {
+  program=$1
+  shift
+  simulator_folder=$(mktemp -d)
+  trap stop_simulator EXIT
+  trap 'exit 1' INT TERM
+  "$program" --listen-port 0 --ticket-dir "$simulator_folder" "$@" \
+    > "$simulator_folder/output" 2>&1 &
+  simulator=$!
+  await_simulator
+  config=$simulator_folder/config.xml
+  write_config "$url" > "$config"
+}
+
+stop_simulator() {
+  kill "$simulator" 2>/dev/null || true
+  wait "$simulator" 2>/dev/null || true
+  rm -rf "$simulator_folder"
+}
+
+# Sets $url from the line that the simulator prints when it listens; gives up after ten seconds.
+await_simulator() {
+  tries=100
+  until url=$(sed -n 's/^listening on //p' "$simulator_folder/output") && [ -n "$url" ]; do
+    tries=$((tries - 1))
+    if [ "$tries" -eq 0 ] || ! kill -0 "$simulator" 2>/dev/null; then
+      cat "$simulator_folder/output" >&2
+      echo "the simulated daemon did not start" >&2
+      exit 1
+    fi
+    sleep 0.1
+  done
+}
+
+write_config() {
+  cat <<END
+<?xml version="1.0" encoding="UTF-8"?>
+<Config>
+   <SSLInfo>
+      <certFile/>
+      <passPhrase/>
+      <keyFile/>
+      <CACertFile/>
+   </SSLInfo>
+   <ConnectionInfo>
+      <url>$1</url>
+      <timeout>60</timeout>
+   </ConnectionInfo>
+   <LoginInfo>
+      <localTicket>true</localTicket>
+      <userName>root</userName>
+      <password></password>
+   </LoginInfo>
+   <LogInfo>
+      <level>error</level>
+   </LogInfo>
+</Config>
+END
+}
