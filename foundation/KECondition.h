@@ -27,8 +27,8 @@ class KECPP_API KECondition {
   virtual ~KECondition();
 
   // Gives `mutex`, which the caller holds, up until a signal or, for a positive `milliseconds`,
-  // until that time has passed (above 2147483 the product wraps), then takes it back. Always 0, also
-  // after a spurious wake-up or a failure, which is logged: test the awaited state afterwards.
+  // until that time has passed (above 2147483 the product wraps), then takes it back. Always 0,
+  // also after a spurious wake-up or a failure, which is logged: test the awaited state afterwards.
   // Throws SystemException when the clock fails.
   virtual int Wait(KEMutex* mutex, int milliseconds) = 0;
 

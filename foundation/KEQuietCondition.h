@@ -22,9 +22,9 @@ class KECPP_API KEQuietCondition {
   KEQuietCondition& operator=(const KEQuietCondition&) = delete;
   ~KEQuietCondition();
 
-  // Gives `mutex`, which the caller holds, up until a wake-up or until `milliseconds` have passed on
-  // the monotonic clock (below 0: without limit), then takes it back. False when the time was over,
-  // true otherwise, also for a spurious wake-up: test the awaited state in a loop.
+  // Gives `mutex`, which the caller holds, up until a wake-up or until `milliseconds` have passed
+  // on the monotonic clock (below 0: without limit), then takes it back. False when the time was
+  // over, true otherwise, also for a spurious wake-up: test the awaited state in a loop.
   bool Wait(KEMutex& mutex, long long milliseconds) KECPP_REQUIRES(mutex);
 
   // Wake one waiting thread, or all of them.

@@ -71,8 +71,7 @@ class CapturedLog {
 
 // The symbols are named apart from the functions, since a fortified <syslog.h> has inline bodies
 // for the same names. "used" keeps them although nothing in this source calls them.
-#define CAPTURED_LOG_SYMBOL(name) \
-  asm(name) __attribute__((used, visibility("default")))
+#define CAPTURED_LOG_SYMBOL(name) asm(name) __attribute__((used, visibility("default")))
 
 extern "C" {
 void CapturedSyslog(int priority, const char* format, ...) CAPTURED_LOG_SYMBOL("syslog");
