@@ -1,0 +1,391 @@
+// SPDX-License-Identifier: MIT
+#include "datasync/KEDataSyncImpl.h"
+
+#include <chrono>
+
+#include "datasync/DataSyncConstants.h"
+#include "datasync/FilterSpec.h"
+#include "datasync/PropertyList.h"
+#include "datasync/RoleMemory.h"
+#include "datasync/SyncState.h"
+#include "foundation/KEException.h"
+#include "foundation/KEMutexGuard.h"
+#include "foundation/Logger.h"
+#include "http/HandleWait.h"
+#include "instance/CacheConversion.h"
+#include "instance/KECacheGuard.h"
+#include "service/call/KEMethodImpl.h"
+#include "service/call/ServiceConstants.h"
+#include "stub/classes/ClassNames.h"
+#include "xml/KEXmlBuffer.h"
+#include "xml/KEXmlReader.h"
+
+namespace KE::Service {
+
+namespace {
+
+using KE::Stub::ManagedObjectReference;
+using KELib::KEMutexGuard;
+using KELib::KEString;
+using KELib::KEVector;
+using KELib::Logging::Log;
+using KELib::Logging::LOG_LEVEL_VERBOSE;
+
+// How long a library's own call waits for a free connection.
+constexpr int kHandleWaitMs = 2000;
+
+[[noreturn]] void LogAndThrow(const char* text) {
+  Log(nullptr, LOG_LEVEL_VERBOSE, "%s", text);
+  throw KELib::SystemException(text);
+}
+
+[[noreturn]] void ThrowCopy(const KELib::Exception& e) {
+  KEString text(e.What());
+  throw KELib::Exception(text.Str(), text.Length());
+}
+
+void CopyNames(const PropertyList& sections, const std::vector<unsigned int>& from,
+               KEVector<KEString>& to) {
+  for (unsigned int index : from) to.Add(sections.At(index));
+}
+
+std::unique_ptr<WaiterHolder> HolderOf(KELib::KEWaiter* waiter) {
+  if (waiter == nullptr) return nullptr;
+  auto holder = std::make_unique<WaiterHolder>();
+  holder->waiter = waiter;
+  return holder;
+}
+
+}  // namespace
+
+KEDataSync::~KEDataSync() = default;
+
+KEDataSync* CreateDataSync(KEMethod* method, ManagedObjectReference* propertyCollector) {
+  auto dataSync = std::make_unique<KEDataSyncImpl>();
+  dataSync->Init(method, propertyCollector);
+  return dataSync.release();
+}
+
+KEDataSyncImpl::KEDataSyncImpl()
+    : mutex(std::make_unique<KELib::KEMutex>()),
+      state(std::make_unique<SyncState>()),
+      methodRun(std::make_unique<KELib::KEMutex>()),
+      roles(std::make_unique<RoleMemory>()) {}
+
+KEDataSyncImpl::~KEDataSyncImpl() {
+  while (!End()) {
+    // A thread is still inside: it would use what is destroyed here.
+  }
+  if (filters != nullptr) ForgetEverythingNoLock();
+}
+
+void KEDataSyncImpl::Init(KEMethod* invoker, ManagedObjectReference* collector) {
+  KEMutexGuard guard(mutex.get());
+  typeCache = std::make_unique<KE::Instance::KETypeCache>();
+  filters = std::make_unique<Filters>(KELib::HASH_CAP, KELib::HASH_FILLRATIO);
+  methodInfos = std::make_unique<MethodInfos>(KELib::HASH_CAP, KELib::HASH_FILLRATIO);
+  method = invoker;
+  propertyCollector = collector;
+  KEString taskType(KE::Stub::TaskInfoClass);
+  typeCache->CreateDataCache(taskType);
+}
+
+KE::Instance::KETypeCache* KEDataSyncImpl::GetCache() { return typeCache.get(); }
+
+void KEDataSyncImpl::GetStatus(KESyncStatus& status) { state->GetStatus(status); }
+
+bool KEDataSyncImpl::WaitForChange(unsigned long long& seen, int milliseconds) {
+  SyncState::CallScope scope(*state);
+  return state->WaitForChange(seen, milliseconds, stopRequested);
+}
+
+// --- stopping --------------------------------------------------------------------------------------
+
+void KEDataSyncImpl::RequestStop() {
+  stopRequested = true;
+  state->AnnounceStop();
+  if (state->waitOut) SendCancel();
+}
+
+// Sent on the way out: a server that does not answer must not hold the stop up.
+void KEDataSyncImpl::SendCancel() {
+  constexpr int kCancelLimitMs = 500;
+  const KELib::Http::HandleWait limits(kCancelLimitMs, nullptr, kCancelLimitMs);
+  RestartDataSync();
+}
+
+bool KEDataSyncImpl::End() {
+  using Clock = std::chrono::steady_clock;
+  constexpr int kStepMs = 100;
+  const auto begin = Clock::now();
+  const auto interruptAt = begin + std::chrono::seconds(1);
+  const auto giveUpAt = begin + std::chrono::seconds(75);
+  state->RefuseEntries();
+  RequestStop();
+  bool interrupted = false;
+  bool left = state->WaitUntilLeft(kStepMs);
+  while (!left && Clock::now() < giveUpAt) {
+    if (Clock::now() >= interruptAt) {
+      // The cancel did not help, or could not be sent: the peer does not answer.
+      InterruptTransfers(true);
+      interrupted = true;
+    } else if (state->waitOut) {
+      SendCancel();  // an earlier one may have overtaken the wait that it was for
+    }
+    left = state->WaitUntilLeft(kStepMs);
+  }
+  if (interrupted) InterruptTransfers(false);
+  if (!left) {
+    Log(nullptr, KELib::Logging::LOG_LEVEL_ERROR,
+        "Data sync could not be stopped: a thread is still inside.");
+  }
+  return left;
+}
+
+void KEDataSyncImpl::InterruptTransfers(bool interrupt) {
+  auto* invoker = dynamic_cast<KEMethodImpl*>(method);
+  if (invoker == nullptr) return;
+  if (interrupt) {
+    invoker->Interrupt();
+  } else {
+    invoker->Resume();
+  }
+}
+
+void KEDataSyncImpl::Cleanup() {
+  if (!End()) return;  // said in the log; clearing would pull the tables from under the thread
+  {
+    KEMutexGuard guard(mutex.get());
+    ForgetEverythingNoLock();
+  }
+  state->AcceptEntries();
+}
+
+void KEDataSyncImpl::ForgetEverythingNoLock() {
+  for (auto it = filters->Begin(); !it.End(); ++it) {
+    if (it->value != nullptr) ReleaseWaiterNoLock(it->value->waiter);
+  }
+  for (auto it = methodInfos->Begin(); !it.End(); ++it) {
+    if (it->value != nullptr) ReleaseWaiterNoLock(it->value->waiter);
+  }
+  filters->Clear();
+  methodInfos->Clear();
+  roles->Clear();
+  typeCache->Clear();
+  version.Clear();
+  state->NoteStopped();
+}
+
+// After a stop the server has forgotten the filters, and what the caches hold is of an older login.
+void KEDataSyncImpl::ReviveAfterStop() {
+  while (stopRequested) {
+    if (!state->WaitUntilIdle()) throw KELib::SystemException("The data sync is being stopped.");
+    KEMutexGuard guard(mutex.get());
+    if (!stopRequested || state->GetPhase() != SyncState::Phase::idle) continue;
+    ForgetEverythingNoLock();
+    started = false;
+    initialCycleDone = false;
+    failuresInARow = 0;
+    stopRequested = false;
+  }
+}
+
+// --- the filter's request ----------------------------------------------------------------------------
+
+void KEDataSyncImpl::CreatePropertySet(KEVector<KEString>& list, KELib::Xml::KEXmlBuffer& xml) {
+  KE::Service::CreatePropertySet(list, xml);
+}
+
+void KEDataSyncImpl::CreateSelectSet(KEVector<KEString>& list, KELib::Xml::KEXmlBuffer& xml) {
+  KE::Service::CreateSelectSet(list, xml);
+}
+
+void KEDataSyncImpl::CreateObjectSet(ManagedObjectReference* root, KEVector<KEString>& list,
+                                     KELib::Xml::KEXmlBuffer& xml) {
+  KE::Service::CreateObjectSet(root, list, xml);
+}
+
+void KEDataSyncImpl::CreateFilterSpec(ManagedObjectReference* root, KEVector<KEString>& list,
+                                      KELib::Xml::KEXmlBuffer& xml) {
+  KE::Service::CreateFilterSpec(root, list, xml);
+}
+
+void KEDataSyncImpl::WriteCreateFilter(ManagedObjectReference* root, KEVector<KEString>& list,
+                                       KELib::Xml::KEXmlBuffer& body) {
+  body.StartAddElementTag(MethodCreateFilter);
+  body.AddNamespace(nullptr, targetNamespace);
+  body.AddElementTagAttrAndValue(ThisMorefTag, MorefTypeAttr, propertyCollector->type.Cstr(),
+                                 propertyCollector->value.Cstr());
+  CreateFilterSpec(root, list, body);
+  body.AddElementTagAndValue(PartialUpdatesTag, KELib::STR_BOOLEAN_TRUE);
+  body.EndAddElementTag(MethodCreateFilter);
+}
+
+// --- watches -------------------------------------------------------------------------------------------
+
+ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* root,
+                                                      KEVector<KEString>& list,
+                                                      KELib::KEWaiter* waiter) {
+  SyncState::CallScope scope(*state);
+  if (root == nullptr) {
+    LogAndThrow("Unable to get data - root object or type name not provided.");
+  }
+  const PropertyList sections(list);
+  if (!sections.hasPropertySet && sections.methods.empty()) {
+    LogAndThrow("Unable to get data - no properties or property methods defined.");
+  }
+  ReviveAfterStop();
+
+  ManagedObjectReference* filter = nullptr;
+  ManagedObjectReference* methods = nullptr;
+  bool newMethods = false;
+  std::shared_ptr<TaskWait> blocked;
+  try {
+    if (sections.hasPropertySet) filter = CreatePropFilter(root, list, waiter);
+    if (!sections.methods.empty()) {
+      methods = RegisterMethods(root, sections, filter == nullptr ? waiter : nullptr, newMethods);
+      PropMethodToCache();
+    }
+    if (filter != nullptr && waiter != nullptr && sections.IsTaskWatch()) {
+      blocked = BlockOnTask(*filter);
+    }
+    StartSyncData();
+  } catch (...) {
+    AbandonSetup(filter, newMethods ? methods : nullptr);
+    throw;
+  }
+  if (blocked != nullptr) state->WaitForRelease(*blocked, stopRequested);
+  return filter != nullptr ? filter : methods;
+}
+
+// Leaves no record, reference or waiter of a setup that failed behind.
+void KEDataSyncImpl::AbandonSetup(ManagedObjectReference* filter,
+                                  ManagedObjectReference* methods) noexcept {
+  try {
+    if (filter != nullptr) DestroyPropFilter(filter);
+    if (methods != nullptr) DestroyPropMethod(methods);
+  } catch (...) {
+    Log(nullptr, LOG_LEVEL_VERBOSE, "Could not take back a watch that failed to start.");
+  }
+}
+
+ManagedObjectReference* KEDataSyncImpl::CreatePropFilter(ManagedObjectReference* root,
+                                                         KEVector<KEString>& list,
+                                                         KELib::KEWaiter* waiter) {
+  KELib::Xml::KEXmlBuffer body;
+  WriteCreateFilter(root, list, body);
+  KEMutexGuard guard(mutex.get());
+  try {
+    KEString response;
+    {
+      const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
+      method->Invoke(targetNamespace, MethodCreateFilter, body, response);
+    }
+    KELib::Xml::KEXmlReader reader(response, false, 0);
+    ManagedObjectReference* parsed = nullptr;
+    auto reference = std::make_unique<ManagedObjectReference>();
+    parsed = reference.get();
+    KE::Instance::ConvertManagedObjectReference(ReturnVal, reader, parsed);
+    if (reference->value.Empty()) {
+      throw KELib::SystemException("CreateFilter answered without a filter.");
+    }
+    return RecordFilterNoLock(std::move(reference), list, waiter);
+  } catch (const KELib::Exception& e) {
+    Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Creating PropFilter : %s", e.What());
+    ThrowCopy(e);
+  }
+}
+
+ManagedObjectReference* KEDataSyncImpl::RecordFilterNoLock(
+    std::unique_ptr<ManagedObjectReference> reference, KEVector<KEString>& list,
+    KELib::KEWaiter* waiter) {
+  const PropertyList sections(list);
+  auto info = std::make_unique<DataSyncInfo>();
+  info->isTask = sections.IsTaskWatch();
+  info->taskPending = info->isTask;
+  info->waiter = HolderOf(waiter);
+  CreateCaches(sections, info->cacheTypes);
+
+  ManagedObjectReference* key = reference.get();
+  DataSyncInfo* older = FindFilterNoLock(*key);
+  if (older != nullptr) {
+    // The server handed the same filter out again: whoever holds the older reference keeps it valid.
+    ReleaseWaiterNoLock(older->waiter);
+    reference = std::move(older->reference);
+    key = reference.get();
+    filters->Remove(key);
+  }
+  info->reference = std::move(reference);
+  filters->Insert(key, info.get());
+  info.release();
+  return key;
+}
+
+// "TaskInfo" is among them always: a clean-up may have emptied the type cache.
+void KEDataSyncImpl::CreateCaches(const PropertyList& sections, KEVector<KEString>& cacheTypes) {
+  CopyNames(sections, sections.cacheTypes, cacheTypes);
+  KEString taskType(KE::Stub::TaskInfoClass);
+  typeCache->CreateDataCache(taskType);
+  for (unsigned int i = 0; i < cacheTypes.Count(); ++i) typeCache->CreateDataCache(cacheTypes[i]);
+}
+
+DataSyncInfo* KEDataSyncImpl::FindFilterNoLock(ManagedObjectReference& filter) {
+  ManagedObjectReference* key = &filter;
+  DataSyncInfo** found = filters->Get(key);
+  return found != nullptr ? *found : nullptr;
+}
+
+void KEDataSyncImpl::ReleaseWaiterNoLock(std::unique_ptr<WaiterHolder>& waiter) {
+  if (waiter == nullptr) return;
+  waiter->Release(*state);
+  waiter.reset();
+}
+
+void KEDataSyncImpl::StopDataSync(ManagedObjectReference* ref) {
+  SyncState::CallScope scope(*state);
+  if (ref == nullptr) return;
+  KEMutexGuard guard(mutex.get());
+  // A copy: the argument usually is the record's own reference, which dies with the record.
+  ManagedObjectReference copy;
+  copy.type = ref->type;
+  copy.value = ref->value;
+  if (copy.type.Equals(TypePropertyFilter)) {
+    DestroyPropFilter(&copy);
+  } else {
+    DestroyPropMethod(&copy);
+  }
+}
+
+void KEDataSyncImpl::DestroyPropFilter(ManagedObjectReference* filter) {
+  if (filter == nullptr) return;
+  KEMutexGuard guard(mutex.get());
+  ManagedObjectReference copy;
+  copy.type = filter->type;
+  copy.value = filter->value;
+  try {
+    const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
+    KEString response;
+    method->Invoke(targetNamespace, MethodDestroyPropertyFilter, copy.type.Cstr(),
+                   copy.value.Cstr(), response);
+  } catch (const KELib::Exception& e) {
+    Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Destroying PropFilter : %s", e.What());
+  }
+  RemoveFilterNoLock(copy);
+}
+
+void KEDataSyncImpl::RemoveFilterNoLock(ManagedObjectReference& filter) {
+  DataSyncInfo* info = FindFilterNoLock(filter);
+  if (info == nullptr) return;
+  ReleaseWaiterNoLock(info->waiter);
+  // The map's key is the record's own reference, which must outlive the removal.
+  const std::unique_ptr<ManagedObjectReference> reference = std::move(info->reference);
+  ManagedObjectReference* key = reference.get();
+  filters->Remove(key);
+}
+
+void KEDataSyncImpl::NoteUnknownFilter(ManagedObjectReference& filter) {
+  unknownFilter.type = filter.type;
+  unknownFilter.value = filter.value;
+}
+
+}  // namespace KE::Service

@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: MIT
+//
+// The data sync: the tables of watches, the loop that waits for updates, and the caches.
+//
+// Sources, by concern: KEDataSyncImpl.cpp (life, tables, registration), SyncLoop.cpp (the loop and
+// its thread), PropertyMethods.cpp, TaskWaiting.cpp, UpdateSets.cpp (what is applied, by the helpers
+// in UpdateSetWalk, ObjectTarget and ListValue).
+//
+// Locks, outermost first: `mutex` (the filter-table mutex), the type cache's, the data caches', then
+//   the leaf inside `state`. "CreateFilter" and "DestroyPropertyFilter" are sent while `mutex` is
+//   held, so that no update set of a filter can be looked at before the filter is recorded. No other
+//   call is: waiting for updates, cancelling it and invoking property methods hold no lock.
+#ifndef KECPP_DATASYNC_KEDATASYNCIMPL_H
+#define KECPP_DATASYNC_KEDATASYNCIMPL_H
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+#include "datasync/DataSyncInfo.h"
+#include "datasync/KEDataSync.h"
+#include "datasync/MethodDataSyncInfo.h"
+#include "datasync/UpdateInfo.h"
+#include "foundation/KEHashmap.h"
+#include "foundation/KEMutex.h"
+#include "instance/KEMultiCacheLock.h"
+#include "instance/KETypeCache.h"
+#include "stub/classes/ManagedObjectReference.h"
+
+namespace KELib::Xml {
+class KEXmlBuffer;
+class KEXmlReader;
+}  // namespace KELib::Xml
+
+namespace KE::Service {
+
+class PropertyList;
+class RoleMemory;
+class SyncState;
+
+class KECPP_API KEDataSyncImpl : public KEDataSync {
+ public:
+  using Filters = KELib::KEHashmap<KE::Stub::ManagedObjectReference*, DataSyncInfo*>;
+  using MethodInfos = KELib::KEHashmap<KE::Stub::ManagedObjectReference*, MethodDataSyncInfo*>;
+
+  KEDataSyncImpl();
+  ~KEDataSyncImpl() override;  // ends the sync thread first; see End
+  KEDataSyncImpl(const KEDataSyncImpl&) = delete;
+  KEDataSyncImpl& operator=(const KEDataSyncImpl&) = delete;
+
+  void Init(KEMethod* method, KE::Stub::ManagedObjectReference* propertyCollector) override;
+  void Cleanup() override;
+  KE::Instance::KETypeCache* GetCache() override;
+  KE::Stub::ManagedObjectReference* SetupDataSync(KE::Stub::ManagedObjectReference* root,
+                                                  KELib::KEVector<KELib::KEString>& list,
+                                                  KELib::KEWaiter* waiter) override;
+  void StopDataSync(KE::Stub::ManagedObjectReference* ref) override;
+  bool WaitForTask(KELib::KEString& response, KELib::KEWaiter* waiter) override;
+  void RequestStop() override;
+  void GetStatus(KESyncStatus& status) override;
+  bool WaitForChange(unsigned long long& seen, int milliseconds) override;
+
+  // --- the filter's request (datasync/FilterSpec.h) ----------------------------------------------
+
+  static void CreatePropertySet(KELib::KEVector<KELib::KEString>& list,
+                                KELib::Xml::KEXmlBuffer& xml);
+  static void CreateSelectSet(KELib::KEVector<KELib::KEString>& list,
+                              KELib::Xml::KEXmlBuffer& xml);
+  static void CreateObjectSet(KE::Stub::ManagedObjectReference* root,
+                              KELib::KEVector<KELib::KEString>& list,
+                              KELib::Xml::KEXmlBuffer& xml);
+  static void CreateFilterSpec(KE::Stub::ManagedObjectReference* root,
+                               KELib::KEVector<KELib::KEString>& list,
+                               KELib::Xml::KEXmlBuffer& xml);
+
+  // --- watches ------------------------------------------------------------------------------------
+
+  // Creates the filter on the server and records it; takes the filter-table mutex. Any failure is
+  // logged as "Exception Creating PropFilter : ..." and thrown as Exception.
+  KE::Stub::ManagedObjectReference* CreatePropFilter(KE::Stub::ManagedObjectReference* root,
+                                                     KELib::KEVector<KELib::KEString>& list,
+                                                     KELib::KEWaiter* waiter);
+
+  // Asks the server to destroy the filter and removes its record, also when the server fails. The
+  // record's waiter is signalled.
+  void DestroyPropFilter(KE::Stub::ManagedObjectReference* filter);
+
+  // Removes the record of property methods and the stubs of its cache types that no other record
+  // names. Its waiter is signalled.
+  void DestroyPropMethod(KE::Stub::ManagedObjectReference* ref);
+
+  // Invokes every registered property method and applies the answers. Holds no lock while it
+  // invokes; runs are serialised. Throws what the invocations throw.
+  void PropMethodToCache();
+
+  // Empties the caches of roles, privileges and identities, under their mutexes. Never throws.
+  void CleanupSessionUserPermissions();
+
+  // --- the loop -----------------------------------------------------------------------------------
+
+  // Makes the server end the pending wait.
+  void RestartDataSync();
+
+  // Runs the first cycle on the calling thread and starts the sync thread; nothing while it runs or
+  // without a watch. Throws SystemException "Failed to start Sync thread".
+  void StartSyncData();
+
+  // One cycle while the first one is to be done, otherwise cycles until no watch is left or a stop
+  // is requested.
+  void SyncData();
+
+  // What the sync thread runs: SyncData, then its last word. Never throws.
+  bool RunThread() noexcept;
+
+  // Stops the loop, lets every blocked caller go and waits until all have left. False when some
+  // thread is still inside after 75 seconds: then nothing of the object may be destroyed. Until
+  // Cleanup ends, new entries are refused.
+  bool End();
+
+  // --- applying update sets (on the sync thread; each takes the locks that it needs) -----------------
+
+  void UpdateSetToCache(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
+  void LockCaches(KE::Instance::KEMultiCacheLock& lock, UpdateInfo& ui);
+  void UpdateSimpleType(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
+  void UpdateComplexType(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
+  void UpdateArrayOfComplexType(UpdateInfo& ui, KELib::Xml::KEXmlReader& r,
+                                KE::Instance::KEDataCache* primary,
+                                KE::Instance::KEDataCache* secondary);
+  void UpdateSingleComplexType(UpdateInfo& ui, KELib::Xml::KEXmlReader& r,
+                               KE::Instance::KEDataCache* primary,
+                               KE::Instance::KEDataCache* secondary,
+                               KELib::KEHashmap<KELib::KEString, bool>* seen);
+  void ProcessArrayDeletes(KE::Instance::KEDataCache* cache,
+                           KELib::KEHashmap<KELib::KEString, bool>& seen);
+  void GetAssociatedType(const char* tag, KE::Instance::KEDataCache* cache,
+                         KELib::Xml::KEXmlReader& r, KELib::KEString& out);
+  void UpdateMissingType(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
+  void UpdateObjectLeave(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
+
+  // --- for the helpers that apply update sets ---------------------------------------------------------
+
+  KELib::KEMutex* GetMutex() { return mutex.get(); }
+  RoleMemory& Roles() { return *roles; }  // guarded by `mutex`
+
+  // The record of a filter; null when it is not watched (any more). The caller holds `mutex`.
+  DataSyncInfo* FindFilterNoLock(KE::Stub::ManagedObjectReference& filter);
+
+  // Signals the record's waiter, if it has one. The caller holds `mutex`.
+  void ReleaseWaiterNoLock(std::unique_ptr<WaiterHolder>& waiter);
+
+  // Remembers a filter of which an update set spoke although nobody watches it.
+  void NoteUnknownFilter(KE::Stub::ManagedObjectReference& filter);
+
+ private:
+  enum class Outcome { good, empty, timedOut, cancelled, incomplete, failed, stopped };
+  class LoopPause;
+
+  // life
+  void ReviveAfterStop();
+  void ForgetEverythingNoLock();
+  void SendCancel();
+  void InterruptTransfers(bool interrupt);
+
+  // watches
+  void WriteCreateFilter(KE::Stub::ManagedObjectReference* root,
+                         KELib::KEVector<KELib::KEString>& list, KELib::Xml::KEXmlBuffer& body);
+  KE::Stub::ManagedObjectReference* RecordFilterNoLock(
+      std::unique_ptr<KE::Stub::ManagedObjectReference> reference,
+      KELib::KEVector<KELib::KEString>& list, KELib::KEWaiter* waiter);
+  KE::Stub::ManagedObjectReference* RegisterMethods(KE::Stub::ManagedObjectReference* root,
+                                                    const PropertyList& sections,
+                                                    KELib::KEWaiter* waiter, bool& created);
+  void CreateCaches(const PropertyList& sections, KELib::KEVector<KELib::KEString>& cacheTypes);
+  void RemoveFilterNoLock(KE::Stub::ManagedObjectReference& filter);
+  void AbandonSetup(KE::Stub::ManagedObjectReference* filter,
+                    KE::Stub::ManagedObjectReference* methods) noexcept;
+  std::shared_ptr<TaskWait> BlockOnTask(KE::Stub::ManagedObjectReference& filter);
+
+  // methods
+  struct MethodCall;
+  std::vector<MethodCall> CallsToMake();
+  void ApplyMethodAnswer(MethodCall& call, KELib::KEString& response);
+  void ReleaseMethodWaiters();
+  MethodDataSyncInfo* FindMethodsNoLock(KE::Stub::ManagedObjectReference& ref);
+  bool IsCacheNamedNoLock(KELib::KEString& type);
+  void DropUnnamedStubsNoLock(KELib::KEVector<KELib::KEString>& cacheTypes);
+
+  // loop
+  bool HasWatches();
+  bool HasMethods();
+  bool HasFilters();
+  void RunFirstCycle();
+  void StartThread();
+  bool TryLeave(bool escaped);
+  Outcome RunCycle();
+  template <typename Step>
+  Outcome Guarded(Step step);
+  Outcome WaitAndApply();
+  Outcome ApplyResponse(KELib::KEString& response);
+  Outcome HandleFailure(const char* text);
+  Outcome DestroyUnknownFilter();
+  void CheckDaemon();
+  void ReadVersion(KELib::Xml::KEXmlReader& r);
+  void BackOff(Outcome outcome, long long cycleMilliseconds);
+  void NoteFailedCycle(const char* text);
+  void FinishUpdateSet(bool cutShort);
+
+  // tasks
+  bool TakeTaskResult(KE::Stub::ManagedObjectReference& task);
+
+  // Constant after Init.
+  KEMethod* method = nullptr;
+  KE::Stub::ManagedObjectReference* propertyCollector = nullptr;
+
+  // Written by the thread that runs a cycle; cleared by others only while no cycle runs.
+  KELib::KEString version;
+
+  std::unique_ptr<KE::Instance::KETypeCache> typeCache;  // constant after Init; own locks
+
+  // Guarded by `mutex`.
+  std::unique_ptr<Filters> filters KECPP_PT_GUARDED_BY(mutex);
+  std::unique_ptr<MethodInfos> methodInfos KECPP_PT_GUARDED_BY(mutex);
+
+  std::atomic<bool> initialCycleDone{false};
+  std::atomic<bool> started{false};
+
+  std::unique_ptr<KELib::KEMutex> mutex;
+
+  std::atomic<bool> stopRequested{false};
+
+  std::unique_ptr<SyncState> state;               // own lock
+  std::unique_ptr<KELib::KEMutex> methodRun;      // serialises the property methods; outermost
+  std::unique_ptr<RoleMemory> roles;              // guarded by `mutex`
+  KE::Stub::ManagedObjectReference unknownFilter; // of the thread that runs a cycle
+  unsigned int failuresInARow = 0;                // of the thread that runs a cycle; for the back-off
+  unsigned int cancelsInARow = 0;                 // likewise
+  Outcome lastOutcome = Outcome::good;            // of the thread that runs a cycle
+};
+
+}  // namespace KE::Service
+
+#endif

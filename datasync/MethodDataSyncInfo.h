@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+//
+// The record of one set of property methods: server methods whose answers fill caches.
+//
+// Thread safety: guarded by the data sync's filter-table mutex.
+// Ownership: the method table owns its records; a record owns its reference and its waiter holder.
+#ifndef KECPP_DATASYNC_METHODDATASYNCINFO_H
+#define KECPP_DATASYNC_METHODDATASYNCINFO_H
+
+#include <memory>
+
+#include "datasync/WaiterHolder.h"
+#include "foundation/KEExport.h"
+#include "foundation/KEString.h"
+#include "foundation/KEVector.h"
+#include "stub/classes/ManagedObjectReference.h"
+
+namespace KE::Service {
+
+struct KECPP_API MethodDataSyncInfo {
+  MethodDataSyncInfo() = default;
+  MethodDataSyncInfo(const MethodDataSyncInfo&) = delete;
+  MethodDataSyncInfo& operator=(const MethodDataSyncInfo&) = delete;
+
+  KE::Stub::ManagedObjectReference target;       // the object that the methods are invoked on
+  KELib::KEVector<KELib::KEString> methods;      // invoked in this order, without arguments
+  KELib::KEVector<KELib::KEString> cacheTypes;   // names of the "_co_" section
+  std::unique_ptr<WaiterHolder> waiter;          // released after the first run; often null
+
+  // Type "PropertyMethod", value: the target's value, "/" and the method names, blank-separated.
+  std::unique_ptr<KE::Stub::ManagedObjectReference> reference;
+};
+
+}  // namespace KE::Service
+
+#endif

@@ -1,0 +1,357 @@
+// SPDX-License-Identifier: MIT
+//
+// The loop that waits for updates, its thread, and what it does when something goes wrong.
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+
+#include "datasync/DataSyncConstants.h"
+#include "datasync/KEDataSyncImpl.h"
+#include "datasync/KEDataSyncWorkImpl.h"
+#include "datasync/SyncState.h"
+#include "foundation/KEConstants.h"
+#include "foundation/KEException.h"
+#include "foundation/KEMutexGuard.h"
+#include "foundation/KEThread.h"
+#include "foundation/Logger.h"
+#include "http/HandleWait.h"
+#include "service/call/KEMethod.h"
+#include "service/call/MgmtdWatch.h"
+#include "service/call/MgmtdWatchSeams.h"
+#include "service/call/ServiceConstants.h"
+#include "xml/KEXmlCursor.h"
+#include "xml/KEXmlReader.h"
+
+namespace KE::Service {
+
+namespace {
+
+using KELib::KEMutexGuard;
+using KELib::KEString;
+using KELib::Logging::Log;
+using KELib::Logging::LOG_LEVEL_ERROR;
+using KELib::Logging::LOG_LEVEL_VERBOSE;
+using Clock = std::chrono::steady_clock;
+
+// How long a library's own call waits for a free connection.
+constexpr int kHandleWaitMs = 2000;
+
+// After this many failed cycles in a row nobody is kept waiting for the next one.
+constexpr unsigned int kFailuresToGiveUp = 3;
+
+// A failed cycle that took less is followed by a pause.
+constexpr long long kShortCycleMs = 1000;
+
+// The fault by which the server ends a cancelled wait, as the method layer hands it on.
+const char* const kCanceledFault = "RequestCanceled";
+
+}  // namespace
+
+// The pause inside a check of the daemon: ended by a stop. And the last word before `exit`, so that
+// an exit handler which frees the library does not wait for this thread.
+class KEDataSyncImpl::LoopPause : public MgmtdPause {
+ public:
+  explicit LoopPause(KEDataSyncImpl& owner) : sync(owner) {}
+  bool Pause(int milliseconds) override {
+    return sync.state->Pause(milliseconds, sync.stopRequested);
+  }
+  void BeforeExit() override { sync.state->LeaveForExit(sync.started); }
+
+ private:
+  KEDataSyncImpl& sync;
+};
+
+void KEDataSyncImpl::CheckDaemon() {
+  LoopPause pause(*this);
+  CheckMgmtd(pause);
+}
+
+void KEDataSyncImpl::RestartDataSync() {
+  try {
+    KEString response;
+    method->Invoke(targetNamespace, MethodCancelWaitForUpdates, propertyCollector->type.Cstr(),
+                   propertyCollector->value.Cstr(), response);
+  } catch (const KELib::Exception& e) {
+    Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Cancelling data sync : %s", e.What());
+  }
+}
+
+// --- starting and leaving ------------------------------------------------------------------------------
+
+void KEDataSyncImpl::StartSyncData() {
+  if (started || !HasWatches()) return;
+  if (!state->BeginFirstCycle(stopRequested)) return;
+  try {
+    if (!stopRequested) CheckDaemon();
+    RunFirstCycle();
+    if (stopRequested || !HasWatches()) {
+      initialCycleDone = false;
+      state->SetPhase(SyncState::Phase::idle);
+      return;
+    }
+    StartThread();
+  } catch (const KELib::Exception& e) {
+    initialCycleDone = false;
+    state->SetPhase(SyncState::Phase::idle);
+    KEString text(e.What());
+    throw KELib::Exception(text.Str(), text.Length());
+  } catch (...) {
+    initialCycleDone = false;
+    state->SetPhase(SyncState::Phase::idle);
+    throw;
+  }
+}
+
+// Repeats a failed first cycle, so that the caches are full when the caller goes on. A dead server
+// must not hold the agent: the thread goes on trying after a time-out or three failures.
+void KEDataSyncImpl::RunFirstCycle() {
+  for (unsigned int failures = 0; failures < kFailuresToGiveUp;) {
+    initialCycleDone = false;
+    SyncData();
+    if (lastOutcome == Outcome::good || lastOutcome == Outcome::timedOut) return;
+    if (stopRequested || !HasWatches()) return;
+    if (lastOutcome != Outcome::cancelled) ++failures;
+  }
+}
+
+void KEDataSyncImpl::StartThread() {
+  auto work = std::make_unique<KEDataSyncWorkImpl>(this);
+  KELib::KEThread* thread = KELib::CreateKEThread(work.get());
+  if (thread == nullptr) throw KELib::SystemException("Failed to start Sync thread");
+  work.release();  // the thread object owns it from here on
+  started = true;
+  state->SetPhase(SyncState::Phase::running);
+  try {
+    thread->Start();
+  } catch (...) {
+    started = false;
+    delete thread;
+    throw;
+  }
+}
+
+bool KEDataSyncImpl::RunThread() noexcept {
+  bool escaped = false;
+  do {
+    try {
+      SyncData();
+    } catch (...) {
+      escaped = true;
+    }
+  } while (!TryLeave(escaped));
+  return !escaped;
+}
+
+// The one step in which the loop ends: a watch that is added at this moment either is seen here, and
+// the loop goes on, or finds the states reset and starts a loop of its own.
+bool KEDataSyncImpl::TryLeave(bool escaped) {
+  KEMutexGuard guard(mutex.get());
+  const bool watches = filters->Count() > 0 || methodInfos->Count() > 0;
+  if (watches && !escaped && !stopRequested) return false;
+  for (auto it = filters->Begin(); !it.End(); ++it) {
+    if (it->value != nullptr) ReleaseWaiterNoLock(it->value->waiter);
+  }
+  for (auto it = methodInfos->Begin(); !it.End(); ++it) {
+    if (it->value != nullptr) ReleaseWaiterNoLock(it->value->waiter);
+  }
+  if (filters->Count() == 0) version.Clear();
+  initialCycleDone = false;
+  started = false;
+  state->SetPhase(SyncState::Phase::ending);
+  guard.Release();
+  state->ThreadLeaves();
+  return true;
+}
+
+bool KEDataSyncImpl::HasWatches() {
+  KEMutexGuard guard(mutex.get());
+  return filters->Count() > 0 || methodInfos->Count() > 0;
+}
+
+bool KEDataSyncImpl::HasFilters() {
+  KEMutexGuard guard(mutex.get());
+  return filters->Count() > 0;
+}
+
+bool KEDataSyncImpl::HasMethods() {
+  KEMutexGuard guard(mutex.get());
+  return methodInfos->Count() > 0;
+}
+
+// --- the loop --------------------------------------------------------------------------------------------
+
+void KEDataSyncImpl::SyncData() {
+  lastOutcome = Outcome::stopped;
+  while (!stopRequested && HasWatches()) {
+    const auto begin = Clock::now();
+    lastOutcome = RunCycle();
+    const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
+    BackOff(lastOutcome, took.count());
+    if (!initialCycleDone.exchange(true)) break;
+  }
+  if (!HasFilters()) version.Clear();
+}
+
+KEDataSyncImpl::Outcome KEDataSyncImpl::RunCycle() {
+  const Outcome outcome = Guarded([this] { return WaitAndApply(); });
+  if (outcome != Outcome::good && outcome != Outcome::timedOut) return outcome;
+  if (stopRequested || !HasMethods()) return outcome;
+  return Guarded([this, outcome] {
+    PropMethodToCache();
+    return outcome;
+  });
+}
+
+// Runs a step of the cycle; every failure ends here.
+template <typename Step>
+KEDataSyncImpl::Outcome KEDataSyncImpl::Guarded(Step step) {
+  try {
+    return step();
+  } catch (const KE::RequestCanceledException&) {
+    if (stopRequested) return Outcome::stopped;
+    Log(nullptr, LOG_LEVEL_VERBOSE, "Restarting cancelled data sync.");
+    return Outcome::cancelled;
+  } catch (const KELib::RequestTimedOutException&) {
+    if (stopRequested) return Outcome::stopped;
+    Log(nullptr, LOG_LEVEL_VERBOSE, "Restarting timedout datasync.");
+    const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
+    RestartDataSync();
+    return Outcome::timedOut;
+  } catch (const KELib::RequestFailedException& e) {
+    if (stopRequested) return Outcome::stopped;
+    Log(nullptr, LOG_LEVEL_VERBOSE, "%s", e.What());
+    Log(nullptr, LOG_LEVEL_ERROR, "KECimProvider exiting on Mgmtd exit!!");
+    state->LeaveForExit(started);
+    GetMgmtdWatchSeams().exitProcess(EXIT_SUCCESS);
+    return Outcome::stopped;
+  } catch (const KELib::NoPermissionException& e) {  // a lost login among them
+    if (stopRequested) return Outcome::stopped;
+    Log(nullptr, LOG_LEVEL_VERBOSE, "%s", e.What());
+    Log(nullptr, LOG_LEVEL_VERBOSE,
+        "KECimProvider stopping datasync. Session Authentication revoked.");
+    CleanupSessionUserPermissions();
+    NoteFailedCycle(e.What());
+    return Outcome::failed;
+  } catch (const KELib::Throwable& e) {
+    return HandleFailure(e.What());
+  } catch (const std::exception& e) {
+    return HandleFailure(e.what());
+  } catch (...) {
+    return HandleFailure("Unknown Exception");
+  }
+}
+
+KEDataSyncImpl::Outcome KEDataSyncImpl::HandleFailure(const char* text) {
+  if (stopRequested) return Outcome::stopped;
+  Log(nullptr, LOG_LEVEL_VERBOSE,
+      "Exception Updating cache with UpdateSet : %s Continuing with wait for update.", text);
+  const bool cancelled = std::strcmp(text, kCanceledFault) == 0;
+  if (!cancelled) NoteFailedCycle(text);
+  CheckDaemon();
+  return cancelled ? Outcome::cancelled : Outcome::failed;
+}
+
+// A task whose server does not answer must not hold its caller for ever.
+void KEDataSyncImpl::NoteFailedCycle(const char* text) {
+  if (state->NoteFailure(text) < kFailuresToGiveUp) return;
+  KEMutexGuard guard(mutex.get());
+  for (auto it = filters->Begin(); !it.End(); ++it) {
+    if (it->value != nullptr && it->value->taskPending) ReleaseWaiterNoLock(it->value->waiter);
+  }
+}
+
+KEDataSyncImpl::Outcome KEDataSyncImpl::WaitAndApply() {
+  // Methods alone have no updates to wait for before their callers see the first data.
+  if (!initialCycleDone && !HasFilters()) return Outcome::good;
+  KEString response;
+  {
+    const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
+    struct WaitOut {
+      explicit WaitOut(std::atomic<bool>& target) : flag(target) { flag = true; }
+      ~WaitOut() { flag = false; }
+      std::atomic<bool>& flag;
+    } const waitOut(state->waitOut);
+    if (stopRequested) return Outcome::stopped;
+    method->Invoke(targetNamespace, MethodWaitForUpdates, propertyCollector->type.Cstr(),
+                   propertyCollector->value.Cstr(), VersionTag, version.Cstr(), response);
+  }
+  if (stopRequested) return Outcome::stopped;
+  if (!response.Empty()) return ApplyResponse(response);
+  Log(nullptr, LOG_LEVEL_VERBOSE, "Empty Response. Resend WFU.");
+  NoteFailedCycle("Empty Response. Resend WFU.");
+  CheckDaemon();
+  return Outcome::empty;
+}
+
+KEDataSyncImpl::Outcome KEDataSyncImpl::ApplyResponse(KEString& response) {
+  KELib::Xml::KEXmlReader reader(response, false, 0);
+  ReadVersion(reader);
+  UpdateInfo ui(Val, nullptr);
+  try {
+    UpdateSetToCache(ui, reader);
+  } catch (...) {
+    // The server takes the set for delivered. Without a version it sends everything again.
+    version.Clear();
+    throw;
+  }
+  state->NoteApplied();
+  if (!unknownFilter.value.Empty()) return DestroyUnknownFilter();
+  state->NoteGoodCycle();
+  return Outcome::good;
+}
+
+// The version stands before the filter sets; a filter set's texts are not searched for it.
+void KEDataSyncImpl::ReadVersion(KELib::Xml::KEXmlReader& r) {
+  KELib::Xml::KEXmlCursor cursor(r);
+  KELib::Xml::XmlSlice name;
+  while (cursor.NextChild(name)) {
+    if (name.Is(VersionTag, std::strlen(VersionTag))) {
+      KELib::KEStringBuffer joined(0);
+      cursor.Text(name, joined).CopyTo(version);
+      state->NoteVersion(version);
+      cursor.MoveReader();
+      return;
+    }
+    if (name.Is(FilterSet, std::strlen(FilterSet))) return;
+    if (name.Is(ReturnVal, std::strlen(ReturnVal))) {
+      if (!cursor.Enter()) return;
+    } else {
+      cursor.SkipElement(name);
+    }
+  }
+}
+
+// An update set spoke of a filter that nobody watches: the rest of the set was not applied, and the
+// server would go on reporting it. Destroy it, and ask for everything once more.
+KEDataSyncImpl::Outcome KEDataSyncImpl::DestroyUnknownFilter() {
+  KE::Stub::ManagedObjectReference filter;
+  filter.type.Transfer(unknownFilter.type);
+  filter.value.Transfer(unknownFilter.value);
+  version.Clear();
+  try {
+    const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
+    KEString response;
+    method->Invoke(targetNamespace, MethodDestroyPropertyFilter, filter.type.Cstr(),
+                   filter.value.Cstr(), response);
+  } catch (const KELib::Exception& e) {
+    Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Destroying PropFilter : %s", e.What());
+  }
+  return Outcome::incomplete;
+}
+
+// A failure that repeats must neither spin nor flood the log. Time-outs and cancels are none.
+void KEDataSyncImpl::BackOff(Outcome outcome, long long cycleMilliseconds) {
+  if (outcome == Outcome::good) failuresInARow = cancelsInARow = 0;
+  if (outcome == Outcome::cancelled) ++cancelsInARow;
+  // One cancelled wait is somebody's wish; a server that cancels every wait at once is a failure.
+  const bool failed = outcome == Outcome::failed || outcome == Outcome::empty ||
+                      outcome == Outcome::incomplete || cancelsInARow > 1;
+  if (!failed) return;
+  const int delays[] = {KELib::DELAY_10MSEC, KELib::DELAY_100MSEC, KELib::DELAY_1SEC};
+  const unsigned int last = sizeof(delays) / sizeof(delays[0]) - 1;
+  const unsigned int step = failuresInARow < last ? failuresInARow : last;
+  ++failuresInARow;
+  if (cycleMilliseconds < kShortCycleMs) state->Pause(delays[step], stopRequested);
+}
+
+}  // namespace KE::Service

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+//
+// Waiting for a server task: a filter of its own on the task's state, the caller blocked inside
+// SetupDataSync until the loop has seen the task end.
+#include "datasync/DataSyncConstants.h"
+#include "datasync/KEDataSyncImpl.h"
+#include "datasync/SyncState.h"
+#include "foundation/KEMutexGuard.h"
+#include "foundation/Logger.h"
+#include "instance/CacheConversion.h"
+#include "instance/KECacheGuard.h"
+#include "stub/base/KEStubRef.h"
+#include "stub/classes/ClassNames.h"
+#include "stub/classes/TaskInfo.h"
+#include "xml/KEXmlReader.h"
+
+namespace KE::Service {
+
+namespace {
+
+using KE::Stub::ManagedObjectReference;
+using KELib::KEMutexGuard;
+using KELib::KEString;
+
+// Reads the task's reference. The reader works on a copy: the answer stays the caller's.
+void ReadTask(KEString& response, ManagedObjectReference& task) {
+  KELib::Xml::KEXmlReader reader(response, true, 0);
+  ManagedObjectReference* target = &task;
+  KE::Instance::ConvertManagedObjectReference(ReturnVal, reader, target);
+}
+
+}  // namespace
+
+bool KEDataSyncImpl::WaitForTask(KEString& response, KELib::KEWaiter* waiter) {
+  if (waiter == nullptr) {
+    KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE,
+                        "No waiter provided to wait for task.");
+    return false;
+  }
+  SyncState::CallScope scope(*state);
+  ManagedObjectReference task;
+  ReadTask(response, task);
+
+  KELib::KEVector<KEString> list;
+  for (const char* element : {PropSep, ObjectSep, TypeTask, TaskInfoState}) {
+    KEString text(element);
+    list.Add(text);
+  }
+  const unsigned long long stopsBefore = state->Stops();
+  ManagedObjectReference* setUp = SetupDataSync(&task, list, waiter);
+  ManagedObjectReference filter;
+  {
+    // A stop may have dropped the record, and the reference with it, while this thread waited.
+    KEMutexGuard guard(mutex.get());
+    if (setUp != nullptr && state->Stops() == stopsBefore) {
+      filter.type = setUp->type;
+      filter.value = setUp->value;
+    }
+  }
+  const bool succeeded = TakeTaskResult(task);
+  if (!filter.value.Empty()) DestroyPropFilter(&filter);
+  TakeTaskResult(task);  // a late second report may have filed the task again
+  return succeeded;
+}
+
+// Blocks until the record of `filter` has seen its task end; made before the loop can report it.
+std::shared_ptr<TaskWait> KEDataSyncImpl::BlockOnTask(ManagedObjectReference& filter) {
+  auto wait = std::make_shared<TaskWait>();
+  KEMutexGuard guard(mutex.get());
+  DataSyncInfo* info = FindFilterNoLock(filter);
+  if (info == nullptr || info->waiter == nullptr) return nullptr;
+  info->waiter->blocked = wait;
+  return wait;
+}
+
+// Removes the task's stub. True when there was one and its state is "success".
+bool KEDataSyncImpl::TakeTaskResult(ManagedObjectReference& task) {
+  KEString type(KE::Stub::TaskInfoClass);
+  KE::Instance::KECacheGuard caches(typeCache.get());
+  caches.LockTasks();
+  if (typeCache->GetDataCache(type) == nullptr) return false;
+  KELib::Stub::KEStubRef ref;
+  typeCache->GetVal(type, task.value, ref);
+  auto* info = dynamic_cast<KE::Stub::TaskInfo*>(ref.GetData());
+  if (info == nullptr) return false;
+  const bool succeeded = info->state.Equals(SuccessStr);
+  typeCache->RemoveValNoLock(type, task.value);
+  return succeeded;
+}
+
+}  // namespace KE::Service

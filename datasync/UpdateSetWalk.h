@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+//
+// Walks one update set, structure by structure, and hands each change on:
+//   returnval { filterSet { filter, objectSet { kind, obj, changeSet { name, op, val } },
+//               missingSet { obj } } }
+// The walk never leaves the element that it is in: what an element lacks is not taken from the next.
+//
+// Locks: for every object set, and for every missing object, the filter-table mutex and then the
+//   data caches of the object's type, once. In between both are free, so that readers and callers
+//   wait for one object at most.
+#ifndef KECPP_DATASYNC_UPDATESETWALK_H
+#define KECPP_DATASYNC_UPDATESETWALK_H
+
+#include <memory>
+
+#include "datasync/UpdateInfo.h"
+#include "foundation/KEStringBuffer.h"
+#include "xml/KEXmlCursor.h"
+
+namespace KE::Service {
+
+class KEDataSyncImpl;
+
+class UpdateSetWalk {
+ public:
+  // `cursor` stands anywhere in front of the filter sets. All three outlive the walk.
+  UpdateSetWalk(KEDataSyncImpl& sync, UpdateInfo& ui, KELib::Xml::KEXmlCursor& cursor);
+  ~UpdateSetWalk();
+
+  // Applies everything up to the end of the result, or up to a filter that nobody watches: that is
+  // logged and reported to the data sync. Throws what the cursor and the caches throw; what was
+  // applied before stays.
+  void Run();
+
+ private:
+  class ObjectLock;
+
+  bool FindFilterSet();
+  bool ApplyFilterSet();
+  bool BeginFilter();
+  void EndFilter();
+  void ApplyObjectSet();
+  void ApplyChangeSet(ObjectLock& lock);
+  void ApplyValue(ObjectLock& lock, const KELib::Xml::XmlSlice& property,
+                  const KELib::Xml::XmlSlice& op);
+  void ApplyMissingSet();
+  void ReadReference(const KELib::Xml::XmlSlice& name, KE::Stub::ManagedObjectReference& ref);
+  void ReadText(const KELib::Xml::XmlSlice& name, KELib::KEString& out);
+
+  KEDataSyncImpl& sync;
+  UpdateInfo& ui;
+  KELib::Xml::KEXmlCursor& cursor;
+  // Room for texts that comments or sections split; kept from element to element.
+  KELib::KEStringBuffer propertyText, opText, valueText;
+};
+
+}  // namespace KE::Service
+
+#endif

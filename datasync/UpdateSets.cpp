@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: MIT
+//
+// The data sync's operations that apply update sets: the walk over a whole set, and the single steps
+// for those who hold a reader that stands on a value already.
+#include <cstring>
+
+#include "datasync/DataSyncConstants.h"
+#include "datasync/KEDataSyncImpl.h"
+#include "datasync/ListValue.h"
+#include "datasync/ObjectTarget.h"
+#include "datasync/UpdateSetWalk.h"
+#include "foundation/KEMutexGuard.h"
+#include "instance/KECacheGuard.h"
+#include "stub/classes/ClassNames.h"
+#include "xml/KEXmlCursor.h"
+#include "xml/KEXmlReader.h"
+
+namespace KE::Service {
+
+using KELib::KEMutexGuard;
+using KELib::KEString;
+using KELib::Xml::KEXmlCursor;
+using KELib::Xml::KEXmlReader;
+using KELib::Xml::XmlSlice;
+
+namespace {
+
+XmlSlice SliceOf(const KEString& text) { return {text.Cstr(), text.Length()}; }
+
+XmlSlice SliceOf(const char* text) {
+  return {text, static_cast<unsigned int>(std::strlen(text))};
+}
+
+}  // namespace
+
+void KEDataSyncImpl::UpdateSetToCache(UpdateInfo& ui, KEXmlReader& r) {
+  unknownFilter.type.Clear();
+  unknownFilter.value.Clear();
+  KEXmlCursor cursor(r);
+  try {
+    UpdateSetWalk(*this, ui, cursor).Run();
+  } catch (...) {
+    ui.syncInfo = nullptr;
+    FinishUpdateSet(true);
+    throw;
+  }
+  cursor.MoveReader();
+  ui.syncInfo = nullptr;
+  FinishUpdateSet(false);
+}
+
+// A watch whose set was cut short will not hear of its task again: its caller is let go as well.
+void KEDataSyncImpl::FinishUpdateSet(bool cutShort) {
+  KEMutexGuard guard(mutex.get());
+  for (auto it = filters->Begin(); !it.End(); ++it) {
+    DataSyncInfo* info = it->value;
+    if (info == nullptr) continue;
+    const bool release = info->received ? cutShort : !info->taskPending;
+    info->received = false;
+    if (release) ReleaseWaiterNoLock(info->waiter);
+  }
+}
+
+void KEDataSyncImpl::LockCaches(KE::Instance::KEMultiCacheLock& lock, UpdateInfo& ui) {
+  auto take = [&](const char* name) {
+    KEString type(name);
+    lock.LockCache(typeCache.get(), type);
+  };
+  if (ui.obj.type.Equals(TypeAuthorizationManager)) {
+    take(KE::Stub::Zorbel_RoleClass);
+    take(KE::Stub::Zorbel_PrivilegeClass);
+    take(KE::Stub::Zorbel_IdentityClass);
+  } else if (ui.obj.type.Equals(TypeVirtualMachine) || ui.obj.type.Equals(TypeHostSystem)) {
+    take(KE::Stub::ZORBEL_VMComputerSystemClass);
+    take(KE::Stub::ZORBEL_ORXComputerSystemClass);
+  }
+}
+
+void KEDataSyncImpl::UpdateSimpleType(UpdateInfo& ui, KEXmlReader& r) {
+  KEMutexGuard guard(mutex.get());
+  KE::Instance::KECacheGuard caches(typeCache.get());
+  caches.LockFor(ui.obj.type);
+  KEXmlCursor cursor(r);
+  KELib::KEStringBuffer joined(0);
+  const XmlSlice value = cursor.Text(SliceOf(ui.valueTag), joined);
+  ObjectTarget target(ui, *typeCache);
+  const XmlSlice op = SliceOf(ui.op);
+  if (ui.kind.Equals("leave") && !op.Is("remove") && !op.Is("indirectRemove")) {
+    target.Remove();
+  } else {
+    target.Apply(SliceOf(ui.name), op, value);
+  }
+  cursor.MoveReader();
+}
+
+void KEDataSyncImpl::UpdateComplexType(UpdateInfo& ui, KEXmlReader& r) {
+  KEMutexGuard guard(mutex.get());
+  KE::Instance::KECacheGuard caches(typeCache.get());
+  ListValue::LockFor(ui, caches);
+  KEXmlCursor cursor(r);
+  ListValue value(ui, *typeCache, *roles, cursor);
+  if (cursor.InStartTag()) {
+    value.ApplyElement(SliceOf(ui.valueTag));
+  } else {
+    value.ApplyBareItems();
+  }
+  cursor.MoveReader();
+}
+
+void KEDataSyncImpl::UpdateArrayOfComplexType(UpdateInfo& ui, KEXmlReader& r,
+                                              KE::Instance::KEDataCache* primary,
+                                              KE::Instance::KEDataCache* secondary) {
+  KEMutexGuard guard(mutex.get());
+  KEXmlCursor cursor(r);
+  ListValue value(ui, *typeCache, *roles, cursor);
+  if (cursor.InStartTag() && !cursor.Enter()) return;
+  value.ApplyItems(primary, secondary);
+  XmlSlice ended;
+  cursor.PassEndTag(ended);
+  cursor.MoveReader();
+}
+
+void KEDataSyncImpl::UpdateSingleComplexType(UpdateInfo& ui, KEXmlReader& r,
+                                             KE::Instance::KEDataCache* primary,
+                                             KE::Instance::KEDataCache* secondary,
+                                             KELib::KEHashmap<KEString, bool>* seen) {
+  KEMutexGuard guard(mutex.get());
+  KEXmlCursor cursor(r);
+  ListValue value(ui, *typeCache, *roles, cursor);
+  const XmlSlice item = ui.valueType.Empty() ? SliceOf(ui.valueTag) : SliceOf(ui.valueType);
+  value.ApplyItem(item, primary, secondary, seen);
+  cursor.MoveReader();
+}
+
+void KEDataSyncImpl::ProcessArrayDeletes(KE::Instance::KEDataCache* cache,
+                                         KELib::KEHashmap<KEString, bool>& seen) {
+  if (cache == nullptr) return;
+  KEMutexGuard guard(mutex.get());
+  ListValue::DeleteUnseen(*cache, seen);
+}
+
+void KEDataSyncImpl::GetAssociatedType(const char* tag, KE::Instance::KEDataCache*, KEXmlReader& r,
+                                       KEString& out) {
+  out.Clear();
+  if (r.FindElementTag(tag)) r.GetElementValue(tag, out);
+}
+
+void KEDataSyncImpl::UpdateMissingType(UpdateInfo& ui, KEXmlReader&) {
+  KEMutexGuard guard(mutex.get());
+  KE::Instance::KECacheGuard caches(typeCache.get());
+  caches.LockFor(ui.obj.type);
+  ObjectTarget(ui, *typeCache).Remove();
+}
+
+void KEDataSyncImpl::UpdateObjectLeave(UpdateInfo& ui, KEXmlReader& r) { UpdateMissingType(ui, r); }
+
+}  // namespace KE::Service

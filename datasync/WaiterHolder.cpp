@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+#include "datasync/WaiterHolder.h"
+
+#include "datasync/SyncState.h"
+
+namespace KE::Service {
+
+void WaiterHolder::Release(SyncState& state) {
+  if (waiter != nullptr) waiter->Signal();
+  waiter = nullptr;
+  if (blocked != nullptr) state.Release(*blocked);
+  blocked.reset();
+}
+
+}  // namespace KE::Service

@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: MIT
+#include "service/entry/KEServiceInstManagerImpl.h"
+
+#include <vector>
+
+#include "config/KEConfig.h"
+#include "foundation/KEConstants.h"
+#include "foundation/KEMutexGuard.h"
+#include "foundation/Logger.h"
+#include "service/entry/KEServiceInstImpl.h"
+#include "soap/SoapClient.h"
+#include "soap/SoapMessage.h"
+
+namespace KE::Service {
+
+using KELib::KEMutexGuard;
+using KELib::KEString;
+
+KEServiceInstManagerImpl* KEServiceInstManagerImpl::_inst = nullptr;
+
+KEServiceInstManager::~KEServiceInstManager() = default;
+
+KEServiceInstManager* GetServiceManagerInstance() {
+  return KEServiceInstManagerImpl::GetInstance();
+}
+
+void FreeServiceManagerInstance() { KEServiceInstManagerImpl::FreeInstance(); }
+
+KEServiceInstManager* KEServiceInstManagerImpl::GetInstance() {
+  if (_inst == nullptr) {
+    KELib::Logging::GetDefaultLogger();
+    KELib::Soap::InitSoapService();
+    _inst = new KEServiceInstManagerImpl;
+  }
+  return _inst;
+}
+
+void KEServiceInstManagerImpl::FreeInstance() {
+  if (_inst == nullptr) return;
+  _inst->FreeAllServiceInstance();
+  KELib::Soap::ReleaseSoapService();
+  KELib::Logging::FreeDefaultLogger();
+  delete _inst;
+  _inst = nullptr;
+}
+
+KEServiceInstManagerImpl::KEServiceInstManagerImpl()
+    : instances(KELib::HASH_CAP, KELib::HASH_FILLRATIO),
+      mutex(std::make_unique<KELib::KEMutex>()) {}
+
+KEServiceInstManagerImpl::~KEServiceInstManagerImpl() = default;
+
+KEServiceInst* KEServiceInstManagerImpl::GetServiceInstance(const char* configPath,
+                                                            const char* defaultConfig) {
+  KEString path(configPath);
+  return GetServiceInstance(path, defaultConfig);
+}
+
+KEServiceInst* KEServiceInstManagerImpl::GetServiceInstance(KEString& configPath,
+                                                            const char* defaultConfig) {
+  KEMutexGuard guard(mutex.get());
+  if (KEServiceInst** found = instances.Get(configPath)) return *found;
+
+  KEString path(configPath);  // the configuration may work on its argument
+  std::unique_ptr<KELib::KEConfig> config(KELib::CreateConfig(path, defaultConfig));
+  if (config == nullptr) return nullptr;
+  auto inst = std::make_unique<KEServiceInstImpl>();
+  if (!inst->Init(config.release())) {
+    inst->Stop();
+    return nullptr;
+  }
+  File(inst.get());
+  return inst.release();
+}
+
+// Files an instance under the path that its configuration was loaded from. An instance held there
+// already, as the default configuration's usually is, is destroyed first: the map would destroy it
+// while its thread may still be inside.
+void KEServiceInstManagerImpl::File(KEServiceInst* inst) {
+  KEString key(inst->GetConfig()->GetConfigPath());
+  KEServiceInst** held = instances.Get(key);
+  if (held != nullptr) {
+    KEServiceInst* older = *held;
+    Unlink(older);
+    if (static_cast<KEServiceInstImpl*>(older)->EndSyncs()) delete older;
+  }
+  instances.Insert(key, inst);
+}
+
+void KEServiceInstManagerImpl::FreeServiceInstance(KEServiceInst* inst) {
+  KEMutexGuard guard(mutex.get());
+  if (inst == nullptr || !Unlink(inst)) return;
+  Destroy(inst);
+}
+
+// Takes every entry of an instance out of the map without destroying it. False when it is not held.
+bool KEServiceInstManagerImpl::Unlink(KEServiceInst* inst) {
+  std::vector<KEString> keys;
+  for (auto it = instances.Begin(); !it.End(); ++it) {
+    if (it->value != inst) continue;
+    it->value = nullptr;
+    keys.push_back(it->key);
+  }
+  for (KEString& key : keys) instances.Remove(key);
+  return !keys.empty();
+}
+
+// Stops an instance and destroys it, unless a thread cannot be brought to leave it: then it stays in
+// memory for good, since destroying it would pull it from under that thread.
+void KEServiceInstManagerImpl::Destroy(KEServiceInst* inst) {
+  inst->Stop();
+  if (static_cast<KEServiceInstImpl*>(inst)->GetCurrentSession() != nullptr) {
+    KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_ERROR,
+                        "Service instance is kept: a thread is still inside.");
+    return;
+  }
+  delete inst;
+}
+
+void KEServiceInstManagerImpl::FreeAllServiceInstance() {
+  KEMutexGuard guard(mutex.get());
+  FreeAllServiceInstanceNoLock();
+}
+
+void KEServiceInstManagerImpl::FreeAllServiceInstanceNoLock() {
+  std::vector<KEServiceInst*> all;
+  for (auto it = instances.Begin(); !it.End(); ++it) {
+    if (it->value != nullptr) all.push_back(it->value);
+  }
+  for (KEServiceInst* inst : all) {
+    if (Unlink(inst)) Destroy(inst);
+  }
+}
+
+}  // namespace KE::Service

@@ -1,0 +1,249 @@
+// SPDX-License-Identifier: MIT
+#include "service/entry/KESessionImpl.h"
+
+#include "config/KEConfig.h"
+#include "datasync/KEDataSyncImpl.h"
+#include "foundation/KEException.h"
+#include "foundation/KEFile.h"
+#include "foundation/KEMutexGuard.h"
+#include "foundation/Logger.h"
+#include "foundation/StringUtil.h"
+#include "http/HandleWait.h"
+#include "service/call/KEMethod.h"
+#include "service/call/ServiceConstants.h"
+#include "service/entry/KEServiceInst.h"
+#include "service/entry/LoginConstants.h"
+#include "service/entry/ServiceContent.h"
+#include "xml/KEXmlBuffer.h"
+#include "xml/KEXmlReader.h"
+#include "xml/XmlEscape.h"
+
+namespace KE::Service {
+
+namespace {
+
+using KELib::KEMutexGuard;
+using KELib::KEString;
+
+// How long a library's own call waits for a free connection: a lost "Logout" would orphan the
+// server's session.
+constexpr int kHandleWaitMs = 2000;
+
+// A server that does not answer must not hold the end of a session up.
+constexpr int kLogoutLimitMs = 1000;
+
+void LogVerbose(const char* text) {
+  KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE, "%s", text);
+}
+
+bool ReadPasswordFile(KEString& path, KEString& password) {
+  std::unique_ptr<KELib::KEFile> file(KELib::CreateKEFile(path, 0));
+  KEString content;
+  const bool read = file->Read(content);
+  password.Transfer(content);
+  return read;
+}
+
+}  // namespace
+
+KESession::~KESession() = default;
+
+KESession* CreateSession(KELib::KEConfig* config, KEMethod* method, KEString& serviceContent) {
+  auto session = std::make_unique<KESessionImpl>();
+  session->Init(config, method, serviceContent);
+  if (!session->IsInitialized() && !session->IsLoggedIn()) {
+    session->Cleanup();
+    return nullptr;
+  }
+  return session.release();
+}
+
+KESessionImpl::KESessionImpl() : mutex(std::make_unique<KELib::KEMutex>()) {}
+
+KESessionImpl::~KESessionImpl() = default;
+
+void KESessionImpl::Init(KELib::KEConfig* config, KEMethod* invoker, KEString& serviceContent) {
+  KEMutexGuard guard(mutex.get());
+  if (method != nullptr) return;
+  id = this;
+  method = invoker;
+  SetupSession(serviceContent);
+  initialized = true;
+  LoginAsConfigured(*config);
+}
+
+void KESessionImpl::SetupSession(KEString& serviceContent) {
+  ServiceContent content(serviceContent);
+  rootFolder = content.Reference(PxaRootFolder);
+  propertyCollector = content.Reference(PxaPropColl);
+  KEString productLine, apiVersion;
+  content.Text(ProductLineIdTag, productLine);
+  content.Text(ApiVersionTag, apiVersion);
+  newApi = !productLine.Equals("rvz") && apiVersion.Find("2", 0) == 0;
+  sessionManager = content.Reference(PxaSessionMgr);
+}
+
+// --- logging in --------------------------------------------------------------------------------------
+
+void KESessionImpl::LoginAsConfigured(KELib::KEConfig& config) {
+  if (!config.FindParentConfigKey(CfgKeyLoginInfo)) return;
+  KEString localTicket, user, password;
+  config.GetConfigValue(CfgKeyLocalTicket, localTicket);
+  config.GetConfigValue(userNameTag, user);
+  config.GetConfigValue(CfgKeyPassword, password);
+
+  const bool byTicket = KELib::StringUtil::ParseBool(localTicket.Cstr()) && !user.Empty();
+  if (!byTicket && (user.Empty() || password.Empty())) return;
+  const bool passwordIsRaw = byTicket && SetupLocalLogin(user, password);
+  if (!MayLogin()) return;
+
+  KEString userXml, passwordXml;
+  KELib::Xml::EscapeStray(user.Cstr(), userXml);
+  if (passwordIsRaw) {
+    KELib::Xml::EscapeText(password.Cstr(), passwordXml);
+  } else {
+    KELib::Xml::EscapeStray(password.Cstr(), passwordXml);
+  }
+  SendLogin(userXml, passwordXml);
+}
+
+bool KESessionImpl::SetupLocalLogin(KEString& user, KEString& password) {
+  KEString userXml, response;
+  KELib::Xml::EscapeStray(user.Cstr(), userXml);
+  KELib::Xml::KEXmlBuffer body;
+  StartBody(MethodAcquireLocalTicket, body);
+  body.AddElementTagAndValue(userNameTag, userXml.Cstr());
+  body.EndAddElementTag(MethodAcquireLocalTicket);
+  try {
+    const KELib::Http::HandleWait limits(kHandleWaitMs, nullptr);
+    method->Invoke(targetNamespace, MethodAcquireLocalTicket, body, response);
+  } catch (const KELib::Exception&) {
+    LogVerbose("Unable to get local ticket information\n");
+    return false;
+  }
+  KEString ticketUser, path;
+  {
+    ServiceContent ticket(response);
+    ticket.Text(userNameTag, ticketUser);
+    ticket.Text(passwdFilePath, path);
+  }
+  if (!ticketUser.Empty() && !ticketUser.Equals(user)) user.Transfer(ticketUser);
+  if (path.Empty()) {
+    LogVerbose("Invalid Local Ticket information. No password file.\n");
+    return false;
+  }
+  ReadPasswordFile(path, password);  // an unreadable file leaves no password: the server refuses it
+  return true;
+}
+
+void KESessionImpl::Login(KEString& user, KEString& password) {
+  KEMutexGuard guard(mutex.get());
+  LoginNoLock(user, password);
+}
+
+void KESessionImpl::LoginNoLock(KEString& user, KEString& password) {
+  if (!MayLogin()) return;
+  KEString userXml, passwordXml;
+  KELib::Xml::EscapeText(user.Cstr(), userXml);
+  KELib::Xml::EscapeText(password.Cstr(), passwordXml);
+  SendLogin(userXml, passwordXml);
+}
+
+bool KESessionImpl::MayLogin() {
+  const char* reason = nullptr;
+  if (method == nullptr) {
+    reason = "Unable to Login - no method found\n";
+  } else if (!initialized) {
+    reason = "Session not initialized\n";
+  } else if (loggedIn) {
+    reason = "Already Logged in\n";
+  }
+  if (reason != nullptr) LogVerbose(reason);
+  return reason == nullptr;
+}
+
+void KESessionImpl::SendLogin(const KEString& userXml, const KEString& passwordXml) {
+  KELib::Xml::KEXmlBuffer body;
+  StartBody(MethodLogin, body);
+  body.AddElementTagAndValue(userNameTag, userXml.Cstr());
+  body.AddElementTagAndValue(CfgKeyPassword, passwordXml.Cstr());
+  body.EndAddElementTag(MethodLogin);
+  try {
+    const KELib::Http::HandleWait limits(kHandleWaitMs, nullptr);
+    method->Invoke(targetNamespace, MethodLogin, body, userSession);
+    loggedIn = true;
+  } catch (const KELib::Exception&) {
+    LogVerbose("Unable to Login - No UserSession received\n");
+    userSession.Clear();
+    loggedIn = false;
+  }
+}
+
+void KESessionImpl::StartBody(const char* methodName, KELib::Xml::KEXmlBuffer& body) {
+  body.StartAddElementTag(methodName);
+  body.AddNamespace(nullptr, targetNamespace);
+  body.AddElementTagAttrAndValue(ThisMorefTag, MorefTypeAttr, sessionManager->type.Cstr(),
+                                 sessionManager->value.Cstr());
+}
+
+// --- logging out -------------------------------------------------------------------------------------
+
+void KESessionImpl::Logout() {
+  KEMutexGuard guard(mutex.get());
+  if (method == nullptr) {
+    LogVerbose("Unable to Logout - no method found\n");
+    return;
+  }
+  if (!loggedIn) {
+    LogVerbose("Already Logged out\n");
+    return;
+  }
+  // While the login still holds, so that the sync thread leaves without an error to log.
+  if (dataSync != nullptr) dataSync->RequestStop();
+  loggedIn = false;
+  KELib::Xml::KEXmlBuffer body;
+  StartBody(MethodLogout, body);
+  body.EndAddElementTag(MethodLogout);
+  try {
+    const KELib::Http::HandleWait limits(kHandleWaitMs, nullptr, kLogoutLimitMs);
+    method->Invoke(targetNamespace, MethodLogout, body, userSession);
+  } catch (const KELib::Exception&) {
+    LogVerbose("Unable to Logout - Error reported by server.\n");
+    userSession.Clear();
+  }
+}
+
+KEDataSync* KESessionImpl::GetDataSync() {
+  KEMutexGuard guard(mutex.get());
+  if (!loggedIn) throw KELib::SystemException("No Session in Progress");
+  if (dataSync == nullptr) dataSync.reset(CreateDataSync(method, propertyCollector.get()));
+  return dataSync.get();
+}
+
+void KESessionImpl::Cleanup() {
+  KEMutexGuard guard(mutex.get());
+  if (dataSync != nullptr) dataSync->Cleanup();
+}
+
+bool KESessionImpl::EndSync() {
+  KEMutexGuard guard(mutex.get());
+  auto* sync = dynamic_cast<KEDataSyncImpl*>(dataSync.get());
+  return sync == nullptr || sync->End();
+}
+
+const void* KESessionImpl::GetId() {
+  KEMutexGuard guard(mutex.get());
+  return id;
+}
+
+bool KESessionImpl::IsInitialized() {
+  KEMutexGuard guard(mutex.get());
+  return initialized;
+}
+
+bool KESessionImpl::IsLoggedIn() {
+  KEMutexGuard guard(mutex.get());
+  return loggedIn;
+}
+
+}  // namespace KE::Service

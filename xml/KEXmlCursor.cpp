@@ -1,0 +1,211 @@
+// SPDX-License-Identifier: MIT
+#include "xml/KEXmlCursor.h"
+
+#include "xml/KEXmlReader.h"
+#include "xml/XmlConstants.h"
+#include "xml/XmlException.h"
+
+namespace KELib::Xml {
+
+namespace {
+
+constexpr int kElementEnded = 13;  // the reader's token type behind an end tag
+
+constexpr char kSectionStart[] = "<![CDATA[";
+constexpr std::size_t kSectionStartLength = sizeof(kSectionStart) - 1;
+
+[[noreturn]] void ThrowMalformed() { throw XmlException(ERR_BAD_ELEM); }
+
+bool IsBlank(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }
+
+bool EndsName(char c) { return IsBlank(c) || c == '>' || c == '/' || c == '=' || c == '<'; }
+
+const char* SkipBlanks(const char* from, const char* end) {
+  while (from < end && IsBlank(*from)) ++from;
+  return from;
+}
+
+}  // namespace
+
+KEXmlCursor::KEXmlCursor(KEXmlReader& source)
+    : reader(source),
+      begin(source.Str()),
+      end(begin + source.GetInputLength()),
+      at(begin + source.Pos()) {}
+
+void KEXmlCursor::MoveReader() const {
+  reader.MoveTo(static_cast<unsigned int>(at - begin), kElementEnded);
+}
+
+const char* KEXmlCursor::Find(char c, const char* from) const {
+  return static_cast<const char*>(std::memchr(from, c, static_cast<std::size_t>(end - from)));
+}
+
+// The ">" of the tag that `from` stands in; one inside an attribute's value does not count.
+const char* KEXmlCursor::FindTagEnd(const char* from) const {
+  for (; from < end && *from != '>'; ++from) {
+    if (*from != '"' && *from != '\'') continue;
+    from = Find(*from, from + 1);
+    if (from == nullptr) ThrowMalformed();
+  }
+  if (from >= end) ThrowMalformed();
+  return from;
+}
+
+bool KEXmlCursor::IsSection(const char* from) const {
+  return static_cast<std::size_t>(end - from) >= kSectionStartLength &&
+         std::memcmp(from, kSectionStart, kSectionStartLength) == 0;
+}
+
+// Passes a comment, a section, a declaration or an instruction that begins at `from`.
+const char* KEXmlCursor::SkipMarkup(const char* from) const {
+  const char* terminator = ">";
+  if (from[1] == '?') terminator = "?>";
+  if (IsSection(from)) terminator = "]]>";
+  if (end - from >= 4 && std::memcmp(from, "<!--", 4) == 0) terminator = "-->";
+  const std::size_t size = std::strlen(terminator);
+  const void* found = memmem(from + 2, static_cast<std::size_t>(end - from - 2), terminator, size);
+  if (found == nullptr) ThrowMalformed();
+  return static_cast<const char*>(found) + size;
+}
+
+XmlSlice KEXmlCursor::NameAt(const char* from) const {
+  const char* stop = from;
+  while (stop < end && !EndsName(*stop)) ++stop;
+  if (stop == from || stop >= end) ThrowMalformed();
+  return {from, static_cast<unsigned int>(stop - from)};
+}
+
+bool KEXmlCursor::NextChild(XmlSlice& name) {
+  for (;;) {
+    at = at < end ? Find('<', at) : nullptr;
+    if (at == nullptr) {
+      at = end;
+      return false;
+    }
+    if (end - at < 2) ThrowMalformed();
+    if (at[1] == '/') return false;
+    if (at[1] != '!' && at[1] != '?') break;
+    at = SkipMarkup(at);
+  }
+  name = NameAt(at + 1);
+  at = name.text + name.length;
+  return true;
+}
+
+bool KEXmlCursor::NextAttribute(XmlSlice& name, XmlSlice& value) {
+  at = SkipBlanks(at, end);
+  if (at >= end) ThrowMalformed();
+  if (*at == '>' || *at == '/') return false;
+  const XmlSlice found = NameAt(at);
+  const char* quote = SkipBlanks(found.text + found.length, end);
+  if (quote >= end || *quote != '=') ThrowMalformed();
+  quote = SkipBlanks(quote + 1, end);
+  if (quote >= end || (*quote != '"' && *quote != '\'')) ThrowMalformed();
+  const char* stop = Find(*quote, quote + 1);
+  if (stop == nullptr) ThrowMalformed();
+  name = found;
+  value = {quote + 1, static_cast<unsigned int>(stop - quote - 1)};
+  at = stop + 1;
+  return true;
+}
+
+bool KEXmlCursor::Enter() {
+  const char* close = FindTagEnd(at);
+  const bool empty = close > at ? close[-1] == '/' : false;
+  at = close + 1;
+  return !empty;
+}
+
+void KEXmlCursor::Leave(const XmlSlice& name) {
+  XmlSlice child;
+  while (NextChild(child)) SkipElement(child);
+  XmlSlice ended;
+  if (!PassEndTag(ended) || !ended.Is(name.text, name.length)) ThrowMalformed();
+}
+
+bool KEXmlCursor::PassEndTag(XmlSlice& name) {
+  if (end - at < 2 || at[0] != '<' || at[1] != '/') return false;
+  name = NameAt(at + 2);
+  at = FindTagEnd(name.text + name.length) + 1;
+  return true;
+}
+
+// Counts depth instead of calling itself: the nesting is the sender's choice, the stack is ours.
+void KEXmlCursor::SkipElement(const XmlSlice& name) {
+  if (!Enter()) return;
+  XmlSlice inner;
+  for (std::size_t depth = 1; depth > 0;) {
+    if (NextChild(inner)) {
+      if (Enter()) ++depth;
+    } else if (PassEndTag(inner)) {
+      --depth;
+    } else {
+      ThrowMalformed();
+    }
+  }
+  if (!inner.Is(name.text, name.length)) ThrowMalformed();
+}
+
+void KEXmlCursor::AppendPiece(KEStringBuffer& joined, XmlSlice& whole, const char* from,
+                              const char* to) const {
+  if (from == to) return;
+  const unsigned int n = static_cast<unsigned int>(to - from);
+  if (whole.length == 0) {
+    whole = {from, n};
+    return;
+  }
+  // A second piece: the text is no longer one run of the input.
+  if (whole.text != joined.Str()) {
+    joined.Clear();
+    joined.Append(whole.text, whole.length);
+  }
+  joined.Append(from, n);
+  whole = {joined.Str(), joined.Length()};
+}
+
+XmlSlice KEXmlCursor::Text(const XmlSlice& name, KEStringBuffer& joined) {
+  XmlSlice whole;
+  if (!Enter()) return whole;
+  at = SkipBlanks(at, end);
+  while (!TextPiece(joined, whole)) {
+  }
+  XmlSlice ended;
+  if (!PassEndTag(ended) || !ended.Is(name.text, name.length)) ThrowMalformed();
+  return whole;
+}
+
+// Takes the text up to the next markup, and that markup unless it is the end tag: then true.
+bool KEXmlCursor::TextPiece(KEStringBuffer& joined, XmlSlice& whole) {
+  const char* stop = at < end ? Find('<', at) : nullptr;
+  if (stop == nullptr || end - stop < 2) ThrowMalformed();
+  AppendPiece(joined, whole, at, stop);
+  at = stop;
+  if (at[1] == '/') return true;
+  if (IsSection(at)) {
+    const char* behind = SkipMarkup(at);
+    AppendPiece(joined, whole, at + kSectionStartLength, behind - 3);
+    at = behind;
+  } else if (at[1] == '!' || at[1] == '?') {
+    at = SkipMarkup(at);
+  } else {
+    XmlSlice child;
+    NextChild(child);
+    SkipElement(child);
+  }
+  return false;
+}
+
+bool KEXmlCursor::HasChildElements() const {
+  KEXmlCursor ahead(*this);
+  if (!ahead.Enter()) return false;
+  for (;;) {
+    ahead.at = SkipBlanks(ahead.at, end);
+    if (end - ahead.at < 2 || *ahead.at != '<' || ahead.at[1] == '/') return false;
+    if (ahead.at[1] != '!' && ahead.at[1] != '?') return true;
+    if (ahead.IsSection(ahead.at)) return false;
+    ahead.at = ahead.SkipMarkup(ahead.at);
+  }
+}
+
+}  // namespace KELib::Xml
