@@ -141,8 +141,9 @@ class KECPP_API KEHashmap {
   void Insert(K& key, const V& value);
 
   // Takes the first entry of `key` out, deletes its value and unbinds the iterators. A further
-  // entry of that key then holds null. `key` may be the entry's own key. An absent key changes
-  // nothing. O(1) on average.
+  // entry of that key then holds null, and a pointer key is forgotten with it, since it may have
+  // died with the value. `key` may be the entry's own key. An absent key changes nothing. O(1) on
+  // average.
   void Remove(K& key);
 
   // Makes room for `wanted` entries (at least Count() + 1 when it is below Count()): when that
@@ -180,7 +181,22 @@ class KECPP_API KEHashmap {
       return false;
     }
   }
-  unsigned int BucketOf(K& key) const { return ComputeHash<K>(key) % bucketCount; }
+  // A null pointer key hashes to 0 and equals nothing.
+  static unsigned int HashOf(K& key) {
+    if constexpr (std::is_pointer_v<K>) {
+      return key ? ComputeHash<K>(key) : 0;
+    } else {
+      return ComputeHash<K>(key);
+    }
+  }
+  static bool IsSame(K& left, K& right) {
+    if constexpr (std::is_pointer_v<K>) {
+      return left && right && Equals<K>(left, right);
+    } else {
+      return Equals<K>(left, right);
+    }
+  }
+  unsigned int BucketOf(K& key) const { return HashOf(key) % bucketCount; }
   Entry* Find(K& key) { return FindFrom(buckets[BucketOf(key)], key); }
   static Entry* FindFrom(Entry* entry, K& key);
   static void DropTwins(Entry* removed, K& key);
@@ -274,7 +290,7 @@ KEHashmap<K, V>::KEHashmap(unsigned int cap, float ratio)
 
 template <typename K, typename V>
 KEEntry<K, V>* KEHashmap<K, V>::FindFrom(Entry* entry, K& key) {
-  while (entry && !Equals<K>(entry->key, key)) {
+  while (entry && !IsSame(entry->key, key)) {
     entry = entry->next;
   }
   return entry;
@@ -284,7 +300,7 @@ template <typename K, typename V>
 KEEntry<K, V>* KEHashmap<K, V>::Lookup(K& key, unsigned int bucket, Entry*& previous) {
   previous = nullptr;
   Entry* entry = bucket < bucketCount ? buckets[bucket] : nullptr;
-  while (entry && !Equals<K>(entry->key, key)) {
+  while (entry && !IsSame(entry->key, key)) {
     previous = entry;
     entry = entry->next;
   }
@@ -342,12 +358,16 @@ void KEHashmap<K, V>::Remove(K& key) {
   DeleteVal(removed->value);  // a pointer key usually dies here: no comparison after this
 }
 
-// Forgets the value of `removed` in the further entries of its key.
+// Forgets the value of `removed`, and a key that may be part of it, in the further entries of
+// `key`.
 template <typename K, typename V>
 void KEHashmap<K, V>::DropTwins(Entry* removed, K& key) {
   if constexpr (std::is_pointer_v<V>) {
     for (Entry* twin = removed; (twin = FindFrom(twin->next, key));) {
       twin->value = nullptr;
+      if constexpr (std::is_pointer_v<K>) {
+        twin->key = nullptr;
+      }
     }
   } else {
     static_cast<void>(removed);
@@ -377,7 +397,7 @@ void KEHashmap<K, V>::Copy(Entry** from, unsigned int fromCount, Entry** to, uns
   for (unsigned int i = 0; i < fromCount; ++i) {
     Entry* entry = std::exchange(from[i], nullptr);
     while (entry) {
-      Entry*& head = to[ComputeHash<K>(entry->key) % toCount];
+      Entry*& head = to[HashOf(entry->key) % toCount];
       Entry* const following = std::exchange(entry->next, head);
       head = entry;
       entry = following;

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+#include "foundation/KEFile.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+
+namespace {
+
+using KELib::FILE_IO_READ;
+using KELib::FILE_IO_WRITE;
+using KELib::KEString;
+
+class KEFileTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::string pattern = (std::filesystem::temp_directory_path() / "kefile-XXXXXX").string();
+    folder = mkdtemp(pattern.data());
+    path = folder / "file";
+  }
+  void TearDown() override { std::filesystem::remove_all(folder); }
+
+  void Put(const std::string& content) { std::ofstream(path, std::ios::binary) << content; }
+  std::string Content() const {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  }
+  static std::unique_ptr<KELib::KEFile> Open(const std::filesystem::path& where, int mode) {
+    KEString name(where.c_str());
+    return std::unique_ptr<KELib::KEFile>(KELib::CreateKEFile(name, mode));
+  }
+
+  std::filesystem::path folder;
+  std::filesystem::path path;
+};
+
+TEST_F(KEFileTest, ReadsAroundTheEdgesOfItsPieces) {
+  for (const unsigned int size : {0u, 1u, 255u, 256u, 257u, 512u, 100000u}) {
+    std::string content;
+    for (unsigned int i = 0; i < size; ++i) {
+      content += static_cast<char>('a' + i % 26);
+    }
+    Put(content);
+    const auto file = Open(path, FILE_IO_READ);
+    KEString out;
+    EXPECT_TRUE(file->Exists());
+    EXPECT_TRUE(file->Read(out));
+    EXPECT_EQ(content, out.Cstr());
+    out.Clear();
+    EXPECT_TRUE(file->Read(out));
+    EXPECT_EQ(content, out.Cstr()) << "read again from the start";
+  }
+}
+
+TEST_F(KEFileTest, AppendsAndEndsAPieceAtItsNul) {
+  std::string content(300, 'x');
+  content[2] = '\0';
+  Put(content);
+  KEString out("kept:");
+  EXPECT_TRUE(Open(path, FILE_IO_READ)->Read(out));
+  EXPECT_EQ("kept:xx" + std::string(44, 'x'), out.Cstr());
+}
+
+TEST_F(KEFileTest, FailedReads) {
+  KEString out("unchanged");
+  EXPECT_FALSE(Open(path, FILE_IO_READ)->Exists());
+  EXPECT_FALSE(Open(path, FILE_IO_READ)->Read(out));
+  EXPECT_FALSE(Open(path, FILE_IO_WRITE)->Read(out));
+  EXPECT_FALSE(Open(path, 7)->Exists());
+  EXPECT_FALSE(Open("/dev/zero", FILE_IO_READ)->Read(out));
+  EXPECT_STREQ("unchanged", out.Cstr());
+  EXPECT_FALSE(Open(folder, FILE_IO_READ)->Read(out));
+  EXPECT_STREQ("", out.Cstr());
+}
+
+TEST_F(KEFileTest, WritesEverythingOrSaysSo) {
+  for (const unsigned int size : {0u, 256u, 1025u, 100000u}) {
+    KEString text(std::string(size, 'y').c_str());
+    EXPECT_TRUE(Open(path, FILE_IO_WRITE)->Write(text));
+    EXPECT_EQ(text.Cstr(), Content());
+  }
+  KEString text("lost");
+  EXPECT_FALSE(Open("/dev/full", FILE_IO_WRITE)->Write(text)) << "noticed only by the flush";
+  EXPECT_FALSE(Open(folder / "none" / "file", FILE_IO_WRITE)->Write(text));
+}
+
+TEST_F(KEFileTest, AReadingObjectNeverTouchesTheFileAndAWritingOneTestsByCreatingIt) {
+  Put("content");
+  KEString text("new");
+  EXPECT_FALSE(Open(path, FILE_IO_READ)->Write(text));
+  EXPECT_EQ("content", Content());
+  EXPECT_TRUE(Open(path, FILE_IO_WRITE)->Exists());
+  EXPECT_EQ("", Content());
+  std::filesystem::remove(path);
+  EXPECT_TRUE(Open(path, FILE_IO_WRITE)->Exists());
+  EXPECT_TRUE(std::filesystem::exists(path));
+}
+
+}  // namespace

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: MIT
+#include "foundation/Logger.h"
+
+#include <gtest/gtest.h>
+#include <syslog.h>
+
+#include <cerrno>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/CapturedLog.h"
+
+namespace {
+
+namespace Logging = KELib::Logging;
+using Logging::Logger;
+
+class LoggerTest : public testing::Test {
+ protected:
+  void SetUp() override { CapturedLog::Clear(); }
+  void TearDown() override { Logging::FreeDefaultLogger(); }
+
+  static std::string OnlyLine() {
+    const auto lines = CapturedLog::Lines();
+    CapturedLog::Clear();
+    return lines.size() == 1 ? lines[0].text : std::to_string(lines.size()) + " lines";
+  }
+};
+
+TEST_F(LoggerTest, MapsLevelsToPriorities) {
+  Logger logger(Logging::LOG_LEVEL_TRIVIA);
+  for (int level = -1; level <= 7; ++level) {
+    logger.Write(level, "text");
+  }
+  std::vector<int> priorities;
+  for (const auto& line : CapturedLog::Lines()) {
+    priorities.push_back(line.priority);
+  }
+  EXPECT_EQ((std::vector<int>{LOG_DEBUG, LOG_EMERG, LOG_ERR, LOG_WARNING, LOG_INFO, LOG_DEBUG,
+                              LOG_DEBUG}),
+            priorities);
+}
+
+TEST_F(LoggerTest, DropsWhatIsAboveItsLevelAndWhatIsEmpty) {
+  Logging::GetDefaultLogger()->SetLevelByName("warning");
+  Logging::Log(nullptr, Logging::LOG_LEVEL_INFO, "info");
+  Logging::Log(nullptr, Logging::LOG_LEVEL_WARNING, "");
+  Logging::Log(nullptr, Logging::LOG_LEVEL_WARNING, nullptr);
+  EXPECT_TRUE(CapturedLog::Lines().empty());
+  Logging::Log(nullptr, 1, "panic");
+  EXPECT_EQ(LOG_EMERG, CapturedLog::Lines().at(0).priority);
+  EXPECT_EQ("panic", OnlyLine());
+
+  Logger own(Logging::LOG_LEVEL_ERROR);
+  Logging::Log(&own, Logging::LOG_LEVEL_WARNING, "warning");
+  Logging::Log(&own, Logging::LOG_LEVEL_ERROR, "error %s", "with an argument");
+  EXPECT_EQ("error with an argument", OnlyLine());
+}
+
+TEST_F(LoggerTest, LevelNamesAreExact) {
+  Logger logger;
+  EXPECT_TRUE(logger.IsLevel(Logging::LOG_LEVEL_VERBOSE));
+  for (const char* name : {"none", "panic", "error", "warning", "info", "verbose", "trivia"}) {
+    logger.SetLevelByName(name);
+    EXPECT_STREQ(name, logger.GetLevelByName());
+  }
+  for (const char* unknown : {"VERBOSE", "", "verbose "}) {
+    logger.SetLevelByName(unknown);
+    logger.SetLevelByName(nullptr);
+    EXPECT_TRUE(logger.IsLevel(Logging::LOG_LEVEL_TRIVIA)) << unknown;
+  }
+  logger.SetLevel(7);
+  EXPECT_STREQ("", logger.GetLevelByName());
+}
+
+TEST_F(LoggerTest, WritesConversionsWithoutArgumentLiterally) {
+  Logger logger;
+  const auto written = [&logger](const char* format, const char* argument) {
+    logger.Write(Logging::LOG_LEVEL_ERROR, format, argument);
+    return OnlyLine();
+  };
+  EXPECT_EQ("100%", written("100%%", nullptr));
+  EXPECT_EQ("100%", written("100%", nullptr));
+  EXPECT_EQ("%s%n%5d", written("%s%n%5d", nullptr));
+  EXPECT_EQ("% %s", written("% %s", nullptr));
+  EXPECT_EQ("%s%n: %s", written("%s: %s", "%s%n"));
+  EXPECT_EQ("%d %-3s text %n%", written("%d %-3s %s %n%", "text"));
+  EXPECT_EQ("% text", written("%% %s", "text"));
+  EXPECT_EQ("no conversion", written("no conversion", "text"));
+  errno = ENOENT;
+  EXPECT_EQ("No such file or directory: %d", written("%m: %d", nullptr));
+}
+
+TEST_F(LoggerTest, FreeingTheDefaultLoggerGivesAFreshOne) {
+  Logging::GetDefaultLogger()->SetLevel(Logging::LOG_LEVEL_NONE);
+  Logging::FreeDefaultLogger();
+  Logging::Log(nullptr, 2, "text");
+  EXPECT_EQ("text", OnlyLine());
+}
+
+TEST_F(LoggerTest, ThreadsLogWhileTheDefaultLoggerIsFreed) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 3; ++i) {
+    threads.emplace_back([] {
+      for (int line = 0; line < 500; ++line) {
+        Logging::GetDefaultLogger()->Write(Logging::LOG_LEVEL_ERROR, "one %s", "line");
+      }
+    });
+  }
+  for (int i = 0; i < 500; ++i) {
+    Logging::FreeDefaultLogger();
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(1500u, CapturedLog::Count("one line"));
+}
+
+}  // namespace

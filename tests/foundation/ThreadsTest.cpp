@@ -1,0 +1,204 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+#include <syslog.h>
+
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <memory>
+#include <thread>
+
+#include "foundation/KECondition.h"
+#include "foundation/KEException.h"
+#include "foundation/KEMutex.h"
+#include "foundation/KEMutexGuard.h"
+#include "foundation/KEQuietCondition.h"
+#include "foundation/KEThread.h"
+#include "foundation/KEWaiter.h"
+#include "support/CapturedLog.h"
+
+namespace {
+
+using KELib::KECondition;
+using KELib::KEMutex;
+using KELib::KEMutexGuard;
+using KELib::KEQuietCondition;
+using KELib::KEThread;
+using KELib::KEWaiter;
+using KELib::KEWork;
+
+bool OthersSeeItLocked(KEMutex& mutex) {
+  return std::async(std::launch::async, [&mutex] { return mutex.IsLocked(); }).get();
+}
+
+TEST(KEMutexTest, IsLockedOnlyForItsHolder) {
+  KEMutex mutex;
+  EXPECT_FALSE(mutex.IsLocked());
+  mutex.Lock();
+  EXPECT_TRUE(mutex.IsLocked());
+  EXPECT_FALSE(OthersSeeItLocked(mutex));
+  mutex.Unlock();
+  EXPECT_FALSE(mutex.IsLocked());
+}
+
+TEST(KEMutexTest, Excludes) {
+  KEMutex mutex;
+  int counter = 0;
+  const auto count = [&] {
+    for (int i = 0; i < 10000; ++i) {
+      KEMutexGuard guard(&mutex);
+      ++counter;
+    }
+  };
+  std::thread first(count);
+  std::thread second(count);
+  first.join();
+  second.join();
+  EXPECT_EQ(20000, counter);
+}
+
+TEST(KEMutexGuardTest, LeavesAloneWhatTheThreadHolds) {
+  KEMutex mutex;
+  {
+    KEMutexGuard outer(&mutex);
+    {
+      KEMutexGuard inner(&mutex);
+      inner.Release();
+    }
+    EXPECT_TRUE(mutex.IsLocked());
+    outer.Release();
+    EXPECT_FALSE(mutex.IsLocked());
+    outer.Release();
+    KEMutexGuard nothing(nullptr);
+  }
+  EXPECT_FALSE(mutex.IsLocked());
+}
+
+TEST(KEConditionTest, ATimedWaitEndsReturnsZeroAndLogs) {
+  CapturedLog::Clear();
+  const std::unique_ptr<KECondition> condition(KELib::CreateKECondition());
+  KEMutex mutex;
+  mutex.Lock();
+  EXPECT_EQ(0, condition->Wait(&mutex, 1));
+  EXPECT_TRUE(mutex.IsLocked());
+  // 4294968 * 1000 wraps to 704, less than a millisecond; 2147484 * 1000 to a time in the past.
+  EXPECT_EQ(0, condition->Wait(&mutex, 4294968));
+  EXPECT_EQ(0, condition->Wait(&mutex, 2147484));
+  mutex.Unlock();
+  const auto lines = CapturedLog::Lines();
+  ASSERT_EQ(3u, lines.size());
+  EXPECT_EQ(LOG_ERR, lines[0].priority);
+  EXPECT_EQ("Failed timed wait!", lines[0].text);
+}
+
+// Waits in another thread until `flag` is set under the mutex; the wait must give the mutex up.
+template <typename WaitOnce, typename WakeUp>
+void ExpectHandshake(KEMutex& mutex, WaitOnce waitOnce, WakeUp wakeUp) {
+  bool waiting = false;
+  bool flag = false;
+  bool ownerAfterWait = false;
+  std::thread waiter([&] {
+    KEMutexGuard guard(&mutex);
+    waiting = true;
+    while (!flag) {
+      waitOnce();
+      ownerAfterWait = mutex.IsLocked();
+    }
+  });
+  for (bool signalled = false; !signalled;) {
+    KEMutexGuard guard(&mutex);
+    if (waiting) {
+      EXPECT_TRUE(mutex.IsLocked());
+      flag = signalled = true;
+      wakeUp();
+    }
+  }
+  waiter.join();
+  EXPECT_TRUE(ownerAfterWait);
+  EXPECT_FALSE(mutex.IsLocked());
+}
+
+TEST(KEConditionTest, ASignalEndsAnUnboundedWaitSilently) {
+  CapturedLog::Clear();
+  const std::unique_ptr<KECondition> condition(KELib::CreateKECondition());
+  KEMutex mutex;
+  ExpectHandshake(
+      mutex, [&] { condition->Wait(&mutex, 0); }, [&] { condition->Signal(); });
+  EXPECT_TRUE(CapturedLog::Lines().empty());
+}
+
+TEST(KEQuietConditionTest, TellsWakeUpFromTimeOutAndLogsNothing) {
+  CapturedLog::Clear();
+  KEQuietCondition condition;
+  KEMutex mutex;
+  ExpectHandshake(
+      mutex, [&] { EXPECT_TRUE(condition.Wait(mutex, -1)); }, [&] { condition.Signal(); });
+  ExpectHandshake(
+      mutex, [&] { EXPECT_TRUE(condition.Wait(mutex, 9223372036854775807LL)); },
+      [&] { condition.Broadcast(); });
+  KEMutexGuard guard(&mutex);
+  bool timedOut = false;
+  while (!timedOut) {
+    timedOut = !condition.Wait(mutex, 1);
+  }
+  EXPECT_TRUE(mutex.IsLocked());
+  EXPECT_TRUE(CapturedLog::Lines().empty());
+}
+
+TEST(KEWaiterTest, ASignalSticksAndMayComeFromAnyThread) {
+  CapturedLog::Clear();
+  std::unique_ptr<KEWaiter> waiter(KELib::CreateKEWaiter());
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_FALSE(waiter->Wait(5));
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(5));
+  for (int milliseconds : {0, -1, 600000}) {
+    waiter.reset(KELib::CreateKEWaiter());
+    std::thread signaller([&waiter] { waiter->Signal(); });
+    EXPECT_TRUE(waiter->Wait(milliseconds));
+    signaller.join();
+    EXPECT_TRUE(waiter->Wait(1));
+  }
+  EXPECT_TRUE(CapturedLog::Lines().empty());
+}
+
+struct Outcome {
+  std::atomic<int> runs{0};
+  std::promise<pthread_t> ranOn;
+  std::promise<void> deleted;
+};
+
+class ReportingWork : public KEWork {
+ public:
+  explicit ReportingWork(Outcome& report) : outcome(report) {}
+  ~ReportingWork() override { outcome.deleted.set_value(); }
+  void Execute() override {
+    ++outcome.runs;
+    returnCode = KELib::WORK_RET_SUCCESS;
+    outcome.ranOn.set_value(pthread_self());
+  }
+
+ private:
+  Outcome& outcome;
+};
+
+TEST(KEThreadTest, RunsItsWorkOnceOnAnotherThreadAndDeletesIt) {
+  Outcome outcome;
+  KELib::CreateKEThread(new ReportingWork(outcome))->Start();
+  EXPECT_NE(pthread_self(), outcome.ranOn.get_future().get());
+  outcome.deleted.get_future().get();
+  EXPECT_EQ(1, outcome.runs);
+}
+
+TEST(KEThreadTest, WithoutAStartItsCreatorDeletesIt) {
+  Outcome outcome;
+  auto deleted = outcome.deleted.get_future();
+  std::unique_ptr<KEThread> thread(KELib::CreateKEThread(new ReportingWork(outcome)));
+  EXPECT_EQ(pthread_self(), thread->Id());
+  EXPECT_EQ(KELib::WORK_RET_UNEXECUTED, thread->GetWork()->GetReturnCode());
+  thread.reset();
+  EXPECT_EQ(std::future_status::ready, deleted.wait_for(std::chrono::seconds(0)));
+  EXPECT_EQ(0, outcome.runs);
+  EXPECT_THROW(KEWork().Execute(), KELib::NotImplementedException);
+}
+
+}  // namespace
