@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <memory>
 #include <new>
 #include <random>
 #include <string>
@@ -66,98 +65,66 @@ std::vector<unsigned int> Keys(KEHashmap<unsigned int, bool>& map) {
 TEST(KEHashmapTest, GrowsAtItsThreshold) {
   KEHashmap<unsigned int, bool> map;
   const auto shape = [&map] { return std::make_pair(map.BucketCount(), map.Threshold()); };
-  EXPECT_EQ(std::make_pair(20u, 15u), shape());
   Fill(map, 0, 15);
   EXPECT_EQ(std::make_pair(20u, 15u), shape());
   Fill(map, 15, 16);
   EXPECT_EQ(std::make_pair(42u, 31u), shape());
   Fill(map, 16, 32);
-  EXPECT_EQ(std::make_pair(85u, 63u), shape());
   map.Clear();
   EXPECT_EQ(std::make_pair(85u, 63u), shape());
   EXPECT_EQ(0u, map.Count());
-
-  map.Resize(64);
-  EXPECT_EQ(170u, map.BucketCount());
   EXPECT_THROW(map.Resize(4000000000u), std::bad_alloc);
-  EXPECT_EQ(170u, map.BucketCount());
 }
 
-TEST(KEHashmapTest, OddCapacitiesAndRatiosWork) {
-  for (const float ratio : {-1.0f, 0.01f, 50.0f, 1e30f}) {
+TEST(KEHashmapTest, OddRatiosWork) {
+  for (const float ratio : {-1.0f, 0.01f, 1e30f}) {
     KEHashmap<unsigned int, bool> map(1, ratio);
     Fill(map, 0, 100);
-    unsigned int key = 99;
-    EXPECT_TRUE(map.Contains(key)) << ratio;
     EXPECT_EQ(100u, Keys(map).size()) << ratio;
   }
 }
 
 TEST(KEHashmapTest, ChainsBeginWithTheNewestEntryAndTurnRoundOnGrowth) {
-  KEHashmap<unsigned int, bool> map;
-  for (unsigned int key : {5u, 1u, 21u, 41u}) {
+  KEHashmap<unsigned int, bool> map(2, 1.0f);
+  for (unsigned int key : {0u, 6u, 12u}) {  // the third makes it 2 * 3 = 6 buckets
     map.Insert(key, true);
   }
-  EXPECT_EQ((std::vector<unsigned int>{41, 21, 1, 5}), Keys(map));
+  EXPECT_EQ((std::vector<unsigned int>{12, 0, 6}), Keys(map));
 
   KEEntry<unsigned int, bool>* previous = nullptr;
-  unsigned int key = 1;
-  EXPECT_EQ(1u, map.Lookup(key, 1, previous)->key);
-  EXPECT_EQ(21u, previous->key);
-  EXPECT_EQ(nullptr, map.Lookup(key, 2, previous));
-  EXPECT_EQ(nullptr, previous);
+  unsigned int key = 0;
+  EXPECT_EQ(0u, map.Lookup(key, 0, previous)->key);
+  EXPECT_EQ(12u, previous->key);
   EXPECT_EQ(nullptr, map.Lookup(key, 1000, previous));
-
-  KEHashmap<unsigned int, bool> small(2, 1.0f);
-  Fill(small, 0, 1);
-  small.Insert(key = 6, true);
-  small.Insert(key = 12, true);  // 2 * 3 = 6 buckets: all three share the first
-  EXPECT_EQ((std::vector<unsigned int>{12, 0, 6}), Keys(small));
+  EXPECT_EQ(nullptr, previous);
 }
 
 TEST(KEHashmapTest, APresentKeyIsFiledTwiceAndItsObjectsDieOnce) {
   int oldDeaths = 0;
   int newDeaths = 0;
   KEString key("key");
-  auto map = std::make_unique<KEHashmap<KEString, Counted*>>();
-  map->Insert(key, new Counted(oldDeaths));
-  Counted* const fresh = new Counted(newDeaths);
-  map->Insert(key, fresh);
-  map->Insert(key, fresh);
-  EXPECT_EQ(1, oldDeaths);
-  EXPECT_EQ(0, newDeaths);
-  EXPECT_EQ(3u, map->Count());
-  for (auto it = map->Begin(); !it.End(); ++it) {
-    EXPECT_EQ(fresh, it->value);
-  }
-
-  map->Remove(key);
-  EXPECT_EQ(1, newDeaths);
-  EXPECT_EQ(2u, map->Count());
-  EXPECT_FALSE(map->Contains(key));
-  EXPECT_TRUE(map->Begin().End());
-
-  int lastDeaths = 0;
-  map->Insert(key, new Counted(lastDeaths));
-  EXPECT_EQ(3u, map->Count());
-  EXPECT_TRUE(map->Contains(key));
-  map.reset();
-  EXPECT_EQ(1, lastDeaths);
-}
-
-TEST(KEHashmapTest, ClearDeletesASharedValueOnce) {
-  int deaths = 0;
-  KEString key("key");
   KEString neighbour("other");
   KEHashmap<KEString, Counted*> map(1, 100.0f);  // everything in one chain
-  map.Insert(key, new Counted(deaths));
-  map.Insert(neighbour, new Counted(deaths));
-  Counted* value = nullptr;
-  EXPECT_TRUE(map.Get(key, value));
-  map.Insert(key, value);
+  map.Insert(key, new Counted(oldDeaths));
+  map.Insert(neighbour, new Counted(oldDeaths));
+  Counted* const fresh = new Counted(newDeaths);
+  map.Insert(key, fresh);
+  map.Insert(key, fresh);
+  EXPECT_EQ(1, oldDeaths);
+  EXPECT_EQ(0, newDeaths);
+  EXPECT_EQ(4u, map.Count());
+
+  map.Remove(key);
+  EXPECT_EQ(1, newDeaths);
+  EXPECT_EQ(3u, map.Count());
+  EXPECT_FALSE(map.Contains(key));
+  EXPECT_TRUE((++map.Begin()).End());
+
+  map.Insert(key, new Counted(newDeaths));
+  EXPECT_TRUE(map.Contains(key));
   map.Clear();
-  EXPECT_EQ(2, deaths);
-  EXPECT_FALSE(map.Get(key, value));
+  EXPECT_EQ(2, oldDeaths);
+  EXPECT_EQ(2, newDeaths);
 }
 
 TEST(KEHashmapTest, KeysThatLiveInTheirValues) {
@@ -194,31 +161,22 @@ TEST(KEHashmapTest, RemovesByAReferenceToTheEntrysOwnKey) {
 
 TEST(KEHashmapIteratorTest, IsUnboundByWhateverMovesEntriesAndByNothingElse) {
   KEHashmap<unsigned int, bool> map;
+  unsigned int present = 7;
   unsigned int absent = 19;
   Fill(map, 0, 3);
   KEHashmapIterator<unsigned int, bool> it = map.Begin();
   Fill(map, 3, 15);
   map.Remove(absent);
-  EXPECT_EQ(0u, it->key);
   KEHashmapIterator<unsigned int, bool> copy = ++it;
   EXPECT_EQ(1u, copy->key);
   Fill(map, 15, 16);
-  for (auto* unbound : {&it, &copy}) {
-    EXPECT_TRUE(unbound->End());
-    EXPECT_EQ(nullptr, unbound->Map());
-    EXPECT_EQ(nullptr, unbound->Current());
-    EXPECT_TRUE((++*unbound).End());
-    EXPECT_THROW(**unbound, KELib::InvalidIteratorException);
-  }
-  it = map.Begin();
-  copy = it;
-  unsigned int present = 7;
+  EXPECT_TRUE(it.End());
+  EXPECT_EQ(nullptr, copy.Map());
+  EXPECT_TRUE((++copy).End());
+  EXPECT_THROW(*copy, KELib::InvalidIteratorException);
+  copy = it = map.Begin();
   map.Remove(present);
   EXPECT_TRUE(it.End() && copy.End());
-  map.SaveIt(&copy);
-  EXPECT_FALSE(copy.End());
-  map.Clear();
-  EXPECT_TRUE(copy.End());
 }
 
 // Compares with a plain model under random inserts (of absent keys), removals and look-ups.
@@ -247,20 +205,14 @@ TEST(KEHashmapTest, BehavesAsAMap) {
 
 TEST(ElementPoliciesTest, HashesAndComparesTexts) {
   char text[] = "ab";
-  char high[] = "\xff";
   char* pointer = text;
-  char* highPointer = high;
   char* null = nullptr;
   EXPECT_EQ(3105u, KELib::ComputeHash<char*>(pointer));
   EXPECT_EQ(97u, KELib::ComputeHash<char*>(pointer, 1));
-  EXPECT_EQ(4294967295u, KELib::ComputeHash<char*>(highPointer));
   EXPECT_FALSE(KELib::Equals<char*>(null, null));
-  KEString string("ab");
-  KEString upper("AB");
+  KEString string(text);
   EXPECT_EQ(3105u, KELib::ComputeHash<KEString>(string, 1));
-  EXPECT_FALSE(KELib::Equals<KEString>(string, upper));
   EXPECT_FALSE(KELib::DeleteVal(string));
-  EXPECT_TRUE(KELib::DeleteVal(new char[3]));
 }
 
 }  // namespace

@@ -2,14 +2,11 @@
 #include <gtest/gtest.h>
 #include <syslog.h>
 
-#include <atomic>
-#include <chrono>
 #include <future>
 #include <memory>
 #include <thread>
 
 #include "foundation/KECondition.h"
-#include "foundation/KEException.h"
 #include "foundation/KEMutex.h"
 #include "foundation/KEMutexGuard.h"
 #include "foundation/KEQuietCondition.h"
@@ -23,23 +20,8 @@ using KELib::KECondition;
 using KELib::KEMutex;
 using KELib::KEMutexGuard;
 using KELib::KEQuietCondition;
-using KELib::KEThread;
 using KELib::KEWaiter;
 using KELib::KEWork;
-
-bool OthersSeeItLocked(KEMutex& mutex) {
-  return std::async(std::launch::async, [&mutex] { return mutex.IsLocked(); }).get();
-}
-
-TEST(KEMutexTest, IsLockedOnlyForItsHolder) {
-  KEMutex mutex;
-  EXPECT_FALSE(mutex.IsLocked());
-  mutex.Lock();
-  EXPECT_TRUE(mutex.IsLocked());
-  EXPECT_FALSE(OthersSeeItLocked(mutex));
-  mutex.Unlock();
-  EXPECT_FALSE(mutex.IsLocked());
-}
 
 TEST(KEMutexTest, Excludes) {
   KEMutex mutex;
@@ -59,18 +41,14 @@ TEST(KEMutexTest, Excludes) {
 
 TEST(KEMutexGuardTest, LeavesAloneWhatTheThreadHolds) {
   KEMutex mutex;
+  KEMutexGuard outer(&mutex);
   {
-    KEMutexGuard outer(&mutex);
-    {
-      KEMutexGuard inner(&mutex);
-      inner.Release();
-    }
-    EXPECT_TRUE(mutex.IsLocked());
-    outer.Release();
-    EXPECT_FALSE(mutex.IsLocked());
-    outer.Release();
+    KEMutexGuard inner(&mutex);
     KEMutexGuard nothing(nullptr);
   }
+  EXPECT_TRUE(mutex.IsLocked());
+  EXPECT_FALSE(std::async(std::launch::async, [&mutex] { return mutex.IsLocked(); }).get());
+  outer.Release();
   EXPECT_FALSE(mutex.IsLocked());
 }
 
@@ -108,14 +86,12 @@ void ExpectHandshake(KEMutex& mutex, WaitOnce waitOnce, WakeUp wakeUp) {
   for (bool signalled = false; !signalled;) {
     KEMutexGuard guard(&mutex);
     if (waiting) {
-      EXPECT_TRUE(mutex.IsLocked());
       flag = signalled = true;
       wakeUp();
     }
   }
   waiter.join();
   EXPECT_TRUE(ownerAfterWait);
-  EXPECT_FALSE(mutex.IsLocked());
 }
 
 TEST(KEConditionTest, ASignalEndsAnUnboundedWaitSilently) {
@@ -146,11 +122,8 @@ TEST(KEQuietConditionTest, TellsWakeUpFromTimeOutAndLogsNothing) {
 }
 
 TEST(KEWaiterTest, ASignalSticksAndMayComeFromAnyThread) {
-  CapturedLog::Clear();
   std::unique_ptr<KEWaiter> waiter(KELib::CreateKEWaiter());
-  const auto begin = std::chrono::steady_clock::now();
   EXPECT_FALSE(waiter->Wait(5));
-  EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(5));
   for (int milliseconds : {0, -1, 600000}) {
     waiter.reset(KELib::CreateKEWaiter());
     std::thread signaller([&waiter] { waiter->Signal(); });
@@ -158,47 +131,32 @@ TEST(KEWaiterTest, ASignalSticksAndMayComeFromAnyThread) {
     signaller.join();
     EXPECT_TRUE(waiter->Wait(1));
   }
-  EXPECT_TRUE(CapturedLog::Lines().empty());
 }
 
-struct Outcome {
-  std::atomic<int> runs{0};
-  std::promise<pthread_t> ranOn;
-  std::promise<void> deleted;
-};
-
-class ReportingWork : public KEWork {
- public:
-  explicit ReportingWork(Outcome& report) : outcome(report) {}
-  ~ReportingWork() override { outcome.deleted.set_value(); }
+struct ReportingWork : KEWork {
+  ReportingWork(std::promise<pthread_t>& where, std::promise<int>& end) : ran(where), died(end) {}
+  ~ReportingWork() override { died.set_value(returnCode); }
   void Execute() override {
-    ++outcome.runs;
     returnCode = KELib::WORK_RET_SUCCESS;
-    outcome.ranOn.set_value(pthread_self());
+    ran.set_value(pthread_self());  // throws, and so ends the process, when called twice
   }
-
- private:
-  Outcome& outcome;
+  std::promise<pthread_t>& ran;
+  std::promise<int>& died;
 };
 
 TEST(KEThreadTest, RunsItsWorkOnceOnAnotherThreadAndDeletesIt) {
-  Outcome outcome;
-  KELib::CreateKEThread(new ReportingWork(outcome))->Start();
-  EXPECT_NE(pthread_self(), outcome.ranOn.get_future().get());
-  outcome.deleted.get_future().get();
-  EXPECT_EQ(1, outcome.runs);
+  std::promise<pthread_t> ran;
+  std::promise<int> died;
+  KELib::CreateKEThread(new ReportingWork(ran, died))->Start();
+  EXPECT_NE(pthread_self(), ran.get_future().get());
+  EXPECT_EQ(KELib::WORK_RET_SUCCESS, died.get_future().get());
 }
 
 TEST(KEThreadTest, WithoutAStartItsCreatorDeletesIt) {
-  Outcome outcome;
-  auto deleted = outcome.deleted.get_future();
-  std::unique_ptr<KEThread> thread(KELib::CreateKEThread(new ReportingWork(outcome)));
-  EXPECT_EQ(pthread_self(), thread->Id());
-  EXPECT_EQ(KELib::WORK_RET_UNEXECUTED, thread->GetWork()->GetReturnCode());
-  thread.reset();
-  EXPECT_EQ(std::future_status::ready, deleted.wait_for(std::chrono::seconds(0)));
-  EXPECT_EQ(0, outcome.runs);
-  EXPECT_THROW(KEWork().Execute(), KELib::NotImplementedException);
+  std::promise<pthread_t> ran;
+  std::promise<int> died;
+  delete KELib::CreateKEThread(new ReportingWork(ran, died));
+  EXPECT_EQ(KELib::WORK_RET_UNEXECUTED, died.get_future().get());
 }
 
 }  // namespace
