@@ -1,0 +1,344 @@
+// SPDX-License-Identifier: MIT
+#include "datasync/ListValue.h"
+
+#include <cstring>
+#include <memory>
+#include <string>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "datasync/DataSyncConstants.h"
+#include "datasync/ObjectTarget.h"
+#include "foundation/StringUtil.h"
+#include "instance/CacheConversion.h"
+#include "instance/KEDataCache.h"
+#include "stub/base/KEStubRef.h"
+#include "stub/classes/ClassNames.h"
+#include "stub/classes/RoleLinks.h"
+#include "stub/classes/Zorbel_Identity.h"
+#include "stub/classes/Zorbel_Privilege.h"
+#include "stub/classes/Zorbel_Role.h"
+
+namespace KE::Service {
+
+namespace {
+
+using KE::Instance::KEDataCache;
+using KE::Stub::Zorbel_Identity;
+using KE::Stub::Zorbel_Privilege;
+using KE::Stub::Zorbel_Role;
+using KELib::KEString;
+using KELib::Xml::XmlSlice;
+
+template <typename Stub>
+Stub* Find(KEDataCache& cache, KEString& key) {
+  KELib::Stub::KEStubRef ref;
+  cache.GetVal(key, ref);
+  return dynamic_cast<Stub*>(ref.GetData());
+}
+
+// Finds the stub under `key` or files a new one whose `keyField` is the key.
+template <typename Stub, typename Owner>
+Stub* FindOrCreate(KEDataCache& cache, KEString& key, KEString Owner::*keyField,
+                   bool* created = nullptr) {
+  if (Stub* found = Find<Stub>(cache, key)) return found;
+  auto stub = std::make_unique<Stub>();
+  (*stub).*keyField = key;
+  cache.SetVal(key, stub.get());
+  if (created != nullptr) *created = true;
+  return stub.release();
+}
+
+// True the first time a key is seen; without a record every time is the first.
+bool Note(ListValue::Seen* seen, KEString& key) {
+  if (seen == nullptr) return true;
+  if (seen->Contains(key)) return false;
+  seen->Insert(key, true);
+  return true;
+}
+
+class KeepNamed : public KE::Stub::PrivilegeFilter {
+ public:
+  explicit KeepNamed(const RoleMemory::PrivilegeIds& ids) {
+    for (const KEString& id : ids) names.insert(id.Cstr());
+  }
+  bool Keep(const Zorbel_Privilege& privilege) override {
+    return names.count(privilege.InstanceID.Cstr()) > 0;
+  }
+
+ private:
+  std::unordered_set<std::string> names;
+};
+
+}  // namespace
+
+ListValue::ListValue(UpdateInfo& update, KE::Instance::KETypeCache& cache, RoleMemory& roles,
+                     KELib::Xml::KEXmlCursor& text)
+    : ui(update), types(cache), memory(roles), cursor(text), kind(KindOf(update.name)), joined(0) {}
+
+ListValue::Kind ListValue::KindOf(const KEString& name) {
+  if (name.Equals("privilegeList")) return Kind::privileges;
+  if (name.Equals("roleList")) return Kind::roles;
+  if (name.Equals(MethodRetrieveAllPermissions)) return Kind::permissions;
+  return name.Equals(VmList) ? Kind::machines : Kind::other;
+}
+
+void ListValue::LockFor(UpdateInfo& ui, KE::Instance::KECacheGuard& guard) {
+  switch (KindOf(ui.name)) {
+    case Kind::machines:
+      guard.LockComputerSystems();
+      break;
+    case Kind::other:
+      break;
+    default:
+      guard.LockAuthorization();
+  }
+}
+
+// Within an update set only the caches of the object's own type are locked.
+bool ListValue::BelongsToObject() const {
+  if (kind == Kind::machines) return ui.obj.type.Equals(TypeHostSystem);
+  return ui.obj.type.Empty() || ui.obj.type.Equals(TypeAuthorizationManager);
+}
+
+KEDataCache* ListValue::Cache(const char* typeName) {
+  KEString type(typeName);
+  return types.GetDataCache(type);
+}
+
+void ListValue::ReadText(const XmlSlice& element, KEString& out) {
+  cursor.Text(element, joined).CopyTo(out);
+}
+
+// --- lists ---------------------------------------------------------------------------------------------
+
+void ListValue::ApplyElement(const XmlSlice& element) {
+  if (kind == Kind::other || !BelongsToObject()) {
+    cursor.SkipElement(element);
+    return;
+  }
+  const std::size_t prefix = std::strlen(ArrayOfPrefix);
+  XmlSlice name, value, type;
+  while (cursor.NextAttribute(name, value)) {
+    if (name.Is("xsi:type") || type.length == 0) type = value;
+  }
+  const bool isList = type.StartsWith(ArrayOfPrefix, prefix);
+  if (isList) {
+    KEString item;
+    XmlSlice{type.text + prefix, type.length - static_cast<unsigned int>(prefix)}.CopyTo(item);
+    ui.valueType.Transfer(item);
+  } else if (type.length == 0 && ui.arrayItemTag != nullptr) {
+    ui.valueType = ui.arrayItemTag;
+  } else {
+    ApplyItem(element, nullptr, nullptr, nullptr);
+    return;
+  }
+  if (!cursor.Enter()) return;
+  ApplyItems(nullptr, nullptr);
+  cursor.Leave(element);
+}
+
+void ListValue::ApplyBareItems() {
+  if (ui.arrayItemTag == nullptr) return;
+  ui.valueType = ui.arrayItemTag;
+  ApplyItems(nullptr, nullptr);
+}
+
+void ListValue::ApplyItems(KEDataCache* primary, KEDataCache* secondary) {
+  if (primary == nullptr) {
+    static const struct {
+      Kind kind;
+      const char* primary;
+      const char* secondary;
+    } kCaches[] = {
+        {Kind::privileges, KE::Stub::Zorbel_PrivilegeClass, nullptr},
+        {Kind::roles, KE::Stub::Zorbel_RoleClass, KE::Stub::Zorbel_PrivilegeClass},
+        {Kind::permissions, KE::Stub::Zorbel_IdentityClass, KE::Stub::Zorbel_RoleClass},
+        {Kind::machines, KE::Stub::ZORBEL_ORXComputerSystemClass,
+         KE::Stub::ZORBEL_VMComputerSystemClass},
+    };
+    for (const auto& entry : kCaches) {
+      if (entry.kind != kind) continue;
+      primary = Cache(entry.primary);
+      secondary = entry.secondary != nullptr ? Cache(entry.secondary) : nullptr;
+    }
+  }
+  Seen seen;
+  const bool wasEmpty = primary == nullptr || primary->Size() == 0;
+  XmlSlice item;
+  while (cursor.NextChild(item)) {
+    if (primary != nullptr && item.Is(ui.valueType.Cstr(), ui.valueType.Length())) {
+      ApplyItem(item, primary, secondary, &seen);
+    } else {
+      cursor.SkipElement(item);
+    }
+  }
+  if (!wasEmpty && kind != Kind::machines) Sweep(*primary, seen);
+  if (newPrivileges) LinkRememberedPrivileges();
+}
+
+void ListValue::Sweep(KEDataCache& cache, Seen& seen) {
+  if (cache.Size() <= seen.Count()) return;
+  DeleteUnseen(cache, seen);
+}
+
+void ListValue::DeleteUnseen(KEDataCache& cache, Seen& seen) {
+  std::vector<KEString> gone;
+  for (auto it = cache.Iterator(); !it.End(); ++it) {
+    if (!seen.Contains(it->key)) gone.push_back(it->key);
+  }
+  for (KEString& key : gone) cache.RemoveValNoLock(key);
+}
+
+// --- items ---------------------------------------------------------------------------------------------
+
+void ListValue::ApplyItem(const XmlSlice& element, KEDataCache* primary, KEDataCache* secondary,
+                          Seen* seen) {
+  if (primary == nullptr && kind != Kind::machines) {
+    const char* type = nullptr;
+    if (kind == Kind::privileges) type = KE::Stub::Zorbel_PrivilegeClass;
+    if (kind == Kind::roles) type = KE::Stub::Zorbel_RoleClass;
+    if (kind == Kind::permissions) type = KE::Stub::Zorbel_IdentityClass;
+    primary = type != nullptr ? Cache(type) : nullptr;
+  }
+  if (kind == Kind::machines) {
+    ApplyMachine(element);
+  } else if (primary == nullptr) {
+    cursor.SkipElement(element);
+  } else if (kind == Kind::privileges) {
+    ApplyPrivilege(element, *primary, seen);
+  } else if (kind == Kind::roles) {
+    ApplyRole(element, *primary, secondary, seen);
+  } else {
+    ApplyPermission(element, *primary, secondary, seen);
+  }
+}
+
+void ListValue::ApplyPrivilege(const XmlSlice& element, KEDataCache& cache, Seen* seen) {
+  if (!cursor.Enter()) return;
+  KEString id, title;
+  XmlSlice field;
+  while (cursor.NextChild(field)) {
+    if (field.Is("privId")) {
+      ReadText(field, id);
+    } else if (field.Is("name")) {
+      ReadText(field, title);
+    } else {
+      cursor.SkipElement(field);
+    }
+  }
+  cursor.Leave(element);
+  if (id.Empty()) return;
+  auto* stub = FindOrCreate<Zorbel_Privilege>(cache, id, &Zorbel_Privilege::InstanceID,
+                                              &newPrivileges);
+  stub->ElementName.Transfer(title);
+  Note(seen, id);
+}
+
+void ListValue::ReadRoleInfo(const XmlSlice& element, KEString& label, KEString& summary) {
+  if (!cursor.Enter()) return;
+  XmlSlice field;
+  while (cursor.NextChild(field)) {
+    if (field.Is("label")) {
+      ReadText(field, label);
+    } else if (field.Is("summary")) {
+      ReadText(field, summary);
+    } else {
+      cursor.SkipElement(field);
+    }
+  }
+  cursor.Leave(element);
+}
+
+void ListValue::ApplyRole(const XmlSlice& element, KEDataCache& cache, KEDataCache* privileges,
+                          Seen* seen) {
+  if (!cursor.Enter()) return;
+  KEString id, system, title, label, summary;
+  RoleMemory::PrivilegeIds ids;
+  XmlSlice field;
+  while (cursor.NextChild(field)) {
+    if (field.Is("roleId")) {
+      ReadText(field, id);
+    } else if (field.Is("system")) {
+      ReadText(field, system);
+    } else if (field.Is("name")) {
+      ReadText(field, title);
+    } else if (field.Is("info")) {
+      ReadRoleInfo(field, label, summary);
+    } else if (field.Is("privilege")) {
+      ReadText(field, ids.emplace_back());
+    } else {
+      cursor.SkipElement(field);
+    }
+  }
+  cursor.Leave(element);
+  if (id.Empty()) return;
+  auto* role = FindOrCreate<Zorbel_Role>(cache, id, &Zorbel_Role::Name);
+  role->ElementName.Transfer(title);
+  role->Caption.Transfer(label);
+  role->Description.Transfer(summary);
+  role->RoleType = KELib::StringUtil::ParseBool(system.Cstr()) ? "SystemDefined" : "UserDefined";
+  Note(seen, id);
+  KeepNamed named(ids);
+  KE::Stub::UnlinkPrivileges(*role, named);
+  if (privileges != nullptr) LinkPrivileges(*role, ids, *privileges);
+  memory.Remember(id, std::move(ids));
+}
+
+void ListValue::LinkPrivileges(Zorbel_Role& role, RoleMemory::PrivilegeIds& ids,
+                               KEDataCache& privileges) {
+  for (KEString& id : ids) {
+    auto* privilege = Find<Zorbel_Privilege>(privileges, id);
+    if (privilege != nullptr) KE::Stub::LinkMember(role, *privilege);
+  }
+}
+
+// Privileges have come that roles may have named before.
+void ListValue::LinkRememberedPrivileges() {
+  KEDataCache* roleCache = Cache(KE::Stub::Zorbel_RoleClass);
+  KEDataCache* privileges = Cache(KE::Stub::Zorbel_PrivilegeClass);
+  if (roleCache == nullptr || privileges == nullptr) return;
+  for (auto it = roleCache->Iterator(); !it.End(); ++it) {
+    auto* role = dynamic_cast<Zorbel_Role*>(it->value);
+    RoleMemory::PrivilegeIds* ids = role != nullptr ? memory.Of(role->Name) : nullptr;
+    if (ids != nullptr) LinkPrivileges(*role, *ids, *privileges);
+  }
+}
+
+void ListValue::ApplyPermission(const XmlSlice& element, KEDataCache& cache, KEDataCache* roleCache,
+                                Seen* seen) {
+  if (!cursor.Enter()) return;
+  KEString principal, group, roleId;
+  XmlSlice field;
+  while (cursor.NextChild(field)) {
+    if (field.Is("principal")) {
+      ReadText(field, principal);
+    } else if (field.Is("group")) {
+      ReadText(field, group);
+    } else if (field.Is("roleId")) {
+      ReadText(field, roleId);
+    } else {
+      cursor.SkipElement(field);
+    }
+  }
+  cursor.Leave(element);
+  if (principal.Empty() || KELib::StringUtil::ParseBool(group.Cstr())) return;
+  auto* identity = FindOrCreate<Zorbel_Identity>(cache, principal, &Zorbel_Identity::InstanceID);
+  // The first item of a list tells the identity's roles anew; further ones add to them.
+  if (Note(seen, principal) && seen != nullptr) KE::Stub::UnlinkAll(*identity);
+  if (roleCache == nullptr) return;
+  auto* role = Find<Zorbel_Role>(*roleCache, roleId);
+  if (role != nullptr) KE::Stub::LinkMember(*role, *identity);
+}
+
+void ListValue::ApplyMachine(const XmlSlice& element) {
+  KE::Stub::ManagedObjectReference machine;
+  ReadText(element, machine.value);
+  ObjectTarget target(ui, types);
+  if (KE::Stub::ZORBEL_ORXComputerSystem* host = target.Host()) {
+    KE::Instance::ChangeHostsVMRefs(host, &machine, &types);
+  }
+}
+
+}  // namespace KE::Service

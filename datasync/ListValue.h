@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+//
+// A value with element content: lists of privileges, roles, permissions and machines, and the answers
+// of property methods, item by item.
+//
+// Privileges, roles and permissions are full replacements: what a list no longer names is deleted.
+// A host's list of machines only makes links: its items are no keys of the hosts' cache.
+//
+// Thread safety: the caller holds the filter-table mutex and the caches that LockFor takes.
+#ifndef KECPP_DATASYNC_LISTVALUE_H
+#define KECPP_DATASYNC_LISTVALUE_H
+
+#include "datasync/RoleMemory.h"
+#include "datasync/UpdateInfo.h"
+#include "foundation/KEHashmap.h"
+#include "foundation/KEString.h"
+#include "foundation/KEStringBuffer.h"
+#include "instance/KECacheGuard.h"
+#include "instance/KETypeCache.h"
+#include "xml/KEXmlCursor.h"
+
+namespace KE::Stub {
+class Zorbel_Identity;
+class Zorbel_Role;
+}  // namespace KE::Stub
+
+namespace KE::Service {
+
+class ListValue {
+ public:
+  using Seen = KELib::KEHashmap<KELib::KEString, bool>;
+
+  // `ui.name` says which list it is.
+  ListValue(UpdateInfo& ui, KE::Instance::KETypeCache& cache, RoleMemory& roles,
+            KELib::Xml::KEXmlCursor& cursor);
+
+  // Takes the caches that the list named by `ui` can touch.
+  static void LockFor(UpdateInfo& ui, KE::Instance::KECacheGuard& guard);
+
+  // The cursor stands in the start tag of the value `element`: applies and passes it. A list that
+  // does not belong to the current object's type is passed over.
+  void ApplyElement(const KELib::Xml::XmlSlice& element);
+
+  // The cursor stands in front of items without an element around them.
+  void ApplyBareItems();
+
+  // Applies the items named `ui.valueType` up to the enclosing end tag, then deletes what the list
+  // did not name.
+  void ApplyItems(KE::Instance::KEDataCache* primary, KE::Instance::KEDataCache* secondary);
+
+  // Applies the item `element` in whose start tag the cursor stands, and passes it. Its key goes into
+  // `seen` unless that is null. An item without its key is passed over.
+  void ApplyItem(const KELib::Xml::XmlSlice& element, KE::Instance::KEDataCache* primary,
+                 KE::Instance::KEDataCache* secondary, Seen* seen);
+
+  // Deletes every stub whose key was not seen.
+  static void DeleteUnseen(KE::Instance::KEDataCache& cache, Seen& seen);
+
+ private:
+  enum class Kind { privileges, roles, permissions, machines, other };
+
+  static Kind KindOf(const KELib::KEString& name);
+  bool BelongsToObject() const;
+  KE::Instance::KEDataCache* Cache(const char* typeName);
+  void ApplyPrivilege(const KELib::Xml::XmlSlice& element, KE::Instance::KEDataCache& cache,
+                      Seen* seen);
+  void ApplyRole(const KELib::Xml::XmlSlice& element, KE::Instance::KEDataCache& cache,
+                 KE::Instance::KEDataCache* privileges, Seen* seen);
+  void ApplyPermission(const KELib::Xml::XmlSlice& element, KE::Instance::KEDataCache& cache,
+                       KE::Instance::KEDataCache* roleCache, Seen* seen);
+  void ApplyMachine(const KELib::Xml::XmlSlice& element);
+  void ReadRoleInfo(const KELib::Xml::XmlSlice& element, KELib::KEString& label,
+                    KELib::KEString& summary);
+  void LinkPrivileges(KE::Stub::Zorbel_Role& role, RoleMemory::PrivilegeIds& ids,
+                      KE::Instance::KEDataCache& privileges);
+  void LinkRememberedPrivileges();
+  void Sweep(KE::Instance::KEDataCache& cache, Seen& seen);
+  void ReadText(const KELib::Xml::XmlSlice& element, KELib::KEString& out);
+
+  UpdateInfo& ui;
+  KE::Instance::KETypeCache& types;
+  RoleMemory& memory;
+  KELib::Xml::KEXmlCursor& cursor;
+  Kind kind;
+  bool newPrivileges = false;
+  KELib::KEStringBuffer joined;  // room for texts that comments or sections split
+};
+
+}  // namespace KE::Service
+
+#endif

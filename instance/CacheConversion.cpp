@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: MIT
+#include "instance/CacheConversion.h"
+
+#include <memory>
+
+#include "foundation/KEException.h"
+#include "instance/KETypeCache.h"
+#include "stub/classes/AssocList.h"
+#include "stub/classes/ClassNames.h"
+#include "stub/classes/ManagedObjectReference.h"
+#include "stub/classes/ZORBEL_HostedDependency.h"
+#include "stub/classes/ZORBEL_ORXComputerSystem.h"
+#include "stub/classes/ZORBEL_VMComputerSystem.h"
+#include "xml/KEXmlReader.h"
+#include "xml/XmlConstants.h"
+
+namespace KE::Instance {
+
+namespace {
+
+using KE::Stub::ZORBEL_HostedDependency;
+using KE::Stub::ZORBEL_ORXComputerSystem;
+using KE::Stub::ZORBEL_VMComputerSystem;
+using KELib::KEString;
+
+struct StatusCode {
+  const char* text;
+  unsigned short code;
+};
+
+template <std::size_t N>
+unsigned short CodeOf(const KEString& text, const StatusCode (&table)[N]) {
+  for (const StatusCode& entry : table) {
+    if (text.Equals(entry.text)) return entry.code;
+  }
+  return 0;
+}
+
+// A type without a data cache is a miss like any other: the agent does not watch that type.
+KELib::Stub::KEStubBase* Find(KETypeCache* cache, const char* typeName, KEString& key) {
+  KEString type(typeName);
+  KEDataCache* data = cache->GetDataCache(type);
+  if (data == nullptr) return nullptr;
+  KELib::Stub::KEStubRef ref;
+  data->GetVal(key, ref);
+  return ref.GetData();
+}
+
+ZORBEL_HostedDependency* LinkOf(ZORBEL_VMComputerSystem* vm) {
+  if (vm->HostedDependencies == nullptr || vm->HostedDependencies->Count() == 0) return nullptr;
+  return dynamic_cast<ZORBEL_HostedDependency*>(vm->HostedDependencies->Get(0));
+}
+
+// Links a machine to a host to which it is not linked yet; an older link moves over.
+void Link(ZORBEL_VMComputerSystem* vm, ZORBEL_ORXComputerSystem* host) {
+  if (vm->HostedDependencies != nullptr && vm->HostedDependencies->Count() == 0) {
+    throw KELib::IndexOutOfBoundsException("IndexOutOfBoundsException");
+  }
+  ZORBEL_HostedDependency* link = LinkOf(vm);
+  std::unique_ptr<ZORBEL_HostedDependency> made;
+  if (link == nullptr) {
+    made.reset(KE::Stub::CreateZORBEL_HostedDependency());
+    link = made.get();
+  }
+  if (vm->HostedDependencies == nullptr) {
+    auto slot = std::make_unique<KE::Stub::AssocVector>(1);
+    slot->Add(nullptr);
+    vm->HostedDependencies = std::move(slot);
+  }
+  KE::Stub::Prepare(host->HostedDependencies, 2);
+  host->HostedDependencies->Add(link);  // the last step that can fail
+  if (link->Antecedent != nullptr) {
+    KE::Stub::TakeOut(link->Antecedent->HostedDependencies, link, link->originIndex);
+  }
+  link->originIndex = host->HostedDependencies->Count() - 1;
+  link->Antecedent = host;
+  link->Dependent = vm;
+  KELib::Stub::KEAssocStubBase*& slot = vm->HostedDependencies->Get(0);
+  if (slot != link) delete slot;
+  slot = link;
+  made.release();
+}
+
+}  // namespace
+
+void ConvertManagedObjectReference(const char* elementName, KELib::Xml::KEXmlReader& reader,
+                                   KE::Stub::ManagedObjectReference*& ref) {
+  std::unique_ptr<KE::Stub::ManagedObjectReference> made;
+  if (ref == nullptr) made = std::make_unique<KE::Stub::ManagedObjectReference>();
+  KE::Stub::ManagedObjectReference& target = ref != nullptr ? *ref : *made;
+  KEString name;
+  if (reader.InsideElementTag()) {
+    reader.GetAttributeNameAndValue(name, target.type);
+  } else {
+    reader.GetElementAttributeNameAndValue(elementName, name, target.type);
+  }
+  if (name.Equals(KELib::Xml::XML_xsiType)) {
+    name.Clear();
+    target.type.Clear();
+    reader.GetAttributeNameAndValue(name, target.type);
+  }
+  reader.GetElementValue(elementName, target.value);
+  if (ref == nullptr) ref = made.release();
+}
+
+void ConvertVMPowerState(KEString& state, unsigned short& code) {
+  static const StatusCode kStates[] = {{"poweredOff", 10}, {"poweredOn", 2}, {"suspended", 15}};
+  code = CodeOf(state, kStates);
+}
+
+void ConvertHostOverallStatus(KEString& status, unsigned short& code) {
+  static const StatusCode kStatuses[] = {{"gray", 0}, {"green", 2}, {"red", 6}, {"yellow", 3}};
+  code = CodeOf(status, kStatuses);
+}
+
+void ChangeVMsHostRef(ZORBEL_VMComputerSystem* vm, KEString&, KEString& hostId,
+                      KETypeCache* cache) {
+  if (vm == nullptr) return;
+  auto* host = static_cast<ZORBEL_ORXComputerSystem*>(
+      Find(cache, KE::Stub::ZORBEL_ORXComputerSystemClass, hostId));
+  if (host == nullptr) return;
+  const ZORBEL_HostedDependency* link = LinkOf(vm);
+  if (link == nullptr || link->Antecedent != host) Link(vm, host);
+}
+
+void ChangeHostsVMRefs(ZORBEL_ORXComputerSystem* host, KE::Stub::ManagedObjectReference* vmRef,
+                       KETypeCache* cache) {
+  if (host == nullptr || vmRef == nullptr) return;
+  auto* vm = static_cast<ZORBEL_VMComputerSystem*>(
+      Find(cache, KE::Stub::ZORBEL_VMComputerSystemClass, vmRef->value));
+  if (vm == nullptr) return;
+  const ZORBEL_HostedDependency* link = LinkOf(vm);
+  if (link == nullptr || link->Antecedent != host) Link(vm, host);
+}
+
+}  // namespace KE::Instance

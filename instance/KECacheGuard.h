@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+//
+// Holds the mutexes of data caches while one object's changes are applied, so that readers see the
+// object either before or after them.
+//
+// Takes them in the one order that all users follow (KEDataCache.h), and leaves alone those that the
+// calling thread holds already. Types without a data cache are passed over.
+//
+// Thread safety: a guard belongs to the thread that made it. Ownership: borrows the type cache.
+#ifndef KECPP_INSTANCE_KECACHEGUARD_H
+#define KECPP_INSTANCE_KECACHEGUARD_H
+
+#include <initializer_list>
+#include <vector>
+
+#include "foundation/KEExport.h"
+#include "foundation/KEMutex.h"
+#include "foundation/KEString.h"
+
+namespace KE::Instance {
+
+class KEDataCache;
+class KETypeCache;
+
+class KECPP_API KECacheGuard {
+ public:
+  explicit KECacheGuard(KETypeCache* typeCache);
+  ~KECacheGuard();  // as Unlock
+  KECacheGuard(const KECacheGuard&) = delete;
+  KECacheGuard& operator=(const KECacheGuard&) = delete;
+
+  // The caches that a change of an object of that server type can touch: machines and hosts for
+  // either of them, the authorization caches for the authorization manager, else tasks.
+  void LockFor(KELib::KEString& objectType);
+
+  void LockAuthorization();    // roles, privileges, identities
+  void LockComputerSystems();  // machines, hosts
+  void LockTasks();
+  void LockAll();  // every data cache
+
+  // Gives up what this guard took.
+  void Unlock() KECPP_NO_THREAD_SAFETY_ANALYSIS;
+
+ private:
+  void LockTypes(std::initializer_list<const char*> names);
+  // Outside the analysis: how many mutexes it takes is known at run time only.
+  void LockOne(KEDataCache* cache) KECPP_NO_THREAD_SAFETY_ANALYSIS;
+
+  KETypeCache* typeCache;
+  std::vector<KELib::KEMutex*> taken;
+};
+
+}  // namespace KE::Instance
+
+#endif

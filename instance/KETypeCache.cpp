@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: MIT
+#include "instance/KETypeCache.h"
+
+#include <algorithm>
+#include <cstring>
+#include <mutex>
+
+#include "foundation/KEException.h"
+#include "foundation/KEMutexGuard.h"
+#include "instance/KECacheGuard.h"
+#include "stub/classes/ClassNames.h"
+
+namespace KE::Instance {
+
+using KELib::KEString;
+
+namespace {
+
+// The place of a type in the order in which mutexes are taken.
+int LockRank(const char* name) {
+  static const char* const kFirst[] = {
+      KE::Stub::Zorbel_RoleClass, KE::Stub::Zorbel_PrivilegeClass, KE::Stub::Zorbel_IdentityClass,
+      KE::Stub::ZORBEL_VMComputerSystemClass, KE::Stub::ZORBEL_ORXComputerSystemClass};
+  constexpr int kOthers = sizeof(kFirst) / sizeof(kFirst[0]);
+  for (int i = 0; i < kOthers; ++i) {
+    if (std::strcmp(name, kFirst[i]) == 0) return i;
+  }
+  return std::strcmp(name, KE::Stub::TaskInfoClass) == 0 ? kOthers + 1 : kOthers;
+}
+
+}  // namespace
+
+KETypeCache::KETypeCache()
+    : mutex(std::make_unique<KELib::KEMutex>()), mapLock(std::make_unique<std::shared_mutex>()) {}
+
+// In lock order, so that a stub's partners still exist when it is deleted: each stub takes itself
+// out of the lists of those that are left.
+KETypeCache::~KETypeCache() {
+  for (KEDataCache* cache : InLockOrder()) cache->ClearNoLock();
+}
+
+KELib::KEMutex* KETypeCache::GetMutex() { return mutex.get(); }
+
+void KETypeCache::CreateDataCache(KEString& typeName) {
+  const std::unique_lock<std::shared_mutex> lock(*mapLock);
+  if (typeName.Empty() || map.Contains(typeName)) return;
+  const auto shell = std::find_if(shells.begin(), shells.end(),
+                                  [&](Shell& s) { return s.name.Equals(typeName); });
+  if (shell != shells.end()) {
+    map.Insert(typeName, shell->cache.get());
+    shell->cache.release();
+    shells.erase(shell);
+    return;
+  }
+  auto cache = std::make_unique<KEDataCache>();
+  map.Insert(typeName, cache.get());
+  cache.release();
+}
+
+KEDataCache* KETypeCache::GetDataCacheNoLock(KEString& typeName) {
+  const std::shared_lock<std::shared_mutex> lock(*mapLock);
+  KEDataCache** found = map.Get(typeName);
+  return found != nullptr ? *found : nullptr;
+}
+
+KEDataCache* KETypeCache::GetDataCache(KEString& typeName) { return GetDataCacheNoLock(typeName); }
+
+KEDataIterator KETypeCache::DataIterator(KEString& typeName) {
+  KEDataCache* cache = GetDataCache(typeName);
+  if (cache == nullptr) throw KELib::SystemException("Unable to find data cache");
+  return cache->Iterator();
+}
+
+KEDataCache& KETypeCache::Existing(KEString& typeName) {
+  if (KEDataCache* cache = GetDataCache(typeName)) return *cache;
+  KEString text("No Data Map found for type :");
+  text += typeName;
+  throw KELib::SystemException(text.Str(), text.Length());
+}
+
+void KETypeCache::GetVal(KEString& typeName, KEString& key, KELib::Stub::KEStubRef& ref) {
+  Existing(typeName).GetVal(key, ref);
+}
+
+void KETypeCache::SetVal(KEString& typeName, KEString& key, KELib::Stub::KEStubBase* stub) {
+  Existing(typeName).SetVal(key, stub);
+}
+
+void KETypeCache::RemoveVal(KEString& typeName, KEString& key) {
+  Existing(typeName).RemoveVal(key);
+}
+
+void KETypeCache::RemoveValNoLock(KEString& typeName, KEString& key) {
+  Existing(typeName).RemoveValNoLock(key);
+}
+
+// --- deleting ----------------------------------------------------------------------------------------
+
+void KETypeCache::DeleteDataCache(KEString& typeName) {
+  KELib::KEMutexGuard guard(mutex.get());
+  KEDataCache* cache = GetDataCache(typeName);
+  if (cache == nullptr) return;
+  KECacheGuard caches(this);
+  caches.LockAll();  // the stubs' partners may live in any of them
+  cache->ClearNoLock();
+  Unlink(typeName);
+}
+
+void KETypeCache::Clear() {
+  KELib::KEMutexGuard guard(mutex.get());
+  KECacheGuard caches(this);
+  caches.LockAll();
+  for (KEDataCache* cache : InLockOrder()) cache->ClearNoLock();
+  std::vector<KEString> names;
+  {
+    const std::unique_lock<std::shared_mutex> lock(*mapLock);  // iterators register with the map
+    for (auto it = map.Begin(); !it.End(); ++it) names.push_back(it->key);
+  }
+  for (KEString& name : names) Unlink(name);
+}
+
+void KETypeCache::Unlink(KEString& typeName) {
+  const std::unique_lock<std::shared_mutex> lock(*mapLock);
+  KEDataCache** found = map.Get(typeName);
+  if (found == nullptr) return;
+  shells.reserve(shells.size() + 1);
+  Shell shell{KEString(typeName), nullptr};
+  shell.cache.reset(*found);
+  *found = nullptr;
+  shells.push_back(std::move(shell));
+  map.Remove(typeName);
+}
+
+std::vector<KEDataCache*> KETypeCache::InLockOrder() {
+  struct Named {
+    const char* name;
+    KEDataCache* cache;
+  };
+  std::vector<Named> all;
+  const std::unique_lock<std::shared_mutex> lock(*mapLock);  // iterators register with the map
+  for (auto it = map.Begin(); !it.End(); ++it) all.push_back({it->key.Cstr(), it->value});
+  std::sort(all.begin(), all.end(), [](const Named& a, const Named& b) {
+    const int left = LockRank(a.name), right = LockRank(b.name);
+    return left != right ? left < right : std::strcmp(a.name, b.name) < 0;
+  });
+  std::vector<KEDataCache*> caches;
+  for (const Named& named : all) caches.push_back(named.cache);
+  return caches;
+}
+
+}  // namespace KE::Instance

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+//
+// The top of the instance store: the data caches, by type name.
+//
+// Thread safety: looking a data cache up and creating one may be done from any thread at any time.
+//   What is done with its stubs needs the data cache's mutex (KEDataCache). DeleteDataCache and Clear
+//   take the type cache's own mutex and then those of the data caches, and so wait for readers: call
+//   them while holding none of these, or all of the linked group.
+// Ownership: the type cache owns its data caches until it dies itself: one that was deleted lives on
+//   as an empty shell, since a reader may still wait for its mutex.
+#ifndef KECPP_INSTANCE_KETYPECACHE_H
+#define KECPP_INSTANCE_KETYPECACHE_H
+
+#include <memory>
+#include <shared_mutex>
+#include <vector>
+
+#include "foundation/KEExport.h"
+#include "foundation/KEHashmap.h"
+#include "foundation/KEString.h"
+#include "instance/KECache.h"
+#include "instance/KEDataCache.h"
+#include "instance/KEDataIterator.h"
+
+namespace KE::Instance {
+
+class KECPP_API KETypeCache : public KECache {
+ public:
+  KETypeCache();
+  ~KETypeCache() override;
+  KETypeCache(const KETypeCache&) = delete;
+  KETypeCache& operator=(const KETypeCache&) = delete;
+
+  KELib::KEMutex* GetMutex() override;
+
+  // Makes an empty data cache for a type that has none; an empty name makes nothing.
+  void CreateDataCache(KELib::KEString& typeName);
+
+  // Deletes a type's stubs and unlinks its data cache; a missing type is no error.
+  void DeleteDataCache(KELib::KEString& typeName);
+
+  // The type's data cache, or null. O(1) on average. Both forms are the same.
+  KEDataCache* GetDataCache(KELib::KEString& typeName);
+  KEDataCache* GetDataCacheNoLock(KELib::KEString& typeName);
+
+  // KEDataCache::Iterator of the type's cache, under whose mutex it is called.
+  // Throws SystemException "Unable to find data cache".
+  KEDataIterator DataIterator(KELib::KEString& typeName);
+
+  // The operations of the same names of the type's data cache. Throw SystemException
+  // "No Data Map found for type :" and the type's name; a stub then stays the caller's.
+  void GetVal(KELib::KEString& typeName, KELib::KEString& key, KELib::Stub::KEStubRef& ref);
+  void SetVal(KELib::KEString& typeName, KELib::KEString& key, KELib::Stub::KEStubBase* stub);
+  void RemoveVal(KELib::KEString& typeName, KELib::KEString& key);
+  void RemoveValNoLock(KELib::KEString& typeName, KELib::KEString& key);
+
+  // Deletes every stub and unlinks every data cache.
+  void Clear();
+
+  // Every data cache, in the order in which their mutexes are taken.
+  std::vector<KEDataCache*> InLockOrder();
+
+ private:
+  struct Shell {
+    KELib::KEString name;
+    std::unique_ptr<KEDataCache> cache;
+  };
+
+  KEDataCache& Existing(KELib::KEString& typeName);
+  void Unlink(KELib::KEString& typeName);
+
+  KELib::KEHashmap<KELib::KEString, KEDataCache*> map;  // guarded by `mapLock`
+  std::unique_ptr<KELib::KEMutex> mutex;
+  std::unique_ptr<std::shared_mutex> mapLock;  // a leaf
+  std::vector<Shell> shells;                   // unlinked data caches; guarded by `mapLock`
+};
+
+}  // namespace KE::Instance
+
+#endif
