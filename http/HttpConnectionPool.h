@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: MIT
+//
+// Prepared connections that share one cookie store, so that a login counts on each of them.
+//
+// A slot's handle is either free or in use. Two slots are what one data sync needs: it keeps one in
+// its wait for updates and leaves one for all other calls.
+//
+// Thread safety: every operation but Init() and Release() from any thread. The mutex, a leaf of the
+//   lock order, guards the slots and the preparation of a handle and is never held during a
+//   transfer.
+// Ownership: owns its handles. Handles are given back before the pool is released.
+#ifndef KECPP_HTTP_HTTPCONNECTIONPOOL_H
+#define KECPP_HTTP_HTTPCONNECTIONPOOL_H
+
+#include <memory>
+#include <mutex>
+
+#include "foundation/KEExport.h"
+#include "foundation/KEMutex.h"
+#include "foundation/KEQuietCondition.h"
+#include "foundation/KEThreadAnnotations.h"
+#include "http/HttpHandle.h"
+
+namespace KELib {
+namespace Http {
+
+class ConnectionInfo;
+class SocketRegistry;
+
+class KECPP_API HttpConnectionPool {
+ public:
+  HttpConnectionPool();
+  HttpConnectionPool(const HttpConnectionPool&) = delete;
+  HttpConnectionPool& operator=(const HttpConnectionPool&) = delete;
+  ~HttpConnectionPool();  // calls Release()
+
+  // Creates the cookie store and two handles. Throws HttpException; the pool is empty then.
+  void Init();
+
+  // Deletes all handles and the cookie store.
+  void Release();
+
+  // Makes it `slots` handles; more than 4 are ignored. Throws HttpException, without a change, when
+  // a handle that would go is in use or a new one cannot be made.
+  void SetSize(unsigned int slots);
+  unsigned int GetSize() const;
+
+  // Takes the lowest free slot and binds `ref` to it, preparing the handle for `info` on its first
+  // use; a handle that `ref` held before is given back. Without a free slot `ref` stays as it is.
+  // Throws as InitializeHttpPost; the handle is free and `ref` unchanged then.
+  void GetHandle(ConnectionInfo* info, HttpHandleRef& ref);
+
+  // Frees the handle's slot; a handle that is not in use is ignored. The second form does so only
+  // if the handle is still in use by that acquisition.
+  void FreeHandle(HttpHandle* handle);
+  void FreeHandle(HttpHandle* handle, unsigned long long acquisition);
+
+  // Waits until a slot is free, at most for `milliseconds`. False when the time was over.
+  bool WaitForFreeHandle(int milliseconds);
+
+  // Ends all transfers that are under way, within milliseconds, and lets new ones fail until
+  // Resume().
+  void Interrupt();
+  void Resume();
+
+  // How often Interrupt() was called.
+  unsigned int Interruptions() const;
+
+ private:
+  using Slots = std::unique_ptr<std::unique_ptr<HttpHandle>[]>;
+
+  void CreateShareNoLock() KECPP_REQUIRES(mutex);
+  void ReleaseNoLock() KECPP_REQUIRES(mutex);
+  void SetSizeNoLock(unsigned int slots) KECPP_REQUIRES(mutex);
+  void GrowNoLock(unsigned int slots) KECPP_REQUIRES(mutex);
+  void ShrinkNoLock(unsigned int slots) KECPP_REQUIRES(mutex);
+  void ReplaceArraysNoLock(unsigned int slots) KECPP_REQUIRES(mutex);
+  unsigned int FindFreeNoLock() const KECPP_REQUIRES(mutex);
+  unsigned int FindInUseNoLock(const HttpHandle* handle) const KECPP_REQUIRES(mutex);
+  void FreeSlotNoLock(unsigned int slot) KECPP_REQUIRES(mutex);
+  void FreeAcquisitionNoLock(HttpHandle* handle, unsigned long long number) KECPP_REQUIRES(mutex);
+
+  void* share KECPP_GUARDED_BY(mutex) = nullptr;
+  std::unique_ptr<KEMutex> mutex;
+  Slots inUse KECPP_GUARDED_BY(mutex);
+  Slots free KECPP_GUARDED_BY(mutex);
+  unsigned int size KECPP_GUARDED_BY(mutex) = 0;
+
+  unsigned long long acquisitions KECPP_GUARDED_BY(mutex) = 0;
+  KEQuietCondition handleFreed;
+  std::mutex shareMutex;  // held by the transfer library around its use of the cookie store
+  std::unique_ptr<SocketRegistry> sockets;
+};
+
+}  // namespace Http
+}  // namespace KELib
+
+#endif

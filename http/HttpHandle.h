@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+//
+// One connection of a pool: a handle of the transfer library, made ready in two steps. Init() gives
+// it the options that all handles have, InitializeHttpPost() those of the connection it is to
+// serve.
+//
+// Thread safety: none of its own. A handle is used by the thread that took it from the pool, and by
+//   the pool under its mutex.
+#ifndef KECPP_HTTP_HTTPHANDLE_H
+#define KECPP_HTTP_HTTPHANDLE_H
+
+#include "foundation/KEExport.h"
+
+struct curl_slist;
+
+namespace KELib {
+namespace Http {
+
+class ConnectionInfo;
+class HttpConnectionPool;
+class SSLInfo;
+
+class KECPP_API HttpHandle {
+ public:
+  HttpHandle() = default;
+  HttpHandle(const HttpHandle&) = delete;
+  HttpHandle& operator=(const HttpHandle&) = delete;
+  ~HttpHandle();  // calls Release()
+
+  // Creates the handle on `share`, a share handle of the transfer library that outlives it. Throws
+  // HttpException; the object is empty then.
+  void Init(void* share);
+
+  // Lets the handle and its connection to the server go. An empty object stays as it is.
+  void Release();
+
+  // Makes it a list of its own of `lines`, which may be null, for as long as the handle uses it.
+  // Lines without a value take the form that the transfer library sends. Throws HttpException.
+  void SetHeaders(curl_slist* lines);
+
+  // Sets the time that a transfer may take, in seconds (see ClampTimeout). False when refused.
+  bool SetTimeout(long long seconds);
+
+  void* handle = nullptr;              // of the transfer library; null when released
+  bool prepared = false;               // the connection's options are applied
+  curl_slist* headers = nullptr;       // owned; in use by the handle
+  long timeout = 0;                    // seconds, as last set
+  unsigned long long acquisition = 0;  // number of the pool's acquisition that took it last
+  char errorText[256] = "";            // written by the transfer library during a transfer
+};
+
+// A thread's hold on a pool's handle, given back when the reference dies. Copies refer to the same
+// acquisition and do not count: the first one that dies gives the handle back; what the others do
+// later does not touch a handle that somebody else has taken since.
+//
+// Thread safety: a reference belongs to one thread. The pool outlives it.
+class KECPP_API HttpHandleRef {
+ public:
+  HttpHandleRef() = default;
+  HttpHandleRef(const HttpHandleRef& other) = default;
+  // Unless both hold the same handle, gives the own one back first.
+  HttpHandleRef& operator=(const HttpHandleRef& other);
+  ~HttpHandleRef();
+
+  // Gives the current handle back, unless it is the same, and holds this one, which is in use, in
+  // its present acquisition. Not under the pool's mutex.
+  void Set(HttpConnectionPool* pool, HttpHandle* handle);
+
+  HttpHandle* handle = nullptr;
+  HttpConnectionPool* pool = nullptr;
+  unsigned long long acquisition = 0;
+
+ private:
+  void GiveBack();
+};
+
+// What the transfer library accepts as a time-out in seconds: 0 (no limit) to 2147483.
+KECPP_API long ClampTimeout(long long seconds);
+
+// Applies the options of a connection for posting; once in a handle's life. Throws HttpException
+// for an incomplete address or a refused option, InvalidArgumentException for a certificate type
+// other than "PEM".
+KECPP_API void InitializeHttpPost(ConnectionInfo* info, HttpHandle* handle);
+
+// Applies the client certificate; null does nothing. The server's certificate is not verified,
+// neither its chain nor its host name, even when a CA file is given. Throws as above.
+KECPP_API void InitializeSSL(SSLInfo* ssl, HttpHandle* handle);
+
+}  // namespace Http
+}  // namespace KELib
+
+#endif
