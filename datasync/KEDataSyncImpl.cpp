@@ -8,6 +8,7 @@
 #include "datasync/PropertyList.h"
 #include "datasync/RoleMemory.h"
 #include "datasync/SyncState.h"
+#include "foundation/KEConstants.h"
 #include "foundation/KEException.h"
 #include "foundation/KEMutexGuard.h"
 #include "foundation/Logger.h"

@@ -58,7 +58,7 @@ bool Note(ListValue::Seen* seen, KEString& key) {
   return true;
 }
 
-class KeepNamed : public KE::Stub::PrivilegeFilter {
+class KeepNamed final : public KE::Stub::PrivilegeFilter {
  public:
   explicit KeepNamed(const RoleMemory::PrivilegeIds& ids) {
     for (const KEString& id : ids) names.insert(id.Cstr());

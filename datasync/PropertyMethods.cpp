@@ -8,12 +8,12 @@
 #include "datasync/KEDataSyncImpl.h"
 #include "datasync/PropertyList.h"
 #include "datasync/SyncState.h"
+#include "foundation/KEException.h"
 #include "foundation/KEMutexGuard.h"
 #include "foundation/Logger.h"
 #include "http/HandleWait.h"
 #include "instance/KECacheGuard.h"
 #include "instance/KEDataCache.h"
-#include "instance/KEDataIterator.h"
 #include "service/call/KEMethod.h"
 #include "service/call/ServiceConstants.h"
 #include "stub/classes/ClassNames.h"
@@ -33,14 +33,6 @@ constexpr int kHandleWaitMs = 2000;
 
 bool Names(KEVector<KEString>& names, KEString& wanted) {
   return names.Index(wanted) < names.Count();
-}
-
-// Deletes every stub of a cache. The caller holds the cache's mutex.
-void EmptyCache(KE::Instance::KEDataCache& cache) {
-  std::vector<KEString> keys;
-  keys.reserve(cache.Size());
-  for (auto it = cache.Iterator(); !it.End(); ++it) keys.push_back((*it)->key);
-  for (KEString& key : keys) cache.RemoveValNoLock(key);
 }
 
 }  // namespace
@@ -173,7 +165,7 @@ void KEDataSyncImpl::DropUnnamedStubsNoLock(KEVector<KEString>& cacheTypes) {
   for (unsigned int i = 0; i < cacheTypes.Count(); ++i) {
     if (IsCacheNamedNoLock(cacheTypes[i])) continue;
     KE::Instance::KEDataCache* cache = typeCache->GetDataCache(cacheTypes[i]);
-    if (cache != nullptr) EmptyCache(*cache);
+    if (cache != nullptr) cache->ClearNoLock();
   }
 }
 
@@ -186,7 +178,7 @@ void KEDataSyncImpl::CleanupSessionUserPermissions() {
                              KE::Stub::Zorbel_IdentityClass}) {
       KEString type(name);
       KE::Instance::KEDataCache* cache = typeCache->GetDataCache(type);
-      if (cache != nullptr) EmptyCache(*cache);
+      if (cache != nullptr) cache->ClearNoLock();
     }
   } catch (const std::exception& e) {
     KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE,

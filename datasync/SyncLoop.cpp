@@ -9,7 +9,7 @@
 #include "datasync/KEDataSyncImpl.h"
 #include "datasync/KEDataSyncWorkImpl.h"
 #include "datasync/SyncState.h"
-#include "foundation/KEConstants.h"
+#include "foundation/KECondition.h"
 #include "foundation/KEException.h"
 #include "foundation/KEMutexGuard.h"
 #include "foundation/KEThread.h"

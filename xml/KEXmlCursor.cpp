@@ -9,7 +9,8 @@ namespace KELib::Xml {
 
 namespace {
 
-constexpr int kElementEnded = 13;  // the reader's token type behind an end tag
+// Token types of the reader.
+constexpr int kElementName = 2, kAttribute = 4, kElementEnded = 13;
 
 constexpr char kSectionStart[] = "<![CDATA[";
 constexpr std::size_t kSectionStartLength = sizeof(kSectionStart) - 1;
@@ -31,7 +32,8 @@ KEXmlCursor::KEXmlCursor(KEXmlReader& source)
     : reader(source),
       begin(source.Str()),
       end(begin + source.GetInputLength()),
-      at(begin + source.Pos()) {}
+      at(begin + source.Pos()),
+      inTag(source.State().WasLastType(kElementName) || source.State().WasLastType(kAttribute)) {}
 
 void KEXmlCursor::MoveReader() const {
   reader.MoveTo(static_cast<unsigned int>(at - begin), kElementEnded);
@@ -90,6 +92,7 @@ bool KEXmlCursor::NextChild(XmlSlice& name) {
   }
   name = NameAt(at + 1);
   at = name.text + name.length;
+  inTag = true;
   return true;
 }
 
@@ -112,16 +115,22 @@ bool KEXmlCursor::NextAttribute(XmlSlice& name, XmlSlice& value) {
 
 bool KEXmlCursor::Enter() {
   const char* close = FindTagEnd(at);
-  const bool empty = close > at ? close[-1] == '/' : false;
+  const bool empty = close > begin && close[-1] == '/';
   at = close + 1;
+  inTag = false;
   return !empty;
 }
 
-void KEXmlCursor::Leave(const XmlSlice& name) {
+void KEXmlCursor::LeaveContent(const XmlSlice& name) {
   XmlSlice child;
   while (NextChild(child)) SkipElement(child);
+  if (end - at < 2 || !NameAt(at + 2).Is(name.text, name.length)) ThrowMalformed();
+}
+
+void KEXmlCursor::Leave(const XmlSlice& name) {
+  LeaveContent(name);
   XmlSlice ended;
-  if (!PassEndTag(ended) || !ended.Is(name.text, name.length)) ThrowMalformed();
+  PassEndTag(ended);
 }
 
 bool KEXmlCursor::PassEndTag(XmlSlice& name) {

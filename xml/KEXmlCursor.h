@@ -62,6 +62,9 @@ class KECPP_API KEXmlCursor {
   // Passes the rest of the content of the element `name` that was entered, and its end tag.
   void Leave(const XmlSlice& name);
 
+  // Passes the rest of the content of the element `name` that was entered, up to its end tag.
+  void LeaveContent(const XmlSlice& name);
+
   // Passes the element `name` whose start tag the cursor stands in, with all its content.
   void SkipElement(const XmlSlice& name);
 
@@ -78,9 +81,10 @@ class KECPP_API KEXmlCursor {
   bool PassEndTag(XmlSlice& name);
 
   // True when the cursor stands in a start tag, behind the element's name.
-  bool InStartTag() const { return at < end && inTag; }
+  bool InStartTag() const { return inTag; }
 
   bool AtEnd() const { return at >= end; }
+  const char* Position() const { return at; }
 
   // Moves the reader to the cursor's place.
   void MoveReader() const;
@@ -98,6 +102,7 @@ class KECPP_API KEXmlCursor {
   const char* begin;
   const char* end;
   const char* at;
+  bool inTag;
 };
 
 }  // namespace KELib::Xml
