@@ -179,8 +179,8 @@ void KESessionImpl::SendLogin(const KEString& userXml, const KEString& passwordX
   }
 }
 
-void KESessionImpl::StartBody(const char* methodName, KELib::Xml::KEXmlBuffer& body) {
-  body.StartAddElementTag(methodName);
+void KESessionImpl::StartBody(const char* name, KELib::Xml::KEXmlBuffer& body) {
+  body.StartAddElementTag(name);
   body.AddNamespace(nullptr, targetNamespace);
   body.AddElementTagAttrAndValue(ThisMorefTag, MorefTypeAttr, sessionManager->type.Cstr(),
                                  sessionManager->value.Cstr());

@@ -57,7 +57,7 @@ class KECPP_API KESessionImpl : public KESession {
   void LoginAsConfigured(KELib::KEConfig& config);
   void SendLogin(const KELib::KEString& userXml, const KELib::KEString& passwordXml);
   bool MayLogin();
-  void StartBody(const char* methodName, KELib::Xml::KEXmlBuffer& body);
+  void StartBody(const char* name, KELib::Xml::KEXmlBuffer& body);
 
   bool initialized = false;  // all guarded by `mutex`
   bool loggedIn = false;
