@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "soap/SoapMessage.h"
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -50,18 +51,10 @@ const char* FindLastEndTag(const char* begin, const char* end, const XmlSlice& n
   return nullptr;
 }
 
-// The inner XML of the element `name` whose content starts at `begin`, without leading white space:
-// an element that holds nothing but line ends is empty.
-XmlSlice InnerXml(const char* begin, const char* end, const XmlSlice& name) {
-  const char* stop = FindLastEndTag(begin, end, name);
-  if (stop == nullptr) throw Xml::XmlException(Xml::ERR_BAD_ELEM);
-  while (begin < stop && IsBlank(*begin)) ++begin;
-  return {begin, static_cast<unsigned int>(stop - begin)};
-}
-
-const char* Place(const KEXmlCursor& cursor, KEXmlReader& reader) {
-  cursor.MoveReader();
-  return reader.Str() + reader.Pos();
+// The content of an element; nothing but white space counts as nothing.
+XmlSlice Content(const char* begin, const char* end) {
+  if (std::all_of(begin, end, IsBlank)) return XmlSlice();
+  return {begin, static_cast<unsigned int>(end - begin)};
 }
 
 // Runs a step that reads XML; malformed XML is a failure of the SOAP call.
@@ -110,14 +103,16 @@ XmlSlice ReadReplyElement(KEXmlReader& reader, SoapResponse& response) {
   if (!IsResponseFault(response) && cursor.NextAttribute(attribute, ns)) ns.CopyTo(response.ns);
   if (!cursor.Enter()) return XmlSlice();
 
-  const char* begin = Place(cursor, reader);
+  const char* begin = cursor.Position();
   const char* end = reader.Str() + reader.GetInputLength();
   const XmlSlice body{SOAP_BODY_TAG, SOAP_BODY_TAG_LEN};
   const char* bodyEnd = FindLastEndTag(begin, end, body);
-  return InnerXml(begin, bodyEnd != nullptr ? bodyEnd : end, name);
+  const char* stop = FindLastEndTag(begin, bodyEnd != nullptr ? bodyEnd : end, name);
+  if (stop == nullptr) throw Xml::XmlException(Xml::ERR_BAD_ELEM);
+  return Content(begin, stop);
 }
 
-// Makes `part` of the text all of it, in place.
+// Makes a part of the text all of it, in place.
 void CutOut(unsigned int offset, unsigned int length, KEString& text) {
   std::memmove(text.Str(), text.Str() + offset, length);
   text.Str()[length] = '\0';
@@ -132,18 +127,18 @@ std::unique_ptr<SoapFaultInfo> NewFaultInfo(SoapResponse& response) {
 }
 
 // The cursor stands in the start tag of the detail.
-void ReadDetail(const XmlSlice& name, KEXmlReader& reader, KEXmlCursor& cursor,
-                SoapFaultDetail& detail) {
+void ReadDetail(const XmlSlice& name, KEXmlCursor& cursor, SoapFaultDetail& detail) {
   if (!cursor.Enter()) return;
-  const char* begin = Place(cursor, reader);
+  const char* begin = cursor.Position();
   KEString typeName, xml;
   XmlSlice first;
   if (cursor.NextChild(first)) {
     first.CopyTo(typeName);
     cursor.SkipElement(first);
   }
+  cursor.LeaveContent(name);
+  Content(begin, cursor.Position()).CopyTo(xml);
   cursor.Leave(name);
-  InnerXml(begin, Place(cursor, reader), name).CopyTo(xml);
   StripFaultSuffix(typeName);
   detail.SetFaultTypeName(typeName);
   detail.SetDetailXmlString(xml);
@@ -163,7 +158,7 @@ void ReadFault(SoapResponse& response, SoapFaultInfo& info) {
       cursor.Text(name, joined).CopyTo(text);
       info.SetFaultString(text);
     } else if (name.Is(FAULT_DETAIL_TAG, std::strlen(FAULT_DETAIL_TAG))) {
-      ReadDetail(name, reader, cursor, *info.detail);
+      ReadDetail(name, cursor, *info.detail);
     } else {
       cursor.SkipElement(name);
     }

@@ -25,8 +25,8 @@ class SoapResponse;
 // Makes envelope head, method element and envelope end the HTTP request's body.
 KECPP_API void EncloseMessageContent(SoapRequest& request, Http::HttpRequest& httpRequest);
 
-// Fills `response` from the first element of the envelope's body; white space directly behind that
-// element's start tag is not part of the content. Takes the text over, also when it throws.
+// Fills `response` from the first element of the envelope's body; nothing but white space in it
+// counts as no content. Takes the text over, also when it throws.
 // Throws SoapException for an empty reply, one without "soapenv:Body", a body without an element and
 // malformed XML.
 KECPP_API void ExtractMessageContent(KEString& content, SoapResponse& response);

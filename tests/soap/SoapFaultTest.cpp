@@ -33,7 +33,7 @@ TEST(SoapFault, BecomesAnExceptionThatNamesTheType) {
   const SoapException e = Thrown(
       "<faultcode>ServerFaultCode</faultcode>\r\n<faultstring>No <![CDATA[<detail>]]></faultstring>"
       "<faultactor>detail</faultactor>"
-      "<detail>\n<NotAuthenticatedFault xsi:type=\"N\"><detail>x</detail></NotAuthenticatedFault>"
+      "<detail><NotAuthenticatedFault xsi:type=\"N\"><detail>x</detail></NotAuthenticatedFault>"
       "</detail>");
   EXPECT_STREQ("NotAuthenticated", e.What());
   ASSERT_NE(nullptr, e.faultInfo);

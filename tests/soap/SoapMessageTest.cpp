@@ -60,7 +60,7 @@ TEST(SoapMessage, CutsTheReplyOut) {
        "Login", "<returnval>a</returnval>"},
       {"\r\n <!-- <XResponse> -->\n<LoginResponse\n xmlns = 'urn:pxa25' a=\"b\" >\r\n <r/>\r\n"
        "</LoginResponse\n>\r\n",
-       "urn:pxa25", "Login", "<r/>\r\n"},
+       "urn:pxa25", "Login", "\r\n <r/>\r\n"},
       {"<LogoutResponse xmlns=\"urn:pxa25\"/>", "urn:pxa25", "Logout", ""},
       {"<LogoutResponse/>", "", "Logout", ""},
       {"<LogoutResponse>\r\n\t</LogoutResponse>", "", "Logout", ""},
