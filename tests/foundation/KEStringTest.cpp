@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: MIT
+#include "foundation/KEString.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+#include <string>
+
+namespace KELib {
+namespace {
+
+TEST(KEStringTest, LengthArgumentsReserveButNeverTruncate) {
+  EXPECT_STREQ(KEString("abcdef", 3).Cstr(), "abcdef");
+  KEString roomy("ab", 10);
+  EXPECT_EQ(roomy.Length(), 2U);
+  for (unsigned int i = 2; i <= 10; ++i) EXPECT_EQ(roomy.UnsafeAt(i), '\0');
+  EXPECT_TRUE(KEString(5U).Empty());
+  EXPECT_TRUE(KEString(static_cast<const char*>(nullptr)).Empty());
+  EXPECT_THROW(KEString(0x80000000U), std::bad_alloc);
+}
+
+TEST(KEStringTest, SubstringKeepsTheWholeTail) {
+  const KEString text("abcdef");
+  EXPECT_STREQ(text.Substring(1, 3).Cstr(), "bcdef");
+  EXPECT_STREQ(text.Substring(2, 0).Cstr(), "cdef");
+  EXPECT_STREQ(text.Substring(9, 0).Cstr(), "");
+  EXPECT_THROW(text.Substring(4, 2), std::bad_alloc);
+}
+
+TEST(KEStringTest, AppendsWholeTextsAndFormatsNumbers) {
+  KEString text;
+  text.Append("abc", 1);
+  text.Append('-');
+  text.Append('\0');
+  text.Append(true);
+  text.Append(-7);
+  text.Append(static_cast<short>(8));
+  text.Append(4294967295U);
+  text.Append(-1LL);
+  text.Append(2.5);
+  text.Append(static_cast<const char*>(nullptr));
+  EXPECT_STREQ(text.Cstr(), "abc-true-784294967295-12.5");
+}
+
+TEST(KEStringTest, SelfArgumentsWork) {
+  KEString text("abcdef");
+  text = text.Cstr() + 2;
+  EXPECT_STREQ(text.Cstr(), "cdef");
+  text += text;
+  text.Attach(text.Str());
+  text.Transfer(text);
+  text = *&text;
+  EXPECT_STREQ(text.Cstr(), "cdefcdef");
+}
+
+TEST(KEStringTest, EmptyStringsShareOneUntouchedBuffer) {
+  KEString first, second;
+  EXPECT_EQ(first.Cstr(), second.Cstr());
+  first.Clear();
+  first.Erase(0, 5);
+  first.ToUpper();
+  EXPECT_EQ(first.UnsafeAppend("no room"), 0U);
+  EXPECT_STREQ(second.Cstr(), "");
+
+  char* out = nullptr;
+  first = "text";
+  first.Detach(out);
+  EXPECT_TRUE(first.Empty());
+  second.Attach(out);
+  EXPECT_STREQ(second.Cstr(), "text");
+  first.Transfer(second);
+  EXPECT_EQ(second.Cstr(), KEString().Cstr());
+}
+
+TEST(KEStringTest, PositionsAreClamped) {
+  const KEString text("abc");
+  EXPECT_EQ(text.At(99), 'c');
+  EXPECT_EQ(text[3], '\0');
+  EXPECT_EQ(KEString().At(7), '\0');
+  EXPECT_EQ(text.Find('a', 0), 0U);
+  EXPECT_EQ(KEString("abcde").Find('x', 5), KEString::NPos);
+  EXPECT_EQ(text.Find("bc", 1), 1U);
+  EXPECT_EQ(text.Find("bc", 4294967295U), KEString::NPos);
+  EXPECT_EQ(KEString().Find('a', 0), KEString::NPos);
+}
+
+TEST(KEStringTest, ErasesWithinTheText) {
+  KEString text("abcdef");
+  text.Erase(1, 3);
+  EXPECT_STREQ(text.Cstr(), "adef");
+  text.Erase(9, 12);
+  text.Erase(3, 1);
+  text.Erase(0, 0);
+  EXPECT_STREQ(text.Cstr(), "adef");
+  text.Erase(2, 99);
+  EXPECT_STREQ(text.Cstr(), "ad");
+  text.Erase(0, 2);
+  EXPECT_TRUE(text.Empty());
+}
+
+TEST(KEStringTest, ComparesAndHashesBytesAsSigned) {
+  EXPECT_EQ(KEString("x").Compare(static_cast<const char*>(nullptr)), 1);
+  EXPECT_TRUE(KEString().Equals(static_cast<const char*>(nullptr)));
+  EXPECT_TRUE(KEString("AbC").EqualsI("aBc"));
+  EXPECT_EQ(HashText("ab", 2), 3105U);
+  EXPECT_EQ(HashText("\xff", 1), 4294967295U);
+  KEString latin("\xc4z");
+  latin.ToLower();  // a negative char must not index in front of the table
+  EXPECT_EQ(latin.Length(), 2U);
+}
+
+}  // namespace
+}  // namespace KELib
