@@ -55,7 +55,8 @@ class KECPP_API HttpConnectionPool {
   void FreeHandle(HttpHandle* handle);
   void FreeHandle(HttpHandle* handle, unsigned long long acquisition);
 
-  // Waits until a slot is free, at most for `milliseconds`. False when the time was over.
+  // Waits for a free slot, at most for `milliseconds`; it may return early. Whether there is one
+  // now.
   bool WaitForFreeHandle(int milliseconds);
 
   // Ends all transfers that are under way, within milliseconds, and lets new ones fail until

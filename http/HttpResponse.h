@@ -43,8 +43,8 @@ class KECPP_API HttpResponse {
   // happens. Throws HttpException when the body would exceed the size limit.
   void ExpectContent(unsigned long long length);
 
-  // The largest content, in bytes: 1 GiB, or 512 MB on 32-bit builds.
-  void SetSizeLimit(unsigned int bytes) { sizeLimit = bytes; }
+  // The largest content, in bytes, below 2^31: 1 GiB, or 512 MB on 32-bit builds.
+  void SetSizeLimit(unsigned int bytes);
   unsigned int GetSizeLimit() const { return sizeLimit; }
 
  private:
@@ -61,7 +61,7 @@ class KECPP_API HttpResponse {
   unsigned int contentLength = 0;
   unsigned int capacity = 0;    // characters that fit into the content's block
   const char* block = nullptr;  // the content's block that the two numbers are about
-  void* source = nullptr;       // the transfer library's handle during a transfer
+  void* source = nullptr;       // asked for the announced length at the first chunk
   KEString storeError;          // why the last chunk of a transfer was refused
   unsigned int sizeLimit = sizeof(void*) > 4 ? 1024U << 20 : 512U << 20;
 };

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+#include "http/HttpHandle.h"
+
+#include <curl/curl.h>
+
+#include <algorithm>
+
+#include "http/EasyOption.h"
+#include "http/HeaderLines.h"
+#include "http/HttpConnectionPool.h"
+#include "http/HttpConstants.h"
+#include "http/HttpException.h"
+
+namespace KELib {
+namespace Http {
+
+HttpHandle::~HttpHandle() {
+  Release();
+}
+
+void HttpHandle::Init(void* share) {
+  constexpr long kDefaultTimeout = 60;
+  if (share == nullptr) ThrowHttpException(ERR_HTTP_SETUP, "0010");
+  Release();
+  handle = curl_easy_init();
+  if (handle == nullptr) ThrowHttpException(ERR_HTTP_SETUP, "0011");
+  try {
+    SetEasyOption(handle, CURLOPT_SHARE, share, {ERR_HTTP_SETUP, "0012"});
+    SetEasyOption(handle, CURLOPT_VERBOSE, 0L, {ERR_HTTP_SETUP, "0013"});
+    SetEasyOption(handle, CURLOPT_NOPROGRESS, 1L, {ERR_HTTP_SETUP, "0014"});
+    SetEasyOption(handle, CURLOPT_NOSIGNAL, 1L, {ERR_HTTP_SETUP, "0015"});
+    if (!SetTimeout(kDefaultTimeout)) ThrowHttpException(ERR_HTTP_SETUP, "0016");
+  } catch (...) {
+    Release();
+    throw;
+  }
+}
+
+void HttpHandle::Release() {
+  if (handle != nullptr) {
+    curl_easy_setopt(handle, CURLOPT_SHARE, static_cast<void*>(nullptr));
+    curl_easy_cleanup(handle);
+  }
+  curl_slist_free_all(headers);
+  handle = nullptr;
+  prepared = false;
+  headers = nullptr;
+}
+
+void HttpHandle::SetHeaders(curl_slist* lines) {
+  curl_slist* copy = CopyHeaderLines(lines);
+  const bool copied = copy != nullptr || lines == nullptr;
+  if (!copied || curl_easy_setopt(handle, CURLOPT_HTTPHEADER, copy) != CURLE_OK) {
+    curl_slist_free_all(copy);
+    ThrowHttpException(ERR_HTTP_CONNECT, "0020");
+  }
+  curl_slist_free_all(headers);
+  headers = copy;
+}
+
+bool HttpHandle::SetTimeout(long long seconds) {
+  const long clamped = ClampTimeout(seconds);
+  if (curl_easy_setopt(handle, CURLOPT_TIMEOUT, clamped) != CURLE_OK) return false;
+  timeout = clamped;
+  return true;
+}
+
+long ClampTimeout(long long seconds) {
+  constexpr long long kLongest = 2147483;  // in milliseconds it still fits into 32 bits
+  return static_cast<long>(std::clamp(seconds, 0LL, kLongest));
+}
+
+HttpHandleRef& HttpHandleRef::operator=(const HttpHandleRef& other) {
+  if (handle != other.handle) GiveBack();
+  handle = other.handle;
+  pool = other.pool;
+  acquisition = other.acquisition;
+  return *this;
+}
+
+HttpHandleRef::~HttpHandleRef() {
+  GiveBack();
+}
+
+void HttpHandleRef::Set(HttpConnectionPool* newPool, HttpHandle* newHandle) {
+  if (handle != newHandle) GiveBack();
+  handle = newHandle;
+  pool = newPool;
+  acquisition = newHandle != nullptr ? newHandle->acquisition : 0;
+}
+
+void HttpHandleRef::GiveBack() {
+  if (pool != nullptr && handle != nullptr) pool->FreeHandle(handle, acquisition);
+  handle = nullptr;
+  pool = nullptr;
+  acquisition = 0;
+}
+
+}  // namespace Http
+}  // namespace KELib

@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: MIT
+#include "http/HttpTransfer.h"
+
+#include <curl/curl.h>
+
+#include "foundation/KEException.h"
+#include "http/EasyOption.h"
+#include "http/HandleWait.h"
+#include "http/HttpConstants.h"
+#include "http/HttpException.h"
+
+namespace KELib {
+namespace Http {
+
+HttpTransfer::HttpTransfer(HttpHandle& taken, HttpConnectionPool& owner, ConnectionInfo& settings)
+    : handle(taken), pool(owner), info(settings) {}
+
+HttpTransfer::~HttpTransfer() {
+  void* const nothing = nullptr;
+  curl_easy_setopt(handle.handle, CURLOPT_ERRORBUFFER, nothing);
+  curl_easy_setopt(handle.handle, CURLOPT_WRITEDATA, nothing);
+  curl_easy_setopt(handle.handle, CURLOPT_POSTFIELDS, nothing);
+  // A handle that cannot be put right is prepared anew for its next user.
+  if (limited && !handle.SetTimeout(handle.timeout)) handle.prepared = false;
+  if (filled != nullptr) filled->source = nullptr;
+}
+
+void HttpTransfer::Run(HttpRequest& request, HttpResponse& response) {
+  const bool changed = ChangeTimeout(request.GetTimeout());
+  ApplyTimeLimit();
+  PointAt(request, response);
+  const int result = Perform();
+  if (result != CURLE_OK) {
+    KEString text = ErrorText(result, response);
+    if (result == CURLE_OPERATION_TIMEDOUT && !interrupted) {
+      throw RequestTimedOutException(text.Str(), text.Length());
+    }
+    response.SetErrorCode(result);
+    response.SetErrorString(text.Cstr());
+  }
+  if (changed) RestoreTimeout();
+}
+
+bool HttpTransfer::ChangeTimeout(long long seconds) {
+  if (seconds <= 0 || seconds == info.GetTimeout()) return false;
+  if (!handle.SetTimeout(seconds)) throw HttpException("Unable to set request timeout.");
+  return true;
+}
+
+void HttpTransfer::RestoreTimeout() {
+  if (!handle.SetTimeout(info.GetTimeout())) {
+    throw HttpException("Unable to restore connection timeout.");
+  }
+  limited = false;
+}
+
+void HttpTransfer::ApplyTimeLimit() {
+  const HandleWait* scope = HandleWait::Current();
+  const long limit = scope != nullptr ? scope->TransferMilliseconds() : 0;
+  if (limit <= 0 || (handle.timeout > 0 && handle.timeout <= limit / 1000)) return;
+  if (curl_easy_setopt(handle.handle, CURLOPT_TIMEOUT_MS, limit) != CURLE_OK) {
+    throw HttpException("Unable to set request timeout.");
+  }
+  limited = true;
+}
+
+void HttpTransfer::PointAt(HttpRequest& request, HttpResponse& response) {
+  void* easy = handle.handle;
+  char* body = request.GetContent().Str();
+  // The text's own length: the caller may have changed it in place.
+  const long length = static_cast<long>(request.GetContent().Length());
+  SetEasyOption(easy, CURLOPT_POSTFIELDS, static_cast<void*>(body),
+                {ERR_HTTP_POST_REQUEST, "0040"});
+  SetEasyOption(easy, CURLOPT_POSTFIELDSIZE, length, {ERR_HTTP_POST_REQUEST, "0041"});
+  SetEasyOption(easy, CURLOPT_WRITEDATA, static_cast<void*>(&response),
+                {ERR_HTTP_POST_REQUEST, "0042"});
+  filled = &response;
+  response.source = easy;
+  response.storeError = "";
+  handle.errorText[0] = '\0';
+  SetEasyOption(easy, CURLOPT_ERRORBUFFER, static_cast<void*>(handle.errorText),
+                {ERR_HTTP_POST_REQUEST, "0043"});
+  SetEasyOption(easy, CURLOPT_URL, info.GetUrl().Cstr(), {ERR_HTTP_POST_REQUEST, "0044"});
+}
+
+// A cut connection can look like the regular end of a reply, so the result alone does not tell.
+int HttpTransfer::Perform() {
+  const unsigned int before = pool.Interruptions();
+  const CURLcode result = curl_easy_perform(handle.handle);
+  interrupted = pool.Interruptions() != before;
+  return interrupted && result == CURLE_OK ? CURLE_ABORTED_BY_CALLBACK : result;
+}
+
+KEString HttpTransfer::ErrorText(int result, const HttpResponse& response) const {
+  if (!response.storeError.Empty()) return response.storeError;
+  if (handle.errorText[0] != '\0') return handle.errorText;
+  if (interrupted) return "Transfer interrupted.";
+  return curl_easy_strerror(static_cast<CURLcode>(result));
+}
+
+std::size_t HttpTransfer::StoreChunk(char* data, std::size_t size, std::size_t count,
+                                     void* response) noexcept {
+  auto* reply = static_cast<HttpResponse*>(response);
+  if (reply == nullptr) return 0;
+  try {
+    ExpectAnnounced(*reply);
+    // The library hands over at most some hundred kilobytes at once.
+    return WriteResponse(data, static_cast<unsigned int>(size), static_cast<unsigned int>(count),
+                         response);
+  } catch (const Throwable& refusal) {
+    KeepReason(*reply, refusal.What());
+  } catch (...) {
+    KeepReason(*reply, "Out of memory for the reply.");
+  }
+  return 0;
+}
+
+// Once, at the first chunk. Without an announcement the length is -1.
+void HttpTransfer::ExpectAnnounced(HttpResponse& response) {
+  if (response.source == nullptr) return;
+  curl_off_t length = -1;
+  curl_easy_getinfo(response.source, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+  response.source = nullptr;
+  if (length > 0) response.ExpectContent(static_cast<unsigned long long>(length));
+}
+
+void HttpTransfer::KeepReason(HttpResponse& response, const char* reason) noexcept {
+  try {
+    response.storeError = reason;
+  } catch (...) {
+    // The transfer fails all the same, with the library's own text.
+  }
+}
+
+}  // namespace Http
+}  // namespace KELib

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+//
+// One request and its reply on a handle that the calling thread has taken.
+//
+// Thread safety: a transfer belongs to one thread; it holds no lock.
+#ifndef KECPP_HTTP_HTTPTRANSFER_H
+#define KECPP_HTTP_HTTPTRANSFER_H
+
+#include <cstddef>
+
+#include "http/ConnectionInfo.h"
+#include "http/HttpConnectionPool.h"
+#include "http/HttpHandle.h"
+#include "http/HttpRequest.h"
+#include "http/HttpResponse.h"
+
+namespace KELib {
+namespace Http {
+
+class HttpTransfer {
+ public:
+  HttpTransfer(HttpHandle& handle, HttpConnectionPool& pool, ConnectionInfo& info);
+  HttpTransfer(const HttpTransfer&) = delete;
+  HttpTransfer& operator=(const HttpTransfer&) = delete;
+
+  // Leaves nothing in the handle that points to request or response.
+  ~HttpTransfer();
+
+  // Posts, as HttpClient::Post. A transfer during which the pool was interrupted has failed,
+  // whatever its result. After a time-out the handle keeps the request's own time-out.
+  void Run(HttpRequest& request, HttpResponse& response);
+
+  // The transfer library's write callback: no exception may cross it. A number other than that of
+  // the bytes makes the transfer fail; the response then knows why.
+  static std::size_t StoreChunk(char* data, std::size_t size, std::size_t count,
+                                void* response) noexcept;
+
+ private:
+  static void ExpectAnnounced(HttpResponse& response);
+  static void KeepReason(HttpResponse& response, const char* reason) noexcept;
+
+  bool ChangeTimeout(long long seconds);
+  void ApplyTimeLimit();
+  void PointAt(HttpRequest& request, HttpResponse& response);
+  int Perform();
+  KEString ErrorText(int result, const HttpResponse& response) const;
+  void RestoreTimeout();
+
+  HttpHandle& handle;
+  HttpConnectionPool& pool;
+  ConnectionInfo& info;
+  HttpResponse* filled = nullptr;  // the response that the handle points to
+  bool limited = false;            // the handle's time-out is that of a HandleWait scope
+  bool interrupted = false;
+};
+
+}  // namespace Http
+}  // namespace KELib
+
+#endif

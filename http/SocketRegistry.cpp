@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+#include "http/SocketRegistry.h"
+
+#include <curl/curl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+namespace KELib {
+namespace Http {
+
+namespace {
+
+curl_socket_t OpenSocket(void* registry, curlsocktype, curl_sockaddr* address) {
+  return static_cast<SocketRegistry*>(registry)->Open(address->family, address->socktype,
+                                                      address->protocol);
+}
+
+int CloseSocket(void* registry, curl_socket_t socket) {
+  return static_cast<SocketRegistry*>(registry)->Close(socket);
+}
+
+}  // namespace
+
+void SocketRegistry::Serve(void* easy) {
+  curl_easy_setopt(easy, CURLOPT_OPENSOCKETDATA, static_cast<void*>(this));
+  curl_easy_setopt(easy, CURLOPT_CLOSESOCKETDATA, static_cast<void*>(this));
+  curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, &OpenSocket);
+  curl_easy_setopt(easy, CURLOPT_CLOSESOCKETFUNCTION, &CloseSocket);
+}
+
+void SocketRegistry::Interrupt() {
+  std::lock_guard<std::mutex> guard(mutex);
+  refusing = true;
+  ++interruptions;
+  for (const int socket : sockets) ::shutdown(socket, SHUT_RDWR);
+}
+
+void SocketRegistry::Resume() {
+  std::lock_guard<std::mutex> guard(mutex);
+  refusing = false;
+}
+
+int SocketRegistry::Open(int family, int type, int protocol) {
+  std::lock_guard<std::mutex> guard(mutex);
+  if (refusing) return -1;
+  try {
+    sockets.reserve(sockets.size() + 1);
+  } catch (...) {
+    return -1;  // an exception must not cross the transfer library
+  }
+  // A process that the agent starts must not inherit the connection.
+  const int socket = ::socket(family, type | SOCK_CLOEXEC, protocol);
+  if (socket >= 0) sockets.push_back(socket);
+  return socket;
+}
+
+int SocketRegistry::Close(int socket) {
+  std::lock_guard<std::mutex> guard(mutex);
+  sockets.erase(std::remove(sockets.begin(), sockets.end(), socket), sockets.end());
+  return ::close(socket);
+}
+
+}  // namespace Http
+}  // namespace KELib
