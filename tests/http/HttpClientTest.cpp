@@ -1,0 +1,255 @@
+// SPDX-License-Identifier: MIT
+#include "http/HttpClient.h"
+
+#include <curl/curl.h>
+
+#include <cstdlib>
+#include <thread>
+#include <vector>
+
+#include "foundation/KEException.h"
+#include "http/HandleWait.h"
+#include "http/HttpException.h"
+#include "http/HttpFixture.h"
+
+namespace {
+
+using KELib::KEString;
+using KELib::Http::ConnectionInfo;
+using KELib::Http::HandleWait;
+using KELib::Http::HttpException;
+
+using HttpClientTest = HttpFixture;
+
+TEST_F(HttpClientTest, PostsBodyAndHeadersAndReadsTheReply) {
+  info->AddHeader("UserAgent: ", "mpxa/0.1");
+  info->AddHeader("Twice: ", "1");
+  info->AddHeader("Twice: ", "2");
+  info->AddHeader("SOAPAction: ", "");
+  server.Push(Reply::Status("500 Internal Server Error", "<fault/>"));
+  const Outcome outcome = Post("<body/>");
+  EXPECT_EQ("<fault/>", outcome.content);
+  EXPECT_EQ(0, outcome.code);
+  ASSERT_EQ(1u, server.Requests().size());
+  const auto request = server.Requests()[0];
+  EXPECT_EQ("<body/>", request.body);
+  EXPECT_EQ(0u, request.head.find("POST /sdk HTTP/1.1\r\n")) << request.head;
+  EXPECT_NE(std::string::npos, request.head.find("\r\nUserAgent: mpxa/0.1\r\n"));
+  EXPECT_NE(std::string::npos, request.head.find("\r\nTwice: 1\r\nTwice: 2\r\n"));
+  EXPECT_NE(std::string::npos, request.head.find("\r\nSOAPAction:\r\n")) << request.head;
+}
+
+TEST_F(HttpClientTest, HandlesOutliveChangesOfTheHeaderList) {
+  info->AddHeader("First: ", "1");
+  Post();
+  Client().GetConnectionInfo()->RemoveHeader("First: ");
+  Post();
+  EXPECT_EQ("1", server.Requests()[1].Header("First"));
+}
+
+TEST_F(HttpClientTest, CookiesAreCommonToAllHandlesOfTheClient) {
+  server.Push(Reply::Ok("", "Set-Cookie: session=abc; Path=/\r\n"));
+  Post();
+  server.Push(Reply::Ok("").Hanging());
+  auto first = PostAside();
+  ASSERT_TRUE(server.WaitForRequests(2));
+  Post();
+  server.ReleaseHanging();
+  first.get();
+  const auto requests = server.Requests();
+  EXPECT_EQ("", requests[0].Header("Cookie"));
+  EXPECT_EQ("session=abc", requests[1].Header("Cookie"));
+  EXPECT_EQ("session=abc", requests[2].Header("Cookie"));
+  EXPECT_NE(requests[1].connection, requests[2].connection);
+}
+
+// Without locks around the cookie store the transfer library damages the heap within seconds.
+TEST_F(HttpClientTest, ManyThreadsMayReceiveCookies) {
+  server.SetHandler([](const RawServer::Request& request) {
+    return Reply::Ok(request.body, "Set-Cookie: c" + request.body + "=1; Path=/\r\n");
+  });
+  Client().GetSession()->GetPool()->SetSize(4);
+  std::vector<std::thread> threads;
+  for (int number = 0; number < 4; ++number) {
+    threads.emplace_back([this, number] {
+      for (int i = 0; i < 100; ++i) {
+        const std::string body = std::to_string(number) + "x" + std::to_string(i % 30);
+        EXPECT_EQ(body, Post(body.c_str()).content);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST_F(HttpClientTest, FailedTransfersAreToldInTheResponse) {
+  server.Push(Reply::Ok("").CutAfter(0));
+  server.Push(Reply::Ok(std::string(1000, 'x')).CutAfter(500));
+  server.Push(Reply::Raw("nonsense\r\n\r\n").AndClose());
+  EXPECT_EQ(CURLE_GOT_NOTHING, Post().code);
+  const Outcome cut = Post();
+  EXPECT_EQ(CURLE_PARTIAL_FILE, cut.code);
+  EXPECT_NE("", cut.error);
+  EXPECT_GT(cut.content.size(), 0u);
+  EXPECT_GT(Post().code, 0);
+  server.Push(Reply::Ok("again"));
+  EXPECT_EQ("again", Post().content);
+}
+
+TEST_F(HttpClientTest, ARefusedConnectionIsNoException) {
+  int freePort;
+  {
+    RawServer gone;
+    freePort = gone.Port();
+  }
+  info->SetUrl(("http://127.0.0.1:" + std::to_string(freePort) + "/").c_str());
+  const Outcome outcome = Post();
+  EXPECT_EQ(CURLE_COULDNT_CONNECT, outcome.code);
+  EXPECT_NE("", outcome.error);
+  EXPECT_EQ("", outcome.thrown);
+}
+
+TEST_F(HttpClientTest, RepliesArriveWholeHoweverTheyAreCut) {
+  std::string large;
+  for (int i = 0; i < 100000; ++i) large += static_cast<char>(i % 251);
+  server.Push(Reply::Chunked(large, 1000).Dripping(777));
+  EXPECT_EQ(large, Post().content);
+  server.Push(Reply::Ok(large).Dripping(5000));
+  EXPECT_EQ(large, Post().content);
+  server.Push(Reply::Raw("HTTP/1.0 200 OK\r\n\r\n" + large).AndClose());
+  EXPECT_EQ(large, Post().content);
+}
+
+TEST_F(HttpClientTest, OversizedRepliesFailWithAReason) {
+  const std::string large(50000, 'x');
+  server.Push(Reply::Ok(large));
+  server.Push(Reply::Chunked(large, 1000));
+  const Outcome announced = Post("", -1, 40000);
+  EXPECT_EQ(CURLE_WRITE_ERROR, announced.code);
+  EXPECT_EQ("Reply exceeds 40000 bytes.", announced.error);
+  EXPECT_EQ("", announced.content);
+  const Outcome unannounced = Post("", -1, 40000);
+  EXPECT_EQ("Reply exceeds 40000 bytes.", unannounced.error);
+  EXPECT_GE(40000u, unannounced.content.size());
+}
+
+TEST_F(HttpClientTest, TheRequestsTimeoutEndsASilentTransfer) {
+  server.Push(Reply::Ok("").Hanging());
+  const Outcome outcome = Post("", 1);
+  EXPECT_EQ("time-out", outcome.thrown);
+  EXPECT_NE("", outcome.error);
+  EXPECT_EQ(0, outcome.code);
+  KELib::Http::HttpHandleRef ref;
+  Client().GetSession()->GetHandle(ref);
+  EXPECT_EQ(1, ref.handle->timeout);  // as the request left it
+}
+
+TEST_F(HttpClientTest, ATimeoutOfOneRequestIsTakenBackAfterIt) {
+  info->SetTimeout(7);
+  for (const long long seconds : {9LL, 0LL, -1LL, 7LL}) {
+    Post("", seconds);
+    KELib::Http::HttpHandleRef ref;
+    Client().GetSession()->GetHandle(ref);
+    EXPECT_EQ(7, ref.handle->timeout);
+  }
+}
+
+TEST_F(HttpClientTest, AScopeMayShortenTransfers) {
+  server.Push(Reply::Ok("").Hanging());
+  {
+    const HandleWait scope(0, nullptr, 20);
+    EXPECT_EQ("time-out", Post().thrown);
+  }
+  server.Push(Reply::Ok("late").Hanging());
+  auto patient = PostAside();
+  ASSERT_TRUE(server.WaitForRequests(2));
+  EXPECT_EQ(std::future_status::timeout, patient.wait_for(std::chrono::milliseconds(50)));
+  server.ReleaseHanging();
+  EXPECT_EQ("late", patient.get().content);
+}
+
+TEST_F(HttpClientTest, WithAllHandlesInUseAPostFailsAtOnceUnlessItMayWait) {
+  server.Push(Reply::Ok("").Hanging());
+  server.Push(Reply::Ok("").Hanging());
+  auto first = PostAside();
+  auto second = PostAside();
+  ASSERT_TRUE(server.WaitForRequests(2));
+  const Outcome busy = Post();
+  EXPECT_EQ("http", busy.thrown);
+  EXPECT_EQ("Unable to connect. Busy.", busy.error);
+  std::atomic<bool> stop{true};
+  {
+    const HandleWait stopped(60000, &stop);
+    EXPECT_EQ("Unable to connect. Busy.", Post().error);
+    const HandleWait brief(10, nullptr);
+    EXPECT_EQ("Unable to connect. Busy.", Post().error);
+  }
+  EXPECT_EQ(nullptr, HandleWait::Current());
+  server.Push(Reply::Ok("third"));
+  auto third = std::async(std::launch::async, [this] {
+    const HandleWait patient(60000, nullptr);
+    return Post();
+  });
+  server.ReleaseHanging();
+  EXPECT_EQ("third", third.get().content);
+}
+
+TEST_F(HttpClientTest, AnInterruptEndsTransfersWithoutSendingThemAgain) {
+  Post();  // both transfers below would be sent again when a kept connection turns out to be dead
+  server.Push(Reply::Ok("").Hanging());
+  server.Push(Reply::Raw("HTTP/1.0 200 OK\r\n\r\n<a/>").Hanging(23));
+  auto silent = PostAside();
+  ASSERT_TRUE(server.WaitForRequests(2));
+  auto endless = PostAside();
+  ASSERT_TRUE(server.WaitForRequests(3));
+  Client().Interrupt();
+  EXPECT_GT(silent.get().code, 0);
+  const Outcome cut = endless.get();
+  EXPECT_GT(cut.code, 0) << "a reply that ends with its connection was taken for complete";
+  EXPECT_EQ(CURLE_COULDNT_CONNECT, Post().code);
+  EXPECT_EQ(3u, server.Requests().size());
+  Client().Resume();
+  server.Push(Reply::Ok("again"));
+  EXPECT_EQ("again", Post().content);
+}
+
+TEST_F(HttpClientTest, OnlyTheSettingsDecideAboutAProxy) {
+  RawServer proxy;
+  ::setenv("http_proxy", proxy.Url().c_str(), 1);
+  ::setenv("no_proxy", "*", 1);
+  Post();
+  EXPECT_EQ(1u, server.Requests().size());
+  ConnectionInfo* settings = Client().GetConnectionInfo();
+  settings->SetProxyHost("127.0.0.1");
+  settings->SetProxyPort(std::to_string(proxy.Port()).c_str());
+  settings->EnableSettingProxy();
+  Client().GetSession()->GetPool()->SetSize(0);
+  Client().GetSession()->GetPool()->SetSize(1);
+  Post();
+  ASSERT_EQ(1u, proxy.Requests().size());
+  EXPECT_EQ(0u, proxy.Requests()[0].head.find("POST " + server.Url("/sdk") + " "));
+  ::unsetenv("http_proxy");
+  ::unsetenv("no_proxy");
+}
+
+TEST_F(HttpClientTest, ASecureConnectionNeedsSslSettings) {
+  info->SetProto("https");
+  try {
+    Client();
+    ADD_FAILURE() << "made a client";
+  } catch (const HttpException& e) {
+    EXPECT_STREQ("No SSL information available for secure connection.", e.What());
+  }
+  info->SetProto("http");  // still the test's own
+  EXPECT_TRUE(Client().IsConnected());
+  EXPECT_THROW(Client().SaveSession(), KELib::NotImplementedException);
+  EXPECT_THROW(Client().Get(nullptr, nullptr), KELib::NotImplementedException);
+}
+
+TEST(HttpServiceTest, ComesBackAfterItsRelease) {
+  KELib::Http::GetHttpService();
+  KELib::Http::ReleaseHttpService();
+  KELib::Http::ReleaseHttpService();
+  EXPECT_NE(nullptr, KELib::Http::GetHttpService());
+}
+
+}  // namespace
