@@ -3,7 +3,9 @@
 
 namespace KELib::Soap {
 
-SoapException::SoapException(const SoapException& other) : Exception() { *this = other; }
+SoapException::SoapException(const SoapException& other) : Exception() {
+  *this = other;
+}
 
 SoapException& SoapException::operator=(const SoapException& other) {
   if (this == &other) return *this;

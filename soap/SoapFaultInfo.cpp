@@ -52,9 +52,13 @@ SoapFaultDetail::~SoapFaultDetail() {
   delete[] detailXml;
 }
 
-void SoapFaultDetail::SetFaultTypeName(KEString& name) { Replace(faultTypeName, Take(name)); }
+void SoapFaultDetail::SetFaultTypeName(KEString& name) {
+  Replace(faultTypeName, Take(name));
+}
 
-void SoapFaultDetail::SetDetailXmlString(KEString& xml) { Replace(detailXml, Take(xml)); }
+void SoapFaultDetail::SetDetailXmlString(KEString& xml) {
+  Replace(detailXml, Take(xml));
+}
 
 SoapFaultInfo::SoapFaultInfo(KEString& code, KEString& string, SoapFaultDetail* faultDetail)
     : faultCode(nullptr), faultString(nullptr), detail(faultDetail) {
@@ -85,9 +89,13 @@ SoapFaultInfo::~SoapFaultInfo() {
   delete[] faultString;
 }
 
-void SoapFaultInfo::SetFaultCode(KEString& code) { Replace(faultCode, Take(code)); }
+void SoapFaultInfo::SetFaultCode(KEString& code) {
+  Replace(faultCode, Take(code));
+}
 
-void SoapFaultInfo::SetFaultString(KEString& string) { Replace(faultString, Take(string)); }
+void SoapFaultInfo::SetFaultString(KEString& string) {
+  Replace(faultString, Take(string));
+}
 
 void SoapFaultInfo::SetSoapFaultDetail(SoapFaultDetail* faultDetail) {
   if (faultDetail != detail.get()) detail.reset(faultDetail);

@@ -20,9 +20,13 @@ SoapClient* CreateSoapClient(Http::ConnectionInfo* ci) {
   return client.release();
 }
 
-void InitSoapService() { Http::GetHttpService(); }
+void InitSoapService() {
+  Http::GetHttpService();
+}
 
-void ReleaseSoapService() { Http::ReleaseHttpService(); }
+void ReleaseSoapService() {
+  Http::ReleaseHttpService();
+}
 
 SoapHttpClientImpl::SoapHttpClientImpl() = default;
 SoapHttpClientImpl::~SoapHttpClientImpl() = default;

@@ -25,9 +25,11 @@ using Xml::KEXmlCursor;
 using Xml::KEXmlReader;
 using Xml::XmlSlice;
 
-// --- end tags, sought from behind -----------------------------------------------------------------
+// --- end tags, sought from behind ----------------------------------------------------------------
 
-bool IsBlank(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }
+bool IsBlank(char c) {
+  return c == ' ' || c == '\n' || c == '\r' || c == '\t';
+}
 
 std::size_t Distance(const char* from, const char* to) {
   return static_cast<std::size_t>(to - from);
@@ -68,7 +70,7 @@ void AsSoapException(Step step) {
   }
 }
 
-// --- the reply's first element --------------------------------------------------------------------
+// --- the reply's first element -------------------------------------------------------------------
 
 // Moves into the body, over whatever stands before it.
 void EnterBody(KEXmlReader& reader, KEXmlCursor& cursor) {
@@ -118,7 +120,7 @@ void CutOut(unsigned int offset, unsigned int length, KEString& text) {
   text.Str()[length] = '\0';
 }
 
-// --- faults ---------------------------------------------------------------------------------------
+// --- faults --------------------------------------------------------------------------------------
 
 std::unique_ptr<SoapFaultInfo> NewFaultInfo(SoapResponse& response) {
   if (response.content.Empty()) throw SoapException(ERR_SERVER_FAULT_NO_CONTENT);
@@ -167,7 +169,7 @@ void ReadFault(SoapResponse& response, SoapFaultInfo& info) {
 
 }  // namespace
 
-// --- requests and replies -------------------------------------------------------------------------
+// --- requests and replies ------------------------------------------------------------------------
 
 void EncloseMessageContent(SoapRequest& request, Http::HttpRequest& httpRequest) {
   KEStringBuffer text;
@@ -208,11 +210,15 @@ void StripSuffix(const char* suffix, KEString& text) {
   if (at != KEString::NPos) text.Erase(at, text.Length());
 }
 
-void StripResponseSuffix(KEString& text) { StripSuffix(SOAP_RESPONSE_SUFFIX, text); }
+void StripResponseSuffix(KEString& text) {
+  StripSuffix(SOAP_RESPONSE_SUFFIX, text);
+}
 
-void StripFaultSuffix(KEString& text) { StripSuffix(FAULT_TAG_SUFFIX, text); }
+void StripFaultSuffix(KEString& text) {
+  StripSuffix(FAULT_TAG_SUFFIX, text);
+}
 
-// --- faults ---------------------------------------------------------------------------------------
+// --- faults --------------------------------------------------------------------------------------
 
 bool IsResponseFault(SoapResponse& response) {
   return response.name.Find(FAULT_TAG, 0) != KEString::NPos;

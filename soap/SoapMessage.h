@@ -27,8 +27,8 @@ KECPP_API void EncloseMessageContent(SoapRequest& request, Http::HttpRequest& ht
 
 // Fills `response` from the first element of the envelope's body; nothing but white space in it
 // counts as no content. Takes the text over, also when it throws.
-// Throws SoapException for an empty reply, one without "soapenv:Body", a body without an element and
-// malformed XML.
+// Throws SoapException for an empty reply, one without "soapenv:Body", a body without an element
+// and malformed XML.
 KECPP_API void ExtractMessageContent(KEString& content, SoapResponse& response);
 
 // Throws SoapException for a failed transfer and for an empty reply.

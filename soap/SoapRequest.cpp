@@ -11,6 +11,8 @@ SoapRequest::SoapRequest(const char* targetNs, const char* methodName, Xml::KEXm
   body.Clear();
 }
 
-void SoapRequest::SetContent(KEString& text) { content.Transfer(text); }
+void SoapRequest::SetContent(KEString& text) {
+  content.Transfer(text);
+}
 
 }  // namespace KELib::Soap

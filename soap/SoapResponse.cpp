@@ -9,10 +9,16 @@ SoapResponse::SoapResponse(KEString& replyNs, KEString& replyName, KEString& rep
   content.Transfer(replyContent);
 }
 
-void SoapResponse::SetNamespace(KEString& text) { ns.Transfer(text); }
+void SoapResponse::SetNamespace(KEString& text) {
+  ns.Transfer(text);
+}
 
-void SoapResponse::SetName(KEString& text) { name.Transfer(text); }
+void SoapResponse::SetName(KEString& text) {
+  name.Transfer(text);
+}
 
-void SoapResponse::SetContent(KEString& text) { content.Transfer(text); }
+void SoapResponse::SetContent(KEString& text) {
+  content.Transfer(text);
+}
 
 }  // namespace KELib::Soap

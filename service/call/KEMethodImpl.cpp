@@ -39,9 +39,9 @@ struct FaultRule {
 };
 
 // The names end in "Fault" while the SOAP layer hands type names on without that ending, so that no
-// fault of a server matches: each one surfaces as a SystemException that carries the bare type name,
-// and nothing revokes the privileges. Callers rely on it: a login that was refused once must not end
-// every later call of the process.
+// fault of a server matches: each one surfaces as a SystemException that carries the bare type
+// name, and nothing revokes the privileges. Callers rely on it: a login that was refused once must
+// not end every later call of the process.
 const FaultRule kFaultRules[] = {
     {"InvalidStateFault", ThrowCopy<KE::InvalidStateException>, false},
     {"InvalidPowerStateFault", ThrowCopy<KE::InvalidPowerStateException>, false},
@@ -83,11 +83,13 @@ void StartBody(const char* ns, const char* method, const char* thisType, const c
 
 }  // namespace
 
-// --- the interface --------------------------------------------------------------------------------
+// --- the interface -------------------------------------------------------------------------------
 
 KEMethod::~KEMethod() = default;
 
-void KEMethod::Init(KESoapClient*) { throw KELib::NotImplementedException(kNotImplemented); }
+void KEMethod::Init(KESoapClient*) {
+  throw KELib::NotImplementedException(kNotImplemented);
+}
 
 void KEMethod::Invoke(const char*, const char*, KEXmlBuffer&, KEString&) {
   throw KELib::NotImplementedException(kNotImplemented);
@@ -108,7 +110,7 @@ KEMethod* CreateMethod(KESoapClient* client) {
   return method.release();
 }
 
-// --- the implementation ---------------------------------------------------------------------------
+// --- the implementation --------------------------------------------------------------------------
 
 KEMethodImpl::KEMethodImpl() = default;
 KEMethodImpl::~KEMethodImpl() = default;

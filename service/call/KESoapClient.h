@@ -66,10 +66,8 @@ KECPP_API KESoapClient* CreateClient(KELib::KEString& certFile, KELib::KEString&
 
 // New settings for a client certificate, owned by the caller; null unless certFile, keyFile and
 // CACertFile are all non-empty.
-KECPP_API KELib::Http::SSLInfo* SetupSSLInfo(KELib::KEString& certFile,
-                                             KELib::KEString& passPhrase,
-                                             KELib::KEString& keyFile,
-                                             KELib::KEString& CACertFile);
+KECPP_API KELib::Http::SSLInfo* SetupSSLInfo(KELib::KEString& certFile, KELib::KEString& passPhrase,
+                                             KELib::KEString& keyFile, KELib::KEString& CACertFile);
 
 }  // namespace KE::Service
 

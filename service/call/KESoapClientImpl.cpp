@@ -73,7 +73,9 @@ KESoapClient* CreateInitialized(Settings&&... settings) {
 
 KESoapClient::~KESoapClient() = default;
 
-KESoapClient* CreateClient(KELib::KEConfig* config) { return CreateInitialized(config); }
+KESoapClient* CreateClient(KELib::KEConfig* config) {
+  return CreateInitialized(config);
+}
 
 KESoapClient* CreateClient(KEString& certFile, KEString& passPhrase, KEString& keyFile,
                            KEString& CACertFile, KEString& url, long long timeout,
@@ -97,7 +99,9 @@ KELib::Http::SSLInfo* SetupSSLInfo(KEString& certFile, KEString& passPhrase, KES
 
 KESoapClientImpl::KESoapClientImpl() = default;
 
-KESoapClientImpl::~KESoapClientImpl() { ReleaseClient(); }
+KESoapClientImpl::~KESoapClientImpl() {
+  ReleaseClient();
+}
 
 bool KESoapClientImpl::Init(KEString& certFile, KEString& passPhrase, KEString& keyFile,
                             KEString& CACertFile, KEString& url, long long timeout,
@@ -154,7 +158,9 @@ void KESoapClientImpl::InitClient(ConnectionInfo* connectionInfo, long long time
   }
 }
 
-void KESoapClientImpl::ReleaseClient() { soapClient.reset(); }
+void KESoapClientImpl::ReleaseClient() {
+  soapClient.reset();
+}
 
 void KESoapClientImpl::SetProxy(KEString& host, KEString& port) {
   if (soapClient) soapClient->SetProxy(host, port);

@@ -50,9 +50,13 @@ bool IsRemembered(const KEString& pid) {
   return remembered.text.Equals(pid);
 }
 
-void SleepMicroseconds(unsigned int amount) { usleep(amount); }
+void SleepMicroseconds(unsigned int amount) {
+  usleep(amount);
+}
 
-void ExitProcess(int status) { exit(status); }
+void ExitProcess(int status) {
+  exit(status);
+}
 
 // A check that nothing stops.
 class UninterruptedPause : public MgmtdPause {

@@ -3,8 +3,8 @@
 // Ends the process when the management daemon was restarted: sessions, filters and caches would be
 // stale, and the process's host starts it anew. The daemon is told by its process-id file.
 //
-// Thread safety: any thread. The identifier that the first check saw is process-wide; its mutex is a
-//   leaf and is not held while a check pauses.
+// Thread safety: any thread. The identifier that the first check saw is process-wide; its mutex, a
+//   leaf, is not held while a check pauses.
 #ifndef KECPP_SERVICE_CALL_MGMTDWATCH_H
 #define KECPP_SERVICE_CALL_MGMTDWATCH_H
 
