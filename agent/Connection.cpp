@@ -36,7 +36,8 @@ Connection::Connection(KE::Service::KEServiceInstManager& manager, const Options
   try {
     KELib::KEString config(options.config.c_str());
     instance.reset(manager.GetServiceInstance(config, KE::Service::DEFAULT_CONFIG_CONTENT));
-    if (!instance) throw ConnectionError("cannot reach the management daemon");
+    if (!instance)
+      throw ConnectionError("cannot reach the management daemon; the system log tells why");
     KE::Service::KESession* session = instance->GetSession();
     if (!session) throw ConnectionError("the management daemon opens no session");
     sync = session->GetDataSync();

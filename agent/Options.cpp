@@ -86,8 +86,9 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, Options& opti
   app.add_flag("--follow", options.follow, "Print again at every change, until Ctrl-C");
   app.add_option("--duration", options.duration, "End after so many seconds")
       ->type_name("SECONDS")
-      ->check(CLI::PositiveNumber);
-  app.add_option("--settle", options.settle, "Print when nothing changed for so long", true)
+      ->check(CLI::Range(0.1, 1e9));
+  app.add_option("--settle", options.settle, "Print when nothing changed for so long")
+      ->capture_default_str()
       ->type_name("MS")
       ->check(CLI::Range(1, 60000));
   app.add_option("--log-level", options.logLevel, "What goes to the system log")

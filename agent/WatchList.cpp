@@ -10,10 +10,7 @@ using namespace KE::Service;
 using namespace KE::Stub;
 
 void Fill(KELib::KEVector<KELib::KEString>& list, std::initializer_list<const char*> elements) {
-  for (const char* element : elements) {
-    KELib::KEString text(element);
-    list.Add(text);
-  }
+  for (const char* element : elements) list.Add(KELib::KEString(element));
 }
 
 }  // namespace

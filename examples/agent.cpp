@@ -31,8 +31,7 @@ int main(int, char** argv) try {
   for (const char* element : {PropSep, ObjectSep, "VirtualMachine", "name", "runtime.powerState",
                               TraversalSep, "walk", ObjectSep, "Folder", PropSep, "childEntity",
                               SelectSep, "walk", CacheObjectSep, ZORBEL_VMComputerSystemClass}) {
-    KEString text(element);
-    list.Add(text);
+    list.Add(KEString(element));
   }
   sync->SetupDataSync(root.get(), list, nullptr);  // the cache is full when it returns
   unsigned long long seen = 0;
