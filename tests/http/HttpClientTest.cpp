@@ -66,14 +66,20 @@ TEST_F(HttpClientTest, CookiesAreCommonToAllHandlesOfTheClient) {
 // Without locks around the cookie store the transfer library damages the heap within seconds.
 TEST_F(HttpClientTest, ManyThreadsMayReceiveCookies) {
   server.SetHandler([](const RawServer::Request& request) {
-    return Reply::Ok(request.body, "Set-Cookie: c" + request.body + "=1; Path=/\r\n");
+    std::string cookies;
+    for (int i = 0; i < 20; ++i) {
+      const std::string age = i % 3 == 0 ? "0" : "99";
+      cookies +=
+          "Set-Cookie: c" + std::to_string(i) + "=" + request.body + "; Max-Age=" + age + "\r\n";
+    }
+    return Reply::Ok(request.body, cookies);
   });
   Client().GetSession()->GetPool()->SetSize(4);
   std::vector<std::thread> threads;
   for (int number = 0; number < 4; ++number) {
     threads.emplace_back([this, number] {
-      for (int i = 0; i < 100; ++i) {
-        const std::string body = std::to_string(number) + "x" + std::to_string(i % 30);
+      for (int i = 0; i < 400; ++i) {
+        const std::string body = std::to_string(number) + "x" + std::to_string(i);
         EXPECT_EQ(body, Post(body.c_str()).content);
       }
     });
