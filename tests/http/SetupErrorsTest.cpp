@@ -20,17 +20,18 @@ using SetOption = CURLcode (*)(CURL*, CURLoption, ...);
 
 }  // namespace
 
-#undef curl_easy_setopt
+// Takes the place of the transfer library's function in this executable. The option is an int here,
+// as it is passed, because va_start must not name a parameter that would be promoted.
+extern "C" CURLcode SetOptionUnlessRefused(CURL* easy, int option, ...) __asm__("curl_easy_setopt");
 
-// Takes the place of the transfer library's function in this executable.
-extern "C" CURLcode curl_easy_setopt(CURL* easy, CURLoption option, ...) {
+CURLcode SetOptionUnlessRefused(CURL* easy, int option, ...) {
   static const auto original = reinterpret_cast<SetOption>(dlsym(RTLD_NEXT, "curl_easy_setopt"));
   if (option == refusedOption) return CURLE_OUT_OF_MEMORY;
   va_list arguments;
   va_start(arguments, option);
   void* value = va_arg(arguments, void*);  // as wide as a long
   va_end(arguments);
-  return original(easy, option, value);
+  return original(easy, static_cast<CURLoption>(option), value);
 }
 
 namespace {
