@@ -36,12 +36,11 @@ bool KEServiceInstImpl::Init(KELib::KEConfig* source) {
   KEMutexGuard guard(mutex.get());
   if (config != nullptr) return true;
   config.reset(source);
-  if (!SetupClient()) return false;
   try {
-    return CreateSessionNoLock() != nullptr;
+    return SetupClient() && CreateSessionNoLock() != nullptr;
   } catch (const KELib::Exception& e) {
     KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE,
-                        "Unable to create a session : %s", e.What());
+                        "Unable to initialize service instance : %s", e.What());
     return false;
   }
 }
