@@ -26,7 +26,7 @@ InventoryRun::InventoryRun(KE::Service::KEServiceInstManager& serviceManager, co
 
 void InventoryRun::ShowOnce() {
   Connect();
-  Settle();
+  if (!options.follow) Settle();  // what comes later is shown as it comes
   Read();
   view.Show(inventory);
   NoteInventoryRead();
