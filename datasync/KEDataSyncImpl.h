@@ -207,6 +207,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
 
   // tasks
   bool TakeTaskResult(KE::Stub::ManagedObjectReference& task);
+  void ForgetWaiterNoLock(KELib::KEWaiter* waiter);
 
   // Constant after Init.
   KEMethod* method = nullptr;

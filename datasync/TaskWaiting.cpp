@@ -55,6 +55,8 @@ bool KEDataSyncImpl::WaitForTask(KEString& response, KELib::KEWaiter* waiter) {
     if (setUp != nullptr && state->Stops() == stopsBefore) {
       filter.type = setUp->type;
       filter.value = setUp->value;
+    } else {
+      ForgetWaiterNoLock(waiter);  // the caller may destroy it as soon as this call has returned
     }
   }
   const bool succeeded = TakeTaskResult(task);
@@ -71,6 +73,15 @@ std::shared_ptr<TaskWait> KEDataSyncImpl::BlockOnTask(ManagedObjectReference& fi
   if (info == nullptr || info->waiter == nullptr) return nullptr;
   info->waiter->blocked = wait;
   return wait;
+}
+
+// Signals a waiter that a record still holds.
+void KEDataSyncImpl::ForgetWaiterNoLock(KELib::KEWaiter* waiter) {
+  for (auto it = filters->Begin(); !it.End(); ++it) {
+    DataSyncInfo* info = it->value;
+    if (info == nullptr || info->waiter == nullptr) continue;
+    if (info->waiter->waiter == waiter) ReleaseWaiterNoLock(info->waiter);
+  }
 }
 
 // Removes the task's stub. True when there was one and its state is "success".
