@@ -9,14 +9,14 @@
 namespace KE::Service {
 
 // Separators of a property list: whole list elements (see datasync/FilterSpec.h).
-extern KECPP_API const char* const PropSep;        // "_p_"
-extern KECPP_API const char* const ObjectSep;      // "_o_"
-extern KECPP_API const char* const TraversalSep;   // "_t_"
-extern KECPP_API const char* const SelectSep;      // "_s_"
-extern KECPP_API const char* const SkipMarker;     // "_x_"
-extern KECPP_API const char* const CacheObjectSep; // "_co_"
-extern KECPP_API const char* const MethodSep;      // "_m_"
-extern KECPP_API const char* const PropAll;        // "all", an element's name
+extern KECPP_API const char* const PropSep;         // "_p_"
+extern KECPP_API const char* const ObjectSep;       // "_o_"
+extern KECPP_API const char* const TraversalSep;    // "_t_"
+extern KECPP_API const char* const SelectSep;       // "_s_"
+extern KECPP_API const char* const SkipMarker;      // "_x_"
+extern KECPP_API const char* const CacheObjectSep;  // "_co_"
+extern KECPP_API const char* const MethodSep;       // "_m_"
+extern KECPP_API const char* const PropAll;         // "all", an element's name
 
 // Server methods.
 extern KECPP_API const char* const MethodCreateFilter;

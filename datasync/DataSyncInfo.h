@@ -23,13 +23,14 @@ struct KECPP_API DataSyncInfo {
   DataSyncInfo(const DataSyncInfo&) = delete;
   DataSyncInfo& operator=(const DataSyncInfo&) = delete;
 
-  bool received = false;                    // the update set being applied carried this filter
-  bool isTask = false;                      // the list was the one that watches a task
-  std::unique_ptr<WaiterHolder> waiter;     // who waits for the filter's first data; often null
+  bool received = false;                        // the update set being applied carried this filter
+  bool isTask = false;                          // the list was the one that watches a task
+  std::unique_ptr<WaiterHolder> waiter;         // who waits for the filter's first data; often null
   KELib::KEVector<KELib::KEString> cacheTypes;  // names of the "_co_" section
-  bool taskPending = false;                 // the watched task has not ended yet
+  bool taskPending = false;                     // the watched task has not ended yet
 
-  std::unique_ptr<KE::Stub::ManagedObjectReference> reference;  // the filter, as the server named it
+  std::unique_ptr<KE::Stub::ManagedObjectReference>
+      reference;  // the filter, as the server named it
 };
 
 }  // namespace KE::Service

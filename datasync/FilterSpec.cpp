@@ -32,8 +32,8 @@ void WriteTraversal(const PropertyList& list, const PropertyList::Traversal& tra
   xml.AddElementTagAndValue(Name, list.At(traversal.name).Cstr());
   xml.AddElementTagAndValue(TypeTag, list.At(traversal.type).Cstr());
   xml.AddElementTagAndValue(PathTag, list.At(traversal.path).Cstr());
-  xml.AddElementTagAndValue(SkipTag, traversal.skip ? KELib::STR_BOOLEAN_TRUE
-                                                    : KELib::STR_BOOLEAN_FALSE);
+  xml.AddElementTagAndValue(SkipTag,
+                            traversal.skip ? KELib::STR_BOOLEAN_TRUE : KELib::STR_BOOLEAN_FALSE);
   for (unsigned int select : traversal.selects) {
     xml.StartAddElementTag(SelectSetTag);
     xml.AddElementTagAndValue(Name, list.At(select).Cstr());
@@ -56,8 +56,8 @@ void CreateSelectSet(KELib::KEVector<KELib::KEString>& list, KEXmlBuffer& xml) {
   for (const auto& traversal : sections.traversals) WriteTraversal(sections, traversal, xml);
 }
 
-void CreateObjectSet(KE::Stub::ManagedObjectReference* root,
-                     KELib::KEVector<KELib::KEString>& list, KEXmlBuffer& xml) {
+void CreateObjectSet(KE::Stub::ManagedObjectReference* root, KELib::KEVector<KELib::KEString>& list,
+                     KEXmlBuffer& xml) {
   xml.StartAddElementTag(ObjectSet);
   xml.AddElementTagAttrAndValue(ObjTag, TypeTag, root->type.Cstr(), root->value.Cstr());
   xml.AddElementTagAndValue(SkipTag, KELib::STR_BOOLEAN_FALSE);

@@ -58,9 +58,9 @@ class KECPP_API KEDataSync {
   // The caches, by type name. Lives as long as the data sync.
   virtual KE::Instance::KETypeCache* GetCache() = 0;
 
-  // Watches the objects that `list` names, starting at `root` (copied). `waiter`, which may be null,
-  // is signalled when the watch's first data has arrived; it must live until it was signalled or
-  // until StopDataSync, Cleanup or this call (when it throws) returned.
+  // Watches the objects that `list` names, starting at `root` (copied). `waiter`, which may be
+  // null, is signalled when the watch's first data has arrived; it must live until it was signalled
+  // or until StopDataSync, Cleanup or this call (when it throws) returned.
   //
   // The first watch fills the caches before the call returns; it gives up waiting after a time-out
   // or three failed attempts (GetStatus tells) and the sync thread goes on trying. While the thread
@@ -69,9 +69,9 @@ class KECPP_API KEDataSync {
   // Returns the reference that StopDataSync takes; owned by the data sync, valid until then.
   // Throws SystemException for a list that breaks the grammar, for a null root and after a stop has
   // begun; Exception with the server's or the transport's text when the filter cannot be created.
-  virtual KE::Stub::ManagedObjectReference* SetupDataSync(
-      KE::Stub::ManagedObjectReference* root, KELib::KEVector<KELib::KEString>& list,
-      KELib::KEWaiter* waiter) = 0;
+  virtual KE::Stub::ManagedObjectReference* SetupDataSync(KE::Stub::ManagedObjectReference* root,
+                                                          KELib::KEVector<KELib::KEString>& list,
+                                                          KELib::KEWaiter* waiter) = 0;
 
   // Ends the watch that `ref` stands for (the pointer that SetupDataSync returned, or an equal
   // reference). An unknown reference changes nothing. A failing server is logged, not reported.

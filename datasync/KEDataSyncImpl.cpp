@@ -91,20 +91,24 @@ void KEDataSyncImpl::Init(KEMethod* invoker, ManagedObjectReference* collector) 
   typeCache->CreateDataCache(taskType);
 }
 
-KE::Instance::KETypeCache* KEDataSyncImpl::GetCache() { return typeCache.get(); }
+KE::Instance::KETypeCache* KEDataSyncImpl::GetCache() {
+  return typeCache.get();
+}
 
-void KEDataSyncImpl::GetStatus(KESyncStatus& status) { state->GetStatus(status); }
+void KEDataSyncImpl::GetStatus(KESyncStatus& status) {
+  state->GetStatus(status);
+}
 
 bool KEDataSyncImpl::WaitForChange(unsigned long long& seen, int milliseconds) {
   SyncState::CallScope scope(*state);
   return state->WaitForChange(seen, milliseconds, stopRequested);
 }
 
-// --- stopping --------------------------------------------------------------------------------------
+// --- stopping
+// --------------------------------------------------------------------------------------
 
 void KEDataSyncImpl::RequestStop() {
-  stopRequested = true;
-  state->AnnounceStop();
+  state->AnnounceStop(stopRequested);
   if (state->waitOut) SendCancel();
 }
 
@@ -186,12 +190,13 @@ void KEDataSyncImpl::ReviveAfterStop() {
     ForgetEverythingNoLock();
     started = false;
     initialCycleDone = false;
-    failuresInARow = 0;
+    failuresInARow = cancelsInARow = 0;
     stopRequested = false;
   }
 }
 
-// --- the filter's request ----------------------------------------------------------------------------
+// --- the filter's request
+// ----------------------------------------------------------------------------
 
 void KEDataSyncImpl::CreatePropertySet(KEVector<KEString>& list, KELib::Xml::KEXmlBuffer& xml) {
   KE::Service::CreatePropertySet(list, xml);
@@ -222,7 +227,8 @@ void KEDataSyncImpl::WriteCreateFilter(ManagedObjectReference* root, KEVector<KE
   body.EndAddElementTag(MethodCreateFilter);
 }
 
-// --- watches -------------------------------------------------------------------------------------------
+// --- watches
+// -------------------------------------------------------------------------------------------
 
 ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* root,
                                                       KEVector<KEString>& list,
@@ -310,7 +316,8 @@ ManagedObjectReference* KEDataSyncImpl::RecordFilterNoLock(
   ManagedObjectReference* key = reference.get();
   DataSyncInfo* older = FindFilterNoLock(*key);
   if (older != nullptr) {
-    // The server handed the same filter out again: whoever holds the older reference keeps it valid.
+    // The server handed the same filter out again: whoever holds the older reference keeps it
+    // valid.
     ReleaseWaiterNoLock(older->waiter);
     reference = std::move(older->reference);
     key = reference.get();

@@ -3,13 +3,14 @@
 // The data sync: the tables of watches, the loop that waits for updates, and the caches.
 //
 // Sources, by concern: KEDataSyncImpl.cpp (life, tables, registration), SyncLoop.cpp (the loop and
-// its thread), PropertyMethods.cpp, TaskWaiting.cpp, UpdateSets.cpp (what is applied, by the helpers
-// in UpdateSetWalk, ObjectTarget and ListValue).
+// its thread), PropertyMethods.cpp, TaskWaiting.cpp, UpdateSets.cpp (what is applied, by the
+// helpers in UpdateSetWalk, ObjectTarget and ListValue).
 //
-// Locks, outermost first: `mutex` (the filter-table mutex), the type cache's, the data caches', then
+// Locks, outermost first: `mutex` (the filter-table mutex), the type cache's, the data caches',
+// then
 //   the leaf inside `state`. "CreateFilter" and "DestroyPropertyFilter" are sent while `mutex` is
-//   held, so that no update set of a filter can be looked at before the filter is recorded. No other
-//   call is: waiting for updates, cancelling it and invoking property methods hold no lock.
+//   held, so that no update set of a filter can be looked at before the filter is recorded. No
+//   other call is: waiting for updates, cancelling it and invoking property methods hold no lock.
 #ifndef KECPP_DATASYNC_KEDATASYNCIMPL_H
 #define KECPP_DATASYNC_KEDATASYNCIMPL_H
 
@@ -23,6 +24,7 @@
 #include "datasync/UpdateInfo.h"
 #include "foundation/KEHashmap.h"
 #include "foundation/KEMutex.h"
+#include "foundation/KEThreadAnnotations.h"
 #include "instance/KEMultiCacheLock.h"
 #include "instance/KETypeCache.h"
 #include "stub/classes/ManagedObjectReference.h"
@@ -64,16 +66,15 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
 
   static void CreatePropertySet(KELib::KEVector<KELib::KEString>& list,
                                 KELib::Xml::KEXmlBuffer& xml);
-  static void CreateSelectSet(KELib::KEVector<KELib::KEString>& list,
-                              KELib::Xml::KEXmlBuffer& xml);
+  static void CreateSelectSet(KELib::KEVector<KELib::KEString>& list, KELib::Xml::KEXmlBuffer& xml);
   static void CreateObjectSet(KE::Stub::ManagedObjectReference* root,
-                              KELib::KEVector<KELib::KEString>& list,
-                              KELib::Xml::KEXmlBuffer& xml);
+                              KELib::KEVector<KELib::KEString>& list, KELib::Xml::KEXmlBuffer& xml);
   static void CreateFilterSpec(KE::Stub::ManagedObjectReference* root,
                                KELib::KEVector<KELib::KEString>& list,
                                KELib::Xml::KEXmlBuffer& xml);
 
-  // --- watches ------------------------------------------------------------------------------------
+  // --- watches
+  // ------------------------------------------------------------------------------------
 
   // Creates the filter on the server and records it; takes the filter-table mutex. Any failure is
   // logged as "Exception Creating PropFilter : ..." and thrown as Exception.
@@ -96,7 +97,8 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   // Empties the caches of roles, privileges and identities, under their mutexes. Never throws.
   void CleanupSessionUserPermissions();
 
-  // --- the loop -----------------------------------------------------------------------------------
+  // --- the loop
+  // -----------------------------------------------------------------------------------
 
   // Makes the server end the pending wait.
   void RestartDataSync();
@@ -117,7 +119,8 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   // Cleanup ends, new entries are refused.
   bool End();
 
-  // --- applying update sets (on the sync thread; each takes the locks that it needs) -----------------
+  // --- applying update sets (on the sync thread; each takes the locks that it needs)
+  // -----------------
 
   void UpdateSetToCache(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
   void LockCaches(KE::Instance::KEMultiCacheLock& lock, UpdateInfo& ui);
@@ -137,16 +140,17 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   void UpdateMissingType(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
   void UpdateObjectLeave(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
 
-  // --- for the helpers that apply update sets ---------------------------------------------------------
+  // --- for the helpers that apply update sets
+  // ---------------------------------------------------------
 
-  KELib::KEMutex* GetMutex() { return mutex.get(); }
+  KELib::KEMutex* GetMutex() KECPP_RETURN_CAPABILITY(mutex) { return mutex.get(); }
   RoleMemory& Roles() { return *roles; }  // guarded by `mutex`
 
   // The record of a filter; null when it is not watched (any more). The caller holds `mutex`.
-  DataSyncInfo* FindFilterNoLock(KE::Stub::ManagedObjectReference& filter);
+  DataSyncInfo* FindFilterNoLock(KE::Stub::ManagedObjectReference& filter) KECPP_REQUIRES(mutex);
 
   // Signals the record's waiter, if it has one. The caller holds `mutex`.
-  void ReleaseWaiterNoLock(std::unique_ptr<WaiterHolder>& waiter);
+  void ReleaseWaiterNoLock(std::unique_ptr<WaiterHolder>& waiter) KECPP_REQUIRES(mutex);
 
   // Remembers a filter of which an update set spoke although nobody watches it.
   void NoteUnknownFilter(KE::Stub::ManagedObjectReference& filter);
@@ -157,7 +161,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
 
   // life
   void ReviveAfterStop();
-  void ForgetEverythingNoLock();
+  void ForgetEverythingNoLock() KECPP_REQUIRES(mutex);
   void SendCancel();
   void InterruptTransfers(bool interrupt);
 
@@ -166,12 +170,12 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
                          KELib::KEVector<KELib::KEString>& list, KELib::Xml::KEXmlBuffer& body);
   KE::Stub::ManagedObjectReference* RecordFilterNoLock(
       std::unique_ptr<KE::Stub::ManagedObjectReference> reference,
-      KELib::KEVector<KELib::KEString>& list, KELib::KEWaiter* waiter);
+      KELib::KEVector<KELib::KEString>& list, KELib::KEWaiter* waiter) KECPP_REQUIRES(mutex);
   KE::Stub::ManagedObjectReference* RegisterMethods(KE::Stub::ManagedObjectReference* root,
                                                     const PropertyList& sections,
                                                     KELib::KEWaiter* waiter, bool& created);
   void CreateCaches(const PropertyList& sections, KELib::KEVector<KELib::KEString>& cacheTypes);
-  void RemoveFilterNoLock(KE::Stub::ManagedObjectReference& filter);
+  void RemoveFilterNoLock(KE::Stub::ManagedObjectReference& filter) KECPP_REQUIRES(mutex);
   void AbandonSetup(KE::Stub::ManagedObjectReference* filter,
                     KE::Stub::ManagedObjectReference* methods) noexcept;
   std::shared_ptr<TaskWait> BlockOnTask(KE::Stub::ManagedObjectReference& filter);
@@ -181,9 +185,10 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   std::vector<MethodCall> CallsToMake();
   void ApplyMethodAnswer(MethodCall& call, KELib::KEString& response);
   void ReleaseMethodWaiters();
-  MethodDataSyncInfo* FindMethodsNoLock(KE::Stub::ManagedObjectReference& ref);
-  bool IsCacheNamedNoLock(KELib::KEString& type);
-  void DropUnnamedStubsNoLock(KELib::KEVector<KELib::KEString>& cacheTypes);
+  MethodDataSyncInfo* FindMethodsNoLock(KE::Stub::ManagedObjectReference& ref)
+      KECPP_REQUIRES(mutex);
+  bool IsCacheNamedNoLock(KELib::KEString& type) KECPP_REQUIRES(mutex);
+  void DropUnnamedStubsNoLock(KELib::KEVector<KELib::KEString>& cacheTypes) KECPP_REQUIRES(mutex);
 
   // loop
   bool HasWatches();
@@ -207,7 +212,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
 
   // tasks
   bool TakeTaskResult(KE::Stub::ManagedObjectReference& task);
-  void ForgetWaiterNoLock(KELib::KEWaiter* waiter);
+  void ForgetWaiterNoLock(KELib::KEWaiter* waiter) KECPP_REQUIRES(mutex);
 
   // Constant after Init.
   KEMethod* method = nullptr;
@@ -229,13 +234,13 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
 
   std::atomic<bool> stopRequested{false};
 
-  std::unique_ptr<SyncState> state;               // own lock
-  std::unique_ptr<KELib::KEMutex> methodRun;      // serialises the property methods; outermost
-  std::unique_ptr<RoleMemory> roles;              // guarded by `mutex`
-  KE::Stub::ManagedObjectReference unknownFilter; // of the thread that runs a cycle
-  unsigned int failuresInARow = 0;                // of the thread that runs a cycle; for the back-off
-  unsigned int cancelsInARow = 0;                 // likewise
-  Outcome lastOutcome = Outcome::good;            // of the thread that runs a cycle
+  std::unique_ptr<SyncState> state;                // own lock
+  std::unique_ptr<KELib::KEMutex> methodRun;       // serialises the property methods; outermost
+  std::unique_ptr<RoleMemory> roles;               // guarded by `mutex`
+  KE::Stub::ManagedObjectReference unknownFilter;  // of the thread that runs a cycle
+  unsigned int failuresInARow = 0;      // of the thread that runs a cycle; for the back-off
+  unsigned int cancelsInARow = 0;       // likewise
+  Outcome lastOutcome = Outcome::good;  // of the thread that runs a cycle
 };
 
 }  // namespace KE::Service

@@ -111,7 +111,8 @@ void ListValue::ReadText(const XmlSlice& element, KEString& out) {
   cursor.Text(element, joined).CopyTo(out);
 }
 
-// --- lists ---------------------------------------------------------------------------------------------
+// --- lists
+// ---------------------------------------------------------------------------------------------
 
 void ListValue::ApplyElement(const XmlSlice& element) {
   if (kind == Kind::other || !BelongsToObject()) {
@@ -132,6 +133,7 @@ void ListValue::ApplyElement(const XmlSlice& element) {
     ui.valueType = ui.arrayItemTag;
   } else {
     ApplyItem(element, nullptr, nullptr, nullptr);
+    if (newPrivileges) LinkRememberedPrivileges();
     return;
   }
   if (!cursor.Enter()) return;
@@ -145,25 +147,27 @@ void ListValue::ApplyBareItems() {
   ApplyItems(nullptr, nullptr);
 }
 
-void ListValue::ApplyItems(KEDataCache* primary, KEDataCache* secondary) {
-  if (primary == nullptr) {
-    static const struct {
-      Kind kind;
-      const char* primary;
-      const char* secondary;
-    } kCaches[] = {
-        {Kind::privileges, KE::Stub::Zorbel_PrivilegeClass, nullptr},
-        {Kind::roles, KE::Stub::Zorbel_RoleClass, KE::Stub::Zorbel_PrivilegeClass},
-        {Kind::permissions, KE::Stub::Zorbel_IdentityClass, KE::Stub::Zorbel_RoleClass},
-        {Kind::machines, KE::Stub::ZORBEL_ORXComputerSystemClass,
-         KE::Stub::ZORBEL_VMComputerSystemClass},
-    };
-    for (const auto& entry : kCaches) {
-      if (entry.kind != kind) continue;
-      primary = Cache(entry.primary);
-      secondary = entry.secondary != nullptr ? Cache(entry.secondary) : nullptr;
-    }
+void ListValue::ChooseCaches(KEDataCache*& primary, KEDataCache*& secondary) {
+  static const struct {
+    Kind kind;
+    const char* primary;
+    const char* secondary;
+  } kCaches[] = {
+      {Kind::privileges, KE::Stub::Zorbel_PrivilegeClass, nullptr},
+      {Kind::roles, KE::Stub::Zorbel_RoleClass, KE::Stub::Zorbel_PrivilegeClass},
+      {Kind::permissions, KE::Stub::Zorbel_IdentityClass, KE::Stub::Zorbel_RoleClass},
+      {Kind::machines, KE::Stub::ZORBEL_ORXComputerSystemClass,
+       KE::Stub::ZORBEL_VMComputerSystemClass},
+  };
+  for (const auto& entry : kCaches) {
+    if (entry.kind != kind) continue;
+    primary = Cache(entry.primary);
+    secondary = entry.secondary != nullptr ? Cache(entry.secondary) : nullptr;
   }
+}
+
+void ListValue::ApplyItems(KEDataCache* primary, KEDataCache* secondary) {
+  if (primary == nullptr) ChooseCaches(primary, secondary);
   Seen seen;
   const bool wasEmpty = primary == nullptr || primary->Size() == 0;
   XmlSlice item;
@@ -181,6 +185,7 @@ void ListValue::ApplyItems(KEDataCache* primary, KEDataCache* secondary) {
 void ListValue::Sweep(KEDataCache& cache, Seen& seen) {
   if (cache.Size() <= seen.Count()) return;
   DeleteUnseen(cache, seen);
+  if (kind == Kind::roles) memory.KeepOnly(seen);
 }
 
 void ListValue::DeleteUnseen(KEDataCache& cache, Seen& seen) {
@@ -191,17 +196,12 @@ void ListValue::DeleteUnseen(KEDataCache& cache, Seen& seen) {
   for (KEString& key : gone) cache.RemoveValNoLock(key);
 }
 
-// --- items ---------------------------------------------------------------------------------------------
+// --- items
+// ---------------------------------------------------------------------------------------------
 
 void ListValue::ApplyItem(const XmlSlice& element, KEDataCache* primary, KEDataCache* secondary,
                           Seen* seen) {
-  if (primary == nullptr && kind != Kind::machines) {
-    const char* type = nullptr;
-    if (kind == Kind::privileges) type = KE::Stub::Zorbel_PrivilegeClass;
-    if (kind == Kind::roles) type = KE::Stub::Zorbel_RoleClass;
-    if (kind == Kind::permissions) type = KE::Stub::Zorbel_IdentityClass;
-    primary = type != nullptr ? Cache(type) : nullptr;
-  }
+  if (primary == nullptr) ChooseCaches(primary, secondary);
   if (kind == Kind::machines) {
     ApplyMachine(element);
   } else if (primary == nullptr) {
@@ -230,8 +230,8 @@ void ListValue::ApplyPrivilege(const XmlSlice& element, KEDataCache& cache, Seen
   }
   cursor.Leave(element);
   if (id.Empty()) return;
-  auto* stub = FindOrCreate<Zorbel_Privilege>(cache, id, &Zorbel_Privilege::InstanceID,
-                                              &newPrivileges);
+  auto* stub =
+      FindOrCreate<Zorbel_Privilege>(cache, id, &Zorbel_Privilege::InstanceID, &newPrivileges);
   stub->ElementName.Transfer(title);
   Note(seen, id);
 }

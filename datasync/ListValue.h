@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A value with element content: lists of privileges, roles, permissions and machines, and the answers
-// of property methods, item by item.
+// A value with element content: lists of privileges, roles, permissions and machines, and the
+// answers of property methods, item by item.
 //
 // Privileges, roles and permissions are full replacements: what a list no longer names is deleted.
 // A host's list of machines only makes links: its items are no keys of the hosts' cache.
@@ -48,8 +48,8 @@ class ListValue {
   // did not name.
   void ApplyItems(KE::Instance::KEDataCache* primary, KE::Instance::KEDataCache* secondary);
 
-  // Applies the item `element` in whose start tag the cursor stands, and passes it. Its key goes into
-  // `seen` unless that is null. An item without its key is passed over.
+  // Applies the item `element` in whose start tag the cursor stands, and passes it. Its key goes
+  // into `seen` unless that is null. An item without its key is passed over.
   void ApplyItem(const KELib::Xml::XmlSlice& element, KE::Instance::KEDataCache* primary,
                  KE::Instance::KEDataCache* secondary, Seen* seen);
 
@@ -62,6 +62,9 @@ class ListValue {
   static Kind KindOf(const KELib::KEString& name);
   bool BelongsToObject() const;
   KE::Instance::KEDataCache* Cache(const char* typeName);
+
+  // The cache that the list fills, and the one to whose stubs its items are linked; null for others.
+  void ChooseCaches(KE::Instance::KEDataCache*& primary, KE::Instance::KEDataCache*& secondary);
   void ApplyPrivilege(const KELib::Xml::XmlSlice& element, KE::Instance::KEDataCache& cache,
                       Seen* seen);
   void ApplyRole(const KELib::Xml::XmlSlice& element, KE::Instance::KEDataCache& cache,

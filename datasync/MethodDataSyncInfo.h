@@ -22,12 +22,12 @@ struct KECPP_API MethodDataSyncInfo {
   MethodDataSyncInfo(const MethodDataSyncInfo&) = delete;
   MethodDataSyncInfo& operator=(const MethodDataSyncInfo&) = delete;
 
-  KE::Stub::ManagedObjectReference target;       // the object that the methods are invoked on
-  KELib::KEVector<KELib::KEString> methods;      // invoked in this order, without arguments
-  KELib::KEVector<KELib::KEString> cacheTypes;   // names of the "_co_" section
-  std::unique_ptr<WaiterHolder> waiter;          // released after the first run; often null
+  KE::Stub::ManagedObjectReference target;      // the object that the methods are invoked on
+  KELib::KEVector<KELib::KEString> methods;     // invoked in this order, without arguments
+  KELib::KEVector<KELib::KEString> cacheTypes;  // names of the "_co_" section
+  std::unique_ptr<WaiterHolder> waiter;         // released after the first run; often null
 
-  // Type "PropertyMethod", value: the target's value, "/" and the method names, blank-separated.
+  // Type "PropertyMethod", value: the target's value, "/" and the method names, comma-separated.
   std::unique_ptr<KE::Stub::ManagedObjectReference> reference;
 };
 

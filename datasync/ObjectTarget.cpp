@@ -79,7 +79,9 @@ Stub* FindOrCreate(KE::Instance::KETypeCache& cache, const char* typeName,
   return stub.release();
 }
 
-bool IsRemoval(const XmlSlice& op) { return op.Is("remove") || op.Is("indirectRemove"); }
+bool IsRemoval(const XmlSlice& op) {
+  return op.Is("remove") || op.Is("indirectRemove");
+}
 
 }  // namespace
 
@@ -150,8 +152,7 @@ void ObjectTarget::ApplyToTask(const XmlSlice& property, const XmlSlice& value) 
       !value.Is(ErrorStr, std::strlen(ErrorStr))) {
     return;
   }
-  auto* task = static_cast<KE::Stub::TaskInfo*>(
-      Find(cache, KE::Stub::TaskInfoClass, ui.obj.value));
+  auto* task = static_cast<KE::Stub::TaskInfo*>(Find(cache, KE::Stub::TaskInfoClass, ui.obj.value));
   if (task == nullptr) {
     std::unique_ptr<KELib::Stub::KEStubBase> made(KE::Stub::CreateTaskInfo());
     task = static_cast<KE::Stub::TaskInfo*>(made.get());

@@ -4,7 +4,8 @@
 // property.
 //
 // Thread safety: the caller holds the filter-table mutex and the data caches of the object's type.
-// Ownership: the caches own the stubs; a target is of no use once the guard on the caches is let go.
+// Ownership: the caches own the stubs; a target is of no use once the guard on the caches is let
+// go.
 #ifndef KECPP_DATASYNC_OBJECTTARGET_H
 #define KECPP_DATASYNC_OBJECTTARGET_H
 

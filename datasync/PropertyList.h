@@ -44,9 +44,9 @@ class PropertyList {
   std::vector<Traversal> traversals;
   std::vector<unsigned int> cacheTypes;
   std::vector<unsigned int> methods;
-  bool hasPropertySet = false;                // also when it lacks its operands
-  const char* propertySetError = nullptr;     // text of the first broken property set
-  const char* traversalError = nullptr;       // text of the first broken traversal
+  bool hasPropertySet = false;             // also when it lacks its operands
+  const char* propertySetError = nullptr;  // text of the first broken property set
+  const char* traversalError = nullptr;    // text of the first broken traversal
 
   // True for the one list that watches a server task: four elements, the third "Task".
   bool IsTaskWatch() const;

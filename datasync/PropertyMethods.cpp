@@ -113,7 +113,8 @@ void KEDataSyncImpl::PropMethodToCache() {
     applied = true;
   }
   ReleaseMethodWaiters();
-  if (applied) state->NoteApplied();
+  // Update sets tell of changes; without a filter there are none, and the answers stand for them.
+  if (applied && !HasFilters()) state->NoteApplied();
 }
 
 void KEDataSyncImpl::ApplyMethodAnswer(MethodCall& call, KEString& response) {

@@ -76,7 +76,8 @@ void KEDataSyncImpl::RestartDataSync() {
   }
 }
 
-// --- starting and leaving ------------------------------------------------------------------------------
+// --- starting and leaving
+// ------------------------------------------------------------------------------
 
 void KEDataSyncImpl::StartSyncData() {
   if (started || !HasWatches()) return;
@@ -110,7 +111,7 @@ void KEDataSyncImpl::RunFirstCycle() {
     SyncData();
     if (lastOutcome == Outcome::good || lastOutcome == Outcome::timedOut) return;
     if (stopRequested || !HasWatches()) return;
-    if (lastOutcome != Outcome::cancelled) ++failures;
+    if (lastOutcome != Outcome::cancelled || cancelsInARow > 1) ++failures;
   }
 }
 
@@ -142,8 +143,8 @@ bool KEDataSyncImpl::RunThread() noexcept {
   return !escaped;
 }
 
-// The one step in which the loop ends: a watch that is added at this moment either is seen here, and
-// the loop goes on, or finds the states reset and starts a loop of its own.
+// The one step in which the loop ends: a watch that is added at this moment either is seen here,
+// and the loop goes on, or finds the states reset and starts a loop of its own.
 bool KEDataSyncImpl::TryLeave(bool escaped) {
   KEMutexGuard guard(mutex.get());
   const bool watches = filters->Count() > 0 || methodInfos->Count() > 0;
@@ -178,7 +179,8 @@ bool KEDataSyncImpl::HasMethods() {
   return methodInfos->Count() > 0;
 }
 
-// --- the loop --------------------------------------------------------------------------------------------
+// --- the loop
+// --------------------------------------------------------------------------------------------
 
 void KEDataSyncImpl::SyncData() {
   lastOutcome = Outcome::stopped;

@@ -69,7 +69,9 @@ bool SyncState::WaitUntilIdle() {
   return !refusing;
 }
 
-void SyncState::ThreadLeaves() { SetPhase(Phase::idle); }
+void SyncState::ThreadLeaves() {
+  SetPhase(Phase::idle);
+}
 
 void SyncState::LeaveForExit(bool isSyncThread) {
   KEMutexGuard guard(&mutex);
@@ -94,8 +96,9 @@ void SyncState::AcceptEntries() {
   refusing = false;
 }
 
-void SyncState::AnnounceStop() {
+void SyncState::AnnounceStop(std::atomic<bool>& stopRequested) {
   KEMutexGuard guard(&mutex);
+  stopRequested = true;
   ++stops;
   changed.Broadcast();
 }

@@ -47,8 +47,8 @@ class SyncState {
 
    private:
     friend class SyncState;
-    SyncState* state;   // null once the stay was ended early
-    CallScope* outer;   // the same thread's enclosing stay, of whichever data sync
+    SyncState* state;  // null once the stay was ended early
+    CallScope* outer;  // the same thread's enclosing stay, of whichever data sync
   };
 
   // --- phases -----------------------------------------------------------------------------------
@@ -72,13 +72,15 @@ class SyncState {
   // the sync thread or an agent's thread inside a call.
   void LeaveForExit(bool isSyncThread);
 
-  // --- stopping -----------------------------------------------------------------------------------
+  // --- stopping
+  // -----------------------------------------------------------------------------------
 
   void RefuseEntries();
   void AcceptEntries();
 
-  // Wakes every wait of the library's own after the stop flag was set.
-  void AnnounceStop();
+  // Sets the stop flag, counts the stop and wakes every wait of the library's own, in one step: who
+  // finds the flag set and forgets the records has counted the stop for those who held one.
+  void AnnounceStop(std::atomic<bool>& stopRequested);
 
   // How many stops were announced so far. While it stays the same nothing was forgotten.
   unsigned long long Stops();
@@ -89,14 +91,16 @@ class SyncState {
   // Pauses; false at once when a stop is requested or comes meanwhile.
   bool Pause(int milliseconds, const std::atomic<bool>& stopRequested);
 
-  // --- waiting for tasks --------------------------------------------------------------------------
+  // --- waiting for tasks
+  // --------------------------------------------------------------------------
 
   void Release(TaskWait& wait);
 
   // Blocks until `wait` is released, a stop comes or no loop runs any more.
   void WaitForRelease(TaskWait& wait, const std::atomic<bool>& stopRequested);
 
-  // --- what GetStatus tells and WaitForChange waits for ---------------------------------------------
+  // --- what GetStatus tells and WaitForChange waits for
+  // ---------------------------------------------
 
   void NoteVersion(const KELib::KEString& version);
   void NoteApplied();

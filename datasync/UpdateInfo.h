@@ -25,15 +25,15 @@ struct KECPP_API UpdateInfo {
 
   const char* valueTag;
   const char* arrayItemTag;
-  KE::Stub::ManagedObjectReference filter;     // the filter of the current filter set
-  KE::Stub::ManagedObjectReference* filterRef; // always &filter
-  KELib::KEString kind;                        // what happened to the object: "enter", "leave", ...
-  KELib::KEString op;                          // what happened to the property: "assign", ...
-  KELib::KEString name;                        // the property's path
-  KE::Stub::ManagedObjectReference obj;        // the current object
-  KE::Stub::ManagedObjectReference* objRef;    // always &obj
-  KELib::KEString valueType;                   // item type of the current list value
-  DataSyncInfo* syncInfo = nullptr;            // record of the current filter; null between sets
+  KE::Stub::ManagedObjectReference filter;      // the filter of the current filter set
+  KE::Stub::ManagedObjectReference* filterRef;  // always &filter
+  KELib::KEString kind;                      // what happened to the object: "enter", "leave", ...
+  KELib::KEString op;                        // what happened to the property: "assign", ...
+  KELib::KEString name;                      // the property's path
+  KE::Stub::ManagedObjectReference obj;      // the current object
+  KE::Stub::ManagedObjectReference* objRef;  // always &obj
+  KELib::KEString valueType;                 // item type of the current list value
+  DataSyncInfo* syncInfo = nullptr;          // record of the current filter; null between sets
 };
 
 }  // namespace KE::Service

@@ -44,8 +44,8 @@ class UpdateSetWalk::ObjectLock {
  public:
   ObjectLock(KEDataSyncImpl& owner, UpdateInfo& update) : sync(owner), ui(update) {}
 
-  // True when the changes may be applied.
-  bool Take() {
+  // True when the changes may be applied. Outside the analysis: the guards live as long as this.
+  bool Take() KECPP_NO_THREAD_SAFETY_ANALYSIS {
     if (taken) return target != nullptr;
     taken = true;
     if (ui.syncInfo == nullptr) return false;

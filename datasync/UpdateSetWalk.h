@@ -3,7 +3,8 @@
 // Walks one update set, structure by structure, and hands each change on:
 //   returnval { filterSet { filter, objectSet { kind, obj, changeSet { name, op, val } },
 //               missingSet { obj } } }
-// The walk never leaves the element that it is in: what an element lacks is not taken from the next.
+// The walk never leaves the element that it is in: what an element lacks is not taken from the
+// next.
 //
 // Locks: for every object set, and for every missing object, the filter-table mutex and then the
 //   data caches of the object's type, once. In between both are free, so that readers and callers

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The data sync's operations that apply update sets: the walk over a whole set, and the single steps
-// for those who hold a reader that stands on a value already.
+// The data sync's operations that apply update sets: the walk over a whole set, and the single
+// steps for those who hold a reader that stands on a value already.
 #include <cstring>
 
 #include "datasync/DataSyncConstants.h"
@@ -25,7 +25,9 @@ using KELib::Xml::XmlSlice;
 
 namespace {
 
-XmlSlice SliceOf(const KEString& text) { return {text.Cstr(), text.Length()}; }
+XmlSlice SliceOf(const KEString& text) {
+  return {text.Cstr(), text.Length()};
+}
 
 XmlSlice SliceOf(const char* text) {
   return {text, static_cast<unsigned int>(std::strlen(text))};
@@ -152,6 +154,8 @@ void KEDataSyncImpl::UpdateMissingType(UpdateInfo& ui, KEXmlReader&) {
   ObjectTarget(ui, *typeCache).Remove();
 }
 
-void KEDataSyncImpl::UpdateObjectLeave(UpdateInfo& ui, KEXmlReader& r) { UpdateMissingType(ui, r); }
+void KEDataSyncImpl::UpdateObjectLeave(UpdateInfo& ui, KEXmlReader& r) {
+  UpdateMissingType(ui, r);
+}
 
 }  // namespace KE::Service

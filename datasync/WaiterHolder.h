@@ -17,8 +17,8 @@ class SyncState;
 struct TaskWait;
 
 struct KECPP_API WaiterHolder {
-  KELib::KEWaiter* waiter = nullptr;   // the caller's; not owned
-  std::shared_ptr<TaskWait> blocked;   // set while the caller's thread is blocked for its task
+  KELib::KEWaiter* waiter = nullptr;  // the caller's; not owned
+  std::shared_ptr<TaskWait> blocked;  // set while the caller's thread is blocked for its task
 
   // Signals the waiter and lets a blocked thread go. The holder is of no use afterwards.
   void Release(SyncState& state);

@@ -15,7 +15,9 @@ namespace {
 constexpr long long kMicrosPerSecond = 1000000;
 constexpr unsigned int kFractionDigits = 6;
 
-[[noreturn]] void ThrowFormat() { throw DateTimeFormatException("DateTimeFormatException"); }
+[[noreturn]] void ThrowFormat() {
+  throw DateTimeFormatException("DateTimeFormatException");
+}
 
 // Takes a date's text piece by piece.
 class Scanner {
@@ -176,7 +178,9 @@ void DateTime::SetDate(int year) {
   dayOfWeek = DayOfWeek(year, month, day);
 }
 
-DateTime DateTime::Now(bool local) { return DateTime(GetTime(), local); }
+DateTime DateTime::Now(bool local) {
+  return DateTime(GetTime(), local);
+}
 
 long long DateTime::GetUtcTime() const {
   std::tm parts{};
@@ -193,8 +197,7 @@ long long DateTime::GetUtcTime() const {
 int DateTime::DayOfWeek(int year, int month, int day) {
   const long long m = month, y = year;
   const long long z = month < 3 ? y - 1 : y;
-  const long long sum =
-      23 * m / 9 + day + 4 + y + z / 4 - z / 100 + z / 400 - (month < 3 ? 0 : 2);
+  const long long sum = 23 * m / 9 + day + 4 + y + z / 4 - z / 100 + z / 400 - (month < 3 ? 0 : 2);
   return static_cast<int>((sum % 7 + 7) % 7);
 }
 
@@ -248,11 +251,10 @@ char* DateTime::ToShortString() const {
 }
 
 bool DateTime::operator==(const DateTime& other) const {
-  return century == other.century && yearInCentury == other.yearInCentury &&
-         month == other.month && day == other.day && dayOfWeek == other.dayOfWeek &&
-         hour == other.hour && minute == other.minute && second == other.second &&
-         millisecond == other.millisecond && microsecond == other.microsecond &&
-         bias == other.bias && dst == other.dst;
+  return century == other.century && yearInCentury == other.yearInCentury && month == other.month &&
+         day == other.day && dayOfWeek == other.dayOfWeek && hour == other.hour &&
+         minute == other.minute && second == other.second && millisecond == other.millisecond &&
+         microsecond == other.microsecond && bias == other.bias && dst == other.dst;
 }
 
 }  // namespace KELib

@@ -69,10 +69,10 @@ class KECPP_API DateTime {
   int hour = 0;
   int minute = 0;
   int second = 0;
-  int millisecond = 0;    // 0 to 999
-  int microsecond = 0;    // 0 to 999, beyond the milliseconds
-  int bias = 0;           // minutes to add to the represented time to obtain UTC
-  bool dst = false;       // daylight-saving time in effect
+  int millisecond = 0;  // 0 to 999
+  int microsecond = 0;  // 0 to 999, beyond the milliseconds
+  int bias = 0;         // minutes to add to the represented time to obtain UTC
+  bool dst = false;     // daylight-saving time in effect
 };
 
 }  // namespace KELib

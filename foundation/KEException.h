@@ -4,7 +4,8 @@
 // kind of error, the message its only payload.
 //
 // Thread safety: none of its own; an exception belongs to the thread that handles it.
-// Ownership: a message that was given as a literal is borrowed; otherwise the exception owns a copy.
+// Ownership: a message that was given as a literal is borrowed; otherwise the exception owns a
+// copy.
 #ifndef KECPP_FOUNDATION_KEEXCEPTION_H
 #define KECPP_FOUNDATION_KEEXCEPTION_H
 
@@ -32,8 +33,8 @@ class KECPP_API Throwable {
   virtual ~Throwable();
 
   // Takes a copy of the first `length` characters (0: all) of `text`, which may be the object's own
-  // message; a shorter text is padded with NULs. Null means no message. An empty text is not counted
-  // as owned. Throws std::bad_alloc; the object is unchanged then.
+  // message; a shorter text is padded with NULs. Null means no message. An empty text is not
+  // counted as owned. Throws std::bad_alloc; the object is unchanged then.
   void Init(const char* text, unsigned int length);
 
   // The message, or "Unknown Exception". Valid as long as the object.

@@ -92,32 +92,46 @@ void KEString::Append(const char* text, unsigned int) {
   Adopt(joined);
 }
 
-void KEString::Append(const KEString& text) { Append(text.buffer); }
+void KEString::Append(const KEString& text) {
+  Append(text.buffer);
+}
 
 void KEString::Append(char c) {
   const char text[] = {c, '\0'};
   Append(text);
 }
 
-void KEString::Append(bool value) { Append(OwnedText(StringUtil::BoolToString(value)).get()); }
+void KEString::Append(bool value) {
+  Append(OwnedText(StringUtil::BoolToString(value)).get());
+}
 
-void KEString::Append(short value) { Append(OwnedText(StringUtil::ShortToString(value)).get()); }
+void KEString::Append(short value) {
+  Append(OwnedText(StringUtil::ShortToString(value)).get());
+}
 
-void KEString::Append(int value) { Append(OwnedText(StringUtil::IntToString(value)).get()); }
+void KEString::Append(int value) {
+  Append(OwnedText(StringUtil::IntToString(value)).get());
+}
 
 void KEString::Append(unsigned int value) {
   Append(OwnedText(StringUtil::UIntToString(value)).get());
 }
 
-void KEString::Append(long long value) { Append(OwnedText(StringUtil::LongToString(value)).get()); }
+void KEString::Append(long long value) {
+  Append(OwnedText(StringUtil::LongToString(value)).get());
+}
 
 void KEString::Append(unsigned long long value) {
   Append(OwnedText(StringUtil::ULongToString(value)).get());
 }
 
-void KEString::Append(float value) { Append(OwnedText(StringUtil::FloatToString(value)).get()); }
+void KEString::Append(float value) {
+  Append(OwnedText(StringUtil::FloatToString(value)).get());
+}
 
-void KEString::Append(double value) { Append(OwnedText(StringUtil::DoubleToString(value)).get()); }
+void KEString::Append(double value) {
+  Append(OwnedText(StringUtil::DoubleToString(value)).get());
+}
 
 KEString& KEString::operator+=(const char* text) {
   Append(text);
@@ -138,7 +152,9 @@ unsigned int KEString::UnsafeAppend(const char* text, unsigned int length) {
   return static_cast<unsigned int>(added);
 }
 
-unsigned int KEString::UnsafeAppend(const KEString& text) { return UnsafeAppend(text.buffer, 0); }
+unsigned int KEString::UnsafeAppend(const KEString& text) {
+  return UnsafeAppend(text.buffer, 0);
+}
 
 unsigned int KEString::UnsafeAppend(char c) {
   const char text[] = {c, '\0'};
@@ -239,9 +255,12 @@ void KEString::ToUpper() {
   for (char* c = buffer; *c != '\0'; ++c) *c = StringUtil::ToUpper(*c);
 }
 
-// --- questions -------------------------------------------------------------------------------------
+// --- questions
+// -------------------------------------------------------------------------------------
 
-unsigned int KEString::Length() const { return static_cast<unsigned int>(std::strlen(buffer)); }
+unsigned int KEString::Length() const {
+  return static_cast<unsigned int>(std::strlen(buffer));
+}
 
 int KEString::Compare(const char* other) const {
   if (other == nullptr) return Empty() ? 0 : 1;
@@ -267,7 +286,8 @@ unsigned int KEString::Find(char c, unsigned int from) const {
 
 unsigned int KEString::Find(const char* text, unsigned int from) const {
   if (text == nullptr) return NPos;
-  if (from != 0 && static_cast<unsigned long long>(from) + std::strlen(text) > Length()) return NPos;
+  if (from != 0 && static_cast<unsigned long long>(from) + std::strlen(text) > Length())
+    return NPos;
   const char* found = std::strstr(buffer + from, text);
   return found != nullptr ? static_cast<unsigned int>(found - buffer) : NPos;
 }

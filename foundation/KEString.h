@@ -7,7 +7,8 @@
 // An embedded NUL ends the text. Texts of 2^31 characters or more throw std::bad_alloc.
 //
 // Thread safety: none of its own.
-// Ownership: the buffer comes from array new and is freed with array delete. Empty strings share one
+// Ownership: the buffer comes from array new and is freed with array delete. Empty strings share
+// one
 //   static buffer, which is never written and never freed.
 // Self-arguments are allowed everywhere: s = s.Cstr() + 2, s += s, s.Attach(s.Str()).
 #ifndef KECPP_FOUNDATION_KESTRING_H

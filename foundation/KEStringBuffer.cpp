@@ -24,7 +24,9 @@ std::uint64_t BlockFor(std::uint64_t capacity) {
 
 }  // namespace
 
-KEStringBuffer::KEStringBuffer(unsigned int room) { Resize(room); }
+KEStringBuffer::KEStringBuffer(unsigned int room) {
+  Resize(room);
+}
 
 KEStringBuffer::KEStringBuffer(KEString& text, unsigned int room) {
   KEString::Transfer(text);
@@ -92,7 +94,9 @@ void KEStringBuffer::Append(const char* text, unsigned int limit) {
   buffer[length] = '\0';
 }
 
-void KEStringBuffer::Append(const KEString& text) { Append(text.Cstr(), 0); }
+void KEStringBuffer::Append(const KEString& text) {
+  Append(text.Cstr(), 0);
+}
 
 void KEStringBuffer::Append(char c) {
   if (c == '\0') return;
@@ -113,21 +117,33 @@ void KEStringBuffer::Append(bool value) {
   Append(value ? STR_BOOLEAN_TRUE : STR_BOOLEAN_FALSE, 0);
 }
 
-void KEStringBuffer::Append(short value) { AppendFormatted(8, "%d", static_cast<int>(value)); }
+void KEStringBuffer::Append(short value) {
+  AppendFormatted(8, "%d", static_cast<int>(value));
+}
 
-void KEStringBuffer::Append(int value) { AppendFormatted(16, "%d", value); }
+void KEStringBuffer::Append(int value) {
+  AppendFormatted(16, "%d", value);
+}
 
-void KEStringBuffer::Append(unsigned int value) { AppendFormatted(16, "%u", value); }
+void KEStringBuffer::Append(unsigned int value) {
+  AppendFormatted(16, "%u", value);
+}
 
-void KEStringBuffer::Append(long long value) { AppendFormatted(24, "%lld", value); }
+void KEStringBuffer::Append(long long value) {
+  AppendFormatted(24, "%lld", value);
+}
 
-void KEStringBuffer::Append(unsigned long long value) { AppendFormatted(24, "%llu", value); }
+void KEStringBuffer::Append(unsigned long long value) {
+  AppendFormatted(24, "%llu", value);
+}
 
 void KEStringBuffer::Append(float value) {
   AppendFormatted(64, "%f", static_cast<double>(value));
 }
 
-void KEStringBuffer::Append(double value) { AppendFormatted(64, "%g", value); }
+void KEStringBuffer::Append(double value) {
+  AppendFormatted(64, "%g", value);
+}
 
 KEStringBuffer& KEStringBuffer::operator+=(const char* text) {
   Append(text, 0);
@@ -145,7 +161,8 @@ unsigned int KEStringBuffer::UnsafeAppend(const char* text, unsigned int limit) 
   return Length() - before;
 }
 
-// --- owners ----------------------------------------------------------------------------------------
+// --- owners
+// ----------------------------------------------------------------------------------------
 
 void KEStringBuffer::AssignExact(const char* text, unsigned int n) {
   KEString::AssignExact(text, n);

@@ -10,7 +10,9 @@ namespace KELib {
 
 namespace {
 
-long long Microseconds(const timeval& time) { return time.tv_sec * 1000000LL + time.tv_usec; }
+long long Microseconds(const timeval& time) {
+  return time.tv_sec * 1000000LL + time.tv_usec;
+}
 
 }  // namespace
 

@@ -105,7 +105,9 @@ char* StringUtil::BoolToString(bool value) {
   return CopyString(value ? STR_BOOLEAN_TRUE : STR_BOOLEAN_FALSE);
 }
 
-char* StringUtil::ByteToString(char value) { return Format<10>("%c", value, "Byte"); }
+char* StringUtil::ByteToString(char value) {
+  return Format<10>("%c", value, "Byte");
+}
 
 char* StringUtil::ShortToString(short value) {
   return Format<10>("%d", static_cast<int>(value), "Short");
@@ -115,13 +117,17 @@ char* StringUtil::UShortToString(unsigned short value) {
   return Format<10>("%u", static_cast<unsigned int>(value), "Short");
 }
 
-char* StringUtil::IntToString(int value) { return Format<40>("%d", value, "Integer"); }
+char* StringUtil::IntToString(int value) {
+  return Format<40>("%d", value, "Integer");
+}
 
 char* StringUtil::UIntToString(unsigned int value) {
   return Format<40>("%u", value, "Unsigned Integer");
 }
 
-char* StringUtil::LongToString(long long value) { return Format<70>("%lld", value, "Long"); }
+char* StringUtil::LongToString(long long value) {
+  return Format<70>("%lld", value, "Long");
+}
 
 char* StringUtil::ULongToString(unsigned long long value) {
   return Format<70>("%llu", value, "Unsigned Long");
@@ -131,13 +137,21 @@ char* StringUtil::FloatToString(float value) {
   return Format<70>("%f", static_cast<double>(value), "Float");
 }
 
-char* StringUtil::DoubleToString(double value) { return Format<70>("%g", value, "Double"); }
+char* StringUtil::DoubleToString(double value) {
+  return Format<70>("%g", value, "Double");
+}
 
-char* StringUtil::DateTimeToString(DateTime* value) { return value->ToString(); }
+char* StringUtil::DateTimeToString(DateTime* value) {
+  return value->ToString();
+}
 
-int StringUtil::ParseInt(const char* text) { return ParseSigned(text); }
+int StringUtil::ParseInt(const char* text) {
+  return ParseSigned(text);
+}
 
-unsigned int StringUtil::ParseUInt(const char* text) { return ParseUnsigned(text); }
+unsigned int StringUtil::ParseUInt(const char* text) {
+  return ParseUnsigned(text);
+}
 
 char StringUtil::ParseByte(const char* text) {
   const int value = ParseInt(text);
@@ -156,13 +170,21 @@ unsigned short StringUtil::ParseUShort(const char* text) {
   throw NumberRangeException(kRange);
 }
 
-long long StringUtil::ParseLong(const char* text) { return ParseSigned(text); }
+long long StringUtil::ParseLong(const char* text) {
+  return ParseSigned(text);
+}
 
-unsigned long long StringUtil::ParseULong(const char* text) { return ParseUnsigned(text); }
+unsigned long long StringUtil::ParseULong(const char* text) {
+  return ParseUnsigned(text);
+}
 
-float StringUtil::ParseFloat(const char* text) { return Scan(text, "%f", DEFAULT_FLOAT); }
+float StringUtil::ParseFloat(const char* text) {
+  return Scan(text, "%f", DEFAULT_FLOAT);
+}
 
-double StringUtil::ParseDouble(const char* text) { return Scan(text, "%lf", DEFAULT_DOUBLE); }
+double StringUtil::ParseDouble(const char* text) {
+  return Scan(text, "%lf", DEFAULT_DOUBLE);
+}
 
 bool StringUtil::ParseBool(const char* text) {
   return text != nullptr && strcasecmp(text, STR_BOOLEAN_TRUE) == 0;

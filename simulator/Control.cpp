@@ -24,7 +24,8 @@ json ChangeObject(Inventory& inventory, const json& order) {
 
 json ChangeMachine(Inventory& inventory, const json& order) {
   const std::string what = order.at("do");
-  if (what == "create") return {{"id", inventory.CreateMachine(order.at("name"), order.at("host"))}};
+  if (what == "create")
+    return {{"id", inventory.CreateMachine(order.at("name"), order.at("host"))}};
   if (what == "set") return ChangeObject(inventory, order);
   const bool done = what == "remove" ? inventory.RemoveMachine(order.at("id"))
                     : what == "move" ? inventory.MoveMachine(order.at("id"), order.at("host"))
@@ -105,31 +106,30 @@ json Statistic(Controlled& controlled) {
 using Action = std::function<json(const json&)>;
 
 void AddPost(httplib::Server& server, const std::string& name, Action action) {
-  server.Post("/control/" + name, [action](const httplib::Request& request,
-                                           httplib::Response& response) {
-    try {
-      const json order = request.body.empty() ? json::object() : json::parse(request.body);
-      response.set_content(action(order).dump(), "application/json");
-    } catch (const BadRequest& bad) {
-      response.status = 400;
-      response.set_content(bad.text, "text/plain");
-    } catch (const json::exception& e) {
-      response.status = 400;
-      response.set_content(e.what(), "text/plain");
-    }
-  });
+  server.Post(
+      "/control/" + name, [action](const httplib::Request& request, httplib::Response& response) {
+        try {
+          const json order = request.body.empty() ? json::object() : json::parse(request.body);
+          response.set_content(action(order).dump(), "application/json");
+        } catch (const BadRequest& bad) {
+          response.status = 400;
+          response.set_content(bad.text, "text/plain");
+        } catch (const json::exception& e) {
+          response.status = 400;
+          response.set_content(e.what(), "text/plain");
+        }
+      });
 }
 
 }  // namespace
 
 void AddControls(httplib::Server& server, Controlled& controlled) {
   Inventory& inventory = controlled.inventory;
-  server.Get("/control/inventory",
-             [&inventory](const httplib::Request&, httplib::Response& response) {
-               const auto lenient = json::error_handler_t::replace;
-               response.set_content(inventory.Truth().dump(-1, ' ', false, lenient),
-                                    "application/json");
-             });
+  server.Get(
+      "/control/inventory", [&inventory](const httplib::Request&, httplib::Response& response) {
+        const auto lenient = json::error_handler_t::replace;
+        response.set_content(inventory.Truth().dump(-1, ' ', false, lenient), "application/json");
+      });
   server.Get("/control/stats", [&controlled](const httplib::Request&, httplib::Response& response) {
     response.set_content(Statistic(controlled).dump(), "application/json");
   });

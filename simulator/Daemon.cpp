@@ -32,7 +32,9 @@ std::string Random(unsigned int words) {
   return text;
 }
 
-[[noreturn]] void Refuse(const std::string& text) { throw Fault{"InvalidRequestFault", text}; }
+[[noreturn]] void Refuse(const std::string& text) {
+  throw Fault{"InvalidRequestFault", text};
+}
 
 void CheckThis(const SoapCall& call, const char* wanted) {
   if (call.ThisValue() != wanted) Refuse(call.method + " is not a method of " + call.ThisValue());
@@ -115,7 +117,8 @@ std::string Daemon::Call(const SoapCall& call, std::string& session) {
   Refuse("There is no method " + method);
 }
 
-// --- logging in --------------------------------------------------------------------------------------
+// --- logging in
+// --------------------------------------------------------------------------------------
 
 std::string Daemon::Ticket(const SoapCall& call) {
   CheckThis(call, "sessionManager-1");
@@ -154,7 +157,8 @@ std::string Daemon::Login(const SoapCall& call, std::string& session) {
          "</userName></returnval>";
 }
 
-// --- tasks ---------------------------------------------------------------------------------------------
+// --- tasks
+// ---------------------------------------------------------------------------------------------
 
 // Starts a task that is queued, then runs, then ends as "outcome" says ("hang": never; "leave": it
 // disappears), each step after "millis" milliseconds. Both arguments may be missing; the object's

@@ -49,7 +49,7 @@ class Daemon {
   Inventory& inventory;
   const DaemonOptions options;
   PropertyCollector collector;
-  std::mutex mutex;  // guards what follows
+  std::mutex mutex;                            // guards what follows
   std::map<std::string, std::string> tickets;  // password by user
   std::set<std::string> sessions;
   std::vector<std::thread> tasks;

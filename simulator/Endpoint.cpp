@@ -20,7 +20,8 @@ std::string SessionOf(const httplib::Request& request) {
 }
 
 void CheckHeader(const httplib::Request& request, const char* name, const std::string& wanted) {
-  if (!request.has_header(name)) throw Fault{"InvalidRequestFault", std::string("No header ") + name};
+  if (!request.has_header(name))
+    throw Fault{"InvalidRequestFault", std::string("No header ") + name};
   const std::string value = request.get_header_value(name);
   if (value != wanted) {
     throw Fault{"InvalidRequestFault", std::string("Header ") + name + " is " + value};
@@ -124,8 +125,8 @@ void Endpoint::Misbehave(const FaultOrder& order, const std::string& answer,
     Drip(answer, order.delayMs, response);
   } else if (order.kind == "huge") {
     const std::string filler(100 * 1000 * 1000, 'x');
-    response.set_content(Envelope("<R xmlns=\"urn:pxa25\"><returnval>" + filler +
-                                  "</returnval></R>"), kXml);
+    response.set_content(
+        Envelope("<R xmlns=\"urn:pxa25\"><returnval>" + filler + "</returnval></R>"), kXml);
   } else {
     response.set_content(answer, kXml);
   }

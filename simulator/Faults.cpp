@@ -11,10 +11,21 @@
 namespace sim {
 
 bool Faults::IsKnownKind(const std::string& kind) {
-  static const std::set<std::string>& kinds = *new std::set<std::string>{
-      "close-before", "close-middle", "truncate", "truncate-wrong-length", "garbage",
-      "empty",        "http500",      "soap-fault", "soap-fault-no-detail", "wrong-prefix",
-      "no-body",      "drip",         "hang",     "huge",                  "malformed-set"};
+  static const std::set<std::string>& kinds = *new std::set<std::string>{"close-before",
+                                                                         "close-middle",
+                                                                         "truncate",
+                                                                         "truncate-wrong-length",
+                                                                         "garbage",
+                                                                         "empty",
+                                                                         "http500",
+                                                                         "soap-fault",
+                                                                         "soap-fault-no-detail",
+                                                                         "wrong-prefix",
+                                                                         "no-body",
+                                                                         "drip",
+                                                                         "hang",
+                                                                         "huge",
+                                                                         "malformed-set"};
   return kinds.count(kind) > 0;
 }
 

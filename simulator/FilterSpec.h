@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A property filter: which objects are looked at, found by walking from a start object, and which of
-// their properties are reported.
+// A property filter: which objects are looked at, found by walking from a start object, and which
+// of their properties are reported.
 #pragma once
 
 #include <map>
@@ -19,8 +19,8 @@ class FilterSpec {
   // Reads a "spec" element. Throws std::runtime_error that says what is wrong with it.
   explicit FilterSpec(const pugi::xml_node& spec);
 
-  // The identifiers of the objects that the filter selects now, in the order of the walk. The caller
-  // holds the inventory's mutex.
+  // The identifiers of the objects that the filter selects now, in the order of the walk. The
+  // caller holds the inventory's mutex.
   std::vector<std::string> SelectLocked(Inventory& inventory) const;
 
   // The paths that are reported of a type; null for a type that is not asked for.

@@ -34,10 +34,9 @@ std::uint64_t Mix(std::uint64_t x) {
 std::string Uuid(std::uint64_t seed) {
   const std::uint64_t a = Mix(seed), b = Mix(seed + 1);
   char text[48];
-  std::snprintf(text, sizeof(text), "%08x-%04x-%04x-%04x-%012llx",
-                static_cast<unsigned int>(a), static_cast<unsigned int>(a >> 32) & 0xFFFFU,
-                static_cast<unsigned int>(a >> 48), static_cast<unsigned int>(b) & 0xFFFFU,
-                static_cast<unsigned long long>(b >> 16));
+  std::snprintf(text, sizeof(text), "%08x-%04x-%04x-%04x-%012llx", static_cast<unsigned int>(a),
+                static_cast<unsigned int>(a >> 32) & 0xFFFFU, static_cast<unsigned int>(a >> 48),
+                static_cast<unsigned int>(b) & 0xFFFFU, static_cast<unsigned long long>(b >> 16));
   return text;
 }
 
@@ -94,8 +93,8 @@ Inventory::Inventory(unsigned int hosts, unsigned int machines, std::uint64_t se
   for (const std::string& host : hostIds) ListMachinesLocked(host);
 
   privileges = {{"P.View", "View"}, {"P.Start", "Start &amp; stop"}, {"P.Admin", "Administer"}};
-  roles["1"] = {"1", "Admin", "Administrator", "May do everything", true,
-                {"P.View", "P.Start", "P.Admin"}};
+  roles["1"] = {
+      "1", "Admin", "Administrator", "May do everything", true, {"P.View", "P.Start", "P.Admin"}};
   roles["7"] = {"7", "Op", "Operator", "Runs machines", false, {"P.View", "P.Start"}};
   permissions = {{"root", "1", false}, {"ann", "7", false}, {"staff", "7", true}};
   WriteAuthorizationLocked();
@@ -103,7 +102,8 @@ Inventory::Inventory(unsigned int hosts, unsigned int machines, std::uint64_t se
   journalStart = version;
 }
 
-// --- the journal -------------------------------------------------------------------------------------
+// --- the journal
+// -------------------------------------------------------------------------------------
 
 void Inventory::TouchLocked(const std::string& id, Object& object) {
   object.changedAt = ++version;
@@ -129,7 +129,9 @@ Object* Inventory::FindLocked(const std::string& id) {
   return found != objects.end() ? &found->second : nullptr;
 }
 
-void Inventory::Done() { changed.notify_all(); }
+void Inventory::Done() {
+  changed.notify_all();
+}
 
 bool Inventory::SetLocked(const std::string& id, const std::string& name, const std::string& xml) {
   Object* object = FindLocked(id);
@@ -148,20 +150,20 @@ bool Inventory::Set(const std::string& id, const std::string& property, const st
   return true;
 }
 
-// --- hosts and machines --------------------------------------------------------------------------------
+// --- hosts and machines
+// --------------------------------------------------------------------------------
 
 std::string Inventory::AddHostLocked(const std::string& name) {
   const unsigned int n = nextHost++;
   const std::string id = Number("host-%llu", n);
   Object& host = objects[id];
   host.type = "HostSystem";
-  host.properties = {
-      {"name", name, kString, 0},
-      {"summary.overallStatus", n % 5 == 4 ? "yellow" : "green", kString, 0},
-      {"hardware.systemInfo.uuid", Uuid(seed * 1000003 + n), kString, 0},
-      {"hardware.systemInfo.vendor", "Zorbel Systems", kString, 0},
-      {"hardware.systemInfo.model", Number("ORX %llu00", n % 9 + 1), kString, 0},
-      {"vm", "", " xsi:type=\"ArrayOfManagedObjectReference\"", 0}};
+  host.properties = {{"name", name, kString, 0},
+                     {"summary.overallStatus", n % 5 == 4 ? "yellow" : "green", kString, 0},
+                     {"hardware.systemInfo.uuid", Uuid(seed * 1000003 + n), kString, 0},
+                     {"hardware.systemInfo.vendor", "Zorbel Systems", kString, 0},
+                     {"hardware.systemInfo.model", Number("ORX %llu00", n % 9 + 1), kString, 0},
+                     {"vm", "", " xsi:type=\"ArrayOfManagedObjectReference\"", 0}};
   TouchLocked(id, host);
   for (Property& property : host.properties) property.changedAt = version;
   machinesOf[id];
@@ -189,8 +191,8 @@ std::string Inventory::AddMachineLocked(const std::string& name, const std::stri
       {"runtime.host", host, " type=\"HostSystem\" xsi:type=\"ManagedObjectReference\"", 0},
       {"config.guestFullName", kSystems[random / 3 % 3], kString, 0},
       {"guest.hostName", id + ".example.org", kString, 0},
-      {"guest.ipAddress", Number("10.%llu.", n >> 16 & 255) + Number("%llu.", n >> 8 & 255) +
-                              Number("%llu", n & 255),
+      {"guest.ipAddress",
+       Number("10.%llu.", n >> 16 & 255) + Number("%llu.", n >> 8 & 255) + Number("%llu", n & 255),
        kString, 0}};
   TouchLocked(id, machine);
   for (Property& property : machine.properties) property.changedAt = version;
@@ -288,7 +290,8 @@ std::vector<std::string> Inventory::Ids(const std::string& type) {
   return objects[kMachines].children;
 }
 
-// --- authorization ---------------------------------------------------------------------------------------
+// --- authorization
+// ---------------------------------------------------------------------------------------
 
 void Inventory::WriteAuthorizationLocked() {
   std::string list;
@@ -360,7 +363,8 @@ std::string Inventory::PermissionsXml() {
   return xml;
 }
 
-// --- tasks ---------------------------------------------------------------------------------------------
+// --- tasks
+// ---------------------------------------------------------------------------------------------
 
 std::string Inventory::StartTask() {
   const std::lock_guard<std::mutex> lock(mutex);
@@ -383,7 +387,8 @@ void Inventory::RemoveTask(const std::string& id) {
   }
 }
 
-// --- the truth -----------------------------------------------------------------------------------------
+// --- the truth
+// -----------------------------------------------------------------------------------------
 
 nlohmann::json Inventory::Truth() {
   using nlohmann::json;
@@ -441,8 +446,8 @@ nlohmann::json Inventory::Truth() {
                      {"identities", identitiesOfRole[id]}};
   }
   for (const auto& [id, name] : privileges) {
-    privilegeTruth[id] = {{"InstanceID", id}, {"ElementName", name},
-                          {"roles", rolesOfPrivilege[id]}};
+    privilegeTruth[id] = {
+        {"InstanceID", id}, {"ElementName", name}, {"roles", rolesOfPrivilege[id]}};
   }
   for (const auto& [principal, held] : rolesOfIdentity) {
     identities[principal] = {{"InstanceID", principal}, {"roles", held}};

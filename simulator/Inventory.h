@@ -23,7 +23,7 @@ using Version = std::uint64_t;
 
 struct Property {
   std::string name;
-  std::string xml;       // what stands inside the "val" element
+  std::string xml;         // what stands inside the "val" element
   std::string attributes;  // of the "val" element, with a leading blank
   Version changedAt = 0;
 };
@@ -61,7 +61,8 @@ class Inventory {
   std::mutex& Mutex() { return mutex; }
   std::condition_variable& Changed() { return changed; }
 
-  // --- under the mutex -----------------------------------------------------------------------------
+  // --- under the mutex
+  // -----------------------------------------------------------------------------
 
   Version NowLocked() const { return version; }
   Object* FindLocked(const std::string& id);
@@ -69,7 +70,8 @@ class Inventory {
   // Identifiers that changed after `since`, each once; false when the journal does not reach back.
   bool ChangedSinceLocked(Version since, std::vector<std::string>& ids) const;
 
-  // --- changes: each takes the mutex and wakes the waits -----------------------------------------------
+  // --- changes: each takes the mutex and wakes the waits
+  // -----------------------------------------------
 
   // Sets a property to an XML text; false for an unknown object or property.
   bool Set(const std::string& id, const std::string& property, const std::string& xml);

@@ -25,7 +25,8 @@ std::string Change(const Property& property) {
 PropertyCollector::PropertyCollector(Inventory& objects, unsigned int limit)
     : inventory(objects), maxObjects(limit) {}
 
-// --- sessions ----------------------------------------------------------------------------------------
+// --- sessions
+// ----------------------------------------------------------------------------------------
 
 void PropertyCollector::OpenSession(const std::string& session) {
   const std::lock_guard<std::mutex> lock(inventory.Mutex());
@@ -63,8 +64,8 @@ std::string PropertyCollector::CreateFilter(const std::string& session,
   try {
     FilterSpec parsed(spec);
     const std::lock_guard<std::mutex> lock(inventory.Mutex());
-    const std::string id = "session[" + session.substr(0, 8) + "]filter-" +
-                           std::to_string(nextFilter++);
+    const std::string id =
+        "session[" + session.substr(0, 8) + "]filter-" + std::to_string(nextFilter++);
     FindLocked(session).filters.emplace(id, Filter{std::move(parsed), {}, 0, false});
     inventory.Changed().notify_all();
     return id;
@@ -98,7 +99,8 @@ unsigned int PropertyCollector::Filters() {
   return static_cast<unsigned int>(count);
 }
 
-// --- waiting -------------------------------------------------------------------------------------------
+// --- waiting
+// -------------------------------------------------------------------------------------------
 
 // A version that is not the last answer's means that the caller lacks something: everything is
 // reported anew.
@@ -181,8 +183,8 @@ std::string PropertyCollector::ReportFilterLocked(Filter& filter, unsigned int& 
     --room;
   }
   for (auto it = filter.reported.begin(); it != filter.reported.end();) {
-    const bool gone = all ? selected.count(it->first) == 0
-                          : inventory.FindLocked(it->first) == nullptr;
+    const bool gone =
+        all ? selected.count(it->first) == 0 : inventory.FindLocked(it->first) == nullptr;
     if (!gone) {
       ++it;
       continue;

@@ -16,7 +16,9 @@ const char kHead[] =
     "<soapenv:Body>\n";
 const char kTail[] = "\n</soapenv:Body>\n</soapenv:Envelope>";
 
-[[noreturn]] void Refuse(const std::string& text) { throw Fault{"InvalidRequestFault", text}; }
+[[noreturn]] void Refuse(const std::string& text) {
+  throw Fault{"InvalidRequestFault", text};
+}
 
 std::string Escaped(const std::string& text) {
   std::string escaped;
@@ -72,10 +74,9 @@ std::string Answer(const std::string& method, const std::string& content) {
 }
 
 std::string FaultAnswer(const Fault& fault) {
-  return Envelope(
-      "<soapenv:Fault>\n<faultcode>ServerFaultCode</faultcode>\n<faultstring>" +
-      Escaped(fault.text) + "</faultstring>\n<detail><" + fault.type + " xmlns=\"urn:pxa25\"/>" +
-      "</detail>\n</soapenv:Fault>");
+  return Envelope("<soapenv:Fault>\n<faultcode>ServerFaultCode</faultcode>\n<faultstring>" +
+                  Escaped(fault.text) + "</faultstring>\n<detail><" + fault.type +
+                  " xmlns=\"urn:pxa25\"/>" + "</detail>\n</soapenv:Fault>");
 }
 
 }  // namespace sim

@@ -57,7 +57,8 @@ std::unique_ptr<httplib::Server> MakeServer(bool https) {
   if (!https) return std::make_unique<httplib::Server>();
   char folder[] = "/tmp/kecpp-sim-XXXXXX";
   if (mkdtemp(folder) == nullptr) throw std::runtime_error("cannot make a folder for the key");
-  const std::string cert = std::string(folder) + "/cert.pem", key = std::string(folder) + "/key.pem";
+  const std::string cert = std::string(folder) + "/cert.pem",
+                    key = std::string(folder) + "/key.pem";
   sim::MakeCertificate(cert, key);
   auto server = std::make_unique<httplib::SSLServer>(cert.c_str(), key.c_str());
   std::remove(cert.c_str());
@@ -97,7 +98,7 @@ int Serve(const Options& options) {
 
   const int port = options.port == 0 ? server->bind_to_any_port("127.0.0.1")
                    : server->bind_to_port("127.0.0.1", options.port) ? options.port
-                                                                      : -1;
+                                                                     : -1;
   if (port < 0) {
     std::fprintf(stderr, "kecpp-mgmtd-sim: cannot listen on port %d\n", options.port);
     return 1;

@@ -113,11 +113,16 @@ KE::Stub::ManagedObjectReference* KEServiceInstImpl::GetReference(const char* na
   return ServiceContent(serviceContent).Reference(name).release();
 }
 
-KELib::KEConfig* KEServiceInstImpl::GetConfig() { return config.get(); }
+KELib::KEConfig* KEServiceInstImpl::GetConfig() {
+  return config.get();
+}
 
-KEMethod* KEServiceInstImpl::GetMethod() { return method.get(); }
+KEMethod* KEServiceInstImpl::GetMethod() {
+  return method.get();
+}
 
-// --- stopping ----------------------------------------------------------------------------------------
+// --- stopping
+// ----------------------------------------------------------------------------------------
 
 void KEServiceInstImpl::Stop() {
   KEMutexGuard guard(mutex.get());

@@ -41,7 +41,7 @@ class KECPP_API KEServiceInstImpl : public KEServiceInst {
   // Invokes "RetrieveServiceContent" unless its answer is held. False when there is none.
   bool SetupService();
 
-  KESession* CreateSessionNoLock();   // the caller holds the instance's mutex
+  KESession* CreateSessionNoLock();      // the caller holds the instance's mutex
   KESession* GetCurrentSessionNoLock();  // likewise
 
   // Ends the sync threads of all sessions. False when one cannot be ended: then neither the
@@ -51,12 +51,12 @@ class KECPP_API KEServiceInstImpl : public KEServiceInst {
  private:
   bool EndSyncsNoLock();
 
-  std::unique_ptr<KELib::KEConfig> config;      // constant after Init
-  KELib::KEString serviceContent;               // guarded by `mutex` while it is read
-  std::unique_ptr<KESoapClient> client;         // constant after Init
-  std::unique_ptr<KEMethod> method;             // constant after Init
-  KELib::KEVector<KESession*> sessions;         // guarded by `mutex`
-  unsigned int next = 0;                        // guarded by `mutex`
+  std::unique_ptr<KELib::KEConfig> config;  // constant after Init
+  KELib::KEString serviceContent;           // guarded by `mutex` while it is read
+  std::unique_ptr<KESoapClient> client;     // constant after Init
+  std::unique_ptr<KEMethod> method;         // constant after Init
+  KELib::KEVector<KESession*> sessions;     // guarded by `mutex`
+  unsigned int next = 0;                    // guarded by `mutex`
   std::unique_ptr<KELib::KEMutex> mutex;
 };
 

@@ -3,7 +3,8 @@
 // The library's entry: the process-wide manager of service instances.
 //
 // Thread safety: the manager's operations take its mutex. GetServiceManagerInstance and
-//   FreeServiceManagerInstance take no lock: a program calls them once at start and once at its end.
+//   FreeServiceManagerInstance take no lock: a program calls them once at start and once at its
+//   end.
 // Ownership: the manager owns every instance that it handed out.
 #ifndef KECPP_SERVICE_ENTRY_KESERVICEINSTMANAGER_H
 #define KECPP_SERVICE_ENTRY_KESERVICEINSTMANAGER_H

@@ -24,7 +24,9 @@ KEServiceInstManager* GetServiceManagerInstance() {
   return KEServiceInstManagerImpl::GetInstance();
 }
 
-void FreeServiceManagerInstance() { KEServiceInstManagerImpl::FreeInstance(); }
+void FreeServiceManagerInstance() {
+  KEServiceInstManagerImpl::FreeInstance();
+}
 
 KEServiceInstManager* KEServiceInstManagerImpl::GetInstance() {
   if (_inst == nullptr) {
@@ -105,8 +107,8 @@ bool KEServiceInstManagerImpl::Unlink(KEServiceInst* inst) {
   return !keys.empty();
 }
 
-// Stops an instance and destroys it, unless a thread cannot be brought to leave it: then it stays in
-// memory for good, since destroying it would pull it from under that thread.
+// Stops an instance and destroys it, unless a thread cannot be brought to leave it: then it stays
+// in memory for good, since destroying it would pull it from under that thread.
 void KEServiceInstManagerImpl::Destroy(KEServiceInst* inst) {
   inst->Stop();
   if (static_cast<KEServiceInstImpl*>(inst)->GetCurrentSession() != nullptr) {

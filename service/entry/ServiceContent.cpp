@@ -19,7 +19,9 @@ ServiceContent::ServiceContent(KELib::KEString& text) : content(text) {
   reader.SetInput(content, false);
 }
 
-ServiceContent::~ServiceContent() { reader.MoveContentTo(content); }
+ServiceContent::~ServiceContent() {
+  reader.MoveContentTo(content);
+}
 
 // Looks from the beginning each time: nothing is assumed about the order of the elements.
 bool ServiceContent::Find(const char* name) {
