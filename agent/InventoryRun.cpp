@@ -27,8 +27,7 @@ InventoryRun::InventoryRun(KE::Service::KEServiceInstManager& serviceManager, co
 void InventoryRun::ShowOnce() {
   Connect();
   if (!options.follow) Settle();  // what comes later is shown as it comes
-  Read();
-  view.Show(inventory);
+  ReadAndShow();
   NoteInventoryRead();
 }
 
@@ -60,9 +59,10 @@ void InventoryRun::Settle() {
   }
 }
 
-void InventoryRun::Read() {
+void InventoryRun::ReadAndShow() {
   if (options.lists.Systems()) inventory.systems = ReadComputerSystems(connection->Cache());
   if (options.lists.Authorization()) ReadChangedAuthorization();
+  view.Show(inventory);
 }
 
 bool InventoryRun::ReadChangedAuthorization() {
@@ -76,8 +76,7 @@ bool InventoryRun::ReadChangedAuthorization() {
 // at also when no set was applied.
 void InventoryRun::ShowNextChange() {
   if (connection->Sync().WaitForChange(seen, end.Slice(WAIT_SLICE_MS))) {
-    Read();
-    view.Show(inventory);
+    ReadAndShow();
   } else if (options.lists.Authorization() && ReadChangedAuthorization()) {
     view.Show(inventory);
   }
@@ -90,7 +89,7 @@ void InventoryRun::Reconnect(const std::string& reason) {
   while (!end.Ended()) {
     try {
       Connect();
-      Settle();
+      ReadAndShow();
       return;
     } catch (const ConnectionError& error) {
       connection.reset();

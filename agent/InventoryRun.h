@@ -20,8 +20,9 @@ class InventoryRun {
   InventoryRun(KE::Service::KEServiceInstManager& manager, const Options& options,
                const EndOfRun& end);
 
-  // Connects, waits until nothing changed for the settle time and shows the inventory. A daemon
-  // that never rests is cut short, with a word on standard error. Throws ConnectionError.
+  // Connects and shows the inventory: when it is to be followed at once, else when nothing changed
+  // for the settle time. A daemon that never rests is cut short, with a word on standard error.
+  // Throws ConnectionError.
   void ShowOnce();
 
   // Goes on after ShowOnce: shows every change until the end of the run. A lost session or daemon
@@ -31,7 +32,7 @@ class InventoryRun {
  private:
   void Connect();
   void Settle();
-  void Read();
+  void ReadAndShow();
   bool ReadChangedAuthorization();
   void ShowNextChange();
   void Reconnect(const std::string& reason);

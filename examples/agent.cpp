@@ -19,6 +19,7 @@ static void Print(KE::Instance::KETypeCache& cache) {
     auto* machine = static_cast<ZORBEL_VMComputerSystem*>((*it)->value);
     std::printf("%s: %s\n", machine->ElementName.Cstr(), machine->PowerState.Cstr());
   }
+  std::fflush(stdout);
 }
 
 int main(int, char** argv) try {

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+#include "endtoend/ChildProcess.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+
+namespace endtoend {
+namespace {
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream text;
+  text << file.rdbuf();
+  return text.str();
+}
+
+std::string MakeFolder() {
+  std::string pattern = (std::filesystem::temp_directory_path() / "kecpp-test-XXXXXX").string();
+  if (!mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp");
+  return pattern;
+}
+
+// Between fork and exec: system calls only.
+[[noreturn]] void Become(char* const* arguments, int output, int errors) {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  dup2(output, STDOUT_FILENO);
+  dup2(errors, STDERR_FILENO);
+  execv(arguments[0], arguments);
+  _exit(127);
+}
+
+}  // namespace
+
+bool Eventually(const std::function<bool()>& condition) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return true;
+}
+
+TemporaryFolder::TemporaryFolder() : path(MakeFolder()) {}
+
+TemporaryFolder::~TemporaryFolder() {
+  std::error_code ignored;
+  std::filesystem::remove_all(path, ignored);
+}
+
+ChildProcess::ChildProcess(const std::vector<std::string>& command) {
+  std::vector<char*> arguments;
+  for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
+  arguments.push_back(nullptr);
+  const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC;
+  const int output = open((folder.path + "/out").c_str(), flags, 0600);
+  const int errors = open((folder.path + "/err").c_str(), flags, 0600);
+  pid = fork();
+  if (pid == 0) Become(arguments.data(), output, errors);
+  close(output);
+  close(errors);
+  if (pid < 0) throw std::runtime_error("fork");
+}
+
+ChildProcess::~ChildProcess() {
+  if (IsRunning()) Signal(SIGKILL);
+  Reap(true);
+}
+
+bool ChildProcess::Reap(bool block) {
+  if (!reaped && waitpid(pid, &status, block ? 0 : WNOHANG) == pid) reaped = true;
+  return reaped;
+}
+
+bool ChildProcess::IsRunning() {
+  return !Reap(false);
+}
+
+void ChildProcess::Signal(int signal) {
+  if (!reaped) kill(pid, signal);
+}
+
+int ChildProcess::Wait() {
+  if (!Eventually([this] { return !IsRunning(); })) Signal(SIGKILL);
+  Reap(true);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+std::string ChildProcess::Output() const {
+  return ReadFile(folder.path + "/out");
+}
+
+std::string ChildProcess::Errors() const {
+  return ReadFile(folder.path + "/err");
+}
+
+}  // namespace endtoend

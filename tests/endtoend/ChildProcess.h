@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+//
+// A program that a test starts. It dies with the test, whatever happens.
+#ifndef KECPP_TESTS_ENDTOEND_CHILDPROCESS_H
+#define KECPP_TESTS_ENDTOEND_CHILDPROCESS_H
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace endtoend {
+
+// Asks again and again, up to a minute, until `condition` holds; false when it never did.
+bool Eventually(const std::function<bool()>& condition);
+
+// A folder that goes with the object.
+class TemporaryFolder {
+ public:
+  TemporaryFolder();
+  ~TemporaryFolder();
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  const std::string path;
+};
+
+class ChildProcess {
+ public:
+  // `command` is the program's path and its arguments.
+  explicit ChildProcess(const std::vector<std::string>& command);
+  ~ChildProcess();  // kills it if need be
+  ChildProcess(const ChildProcess&) = delete;
+  ChildProcess& operator=(const ChildProcess&) = delete;
+
+  bool IsRunning();
+  void Signal(int signal);
+
+  // The exit status, or 128 and the signal's number. Waits up to a minute, then kills it.
+  int Wait();
+
+  // What it has written so far.
+  std::string Output() const;
+  std::string Errors() const;
+
+ private:
+  bool Reap(bool block);
+
+  TemporaryFolder folder;
+  pid_t pid = -1;
+  bool reaped = false;
+  int status = 0;
+};
+
+}  // namespace endtoend
+
+#endif

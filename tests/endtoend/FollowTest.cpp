@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+//
+// The caches follow the daemon's inventory.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "endtoend/LibraryAgent.h"
+#include "endtoend/Simulator.h"
+#include "endtoend/Tool.h"
+
+namespace endtoend {
+namespace {
+
+using testing::HasSubstr;
+
+Json Rename(const std::string& id, const std::string& name) {
+  return {{"do", "set"}, {"id", id}, {"property", "name"}, {"value", name}};
+}
+
+TEST(Follow, MachinesAndHostsComeMoveChangeAndGo) {
+  Simulator simulator({"--hosts", "2", "--machines", "4"});
+  LibraryAgent agent(simulator.Config());
+  agent.ExpectToBecome(simulator.Truth());
+
+  const Json before = simulator.Truth();
+  const std::string moved = before["hosts"][0]["machines"][0];
+  const std::string host = before["hosts"][1]["Name"];
+  simulator.Control("machine", {{"do", "move"}, {"id", moved}, {"host", host}});
+  agent.ExpectToBecome(simulator.Truth());
+
+  const Json made = simulator.Control("host", {{"do", "create"}, {"name", "third &amp; last"}});
+  simulator.Control("machine", {{"do", "create"}, {"name", "new"}, {"host", made["id"]}});
+  simulator.Control("machine", Rename(moved, ""));
+  agent.ExpectToBecome(simulator.Truth());
+
+  simulator.Control("host", {{"do", "remove"}, {"id", host}});
+  simulator.Control("machine", {{"do", "remove"}, {"id", before["machines"][0]["Name"]}});
+  agent.ExpectToBecome(simulator.Truth());
+}
+
+TEST(Follow, RolesPrivilegesAndPermissionsChange) {
+  Simulator simulator({});
+  LibraryAgent agent(simulator.Config());
+  simulator.Control("privilege", {{"do", "set"}, {"id", "P.New"}, {"name", "New one"}});
+  simulator.Control("role", {{"do", "set"},
+                             {"id", "77"},
+                             {"name", "op"},
+                             {"label", "Operator"},
+                             {"summary", "Runs &lt;machines&gt;"},
+                             {"privileges", {"P.New", "P.Missing"}}});
+  simulator.Control("permissions",
+                    Json::array({{{"principal", "ann"}, {"roleId", "77"}},
+                                 {{"principal", "staff"}, {"roleId", "77"}, {"group", true}}}));
+  const std::string id = simulator.Truth()["machines"][0]["Name"];
+  simulator.Control("machine", Rename(id, "a change that brings the permissions along"));
+  agent.ExpectToBecome(simulator.Truth());
+
+  simulator.Control("permissions", Json::array({{{"principal", "staff"}, {"group", true}}}));
+  simulator.Control("role", {{"do", "remove"}, {"id", "77"}});
+  simulator.Control("privilege", {{"do", "remove"}, {"id", "P.New"}});
+  agent.ExpectToBecome(simulator.Truth());
+}
+
+// Random changes against the truth, compared whenever the daemon rests.
+TEST(Follow, ThousandsOfRandomChanges) {
+  const unsigned seed = std::random_device()();
+  SCOPED_TRACE("seed " + std::to_string(seed));
+  std::mt19937 random(seed);
+  Simulator simulator({"--hosts", "4", "--machines", "60", "--seed", std::to_string(seed)});
+  LibraryAgent agent(simulator.Config());
+  unsigned long long seen = 0;
+  for (int round = 0; round < 40 && !testing::Test::HasFailure(); ++round) {
+    simulator.Control("churn", {{"rate", 1000}});
+    const std::string role = std::to_string(random() % 8);
+    simulator.Control("role", {{"do", "set"},
+                               {"id", role},
+                               {"name", "role " + std::to_string(random() % 100)},
+                               {"privileges", {"P." + std::to_string(random() % 5), "P.x"}}});
+    const std::string privilege = "P." + std::to_string(random() % 5);
+    simulator.Control("privilege", {{"do", "set"}, {"id", privilege}, {"name", "n"}});
+    simulator.Control("permissions",
+                      Json::array({{{"principal", "ann"}, {"roleId", role}},
+                                   {{"principal", "bob"}, {"roleId", std::to_string(random() % 8)}},
+                                   {{"principal", "ann"}, {"roleId", "1"}}}));
+    for (int changes = 0; changes < 50; ++changes) agent.Sync().WaitForChange(seen, 1000);
+    simulator.Control("churn", {{"rate", 0}});
+    agent.ExpectToBecome(simulator.Truth());
+  }
+}
+
+TEST(Follow, TheToolPrintsADocumentALineUntilItIsInterrupted) {
+  Simulator simulator({"--hosts", "2", "--machines", "5"});
+  Tool tool(simulator.Config(), {"--format", "json", "--follow"});
+  ASSERT_TRUE(tool.Becomes(simulator.Truth())) << tool.Errors();
+  const std::string id = simulator.Truth()["machines"][0]["Name"];
+  simulator.Control("machine", Rename(id, "renamed"));
+  EXPECT_TRUE(tool.Becomes(simulator.Truth())) << tool.Errors();
+  tool.Signal(SIGINT);
+  EXPECT_EQ(tool.Wait(), 0);
+  EXPECT_EQ(tool.Errors(), "");
+  EXPECT_EQ(simulator.Stats()["sessions"], 0) << "the tool logs out";
+}
+
+TEST(Follow, TheToolConnectsAgainWhenItsSessionIsLost) {
+  Simulator simulator({"--hosts", "2", "--machines", "5"});
+  Tool tool(simulator.Config(), {"--format", "json", "--follow"});
+  ASSERT_TRUE(tool.Becomes(simulator.Truth())) << tool.Errors();
+  simulator.Control("session-lost");
+  simulator.Control("fault", {{"method", "Login"}, {"kind", "garbage"}});
+  ASSERT_TRUE(Eventually([&] { return simulator.Stats()["sessions"] == 1; }));
+  const std::string id = simulator.Truth()["machines"][0]["Name"];
+  simulator.Control("machine", Rename(id, "renamed"));
+  EXPECT_TRUE(tool.Becomes(simulator.Truth())) << tool.Errors();
+  EXPECT_THAT(tool.Errors(), HasSubstr("connection lost (NotAuthenticated), connecting again"));
+  EXPECT_THAT(tool.Errors(), HasSubstr("cannot log in"));
+  tool.Signal(SIGINT);
+  EXPECT_EQ(tool.Wait(), 0);
+}
+
+}  // namespace
+}  // namespace endtoend

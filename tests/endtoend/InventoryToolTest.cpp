@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+//
+// kecpp-inventory and the example agent, as a user runs them.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+
+#include "endtoend/Simulator.h"
+#include "endtoend/Tool.h"
+
+namespace endtoend {
+namespace {
+
+using testing::HasSubstr;
+
+struct Daemon {
+  const char* name;
+  std::vector<std::string> options;
+
+  friend void PrintTo(const Daemon& daemon, std::ostream* out) { *out << daemon.name; }
+};
+
+class WholeInventory : public testing::TestWithParam<Daemon> {};
+
+TEST_P(WholeInventory, IsTheTruth) {
+  Simulator simulator(GetParam().options);
+  Tool tool(simulator.Config(), {"--format", "json"});
+  EXPECT_EQ(tool.Wait(), 0) << tool.Errors();
+  EXPECT_EQ(tool.LastDocument(), simulator.Truth());
+  EXPECT_EQ(simulator.Stats()["sessions"], 0) << "the tool logs out";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Daemons, WholeInventory,
+    testing::Values(Daemon{"NoMachines", {"--hosts", "1", "--machines", "0"}},
+                    Daemon{"Small", {"--hosts", "3", "--machines", "50", "--seed", "2"}},
+                    Daemon{"Large", {"--hosts", "10", "--machines", "5000"}},
+                    Daemon{"Split", {"--hosts", "4", "--machines", "300", "--max-objects", "25"}},
+                    Daemon{"Https", {"--https", "--hosts", "2", "--machines", "20"}}),
+    [](const auto& made) { return std::string(made.param.name); });
+
+TEST(InventoryTool, ShowsTablesAndOnlyWhatIsAskedFor) {
+  Simulator simulator({"--hosts", "1", "--machines", "2"});
+  const std::string id = simulator.Truth()["machines"][0]["Name"];
+  simulator.Control("machine",
+                    {{"do", "set"}, {"id", id}, {"property", "name"}, {"value", "a &lt;b&gt;"}});
+  Tool people(simulator.Config(), {});
+  EXPECT_EQ(people.Wait(), 0) << people.Errors();
+  EXPECT_THAT(people.Output(), HasSubstr("Hosts (1)\n"));
+  EXPECT_THAT(people.Output(), HasSubstr("Machines (2)\n"));
+  EXPECT_THAT(people.Output(), HasSubstr("a <b>"));
+  EXPECT_THAT(people.Output(), testing::Not(HasSubstr("Roles")));
+
+  Tool roles(simulator.Config(), {"--show", "roles", "--format", "json"});
+  EXPECT_EQ(roles.Wait(), 0) << roles.Errors();
+  EXPECT_EQ(roles.LastDocument(), Json({{"roles", simulator.Truth()["roles"]}}));
+}
+
+TEST(InventoryTool, FailsWithAReasonWhenThereIsNoInventory) {
+  struct {
+    const char* method;
+    int count;
+    const char* reason;
+  } const failures[] = {{"RetrieveServiceContent", 1, "cannot reach the management daemon"},
+                        {"Login", 1, "cannot log in"},
+                        {"CreateFilter", 1, "cannot watch hosts and machines: Unwilling"},
+                        {"WaitForUpdates", 3, "cannot read the inventory: Unwilling"}};
+  for (const auto& failure : failures) {
+    Simulator simulator({});
+    simulator.Control("fault", {{"method", failure.method},
+                                {"kind", "soap-fault"},
+                                {"fault", "Unwilling"},
+                                {"count", failure.count}});
+    Tool tool(simulator.Config(), {"--format", "json"});
+    EXPECT_EQ(tool.Wait(), 1) << failure.method;
+    EXPECT_THAT(tool.Errors(), HasSubstr(failure.reason));
+    EXPECT_EQ(tool.Output(), "");
+  }
+}
+
+TEST(InventoryTool, RepeatsAFirstFillThatFails) {
+  Simulator simulator({});
+  simulator.Control("fault", {{"method", "WaitForUpdates"}, {"kind", "http500"}, {"count", 2}});
+  Tool tool(simulator.Config(), {"--format", "json"});
+  EXPECT_EQ(tool.Wait(), 0) << tool.Errors();
+  EXPECT_EQ(tool.LastDocument(), simulator.Truth());
+}
+
+// A private /run, so that the process-id file concerns nobody else. False where that is not
+// allowed.
+bool HavePrivateRun() {
+  return unshare(CLONE_NEWNS) == 0 &&
+         mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+         mount("none", "/run", "tmpfs", 0, nullptr) == 0 && mkdir("/run/zorbel", 0755) == 0;
+}
+
+TEST(InventoryTool, EndsWithADaemonThatWasRestarted) {
+  if (!HavePrivateRun()) GTEST_SKIP() << "needs the right to mount";
+  Simulator simulator({"--pid-file", "/run/zorbel/zorbel-mgmtd.PID"});
+  Tool tool(simulator.Config(), {"--format", "json", "--follow"});
+  ASSERT_TRUE(tool.Becomes(simulator.Truth())) << tool.Errors();
+  simulator.Control("restart", {{"pid", 1}});
+  EXPECT_EQ(tool.Wait(), 0);
+  EXPECT_THAT(tool.Errors(), HasSubstr("the management daemon has gone"));
+}
+
+TEST(ExampleAgent, PrintsTheMachinesAgainAfterEachChange) {
+  Simulator simulator({"--hosts", "1", "--machines", "3"});
+  const std::string id = simulator.Truth()["machines"][0]["Name"];
+  ChildProcess agent({KECPP_EXAMPLE_PROGRAM, simulator.ConfigFile(), "2"});
+  auto lines = [&agent] {
+    const std::string text = agent.Output();
+    return std::count(text.begin(), text.end(), '\n');
+  };
+  ASSERT_TRUE(Eventually([&] { return lines() == 3; })) << agent.Output() << agent.Errors();
+  for (const char* state : {"suspended", "poweredOn"}) {
+    const auto before = lines();
+    simulator.Control(
+        "machine",
+        {{"do", "set"}, {"id", id}, {"property", "runtime.powerState"}, {"value", state}});
+    ASSERT_TRUE(Eventually([&] { return lines() == before + 3; })) << agent.Output();
+  }
+  EXPECT_THAT(agent.Output(), HasSubstr(": suspended\n"));
+  EXPECT_EQ(agent.Wait(), 0) << agent.Errors();
+}
+
+}  // namespace
+}  // namespace endtoend

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#include "endtoend/LibraryAgent.h"
+
+#include <gtest/gtest.h>
+
+#include "agent/CacheReader.h"
+#include "agent/InventoryJson.h"
+#include "endtoend/ChildProcess.h"
+
+namespace endtoend {
+
+LibraryAgent::LibraryAgent(const std::string& config)
+    : manager(*KE::Service::GetServiceManagerInstance()) {
+  KELib::Logging::GetDefaultLogger()->SetLevelByName("error");
+  options.config = config;
+  options.lists = {true, true, true, true, true};
+  options.wantsAuthorization = true;
+  Connect();
+}
+
+LibraryAgent::~LibraryAgent() {
+  Disconnect();
+  KE::Service::FreeServiceManagerInstance();
+}
+
+void LibraryAgent::Connect() {
+  Disconnect();
+  connection = std::make_unique<inventory::Connection>(manager, options);
+  connection->Watch(end);
+}
+
+nlohmann::json LibraryAgent::Read() {
+  inventory::Inventory all;
+  all.systems = inventory::ReadComputerSystems(connection->Cache());
+  all.authorization = inventory::ReadAuthorization(connection->Cache());
+  return nlohmann::json::parse(ToJson(all, options.lists));
+}
+
+void LibraryAgent::ExpectToBecome(const nlohmann::json& truth) {
+  const bool became = Eventually([&] { return Read() == truth; });
+  EXPECT_TRUE(became) << "what would make the caches true:\n"
+                      << nlohmann::json::diff(Read(), truth).dump(1);
+}
+
+}  // namespace endtoend

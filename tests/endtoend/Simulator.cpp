@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: MIT
+#include "endtoend/Simulator.h"
+
+#include <httplib.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <stdexcept>
+
+namespace endtoend {
+namespace {
+
+constexpr const char* GREETING = "listening on ";
+
+// The environment overrides what the build says.
+std::string Program() {
+  const char* chosen = std::getenv("KECPP_SIMULATOR");
+  return chosen ? chosen : KECPP_SIMULATOR_PROGRAM;
+}
+
+// What stands behind the greeting once its line is complete; else empty.
+std::string UrlIn(const std::string& output) {
+  const std::size_t begin = output.find(GREETING);
+  const std::size_t end = output.find('\n', begin);
+  if (begin == std::string::npos || end == std::string::npos) return {};
+  return output.substr(begin + std::string(GREETING).size(),
+                       end - begin - std::string(GREETING).size());
+}
+
+}  // namespace
+
+Simulator::Simulator(const std::vector<std::string>& options) {
+  std::vector<std::string> command = {Program(), "--listen-port", "0", "--ticket-dir", folder.path};
+  command.insert(command.end(), options.begin(), options.end());
+  process = std::make_unique<ChildProcess>(command);
+  const bool listens = Eventually([this] {
+    url = UrlIn(process->Output());
+    return !url.empty() || !process->IsRunning();
+  });
+  if (!listens || url.empty()) throw std::runtime_error("no simulator: " + process->Errors());
+  host = url.substr(0, url.find('/', url.find("://") + 3));
+}
+
+std::string Simulator::Config() const {
+  // The daemon does not ask for a certificate, but the library wants one for https.
+  const std::string pem = KECPP_TEST_CERTIFICATE;
+  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+         "<Config>\n"
+         "<SSLInfo><certFile>" +
+         pem + "</certFile><passPhrase/><keyFile>" + pem + "</keyFile><CACertFile>" + pem +
+         "</CACertFile></SSLInfo>\n"
+         "<ConnectionInfo><url>" +
+         url +
+         "</url><timeout>60</timeout></ConnectionInfo>\n"
+         "<LoginInfo><localTicket>true</localTicket><userName>root</userName>"
+         "<password></password></LoginInfo>\n"
+         "<LogInfo><level>error</level></LogInfo>\n"
+         "</Config>\n";
+}
+
+std::string Simulator::ConfigFile() const {
+  const std::string path = folder.path + "/config.xml";
+  std::ofstream(path) << Config();
+  return path;
+}
+
+Json Simulator::Truth() {
+  return Ask("GET", "/control/inventory", "");
+}
+
+Json Simulator::Stats() {
+  return Ask("GET", "/control/stats", "");
+}
+
+Json Simulator::Control(const std::string& name, const Json& body) {
+  return Ask("POST", "/control/" + name, body.dump());
+}
+
+Json Simulator::Ask(const std::string& method, const std::string& path, const std::string& body) {
+  httplib::Client client(host);
+  client.enable_server_certificate_verification(false);
+  const auto answer = method == "GET" ? client.Get(path.c_str())
+                                      : client.Post(path.c_str(), body, "application/json");
+  if (!answer) throw std::runtime_error(path + ": " + httplib::to_string(answer.error()));
+  if (answer->status != 200) throw std::runtime_error(path + ": " + answer->body);
+  return answer->body.empty() ? Json() : Json::parse(answer->body);
+}
+
+}  // namespace endtoend

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+//
+// The simulated management daemon as a process of its own, and its controls.
+#ifndef KECPP_TESTS_ENDTOEND_SIMULATOR_H
+#define KECPP_TESTS_ENDTOEND_SIMULATOR_H
+
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "endtoend/ChildProcess.h"
+
+namespace endtoend {
+
+using Json = nlohmann::json;
+
+class Simulator {
+ public:
+  // Starts it on a free port with these options besides and waits until it listens.
+  explicit Simulator(const std::vector<std::string>& options);
+
+  // The configuration document that leads an agent to it.
+  std::string Config() const;
+  // The same in a file, for programs that take a path.
+  std::string ConfigFile() const;
+
+  // The inventory as it is now, in the form in which kecpp-inventory prints it.
+  Json Truth();
+
+  // Asks one of the controls: "POST /control/<name>" with `body`. Throws when it refuses.
+  Json Control(const std::string& name, const Json& body = Json::object());
+  Json Stats();
+
+ private:
+  Json Ask(const std::string& method, const std::string& path, const std::string& body);
+
+  TemporaryFolder folder;
+  std::unique_ptr<ChildProcess> process;
+  std::string url;   // of the service
+  std::string host;  // of the controls: scheme, address and port
+};
+
+}  // namespace endtoend
+
+#endif
