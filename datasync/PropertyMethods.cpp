@@ -113,8 +113,8 @@ void KEDataSyncImpl::PropMethodToCache() {
     applied = true;
   }
   ReleaseMethodWaiters();
-  // Update sets tell of changes; without a filter there are none, and the answers stand for them.
-  if (applied && !HasFilters()) state->NoteApplied();
+  // Counted besides the update set that they follow: who read after that set reads again.
+  if (applied) state->NoteApplied();
 }
 
 void KEDataSyncImpl::ApplyMethodAnswer(MethodCall& call, KEString& response) {
