@@ -63,17 +63,18 @@ TEST(Concurrency, ReadersSeeWholeChangesWhileFiltersComeAndGo) {
 TEST(Concurrency, BlockedThreadsAreLetGoWhenTheInstanceIsFreed) {
   Simulator simulator({});
   LibraryAgent agent(simulator.Config());
+  KE::Service::KEDataSync& sync = agent.Sync();
   KELib::KEString response;
   agent.Connection().Method().Invoke(KE::Service::targetNamespace, "StartTask", "VirtualMachine",
                                      "hang", response);
   const int filters = simulator.Stats()["filters"];
   auto task = std::async(std::launch::async, [&] {
     std::unique_ptr<KELib::KEWaiter> waiter(KELib::CreateKEWaiter());
-    return agent.Sync().WaitForTask(response, waiter.get());
+    return sync.WaitForTask(response, waiter.get());
   });
   auto change = std::async(std::launch::async, [&] {
     unsigned long long seen = 1u << 30;
-    return agent.Sync().WaitForChange(seen, 0);
+    return sync.WaitForChange(seen, 0);
   });
   ASSERT_TRUE(Eventually([&] { return simulator.Stats()["filters"] > filters; }));
   agent.Disconnect();
