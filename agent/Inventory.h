@@ -8,7 +8,6 @@
 
 #include <optional>
 #include <string>
-#include <tuple>
 #include <vector>
 
 namespace inventory {
@@ -42,11 +41,6 @@ struct Privilege {
   std::string instanceID;  // the key
   std::string elementName;
   std::vector<std::string> roles;  // keys
-
-  bool operator==(const Privilege& other) const {
-    return std::tie(instanceID, elementName, roles) ==
-           std::tie(other.instanceID, other.elementName, other.roles);
-  }
 };
 
 struct Role {
@@ -57,21 +51,11 @@ struct Role {
   std::string roleType;
   std::vector<std::string> privileges;  // keys
   std::vector<std::string> identities;  // keys
-
-  bool operator==(const Role& other) const {
-    return std::tie(name, elementName, caption, description, roleType, privileges, identities) ==
-           std::tie(other.name, other.elementName, other.caption, other.description, other.roleType,
-                    other.privileges, other.identities);
-  }
 };
 
 struct Identity {
   std::string instanceID;          // the key
   std::vector<std::string> roles;  // keys
-
-  bool operator==(const Identity& other) const {
-    return std::tie(instanceID, roles) == std::tie(other.instanceID, other.roles);
-  }
 };
 
 struct ComputerSystems {
@@ -83,11 +67,6 @@ struct Authorization {
   std::vector<Privilege> privileges;
   std::vector<Role> roles;
   std::vector<Identity> identities;
-
-  bool operator==(const Authorization& other) const {
-    return std::tie(privileges, roles, identities) ==
-           std::tie(other.privileges, other.roles, other.identities);
-  }
 };
 
 struct Inventory {

@@ -60,26 +60,14 @@ void InventoryRun::Settle() {
 }
 
 void InventoryRun::ReadAndShow() {
-  if (options.lists.Systems()) inventory.systems = ReadComputerSystems(connection->Cache());
-  if (options.lists.Authorization()) ReadChangedAuthorization();
-  view.Show(inventory);
+  Inventory now;
+  if (options.lists.Systems()) now.systems = ReadComputerSystems(connection->Cache());
+  if (options.lists.Authorization()) now.authorization = ReadAuthorization(connection->Cache());
+  view.Show(now);
 }
 
-bool InventoryRun::ReadChangedAuthorization() {
-  Authorization now = ReadAuthorization(connection->Cache());
-  if (now == inventory.authorization) return false;
-  inventory.authorization = std::move(now);
-  return true;
-}
-
-// Who holds which role comes from a method that is called between the update sets, so it is looked
-// at also when no set was applied.
 void InventoryRun::ShowNextChange() {
-  if (connection->Sync().WaitForChange(seen, end.Slice(WAIT_SLICE_MS))) {
-    ReadAndShow();
-  } else if (options.lists.Authorization() && ReadChangedAuthorization()) {
-    view.Show(inventory);
-  }
+  if (connection->Sync().WaitForChange(seen, end.Slice(WAIT_SLICE_MS))) ReadAndShow();
 }
 
 void InventoryRun::Reconnect(const std::string& reason) {

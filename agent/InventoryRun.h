@@ -33,7 +33,6 @@ class InventoryRun {
   void Connect();
   void Settle();
   void ReadAndShow();
-  bool ReadChangedAuthorization();
   void ShowNextChange();
   void Reconnect(const std::string& reason);
 
@@ -42,8 +41,7 @@ class InventoryRun {
   const EndOfRun& end;
   View view;
   std::unique_ptr<Connection> connection;
-  Inventory inventory;
-  unsigned long long seen = 0;  // update sets of this connection that `inventory` holds
+  unsigned long long seen = 0;  // changes of this connection that were shown
 };
 
 }  // namespace inventory
