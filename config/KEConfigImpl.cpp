@@ -11,7 +11,9 @@ namespace {
   throw NotImplementedException("NotImplementedException");
 }
 
-bool IsGiven(const char* text) { return text != nullptr && text[0] != '\0'; }
+bool IsGiven(const char* text) {
+  return text != nullptr && text[0] != '\0';
+}
 
 void RefuseToSet(const char* name, const char* value) {
   if (IsGiven(name) && IsGiven(value)) ThrowNotImplemented();
@@ -51,7 +53,9 @@ bool KEConfigImpl::FindParentConfigKey(const char* name) {
   return reader.FindElementTag(name);
 }
 
-bool KEConfigImpl::FindParentConfigKey(KEString& name) { return FindParentConfigKey(name.Cstr()); }
+bool KEConfigImpl::FindParentConfigKey(KEString& name) {
+  return FindParentConfigKey(name.Cstr());
+}
 
 bool KEConfigImpl::GetConfigValue(const char* key, KEString& value) {
   if (!IsGiven(key)) return false;
@@ -68,13 +72,21 @@ bool KEConfigImpl::GetConfigPair(KEString& key, KEString) {
   return true;
 }
 
-void KEConfigImpl::SetParentConfigKey(const char*) { ThrowNotImplemented(); }
-void KEConfigImpl::SetParentConfigKey(KEString&) { ThrowNotImplemented(); }
-void KEConfigImpl::SetConfigPair(const char* name, const char* value) { RefuseToSet(name, value); }
+void KEConfigImpl::SetParentConfigKey(const char*) {
+  ThrowNotImplemented();
+}
+void KEConfigImpl::SetParentConfigKey(KEString&) {
+  ThrowNotImplemented();
+}
+void KEConfigImpl::SetConfigPair(const char* name, const char* value) {
+  RefuseToSet(name, value);
+}
 void KEConfigImpl::SetConfigPair(KEString& name, KEString& value) {
   RefuseToSet(name.Cstr(), value.Cstr());
 }
-void KEConfigImpl::SetConfigValue(const char* name, const char* value) { RefuseToSet(name, value); }
+void KEConfigImpl::SetConfigValue(const char* name, const char* value) {
+  RefuseToSet(name, value);
+}
 void KEConfigImpl::SetConfigValue(KEString& name, KEString& value) {
   RefuseToSet(name.Cstr(), value.Cstr());
 }

@@ -33,8 +33,8 @@ class KECPP_API KEConfigSource {
   virtual KEString& Content() = 0;
 };
 
-// A new, loaded source that the caller owns; null when `defaultContent` is null or empty. The default
-// document is borrowed and outlives the source.
+// A new, loaded source that the caller owns; null when `defaultContent` is null or empty. The
+// default document is borrowed and outlives the source.
 KECPP_API KEConfigSource* CreateConfigSource(KEString& source, const char* defaultContent);
 
 }  // namespace KELib

@@ -53,8 +53,12 @@ void KEConfigSourceImpl::UseDefault() {
   sourcePath = DEFAULT_CONFIG;
 }
 
-KEString& KEConfigSourceImpl::GetSourcePath() { return sourcePath.Empty() ? content : sourcePath; }
+KEString& KEConfigSourceImpl::GetSourcePath() {
+  return sourcePath.Empty() ? content : sourcePath;
+}
 
-KEString& KEConfigSourceImpl::Content() { return content; }
+KEString& KEConfigSourceImpl::Content() {
+  return content;
+}
 
 }  // namespace KELib

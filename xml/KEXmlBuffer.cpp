@@ -23,7 +23,9 @@ unsigned int LengthOf(const char* text) {
 
 KEXmlBuffer::KEXmlBuffer() : KEStringBuffer(BUFFER_GROW_SIZE) {}
 
-KEXmlBuffer::KEXmlBuffer(KEStringBuffer& text) { Transfer(text); }
+KEXmlBuffer::KEXmlBuffer(KEStringBuffer& text) {
+  Transfer(text);
+}
 
 void KEXmlBuffer::Clear() {
   KEStringBuffer::Clear();
@@ -95,7 +97,7 @@ void KEXmlBuffer::AddElementValue(const char* value) {
 }
 
 void KEXmlBuffer::EndAddElementTag(const char* name) {
-  Resize(LengthOf(name) + 3);
+  Resize(LengthOf(name) + 4);
   if (state.WasLastType(kValue) || state.WasLastType(kElementEnded)) {
     Append(END_TOKEN);
     Append(name);

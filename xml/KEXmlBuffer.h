@@ -3,8 +3,9 @@
 // Writes XML text in one forward pass, element by element.
 //
 // It keeps no stack: name the element again when closing it. Every element ends with a line feed,
-// nothing is indented, no prolog is written. Texts are written exactly as given: escape what needs it
-// (xml/XmlEscape.h). Nothing is thrown but std::bad_alloc; a wrong order of calls writes wrong XML.
+// nothing is indented, no prolog is written. Texts are written exactly as given: escape what needs
+// it (xml/XmlEscape.h). Nothing is thrown but std::bad_alloc; a wrong order of calls writes wrong
+// XML.
 //
 // Thread safety: none of its own.
 #ifndef KECPP_XML_KEXMLBUFFER_H

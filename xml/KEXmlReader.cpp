@@ -15,7 +15,13 @@ constexpr XmlTokenType kElementStart = 1, kElementName = 2, kInStartTag = 3, kAt
                        kStartTagClosed = 5, kEmptyElement = 6, kValue = 7, kEndTag = 10,
                        kElementEnded = 13;
 
-bool IsBlank(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }
+bool IsBlank(char c) {
+  return c == ' ' || c == '\n' || c == '\r' || c == '\t';
+}
+
+unsigned int LengthOf(const char* text) {
+  return static_cast<unsigned int>(std::strlen(text));
+}
 
 }  // namespace
 
@@ -56,9 +62,11 @@ void KEXmlReader::MoveTo(unsigned int p, XmlTokenType last) {
   if (pos < length) Classify();
 }
 
-// --- helpers ---------------------------------------------------------------------------------------
+// --- helpers ------------------------------------------------------------------------------------
 
-void KEXmlReader::CheckLimits() { ThrowExceptionOnLimits(input, length, pos); }
+void KEXmlReader::CheckLimits() {
+  ThrowExceptionOnLimits(input, length, pos);
+}
 
 // Behind an element's name a line end or a tab separates the attributes just as a blank does.
 void KEXmlReader::Classify() {
@@ -81,24 +89,48 @@ bool KEXmlReader::Search(const char* name, unsigned int& found) const {
   return true;
 }
 
-// The position of the next `c` at or behind the cursor.
-unsigned int KEXmlReader::Next(char c) const {
-  const void* at = std::memchr(input.Cstr() + pos, c, length - pos);
+// The position of the next `c` at or behind `from`.
+unsigned int KEXmlReader::Next(char c, unsigned int from) const {
+  const void* at = std::memchr(input.Cstr() + from, c, length - from);
   if (at == nullptr) ThrowXmlException(ERR_BAD_ELEM);
   return static_cast<unsigned int>(static_cast<const char*>(at) - input.Cstr());
 }
 
 // The ">" of the tag that the cursor stands in; one inside an attribute's value does not count.
-unsigned int KEXmlReader::TagEnd() const {
+bool KEXmlReader::FindTagEnd(unsigned int& found) const {
   for (unsigned int p = pos; p < length; ++p) {
     const char c = input.UnsafeAt(p);
-    if (c == '>') return p;
+    if (c == '>') {
+      found = p;
+      return true;
+    }
     if (c != '"' && c != '\'') continue;
     const void* quote = std::memchr(input.Cstr() + p + 1, c, length - p - 1);
-    if (quote == nullptr) break;
+    if (quote == nullptr) return false;
     p = static_cast<unsigned int>(static_cast<const char*>(quote) - input.Cstr());
   }
-  ThrowXmlException(ERR_BAD_ELEM);
+  return false;
+}
+
+// The class alone does not tell: an attribute whose name is not recognised has none.
+bool KEXmlReader::InStartTag() const {
+  return state.WasLastType(kElementName) || state.WasLastType(kAttribute) ||
+         state.IsExpectedTypeRange(kInStartTag, kEmptyElement);
+}
+
+// Moves behind the start tag that the cursor stands in.
+void KEXmlReader::PassStartTag() {
+  unsigned int close = 0;
+  if (!FindTagEnd(close)) ThrowXmlException(ERR_BAD_ELEM);
+  const bool empty = close > 0 && input.UnsafeAt(close - 1) == '/';
+  state.SetLastType(empty ? kEmptyElement : kStartTagClosed);
+  pos = close + 1;
+}
+
+void KEXmlReader::AppendSlice(unsigned int from, unsigned int to, KEString& out) const {
+  KEString piece;
+  piece.AssignExact(input.Cstr() + from, to - from);
+  out += piece;
 }
 
 void KEXmlReader::SkipBlanks() {
@@ -114,7 +146,7 @@ void KEXmlReader::EndElement(unsigned int p) {
   if (pos < length) Classify();
 }
 
-// --- questions -------------------------------------------------------------------------------------
+// --- questions ----------------------------------------------------------------------------------
 
 bool KEXmlReader::IsElementTag(const char* name) const {
   return state.IsExpectedType(kElementStart) && Matches(pos + 1, name);
@@ -133,8 +165,8 @@ bool KEXmlReader::IsValueCData() const {
 }
 
 bool KEXmlReader::HasComplexContent(const char*) const {
-  if (!state.WasLastType(kElementName) || length - pos < 2) return false;
-  unsigned int p = TagEnd();
+  unsigned int p = 0;
+  if (!state.WasLastType(kElementName) || !FindTagEnd(p)) return false;
   if (p > 0 && input.UnsafeAt(p - 1) == '/') return false;
   do {
     ++p;
@@ -142,13 +174,13 @@ bool KEXmlReader::HasComplexContent(const char*) const {
   return At(p) == '<' && At(p + 1) != '/' && !Matches(p, CDATA_START_ELEM);
 }
 
-// --- tags --------------------------------------------------------------------------------------------
+// --- tags ---------------------------------------------------------------------------------------
 
 bool KEXmlReader::FindElementTag(const char* name) {
   CheckLimits();
   unsigned int found = 0;
   if (!Search(name, found) || found == 0 || input.UnsafeAt(found - 1) != '<') return false;
-  pos = found + static_cast<unsigned int>(std::strlen(name));
+  pos = found + LengthOf(name);
   state.SetLastType(kElementName);
   Classify();
   return true;
@@ -157,7 +189,7 @@ bool KEXmlReader::FindElementTag(const char* name) {
 void KEXmlReader::SkipElementTag(const char* name) {
   CheckLimits();
   if (!IsElementTag(name)) return;
-  pos += 1 + static_cast<unsigned int>(std::strlen(name));
+  pos += 1 + LengthOf(name);
   state.SetLastType(kElementName);
   Classify();
   SkipBlanks();
@@ -165,49 +197,53 @@ void KEXmlReader::SkipElementTag(const char* name) {
 
 void KEXmlReader::GetElementTag(KEString& name) {
   CheckLimits();
-  if (At(pos) == '<') ++pos;
-  unsigned int p = pos;
+  const unsigned int start = At(pos) == '<' ? pos + 1 : pos;
+  unsigned int p = start;
   while (p < length && !IsBlank(At(p)) && At(p) != '/' && At(p) != '>') ++p;
   if (p >= length) ThrowXmlException(ERR_BAD_ELEM);
-  KEString found;
-  found.AssignExact(input.Cstr() + pos, p - pos);
-  name += found;
+  AppendSlice(start, p, name);
   pos = p;
   state.SetLastType(kElementName);
   Classify();
 }
 
 void KEXmlReader::SkipElementStartClose() {
-  if (!state.IsExpectedTypeRange(kInStartTag, kEmptyElement)) return;
   CheckLimits();
-  pos = TagEnd();
-  const bool empty = pos > 0 && input.UnsafeAt(pos - 1) == '/';
-  state.SetLastType(empty ? kEmptyElement : kStartTagClosed);
-  ++pos;
+  CloseStartTag();
+}
+
+void KEXmlReader::CloseStartTag() {
+  if (!InStartTag()) return;
+  PassStartTag();
   SkipBlanks();
   if (pos < length) Classify();
 }
 
 void KEXmlReader::SkipElementEndTag(const char* name) {
-  if (At(pos) != '<' || At(pos + 1) != '/') return;
   CheckLimits();
+  PassEndTag(name);
+}
+
+void KEXmlReader::PassEndTag(const char* name) {
+  if (At(pos) != '<' || At(pos + 1) != '/') return;
   if (strict && !Matches(pos + 2, name)) ThrowXmlException(ERR_BAD_ELEM);
-  EndElement(Next('>') + 1);
+  EndElement(Next('>', pos) + 1);
 }
 
 bool KEXmlReader::FindAndSkipElementEndTag(const char* name) {
   CheckLimits();
   unsigned int found = 0;
   if (!Search(name, found) || found == 0 || input.UnsafeAt(found - 1) != '/') return false;
-  pos = found + static_cast<unsigned int>(std::strlen(name));
-  EndElement(Next('>') + 1);
+  pos = found + LengthOf(name);
+  EndElement(Next('>', pos) + 1);
   return true;
 }
 
-// --- attributes --------------------------------------------------------------------------------------
+// --- attributes ---------------------------------------------------------------------------------
 
 void KEXmlReader::GetAttributeNameAndValue(KEString& name, KEString& value) {
-  if (!state.WasLastType(kElementName) && !state.WasLastType(kAttribute)) return;
+  const bool inside = state.WasLastType(kElementName) || state.WasLastType(kAttribute);
+  if (!inside && !input.Empty()) return;
   CheckLimits();
   const bool more = state.IsExpectedType(kInStartTag);
   SkipBlanks();
@@ -216,6 +252,7 @@ void KEXmlReader::GetAttributeNameAndValue(KEString& name, KEString& value) {
   } else if (IsAlphaNum(At(pos))) {
     ReadAttribute(name, value);
   }
+  if (pos < length) Classify();
 }
 
 void KEXmlReader::LeaveStartTag() {
@@ -224,10 +261,8 @@ void KEXmlReader::LeaveStartTag() {
     pos += 2;
     state.SetLastType(kEmptyElement);
   } else {
-    pos = TagEnd() + 1;
-    state.SetLastType(kStartTagClosed);
+    PassStartTag();
   }
-  if (pos < length) Classify();
 }
 
 void KEXmlReader::ReadAttribute(KEString& name, KEString& value) {
@@ -244,13 +279,12 @@ void KEXmlReader::ReadAttribute(KEString& name, KEString& value) {
   const char quote = At(pos);
   if (quote != '"' && quote != '\'') ThrowXmlException(ERR_BAD_ELEM);
   const unsigned int valueStart = ++pos;
-  pos = Next(quote);
+  pos = Next(quote, pos);
   name.AssignExact(input.Cstr() + nameStart, nameEnd - nameStart);
   value.AssignExact(input.Cstr() + valueStart, pos - valueStart);
   ++pos;
   SkipBlanks();
   state.SetLastType(kAttribute);
-  if (pos < length) Classify();
 }
 
 void KEXmlReader::GetElementAttributeNameAndValue(const char* elementName, KEString& name,
@@ -258,31 +292,28 @@ void KEXmlReader::GetElementAttributeNameAndValue(const char* elementName, KEStr
   if (FindElementTag(elementName)) GetAttributeNameAndValue(name, value);
 }
 
-// --- values --------------------------------------------------------------------------------------------
+// --- values -------------------------------------------------------------------------------------
 
 void KEXmlReader::GetElementValue(const char* elementName, KEString& value) {
   value.Clear();
-  SkipElementStartClose();
+  if (!state.WasLastType(kEmptyElement)) CheckLimits();
+  CloseStartTag();
   if (state.WasLastType(kEmptyElement)) {
     EndElement(pos);
     return;
   }
   SkipBlanks();
   CheckLimits();
-  if (At(pos) == '<' && At(pos + 1) == '/') {
-    SkipElementEndTag(elementName);
-    return;
-  }
   if (Matches(pos, CDATA_START_ELEM)) {
     GetCDataValue(elementName, value);
   } else if (At(pos) != '<') {
-    const unsigned int stop = Next('<');
+    const unsigned int stop = Next('<', pos);
     value.AssignExact(input.Cstr() + pos, stop - pos);
     pos = stop;
     state.SetLastType(kValue);
     Classify();
   }
-  SkipElementEndTag(elementName);
+  PassEndTag(elementName);
 }
 
 bool KEXmlReader::GetNamedElementValue(const char* elementName, KEString& value) {
@@ -293,13 +324,13 @@ bool KEXmlReader::GetNamedElementValue(const char* elementName, KEString& value)
 
 void KEXmlReader::GetCDataValue(const char* elementName, KEString& value) {
   CheckLimits();
-  const unsigned int marker = static_cast<unsigned int>(std::strlen(CDATA_START_ELEM));
+  const unsigned int marker = LengthOf(CDATA_START_ELEM);
   if (length - pos < marker) ThrowXmlException(ERR_BAD_CDATA);
   const unsigned int start = pos + marker;
   pos = start;
   unsigned int stop = 0, behind = 0;
   if (Search(CDATA_END_ELEM, stop)) {
-    behind = stop + static_cast<unsigned int>(std::strlen(CDATA_END_ELEM));
+    behind = stop + LengthOf(CDATA_END_ELEM);
   } else if (strict) {
     ThrowXmlException(ERR_BAD_CDATA);
   } else if (Search(elementName, stop)) {
@@ -314,25 +345,26 @@ void KEXmlReader::GetCDataValue(const char* elementName, KEString& value) {
   if (pos < length) Classify();
 }
 
+// The tag may have been left already, by asking for one attribute more than it has.
 void KEXmlReader::GetElementContent(const char* elementName, KEString& content) {
   content.Clear();
-  if (pos > 0 && state.WasLastType(kEmptyElement)) {
+  if (!state.WasLastType(kEmptyElement)) CheckLimits();
+  if (InStartTag()) PassStartTag();
+  if (state.WasLastType(kEmptyElement)) {
     EndElement(pos);
     return;
   }
-  const XmlSlice name{elementName, static_cast<unsigned int>(std::strlen(elementName))};
+  const unsigned int size = elementName != nullptr ? LengthOf(elementName) : 0;
+  const unsigned int start = pos;
+  state.SetLastType(kStartTagClosed);
   KEXmlCursor cursor(*this);
-  if (cursor.Enter()) {
-    const char* start = cursor.Position();
-    cursor.LeaveContent(name);
-    content.AssignExact(start, static_cast<unsigned int>(cursor.Position() - start));
-    XmlSlice ended;
-    cursor.PassEndTag(ended);
-  }
-  EndElement(static_cast<unsigned int>(cursor.Position() - input.Cstr()));
+  cursor.LeaveContent({elementName, size});
+  const unsigned int stop = static_cast<unsigned int>(cursor.Position() - input.Cstr());
+  content.AssignExact(input.Cstr() + start, stop - start);
+  EndElement(Next('>', stop) + 1);
 }
 
-// --- characters ----------------------------------------------------------------------------------------
+// --- characters ---------------------------------------------------------------------------------
 
 void KEXmlReader::SkipLineEndings() {
   CheckLimits();
@@ -346,42 +378,14 @@ void KEXmlReader::SkipChar(char c) {
 
 void KEXmlReader::SkipTillChar(char c) {
   CheckLimits();
-  pos = Next(c);
+  pos = Next(c, pos);
 }
 
 void KEXmlReader::GetStringUptilChar(char c, KEString& out) {
   CheckLimits();
-  const unsigned int stop = Next(c);
-  KEString found;
-  found.AssignExact(input.Cstr() + pos, stop - pos);
-  out += found;
+  const unsigned int stop = Next(c, pos);
+  AppendSlice(pos, stop, out);
   pos = stop;
-}
-
-// --- searching backwards -------------------------------------------------------------------------------
-
-bool GetPrevElementEndTag(KEString& text, unsigned int& pos, KEString& name) {
-  const unsigned int length = text.Length();
-  const char* const start = text.Cstr();
-  for (unsigned int p = pos < length ? pos : length; p-- > 0;) {
-    if (start[p] != '<' || start[p + 1] != '/') continue;
-    const std::size_t size = std::strcspn(start + p + 2, " \t\r\n>");
-    name.AssignExact(start + p + 2, static_cast<unsigned int>(size));
-    pos = p;
-    return true;
-  }
-  return false;
-}
-
-bool BackupToElementEndTag(const char* name, KEString& text, unsigned int& pos) {
-  KEString found;
-  unsigned int p = pos;
-  while (GetPrevElementEndTag(text, p, found)) {
-    if (!found.Equals(name)) continue;
-    pos = p;
-    return true;
-  }
-  return false;
 }
 
 }  // namespace KELib::Xml

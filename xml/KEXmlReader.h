@@ -16,6 +16,7 @@
 
 #include "foundation/KEExport.h"
 #include "foundation/KEString.h"
+#include "xml/XmlEndTags.h"
 #include "xml/XmlTokenState.h"
 
 namespace KELib::Xml {
@@ -25,8 +26,8 @@ class KECPP_API KEXmlReader {
   KEXmlReader() = default;
 
   // With `copy` false, and in the second form, the text is taken over: the argument is left empty.
-  KEXmlReader(KEString& text, bool copy, unsigned int startPos = 0);
-  explicit KEXmlReader(KEString& text, unsigned int startPos = 0);
+  KEXmlReader(KEString& text, bool copy, unsigned int startPos);
+  KEXmlReader(KEString& text, unsigned int startPos);
 
   // Replaces the input; the cursor stands at its start.
   void SetInput(KEString& text, bool copy);
@@ -46,7 +47,7 @@ class KECPP_API KEXmlReader {
   unsigned int Pos() const { return pos; }
   const XmlTokenState& State() const { return state; }
 
-  // --- questions at the cursor, which does not move ------------------------------------------------
+  // --- questions at the cursor, which does not move ---------------------------------------------
 
   bool IsElementTag(const char* name) const;
   bool IsElementEndTag(const char* name) const;
@@ -54,7 +55,7 @@ class KECPP_API KEXmlReader {
   bool IsValueCData() const;
   bool HasComplexContent(const char* name) const;
 
-  // --- movements -----------------------------------------------------------------------------------
+  // --- movements --------------------------------------------------------------------------------
 
   // Moves behind the name of the next start tag `name`. Only the first occurrence of the name is
   // looked at: where it is no start tag the search fails and the cursor stays.
@@ -67,17 +68,19 @@ class KECPP_API KEXmlReader {
   void GetElementTag(KEString& name);
 
   // Takes the next attribute of the start tag that the cursor stands in; leaves the tag when there
-  // is none. Outside a start tag nothing happens.
+  // is none, or none that is recognised. Outside a start tag nothing happens.
   void GetAttributeNameAndValue(KEString& name, KEString& value);
   void GetElementAttributeNameAndValue(const char* elementName, KEString& name, KEString& value);
 
-  // Takes the element's text, without leading line ends and blanks, and passes its end tag.
+  // Takes the element's text up to the next markup, or its section, without leading line ends and
+  // blanks, and passes the end tag if it follows.
   void GetElementValue(const char* elementName, KEString& value);
   bool GetNamedElementValue(const char* elementName, KEString& value);
   void GetCDataValue(const char* elementName, KEString& value);
 
-  // Takes everything between the start tag that the cursor stands in and its end tag, unchanged, and
-  // passes the end tag.
+  // Takes everything between the element's start tag, in which or right behind which the cursor
+  // stands, and its end tag, unchanged, and passes the end tag. Here `elementName` is the whole
+  // name.
   void GetElementContent(const char* elementName, KEString& content);
 
   void SkipElementStartClose();
@@ -85,8 +88,8 @@ class KECPP_API KEXmlReader {
   bool FindAndSkipElementEndTag(const char* name);
   void SkipLineEndings();
   void SkipChar(char c);
-  void SkipTillChar(char c);
-  void GetStringUptilChar(char c, KEString& out);  // appends
+  void SkipTillChar(char c);                       // throws where there is none
+  void GetStringUptilChar(char c, KEString& out);  // likewise; appends
 
   // For the library's own walker: sets the cursor (at most to the end) and the last token type.
   void MoveTo(unsigned int p, XmlTokenType last);
@@ -95,12 +98,17 @@ class KECPP_API KEXmlReader {
   char At(unsigned int p) const { return p < length ? input.UnsafeAt(p) : '\0'; }
   bool Matches(unsigned int p, const char* name) const;
   bool Search(const char* name, unsigned int& found) const;
-  unsigned int Next(char c) const;
-  unsigned int TagEnd() const;
+  unsigned int Next(char c, unsigned int from) const;
+  bool FindTagEnd(unsigned int& found) const;
+  void AppendSlice(unsigned int from, unsigned int to, KEString& out) const;
   void CheckLimits();
   void Classify();
   void SkipBlanks();
   void EndElement(unsigned int p);
+  bool InStartTag() const;
+  void PassStartTag();
+  void CloseStartTag();
+  void PassEndTag(const char* name);
   void LeaveStartTag();
   void ReadAttribute(KEString& name, KEString& value);
 
@@ -110,13 +118,6 @@ class KECPP_API KEXmlReader {
   XmlTokenState state;
   bool strict = false;
 };
-
-// Searches backwards from `pos` for an end tag. On success `pos` is the position of its "<" and
-// `name` its name; otherwise both stay.
-KECPP_API bool GetPrevElementEndTag(KEString& text, unsigned int& pos, KEString& name);
-
-// The same for the end tag of one name.
-KECPP_API bool BackupToElementEndTag(const char* name, KEString& text, unsigned int& pos);
 
 }  // namespace KELib::Xml
 

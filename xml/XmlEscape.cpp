@@ -52,9 +52,7 @@ Entity EntityAt(const char* at) {
 }
 
 void AppendUtf8(KEStringBuffer& out, unsigned long c) {
-  const auto tail = [&](int shift) {
-    out.Append(static_cast<char>(0x80 | ((c >> shift) & 0x3F)));
-  };
+  const auto tail = [&](int shift) { out.Append(static_cast<char>(0x80 | ((c >> shift) & 0x3F))); };
   if (c < 0x80) {
     out.Append(static_cast<char>(c));
   } else if (c < 0x800) {
@@ -91,9 +89,13 @@ void Escape(const char* text, KEString& out, bool keepEntities) {
 
 }  // namespace
 
-void EscapeText(const char* raw, KEString& out) { Escape(raw, out, false); }
+void EscapeText(const char* raw, KEString& out) {
+  Escape(raw, out, false);
+}
 
-void EscapeStray(const char* xmlText, KEString& out) { Escape(xmlText, out, true); }
+void EscapeStray(const char* xmlText, KEString& out) {
+  Escape(xmlText, out, true);
+}
 
 void DecodeEntities(const char* xmlText, KEString& out) {
   KEStringBuffer decoded(0);

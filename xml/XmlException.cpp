@@ -5,9 +5,13 @@ namespace KELib::Xml {
 
 XmlException::~XmlException() = default;
 
-void ThrowXmlException(const char* text) { throw XmlException(text); }
+void ThrowXmlException(const char* text) {
+  throw XmlException(text);
+}
 
-void ThrowXmlException(KEString& text) { throw XmlException(text.Str(), text.Length()); }
+void ThrowXmlException(KEString& text) {
+  throw XmlException(text.Str(), text.Length());
+}
 
 void ThrowXmlException(KEString& text, const char* appended) {
   ThrowXmlException(text.Cstr(), appended);

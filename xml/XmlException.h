@@ -16,14 +16,15 @@ class KECPP_API XmlException : public Exception {
   ~XmlException() override;
 };
 
-// Throw XmlException: with a fixed text (borrowed), with a copy of a text, or with two texts joined.
+// Throw XmlException: with a fixed text (borrowed), with a copy of a text, or with two texts
+// joined.
 [[noreturn]] KECPP_API void ThrowXmlException(const char* text);
 [[noreturn]] KECPP_API void ThrowXmlException(KEString& text);
 [[noreturn]] KECPP_API void ThrowXmlException(KEString& text, const char* appended);
 [[noreturn]] KECPP_API void ThrowXmlException(const char* text, const char* appended);
 
-// Throws XmlException for an empty input, for a position of NPos and for one at which fewer than two
-// characters are left.
+// Throws XmlException for an empty input, for a position of NPos and for one at which fewer than
+// two characters are left.
 KECPP_API void ThrowExceptionOnLimits(KEString& input, unsigned int length, unsigned int pos);
 
 }  // namespace KELib::Xml

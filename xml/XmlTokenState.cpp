@@ -9,7 +9,9 @@ bool IsAlphaNum(char c) {
 
 namespace {
 
-bool InContent(XmlTokenType last) { return last <= 5 || last == 13; }
+bool InContent(XmlTokenType last) {
+  return last <= 5 || last == 13;
+}
 
 // The class of a character behind a start tag's name, attribute or end; 0 when it is none of these.
 XmlTokenType InStartTag(XmlTokenType last, char c) {

@@ -8,10 +8,11 @@
 
 namespace KELib::Xml {
 
-// Last: 0 document start, 2 element name, 4 attribute, 5 start tag closed, 6 empty element, 7 value,
-// 13 element ended. Expected: 1 element start, 2 element name, 3 inside a start tag, 5 its end,
-// 6 end of an empty element, 7 value, 8 child element, 10 end tag, 11 its name, 12 its end,
-// 13 line feed, 14 carriage return.
+// Last: 0 document start, 2 element name, 4 attribute, 5 start tag closed, 6 empty element,
+// 7 value, 13 element ended.
+// Expected: 1 element start, 2 element name, 3 inside a start tag, 5 its end, 6 end of an empty
+// element, 7 value, 8 child element, 10 end tag, 11 its name, 12 its end, 13 line feed,
+// 14 carriage return.
 using XmlTokenType = int;
 
 // True for b to y, B to Y and 1 to 8 only: the outermost characters do not count.
