@@ -51,28 +51,28 @@ ZORBEL_HostedDependency* LinkOf(ZORBEL_VMComputerSystem* vm) {
   return dynamic_cast<ZORBEL_HostedDependency*>(vm->HostedDependencies->Get(0));
 }
 
-// Links a machine to a host to which it is not linked yet; an older link moves over.
+// Links a machine to a host to which it is not linked yet; an older link moves over. Everything
+// that can fail comes before the first change.
 void Link(ZORBEL_VMComputerSystem* vm, ZORBEL_ORXComputerSystem* host) {
   if (vm->HostedDependencies != nullptr && vm->HostedDependencies->Count() == 0) {
     throw KELib::IndexOutOfBoundsException("IndexOutOfBoundsException");
   }
-  ZORBEL_HostedDependency* link = LinkOf(vm);
   std::unique_ptr<ZORBEL_HostedDependency> made;
+  ZORBEL_HostedDependency* link = LinkOf(vm);
   if (link == nullptr) {
     made.reset(KE::Stub::CreateZORBEL_HostedDependency());
     link = made.get();
   }
   if (vm->HostedDependencies == nullptr) {
-    auto slot = std::make_unique<KE::Stub::AssocVector>(1);
-    slot->Add(nullptr);
-    vm->HostedDependencies = std::move(slot);
+    auto slots = std::make_unique<KE::Stub::AssocVector>(2);  // a vector keeps one slot to spare
+    slots->Add(nullptr);
+    vm->HostedDependencies = std::move(slots);
   }
-  KE::Stub::Prepare(host->HostedDependencies, 2);
-  host->HostedDependencies->Add(link);  // the last step that can fail
-  if (link->Antecedent != nullptr) {
-    KE::Stub::TakeOut(link->Antecedent->HostedDependencies, link, link->originIndex);
-  }
-  link->originIndex = host->HostedDependencies->Count() - 1;
+  ZORBEL_ORXComputerSystem* oldHost = link->Antecedent;
+  KE::Stub::AssocVector* oldList = oldHost != nullptr ? oldHost->HostedDependencies.get() : nullptr;
+  const unsigned int oldPlace = oldList != nullptr ? KE::Stub::PlaceInOrigin(*oldList, link) : 0;
+  KE::Stub::AppendToOrigin(host->HostedDependencies, link);
+  if (oldList != nullptr && oldPlace < oldList->Count()) oldList->RemoveAt(oldPlace);
   link->Antecedent = host;
   link->Dependent = vm;
   KELib::Stub::KEAssocStubBase*& slot = vm->HostedDependencies->Get(0);

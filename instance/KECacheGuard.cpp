@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "instance/KECacheGuard.h"
 
+#include <algorithm>
+
 #include "instance/KETypeCache.h"
 #include "stub/classes/ClassNames.h"
 
@@ -8,9 +10,28 @@ namespace KE::Instance {
 
 using KELib::KEString;
 
+namespace {
+
+// The types whose stubs are linked with each other, in lock order. They are read through pointers,
+// since the names are defined elsewhere.
+using TypeNames = std::initializer_list<const char* const*>;
+constexpr TypeNames kComputerSystems = {&KE::Stub::ZORBEL_VMComputerSystemClass,
+                                        &KE::Stub::ZORBEL_ORXComputerSystemClass};
+constexpr TypeNames kAuthorization = {&KE::Stub::Zorbel_RoleClass, &KE::Stub::Zorbel_PrivilegeClass,
+                                      &KE::Stub::Zorbel_IdentityClass};
+
+bool IsOneOf(const KEString& typeName, TypeNames names) {
+  return std::any_of(names.begin(), names.end(),
+                     [&](const char* const* name) { return typeName.Equals(*name); });
+}
+
+}  // namespace
+
 KECacheGuard::KECacheGuard(KETypeCache* cache) : typeCache(cache) {}
 
-KECacheGuard::~KECacheGuard() { Unlock(); }
+KECacheGuard::~KECacheGuard() {
+  Unlock();
+}
 
 void KECacheGuard::LockFor(KEString& objectType) {
   if (objectType.Equals("VirtualMachine") || objectType.Equals("HostSystem")) {
@@ -23,29 +44,40 @@ void KECacheGuard::LockFor(KEString& objectType) {
 }
 
 void KECacheGuard::LockAuthorization() {
-  LockTypes({KE::Stub::Zorbel_RoleClass, KE::Stub::Zorbel_PrivilegeClass,
-             KE::Stub::Zorbel_IdentityClass});
+  LockTypes(kAuthorization);
 }
 
 void KECacheGuard::LockComputerSystems() {
-  LockTypes({KE::Stub::ZORBEL_VMComputerSystemClass, KE::Stub::ZORBEL_ORXComputerSystemClass});
+  LockTypes(kComputerSystems);
 }
 
-void KECacheGuard::LockTasks() { LockTypes({KE::Stub::TaskInfoClass}); }
+void KECacheGuard::LockTasks() {
+  LockTypes({&KE::Stub::TaskInfoClass});
+}
 
 void KECacheGuard::LockAll() {
-  for (KEDataCache* cache : typeCache->InLockOrder()) LockOne(cache);
+  for (KEDataCache* cache : typeCache->InLockOrder()) Lock(cache);
 }
 
-void KECacheGuard::LockTypes(std::initializer_list<const char*> names) {
-  taken.reserve(taken.size() + names.size());
-  for (const char* name : names) {
-    KEString type(name);
-    LockOne(typeCache->GetDataCache(type));
+void KECacheGuard::LockLinked(KEString& typeName) {
+  if (IsOneOf(typeName, kComputerSystems)) {
+    LockComputerSystems();
+  } else if (IsOneOf(typeName, kAuthorization)) {
+    LockAuthorization();
+  } else {
+    Lock(typeCache->GetDataCache(typeName));
   }
 }
 
-void KECacheGuard::LockOne(KEDataCache* cache) {
+void KECacheGuard::LockTypes(std::initializer_list<const char* const*> names) {
+  taken.reserve(taken.size() + names.size());
+  for (const char* const* name : names) {
+    KEString type(*name);
+    Lock(typeCache->GetDataCache(type));
+  }
+}
+
+void KECacheGuard::Lock(KEDataCache* cache) {
   if (cache == nullptr || cache->GetMutex()->IsLocked()) return;
   taken.push_back(nullptr);  // room first: a mutex that is taken must be remembered
   cache->GetMutex()->Lock();

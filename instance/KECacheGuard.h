@@ -3,8 +3,8 @@
 // Holds the mutexes of data caches while one object's changes are applied, so that readers see the
 // object either before or after them.
 //
-// Takes them in the one order that all users follow (KEDataCache.h), and leaves alone those that the
-// calling thread holds already. Types without a data cache are passed over.
+// Takes them in the one order that all users follow (KEDataCache.h), and leaves alone those that
+// the calling thread holds already. Types without a data cache are passed over.
 //
 // Thread safety: a guard belongs to the thread that made it. Ownership: borrows the type cache.
 #ifndef KECPP_INSTANCE_KECACHEGUARD_H
@@ -38,13 +38,18 @@ class KECPP_API KECacheGuard {
   void LockTasks();
   void LockAll();  // every data cache
 
+  // The data cache of a type and those whose stubs its stubs are linked to: what deleting needs.
+  void LockLinked(KELib::KEString& typeName);
+
+  // One data cache, null allowed. Several are locked in order.
+  // Outside the analysis: how many mutexes a guard takes is known at run time only.
+  void Lock(KEDataCache* cache) KECPP_NO_THREAD_SAFETY_ANALYSIS;
+
   // Gives up what this guard took.
   void Unlock() KECPP_NO_THREAD_SAFETY_ANALYSIS;
 
  private:
-  void LockTypes(std::initializer_list<const char*> names);
-  // Outside the analysis: how many mutexes it takes is known at run time only.
-  void LockOne(KEDataCache* cache) KECPP_NO_THREAD_SAFETY_ANALYSIS;
+  void LockTypes(std::initializer_list<const char* const*> names);
 
   KETypeCache* typeCache;
   std::vector<KELib::KEMutex*> taken;

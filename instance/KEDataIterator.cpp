@@ -34,8 +34,12 @@ KEDataIterator::Entry*& KEDataIterator::operator*() {
   return entry;
 }
 
-KEDataIterator::Entry*& KEDataIterator::operator->() { return **this; }
+KEDataIterator::Entry*& KEDataIterator::operator->() {
+  return **this;
+}
 
-bool KEDataIterator::End() const { return position.End(); }
+bool KEDataIterator::End() const {
+  return position.End();
+}
 
 }  // namespace KE::Instance

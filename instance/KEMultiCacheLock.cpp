@@ -25,7 +25,9 @@ namespace KE::Instance {
 
 KEMultiCacheLock::KEMultiCacheLock() : names(2), locks(2) {}
 
-KEMultiCacheLock::~KEMultiCacheLock() { locks.Clear(); }
+KEMultiCacheLock::~KEMultiCacheLock() {
+  locks.Clear();
+}
 
 void KEMultiCacheLock::LockCache(KETypeCache* typeCache, KELib::KEString& typeName) {
   if (typeCache == nullptr || names.Index(typeName) > names.Count()) return;

@@ -3,8 +3,8 @@
 // Gathers the mutexes of several data caches by type name and gives them up together.
 //
 // LockCache takes a mutex only for a name that it has registered before, and registers only names
-// whose mutex it takes: an object that starts empty never takes any. This is how the class has always
-// behaved; real exclusion is KECacheGuard's work.
+// whose mutex it takes: an object that starts empty never takes any. This is how the class has
+// always behaved; real exclusion is KECacheGuard's work.
 //
 // Thread safety: belongs to the thread that made it.
 #ifndef KECPP_INSTANCE_KEMULTICACHELOCK_H

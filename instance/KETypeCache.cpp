@@ -33,19 +33,18 @@ int LockRank(const char* name) {
 KETypeCache::KETypeCache()
     : mutex(std::make_unique<KELib::KEMutex>()), mapLock(std::make_unique<std::shared_mutex>()) {}
 
-// In lock order, so that a stub's partners still exist when it is deleted: each stub takes itself
-// out of the lists of those that are left.
-KETypeCache::~KETypeCache() {
-  for (KEDataCache* cache : InLockOrder()) cache->ClearNoLock();
-}
+// The order does not matter: each stub takes itself out of the lists of those that are left.
+KETypeCache::~KETypeCache() = default;
 
-KELib::KEMutex* KETypeCache::GetMutex() { return mutex.get(); }
+KELib::KEMutex* KETypeCache::GetMutex() {
+  return mutex.get();
+}
 
 void KETypeCache::CreateDataCache(KEString& typeName) {
   const std::unique_lock<std::shared_mutex> lock(*mapLock);
   if (typeName.Empty() || map.Contains(typeName)) return;
-  const auto shell = std::find_if(shells.begin(), shells.end(),
-                                  [&](Shell& s) { return s.name.Equals(typeName); });
+  const auto shell =
+      std::find_if(shells.begin(), shells.end(), [&](Shell& s) { return s.name.Equals(typeName); });
   if (shell != shells.end()) {
     map.Insert(typeName, shell->cache.get());
     shell->cache.release();
@@ -63,7 +62,9 @@ KEDataCache* KETypeCache::GetDataCacheNoLock(KEString& typeName) {
   return found != nullptr ? *found : nullptr;
 }
 
-KEDataCache* KETypeCache::GetDataCache(KEString& typeName) { return GetDataCacheNoLock(typeName); }
+KEDataCache* KETypeCache::GetDataCache(KEString& typeName) {
+  return GetDataCacheNoLock(typeName);
+}
 
 KEDataIterator KETypeCache::DataIterator(KEString& typeName) {
   KEDataCache* cache = GetDataCache(typeName);
@@ -94,29 +95,26 @@ void KETypeCache::RemoveValNoLock(KEString& typeName, KEString& key) {
   Existing(typeName).RemoveValNoLock(key);
 }
 
-// --- deleting ----------------------------------------------------------------------------------------
+// --- deleting
+// ----------------------------------------------------------------------------------------
 
 void KETypeCache::DeleteDataCache(KEString& typeName) {
   KELib::KEMutexGuard guard(mutex.get());
   KEDataCache* cache = GetDataCache(typeName);
   if (cache == nullptr) return;
   KECacheGuard caches(this);
-  caches.LockAll();  // the stubs' partners may live in any of them
+  caches.LockLinked(typeName);
   cache->ClearNoLock();
   Unlink(typeName);
 }
 
 void KETypeCache::Clear() {
   KELib::KEMutexGuard guard(mutex.get());
+  std::vector<Named> all = ListInLockOrder();  // once: one that is made meanwhile is not locked
   KECacheGuard caches(this);
-  caches.LockAll();
-  for (KEDataCache* cache : InLockOrder()) cache->ClearNoLock();
-  std::vector<KEString> names;
-  {
-    const std::unique_lock<std::shared_mutex> lock(*mapLock);  // iterators register with the map
-    for (auto it = map.Begin(); !it.End(); ++it) names.push_back(it->key);
-  }
-  for (KEString& name : names) Unlink(name);
+  for (const Named& named : all) caches.Lock(named.cache);
+  for (const Named& named : all) named.cache->ClearNoLock();
+  for (Named& named : all) Unlink(named.name);
 }
 
 void KETypeCache::Unlink(KEString& typeName) {
@@ -131,20 +129,22 @@ void KETypeCache::Unlink(KEString& typeName) {
   map.Remove(typeName);
 }
 
-std::vector<KEDataCache*> KETypeCache::InLockOrder() {
-  struct Named {
-    const char* name;
-    KEDataCache* cache;
-  };
+std::vector<KETypeCache::Named> KETypeCache::ListInLockOrder() {
   std::vector<Named> all;
-  const std::unique_lock<std::shared_mutex> lock(*mapLock);  // iterators register with the map
-  for (auto it = map.Begin(); !it.End(); ++it) all.push_back({it->key.Cstr(), it->value});
+  {
+    const std::unique_lock<std::shared_mutex> lock(*mapLock);  // iterators register with the map
+    for (auto it = map.Begin(); !it.End(); ++it) all.push_back({it->key, it->value});
+  }
   std::sort(all.begin(), all.end(), [](const Named& a, const Named& b) {
-    const int left = LockRank(a.name), right = LockRank(b.name);
-    return left != right ? left < right : std::strcmp(a.name, b.name) < 0;
+    const int left = LockRank(a.name.Cstr()), right = LockRank(b.name.Cstr());
+    return left != right ? left < right : std::strcmp(a.name.Cstr(), b.name.Cstr()) < 0;
   });
+  return all;
+}
+
+std::vector<KEDataCache*> KETypeCache::InLockOrder() {
   std::vector<KEDataCache*> caches;
-  for (const Named& named : all) caches.push_back(named.cache);
+  for (const Named& named : ListInLockOrder()) caches.push_back(named.cache);
   return caches;
 }
 

@@ -3,10 +3,12 @@
 // The top of the instance store: the data caches, by type name.
 //
 // Thread safety: looking a data cache up and creating one may be done from any thread at any time.
-//   What is done with its stubs needs the data cache's mutex (KEDataCache). DeleteDataCache and Clear
-//   take the type cache's own mutex and then those of the data caches, and so wait for readers: call
-//   them while holding none of these, or all of the linked group.
-// Ownership: the type cache owns its data caches until it dies itself: one that was deleted lives on
+//   What is done with its stubs needs the data cache's mutex (KEDataCache). DeleteDataCache and
+//   Clear take the type cache's own mutex and then those of the data caches whose stubs are linked,
+//   and so wait for readers. Call them while holding no data cache's mutex: one that the calling
+//   thread holds is left alone, but another thread that deletes at the same time could wait for it.
+// Ownership: the type cache owns its data caches until it dies itself: one that was deleted lives
+// on
 //   as an empty shell, since a reader may still wait for its mutex.
 #ifndef KECPP_INSTANCE_KETYPECACHE_H
 #define KECPP_INSTANCE_KETYPECACHE_H
@@ -66,8 +68,14 @@ class KECPP_API KETypeCache : public KECache {
     std::unique_ptr<KEDataCache> cache;
   };
 
+  struct Named {
+    KELib::KEString name;
+    KEDataCache* cache;
+  };
+
   KEDataCache& Existing(KELib::KEString& typeName);
   void Unlink(KELib::KEString& typeName);
+  std::vector<Named> ListInLockOrder();
 
   KELib::KEHashmap<KELib::KEString, KEDataCache*> map;  // guarded by `mapLock`
   std::unique_ptr<KELib::KEMutex> mutex;

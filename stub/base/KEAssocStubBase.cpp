@@ -23,14 +23,30 @@ class BorrowedText {
 
 KEAssocStubBase::~KEAssocStubBase() = default;
 
-const char* KEAssocStubBase::GetOriginRole() { return ""; }
-const char* KEAssocStubBase::GetResultRole() { return ""; }
-const char* KEAssocStubBase::GetOriginClassName() { return ""; }
-const char* KEAssocStubBase::GetResultClassName() { return ""; }
-const char* KEAssocStubBase::GetKey(KEString&) { return ""; }
-bool KEAssocStubBase::KeyEquals(const char*, const char*) { return false; }
-KEStubBase* KEAssocStubBase::GetAssocInstance(KEString&) { return nullptr; }
-KEStubBase* KEAssocStubBase::GetAssocInstance(const char*) { return nullptr; }
+const char* KEAssocStubBase::GetOriginRole() {
+  return "";
+}
+const char* KEAssocStubBase::GetResultRole() {
+  return "";
+}
+const char* KEAssocStubBase::GetOriginClassName() {
+  return "";
+}
+const char* KEAssocStubBase::GetResultClassName() {
+  return "";
+}
+const char* KEAssocStubBase::GetKey(KEString&) {
+  return "";
+}
+bool KEAssocStubBase::KeyEquals(const char*, const char*) {
+  return false;
+}
+KEStubBase* KEAssocStubBase::GetAssocInstance(KEString&) {
+  return nullptr;
+}
+KEStubBase* KEAssocStubBase::GetAssocInstance(const char*) {
+  return nullptr;
+}
 
 const char* KEAssocStubBase::GetKey(const char* endClassName) {
   BorrowedText name(endClassName);

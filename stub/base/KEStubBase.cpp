@@ -7,8 +7,12 @@ namespace KELib::Stub {
 
 KEStubBase::~KEStubBase() = default;
 
-const char* KEStubBase::GetStubClassName() { return ""; }
+const char* KEStubBase::GetStubClassName() {
+  return "";
+}
 
-KEVectorIterator<KEAssocStubBase*> KEStubBase::GetAssocIterator(KEString&) { return {}; }
+KEVectorIterator<KEAssocStubBase*> KEStubBase::GetAssocIterator(KEString&) {
+  return {};
+}
 
 }  // namespace KELib::Stub

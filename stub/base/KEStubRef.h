@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A non-owning handle through which a cache hands out a stub. It never deletes its stub, and is valid
-// only while the mutex of the stub's cache is held.
+// A non-owning handle through which a cache hands out a stub. It never deletes its stub, and is
+// valid only while the mutex of the stub's cache is held.
 #ifndef KECPP_STUB_BASE_KESTUBREF_H
 #define KECPP_STUB_BASE_KESTUBREF_H
 

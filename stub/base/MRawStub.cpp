@@ -5,6 +5,8 @@ namespace KELib::Stub {
 
 MRawStub::~MRawStub() = default;
 
-KEStubBase* CreateRawStub() { return new MRawStub; }
+KEStubBase* CreateRawStub() {
+  return new MRawStub;
+}
 
 }  // namespace KELib::Stub

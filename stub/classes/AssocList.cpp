@@ -36,23 +36,17 @@ unsigned int PositionOf(AssocVector& list, KEAssocStubBase* link, unsigned int h
   return list.Index(link);
 }
 
-void Prepare(AssocList& list, unsigned int firstCapacity) {
-  if (list == nullptr) {
-    list = std::make_unique<AssocVector>(firstCapacity);
-  } else if (list->Count() + 1 >= list->Capacity() && IsMostlyEmpty(*list)) {
-    Pack(*list);
-  }
+bool Prepare(AssocList& list) {
+  if (list == nullptr) list = std::make_unique<AssocVector>(2);
+  const bool growsLong = list->Capacity() >= kLongList && list->Count() + 1 >= list->Capacity();
+  if (!growsLong || !IsMostlyEmpty(*list)) return false;
+  Pack(*list);
+  return true;
 }
 
-void TakeOut(AssocList& list, KEAssocStubBase* link, unsigned int hint) {
+void EmptyMemberSlot(AssocList& list, KEAssocStubBase* link) {
   if (list == nullptr) return;
-  const unsigned int position = PositionOf(*list, link, hint);
-  if (position < list->Count()) list->RemoveAt(position);
-}
-
-void EmptySlot(AssocList& list, KEAssocStubBase* link, unsigned int hint) {
-  if (list == nullptr) return;
-  const unsigned int position = PositionOf(*list, link, hint);
+  const unsigned int position = list->Index(link);
   if (position < list->Count()) list->Get(position) = nullptr;
 }
 

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
-// The one mechanism for the lists in which stubs hold their links. A link stands in the list of each
-// of its two ends; this keeps the two in step.
+// The one mechanism for the lists in which stubs hold their links. A link stands in the list of
+// each of its two ends, the origin (a host, a role) and the member (a machine, a privilege, an
+// identity); this keeps the two in step.
 //
-// Complexity: a link remembers its place in the origin's list, the one that grows long. Elements
-//   only ever move towards the front, so the search starts there and goes down. Dropping all members
-//   of a collection one by one is therefore linear, not quadratic.
+// Complexity: the origins' lists grow long, so a link remembers its place there (`originIndex`).
+//   Elements only ever move towards the front, so the search starts at that place and goes down;
+//   when it had to go far, the places are told anew. Filling a list, and dropping its members one
+//   by one in any order, are therefore linear.
+// Thread safety: none of its own; the caller holds the mutexes of both ends' caches.
 #ifndef KECPP_STUB_CLASSES_ASSOCLIST_H
 #define KECPP_STUB_CLASSES_ASSOCLIST_H
 
@@ -19,44 +22,84 @@ namespace KE::Stub {
 using AssocVector = KELib::KEVector<KELib::Stub::KEAssocStubBase*>;
 using AssocList = std::unique_ptr<AssocVector>;  // null until the first link
 
-// The position of `link` in `list`, at most `hint` if the hint is a position; the list's capacity
+// Lists of at least this capacity are packed instead of grown once half of their slots are empty.
+constexpr unsigned int kLongList = 1024;
+
+// The position of `link` in `list`, first looked for from `hint` downwards; the list's capacity
 // plus count when it is absent.
 unsigned int PositionOf(AssocVector& list, KELib::Stub::KEAssocStubBase* link, unsigned int hint);
 
-// Makes the list when there is none and gives it room for one more. A list that would grow although
-// half of its slots are empty is packed instead, so that months of coming and going members do not
-// make it longer and longer.
-void Prepare(AssocList& list, unsigned int firstCapacity);
+// Makes the list when there is none. A long list that would grow although most of its slots are
+// empty is packed, so that months of coming and going members do not make it longer and longer.
+// Returns whether elements have moved.
+bool Prepare(AssocList& list);
 
-// Appends a link and remembers its place if this is the origin's list.
+// Empties the slot of a link in its member's list, which keeps its length.
+void EmptyMemberSlot(AssocList& list, KELib::Stub::KEAssocStubBase* link);
+
+// Tells every link in an origin's list its place.
+template <typename Link>
+void TellPlaces(AssocVector& list) {
+  for (unsigned int i = 0; i < list.Count(); ++i) {
+    if (auto* link = dynamic_cast<Link*>(list[i])) link->originIndex = i;
+  }
+}
+
+// The position of a link in its origin's list; not below the list's count when it is absent.
+template <typename Link>
+unsigned int PlaceInOrigin(AssocVector& list, Link* link) {
+  constexpr unsigned int kFar = 256;
+  const unsigned int position = PositionOf(list, link, link->originIndex);
+  if (position < list.Count() && link->originIndex - position > kFar) TellPlaces<Link>(list);
+  return position;
+}
+
+// Appends a link to its origin's list. When it throws (std::bad_alloc) the link is not in it.
 template <typename Link>
 void AppendToOrigin(AssocList& list, Link* link) {
-  Prepare(list, 2);
+  if (Prepare(list)) TellPlaces<Link>(*list);
   list->Add(link);
   link->originIndex = list->Count() - 1;
 }
 
-// Takes a link out of a list; later elements move down. Nothing when it is not there.
-void TakeOut(AssocList& list, KELib::Stub::KEAssocStubBase* link, unsigned int hint);
+// Empties the slot of a link in its origin's list, which keeps its length.
+template <typename Link>
+void EmptyOriginSlot(AssocList& list, Link* link) {
+  if (list == nullptr) return;
+  const unsigned int position = PlaceInOrigin(*list, link);
+  if (position < list->Count()) list->Get(position) = nullptr;
+}
 
-// Empties the slot of a link in its partner's list, which keeps its length.
-void EmptySlot(AssocList& list, KELib::Stub::KEAssocStubBase* link, unsigned int hint);
-
-// Ends an end: deletes every link in its list, emptying the slots in the partners' lists first, and
-// the list. `partnerList` answers with the list of the other end; `isOriginList` tells whether that
-// is the list in which the link remembers its place.
-template <typename Link, typename PartnerList>
-void DropLinks(AssocList& own, bool isOriginList, PartnerList partnerList) {
+// Deletes every link in the list of an end that dies, and the list. `emptyPartnerSlot` is told each
+// link first.
+template <typename Link, typename EmptyPartnerSlot>
+void DropLinks(AssocList& own, EmptyPartnerSlot emptyPartnerSlot) {
   if (own == nullptr) return;
   const unsigned int count = own->Count();
   for (unsigned int i = 0; i < count; ++i) {
     auto* link = dynamic_cast<Link*>(own->Get(i));
     if (link == nullptr) continue;
-    EmptySlot(partnerList(*link), link, isOriginList ? link->originIndex : ~0U);
+    emptyPartnerSlot(link);
     own->Get(i) = nullptr;
     delete link;
   }
   own.reset();
+}
+
+// Ends an origin: deletes the links in its list, leaving empty slots in the lists of its members.
+template <typename Link, typename Member>
+void DropMembers(AssocList& own, Member* Link::*member, AssocList Member::*memberList) {
+  DropLinks<Link>(own, [&](Link* link) {
+    if (link->*member != nullptr) EmptyMemberSlot(link->*member->*memberList, link);
+  });
+}
+
+// Ends a member: deletes the links in its list, leaving empty slots in the lists of its origins.
+template <typename Link, typename Origin>
+void DropMemberships(AssocList& own, Origin* Link::*origin, AssocList Origin::*originList) {
+  DropLinks<Link>(own, [&](Link* link) {
+    if (link->*origin != nullptr) EmptyOriginSlot(link->*origin->*originList, link);
+  });
 }
 
 }  // namespace KE::Stub

@@ -7,7 +7,9 @@ namespace KE::Stub {
 
 ManagedObjectReference::~ManagedObjectReference() = default;
 
-KELib::Stub::KEStubBase* CreateManagedObjectReference() { return new ManagedObjectReference; }
+KELib::Stub::KEStubBase* CreateManagedObjectReference() {
+  return new ManagedObjectReference;
+}
 
 ManagedObjectReference* CreateManagedObjectReference(KELib::KEString& type,
                                                      KELib::KEString& value) {
@@ -17,6 +19,8 @@ ManagedObjectReference* CreateManagedObjectReference(KELib::KEString& type,
   return reference.release();
 }
 
-void DeleteManagedObjectReference(KELib::Stub::KEStubBase* r) { delete r; }
+void DeleteManagedObjectReference(KELib::Stub::KEStubBase* r) {
+  delete r;
+}
 
 }  // namespace KE::Stub

@@ -24,18 +24,38 @@ bool IsLinked(AssocList& memberList, const Zorbel_Role& role) {
   return false;
 }
 
+template <typename Link>
+void TakeOutOfMember(AssocList& memberList, Link* link) {
+  if (memberList == nullptr) return;
+  const unsigned int position = PositionOf(*memberList, link, memberList->Count());
+  if (position < memberList->Count()) memberList->RemoveAt(position);
+}
+
+// Moving everything down for each member of a long list would be quadratic over all of them: there
+// the slot is left empty, and filled by packing when the list would grow.
+template <typename Link>
+void TakeOutOfRole(AssocList& roleList, Link* link) {
+  if (roleList == nullptr) return;
+  if (roleList->Capacity() >= kLongList) {
+    EmptyOriginSlot(roleList, link);
+    return;
+  }
+  const unsigned int position = PlaceInOrigin(*roleList, link);
+  if (position < roleList->Count()) roleList->RemoveAt(position);
+}
+
 template <typename Link, typename Member>
 void LinkInto(Zorbel_Role& role, AssocList& roleList, Member& member) {
   if (IsLinked<Link>(member.MemberOfCollections, role)) return;
   auto link = std::make_unique<Link>();
   link->Collection = &role;
   link->Member = &member;
-  Prepare(member.MemberOfCollections, 2);
+  Prepare(member.MemberOfCollections);
   member.MemberOfCollections->Add(link.get());
   try {
     AppendToOrigin(roleList, link.get());
   } catch (...) {
-    TakeOut(member.MemberOfCollections, link.get(), ~0U);
+    TakeOutOfMember(member.MemberOfCollections, link.get());
     throw;
   }
   link.release();
@@ -43,8 +63,8 @@ void LinkInto(Zorbel_Role& role, AssocList& roleList, Member& member) {
 
 template <typename Link>
 void Unlink(Link* link, AssocList& roleList) {
-  TakeOut(roleList, link, link->originIndex);
-  TakeOut(link->Member->MemberOfCollections, link, ~0U);
+  TakeOutOfRole(roleList, link);
+  TakeOutOfMember(link->Member->MemberOfCollections, link);
   delete link;
 }
 

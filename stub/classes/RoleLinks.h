@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Puts members into roles and takes them out again, on both sides at once.
+// Puts members into roles and takes them out again, on both sides at once. A long list of a role
+// may keep an empty slot for a member that was taken out.
 //
 // Thread safety: the caller holds the mutexes of the three authorization caches.
 #ifndef KECPP_STUB_CLASSES_ROLELINKS_H

@@ -5,6 +5,8 @@ namespace KE::Stub {
 
 TaskInfo::~TaskInfo() = default;
 
-KELib::Stub::KEStubBase* CreateTaskInfo() { return new TaskInfo; }
+KELib::Stub::KEStubBase* CreateTaskInfo() {
+  return new TaskInfo;
+}
 
 }  // namespace KE::Stub

@@ -9,12 +9,24 @@ namespace KE::Stub {
 
 ZORBEL_HostedDependency::~ZORBEL_HostedDependency() = default;
 
-const char* ZORBEL_HostedDependency::GetStubClassName() { return ZORBEL_HostedDependencyClass; }
-const char* ZORBEL_HostedDependency::GetOriginRole() { return "Antecedent"; }
-const char* ZORBEL_HostedDependency::GetResultRole() { return "Dependent"; }
-const char* ZORBEL_HostedDependency::GetOriginClassName() { return ZORBEL_ORXComputerSystemClass; }
-const char* ZORBEL_HostedDependency::GetResultClassName() { return ZORBEL_VMComputerSystemClass; }
-const char* ZORBEL_HostedDependency::GetKey(KELib::KEString&) { return "Name"; }
+const char* ZORBEL_HostedDependency::GetStubClassName() {
+  return ZORBEL_HostedDependencyClass;
+}
+const char* ZORBEL_HostedDependency::GetOriginRole() {
+  return "Antecedent";
+}
+const char* ZORBEL_HostedDependency::GetResultRole() {
+  return "Dependent";
+}
+const char* ZORBEL_HostedDependency::GetOriginClassName() {
+  return ZORBEL_ORXComputerSystemClass;
+}
+const char* ZORBEL_HostedDependency::GetResultClassName() {
+  return ZORBEL_VMComputerSystemClass;
+}
+const char* ZORBEL_HostedDependency::GetKey(KELib::KEString&) {
+  return "Name";
+}
 
 bool ZORBEL_HostedDependency::KeyEquals(const char* endClassName, const char* keyValue) {
   if (IsClass(endClassName, ZORBEL_ORXComputerSystemClass)) {
@@ -32,6 +44,8 @@ KELib::Stub::KEStubBase* ZORBEL_HostedDependency::GetAssocInstance(KELib::KEStri
   return KEAssocStubBase::GetAssocInstance(endClassName);
 }
 
-ZORBEL_HostedDependency* CreateZORBEL_HostedDependency() { return new ZORBEL_HostedDependency; }
+ZORBEL_HostedDependency* CreateZORBEL_HostedDependency() {
+  return new ZORBEL_HostedDependency;
+}
 
 }  // namespace KE::Stub

@@ -10,12 +10,13 @@ namespace KE::Stub {
 ZORBEL_ORXComputerSystem::ZORBEL_ORXComputerSystem() = default;
 
 ZORBEL_ORXComputerSystem::~ZORBEL_ORXComputerSystem() {
-  DropLinks<ZORBEL_HostedDependency>(
-      HostedDependencies, false,
-      [](ZORBEL_HostedDependency& link) -> AssocList& { return link.Dependent->HostedDependencies; });
+  DropMembers(HostedDependencies, &ZORBEL_HostedDependency::Dependent,
+              &ZORBEL_VMComputerSystem::HostedDependencies);
 }
 
-const char* ZORBEL_ORXComputerSystem::GetStubClassName() { return ZORBEL_ORXComputerSystemClass; }
+const char* ZORBEL_ORXComputerSystem::GetStubClassName() {
+  return ZORBEL_ORXComputerSystemClass;
+}
 
 KELib::KEVectorIterator<KELib::Stub::KEAssocStubBase*> ZORBEL_ORXComputerSystem::GetAssocIterator(
     KELib::KEString& assocClassName) {
@@ -25,6 +26,8 @@ KELib::KEVectorIterator<KELib::Stub::KEAssocStubBase*> ZORBEL_ORXComputerSystem:
   return HostedDependencies->Begin();
 }
 
-ZORBEL_ORXComputerSystem* CreateZORBEL_ORXComputerSystem() { return new ZORBEL_ORXComputerSystem; }
+ZORBEL_ORXComputerSystem* CreateZORBEL_ORXComputerSystem() {
+  return new ZORBEL_ORXComputerSystem;
+}
 
 }  // namespace KE::Stub

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// The virtualization host. Its destructor deletes its links and empties their slots in the machines'
-// lists: it writes into partner stubs, so the mutexes of both caches are held while one is deleted.
+// The virtualization host. Its destructor deletes its links and empties their slots in the
+// machines' lists: it writes into partner stubs, so the mutexes of both caches are held while one
+// is deleted.
 #ifndef KECPP_STUB_CLASSES_ZORBEL_ORXCOMPUTERSYSTEM_H
 #define KECPP_STUB_CLASSES_ZORBEL_ORXCOMPUTERSYSTEM_H
 

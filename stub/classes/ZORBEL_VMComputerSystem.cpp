@@ -10,12 +10,13 @@ namespace KE::Stub {
 ZORBEL_VMComputerSystem::ZORBEL_VMComputerSystem() = default;
 
 ZORBEL_VMComputerSystem::~ZORBEL_VMComputerSystem() {
-  DropLinks<ZORBEL_HostedDependency>(
-      HostedDependencies, true,
-      [](ZORBEL_HostedDependency& link) -> AssocList& { return link.Antecedent->HostedDependencies; });
+  DropMemberships(HostedDependencies, &ZORBEL_HostedDependency::Antecedent,
+                  &ZORBEL_ORXComputerSystem::HostedDependencies);
 }
 
-const char* ZORBEL_VMComputerSystem::GetStubClassName() { return ZORBEL_VMComputerSystemClass; }
+const char* ZORBEL_VMComputerSystem::GetStubClassName() {
+  return ZORBEL_VMComputerSystemClass;
+}
 
 KELib::KEVectorIterator<KELib::Stub::KEAssocStubBase*> ZORBEL_VMComputerSystem::GetAssocIterator(
     KELib::KEString& assocClassName) {
@@ -25,6 +26,8 @@ KELib::KEVectorIterator<KELib::Stub::KEAssocStubBase*> ZORBEL_VMComputerSystem::
   return HostedDependencies->Begin();
 }
 
-ZORBEL_VMComputerSystem* CreateZORBEL_VMComputerSystem() { return new ZORBEL_VMComputerSystem; }
+ZORBEL_VMComputerSystem* CreateZORBEL_VMComputerSystem() {
+  return new ZORBEL_VMComputerSystem;
+}
 
 }  // namespace KE::Stub

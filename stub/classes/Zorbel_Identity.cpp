@@ -10,12 +10,13 @@ namespace KE::Stub {
 Zorbel_Identity::Zorbel_Identity() = default;
 
 Zorbel_Identity::~Zorbel_Identity() {
-  using Link = Zorbel_IdentityMemberOfCollection;
-  DropLinks<Link>(MemberOfCollections, true,
-                  [](Link& link) -> AssocList& { return link.Collection->IdentityMembers; });
+  DropMemberships(MemberOfCollections, &Zorbel_IdentityMemberOfCollection::Collection,
+                  &Zorbel_Role::IdentityMembers);
 }
 
-const char* Zorbel_Identity::GetStubClassName() { return Zorbel_IdentityClass; }
+const char* Zorbel_Identity::GetStubClassName() {
+  return Zorbel_IdentityClass;
+}
 
 KELib::KEVectorIterator<KELib::Stub::KEAssocStubBase*> Zorbel_Identity::GetAssocIterator(
     KELib::KEString& assocClassName) {
@@ -23,6 +24,8 @@ KELib::KEVectorIterator<KELib::Stub::KEAssocStubBase*> Zorbel_Identity::GetAssoc
   return MemberOfCollections->Begin();
 }
 
-Zorbel_Identity* CreateZorbel_Identity() { return new Zorbel_Identity; }
+Zorbel_Identity* CreateZorbel_Identity() {
+  return new Zorbel_Identity;
+}
 
 }  // namespace KE::Stub

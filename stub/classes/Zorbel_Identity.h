@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A user known to the management server. Its destructor deletes its links and empties their slots in
-// the roles' lists: the mutexes of the authorization caches are held while one is deleted.
+// A user known to the management server. Its destructor deletes its links and empties their slots
+// in the roles' lists: the mutexes of the authorization caches are held while one is deleted.
 #ifndef KECPP_STUB_CLASSES_ZORBEL_IDENTITY_H
 #define KECPP_STUB_CLASSES_ZORBEL_IDENTITY_H
 

@@ -39,11 +39,21 @@ using ToPrivilege = Zorbel_PrivilegeMemberOfCollection;
 using ToIdentity = Zorbel_IdentityMemberOfCollection;
 
 ToPrivilege::~Zorbel_PrivilegeMemberOfCollection() = default;
-const char* ToPrivilege::GetStubClassName() { return Zorbel_PrivilegeMemberOfCollectionClass; }
-const char* ToPrivilege::GetOriginRole() { return "Collection"; }
-const char* ToPrivilege::GetResultRole() { return "Member"; }
-const char* ToPrivilege::GetOriginClassName() { return Zorbel_RoleClass; }
-const char* ToPrivilege::GetResultClassName() { return Zorbel_PrivilegeClass; }
+const char* ToPrivilege::GetStubClassName() {
+  return Zorbel_PrivilegeMemberOfCollectionClass;
+}
+const char* ToPrivilege::GetOriginRole() {
+  return "Collection";
+}
+const char* ToPrivilege::GetResultRole() {
+  return "Member";
+}
+const char* ToPrivilege::GetOriginClassName() {
+  return Zorbel_RoleClass;
+}
+const char* ToPrivilege::GetResultClassName() {
+  return Zorbel_PrivilegeClass;
+}
 const char* ToPrivilege::GetKey(KEString& endClassName) {
   return KeyOf(endClassName, Zorbel_PrivilegeClass);
 }
@@ -56,11 +66,21 @@ KEStubBase* ToPrivilege::GetAssocInstance(KEString& endClassName) {
 }
 
 ToIdentity::~Zorbel_IdentityMemberOfCollection() = default;
-const char* ToIdentity::GetStubClassName() { return Zorbel_IdentityMemberOfCollectionClass; }
-const char* ToIdentity::GetOriginRole() { return "Collection"; }
-const char* ToIdentity::GetResultRole() { return "Member"; }
-const char* ToIdentity::GetOriginClassName() { return Zorbel_RoleClass; }
-const char* ToIdentity::GetResultClassName() { return Zorbel_IdentityClass; }
+const char* ToIdentity::GetStubClassName() {
+  return Zorbel_IdentityMemberOfCollectionClass;
+}
+const char* ToIdentity::GetOriginRole() {
+  return "Collection";
+}
+const char* ToIdentity::GetResultRole() {
+  return "Member";
+}
+const char* ToIdentity::GetOriginClassName() {
+  return Zorbel_RoleClass;
+}
+const char* ToIdentity::GetResultClassName() {
+  return Zorbel_IdentityClass;
+}
 const char* ToIdentity::GetKey(KEString& endClassName) {
   return KeyOf(endClassName, Zorbel_IdentityClass);
 }

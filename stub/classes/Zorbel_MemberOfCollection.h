@@ -30,12 +30,13 @@ class KECPP_API Zorbel_PrivilegeMemberOfCollection : public KELib::Stub::KEAssoc
   using KEAssocStubBase::GetKey;
   const char* GetKey(KELib::KEString& endClassName) override;
   bool KeyEquals(const char* endClassName, const char* keyValue) override;
-  // The privilege for the role's class and the role for the privilege's: one walks from the named end.
+  // The privilege for the role's class and the role for the privilege's: one walks from the named
+  // end.
   KELib::Stub::KEStubBase* GetAssocInstance(KELib::KEString& endClassName) override;
 
-  Zorbel_Role* Collection = nullptr;  // not owned
+  Zorbel_Role* Collection = nullptr;   // not owned
   Zorbel_Privilege* Member = nullptr;  // not owned
-  unsigned int originIndex = 0;  // the highest place that it can have in the role's list
+  unsigned int originIndex = 0;        // the highest place that it can have in the role's list
 };
 
 class KECPP_API Zorbel_IdentityMemberOfCollection : public KELib::Stub::KEAssocStubBase {
@@ -52,12 +53,13 @@ class KECPP_API Zorbel_IdentityMemberOfCollection : public KELib::Stub::KEAssocS
   using KEAssocStubBase::GetKey;
   const char* GetKey(KELib::KEString& endClassName) override;
   bool KeyEquals(const char* endClassName, const char* keyValue) override;
-  // The identity for the role's class and the role for the identity's: one walks from the named end.
+  // The identity for the role's class and the role for the identity's: one walks from the named
+  // end.
   KELib::Stub::KEStubBase* GetAssocInstance(KELib::KEString& endClassName) override;
 
   Zorbel_Role* Collection = nullptr;  // not owned
   Zorbel_Identity* Member = nullptr;  // not owned
-  unsigned int originIndex = 0;  // the highest place that it can have in the role's list
+  unsigned int originIndex = 0;       // the highest place that it can have in the role's list
 };
 
 // New links without ends; the caller owns them until they are listed.

@@ -10,12 +10,13 @@ namespace KE::Stub {
 Zorbel_Privilege::Zorbel_Privilege() = default;
 
 Zorbel_Privilege::~Zorbel_Privilege() {
-  using Link = Zorbel_PrivilegeMemberOfCollection;
-  DropLinks<Link>(MemberOfCollections, true,
-                  [](Link& link) -> AssocList& { return link.Collection->PrivilegeMembers; });
+  DropMemberships(MemberOfCollections, &Zorbel_PrivilegeMemberOfCollection::Collection,
+                  &Zorbel_Role::PrivilegeMembers);
 }
 
-const char* Zorbel_Privilege::GetStubClassName() { return Zorbel_PrivilegeClass; }
+const char* Zorbel_Privilege::GetStubClassName() {
+  return Zorbel_PrivilegeClass;
+}
 
 KELib::KEVectorIterator<KELib::Stub::KEAssocStubBase*> Zorbel_Privilege::GetAssocIterator(
     KELib::KEString& assocClassName) {
@@ -23,6 +24,8 @@ KELib::KEVectorIterator<KELib::Stub::KEAssocStubBase*> Zorbel_Privilege::GetAsso
   return MemberOfCollections->Begin();
 }
 
-Zorbel_Privilege* CreateZorbel_Privilege() { return new Zorbel_Privilege; }
+Zorbel_Privilege* CreateZorbel_Privilege() {
+  return new Zorbel_Privilege;
+}
 
 }  // namespace KE::Stub

@@ -11,17 +11,15 @@ namespace KE::Stub {
 Zorbel_Role::Zorbel_Role() = default;
 
 Zorbel_Role::~Zorbel_Role() {
-  using ToPrivilege = Zorbel_PrivilegeMemberOfCollection;
-  using ToIdentity = Zorbel_IdentityMemberOfCollection;
-  DropLinks<ToPrivilege>(PrivilegeMembers, false, [](ToPrivilege& link) -> AssocList& {
-    return link.Member->MemberOfCollections;
-  });
-  DropLinks<ToIdentity>(IdentityMembers, false, [](ToIdentity& link) -> AssocList& {
-    return link.Member->MemberOfCollections;
-  });
+  DropMembers(PrivilegeMembers, &Zorbel_PrivilegeMemberOfCollection::Member,
+              &Zorbel_Privilege::MemberOfCollections);
+  DropMembers(IdentityMembers, &Zorbel_IdentityMemberOfCollection::Member,
+              &Zorbel_Identity::MemberOfCollections);
 }
 
-const char* Zorbel_Role::GetStubClassName() { return Zorbel_RoleClass; }
+const char* Zorbel_Role::GetStubClassName() {
+  return Zorbel_RoleClass;
+}
 
 KELib::KEVectorIterator<KELib::Stub::KEAssocStubBase*> Zorbel_Role::GetAssocIterator(
     KELib::KEString& assocClassName) {
@@ -35,6 +33,8 @@ KELib::KEVectorIterator<KELib::Stub::KEAssocStubBase*> Zorbel_Role::GetAssocIter
   return Zorbel_Collection::GetAssocIterator(assocClassName);
 }
 
-Zorbel_Role* CreateZorbel_Role() { return new Zorbel_Role; }
+Zorbel_Role* CreateZorbel_Role() {
+  return new Zorbel_Role;
+}
 
 }  // namespace KE::Stub

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// A role: a named collection of privileges that identities hold. Its destructor deletes its links and
-// empties their slots in the members' lists: the mutexes of the authorization caches are held while
-// one is deleted.
+// A role: a named collection of privileges that identities hold. Its destructor deletes its links
+// and empties their slots in the members' lists: the mutexes of the authorization caches are held
+// while one is deleted.
 #ifndef KECPP_STUB_CLASSES_ZORBEL_ROLE_H
 #define KECPP_STUB_CLASSES_ZORBEL_ROLE_H
 
