@@ -111,7 +111,7 @@ TEST(InventoryTool, EndsWithADaemonThatWasRestarted) {
 TEST(ExampleAgent, PrintsTheMachinesAgainAfterEachChange) {
   Simulator simulator({"--hosts", "1", "--machines", "3"});
   const std::string id = simulator.Truth()["machines"][0]["Name"];
-  ChildProcess agent({KECPP_EXAMPLE_PROGRAM, simulator.ConfigFile(), "2"});
+  ChildProcess agent({KECPP_EXAMPLE_PROGRAM, simulator.ConfigFile(simulator.Config()), "2"});
   auto lines = [&agent] {
     const std::string text = agent.Output();
     return std::count(text.begin(), text.end(), '\n');

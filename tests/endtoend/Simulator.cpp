@@ -41,7 +41,7 @@ Simulator::Simulator(const std::vector<std::string>& options) {
   host = url.substr(0, url.find('/', url.find("://") + 3));
 }
 
-std::string Simulator::Config() const {
+std::string Simulator::Document(const std::string& loginInfo) const {
   // The daemon does not ask for a certificate, but the library wants one for https.
   const std::string pem = KECPP_TEST_CERTIFICATE;
   return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
@@ -50,17 +50,22 @@ std::string Simulator::Config() const {
          pem + "</certFile><passPhrase/><keyFile>" + pem + "</keyFile><CACertFile>" + pem +
          "</CACertFile></SSLInfo>\n"
          "<ConnectionInfo><url>" +
-         url +
-         "</url><timeout>60</timeout></ConnectionInfo>\n"
-         "<LoginInfo><localTicket>true</localTicket><userName>root</userName>"
-         "<password></password></LoginInfo>\n"
-         "<LogInfo><level>error</level></LogInfo>\n"
-         "</Config>\n";
+         url + "</url><timeout>60</timeout></ConnectionInfo>\n<LoginInfo>" + loginInfo +
+         "</LoginInfo>\n<LogInfo><level>error</level></LogInfo>\n</Config>\n";
 }
 
-std::string Simulator::ConfigFile() const {
+std::string Simulator::Config() const {
+  return Document("<localTicket>true</localTicket><userName>root</userName><password></password>");
+}
+
+std::string Simulator::Config(const std::string& user, const std::string& password) const {
+  return Document("<localTicket>false</localTicket><userName>" + user + "</userName><password>" +
+                  password + "</password>");
+}
+
+std::string Simulator::ConfigFile(const std::string& config) const {
   const std::string path = folder.path + "/config.xml";
-  std::ofstream(path) << Config();
+  std::ofstream(path) << config;
   return path;
 }
 

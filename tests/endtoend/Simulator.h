@@ -20,10 +20,11 @@ class Simulator {
   // Starts it on a free port with these options besides and waits until it listens.
   explicit Simulator(const std::vector<std::string>& options);
 
-  // The configuration document that leads an agent to it.
+  // The configuration document that leads an agent to it: by local ticket, or as a user.
   std::string Config() const;
-  // The same in a file, for programs that take a path.
-  std::string ConfigFile() const;
+  std::string Config(const std::string& user, const std::string& password) const;
+  // A document in a file, for programs that take a path.
+  std::string ConfigFile(const std::string& config) const;
 
   // The inventory as it is now, in the form in which kecpp-inventory prints it.
   Json Truth();
@@ -33,6 +34,7 @@ class Simulator {
   Json Stats();
 
  private:
+  std::string Document(const std::string& loginInfo) const;
   Json Ask(const std::string& method, const std::string& path, const std::string& body);
 
   TemporaryFolder folder;
