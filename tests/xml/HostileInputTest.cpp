@@ -4,10 +4,12 @@
 // XmlException alone. Built with the sanitizers this also finds reads outside the text.
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <random>
 #include <string>
 
 #include "xml/KEXmlReader.h"
+#include "xml/Movements.h"
 #include "xml/XmlException.h"
 
 namespace KELib::Xml {
@@ -18,64 +20,14 @@ const char kDocument[] =
     "<!-- </v> --><v><![CDATA[<v>]]></v ></v>\n<b k=\"1\"/><v>last</v>";
 
 void Step(KEXmlReader& reader, unsigned int choice, KEString& a, KEString& b) {
-  static const char* const kNames[] = {"v", "b", "Config", ""};
-  const char* name = kNames[choice / 16 % 4];
-  switch (choice % 16) {
-    case 0:
-      reader.GetAttributeNameAndValue(a, b);
-      break;
-    case 1:
-      reader.GetElementAttributeNameAndValue(name, a, b);
-      break;
-    case 2:
-      reader.GetElementValue(name, a);
-      break;
-    case 3:
-      reader.GetNamedElementValue(name, a);
-      break;
-    case 4:
-      reader.GetCDataValue(name, a);
-      break;
-    case 5:
-      reader.GetElementContent(name, a);
-      break;
-    case 6:
-      reader.SkipElementStartClose();
-      break;
-    case 7:
-      reader.SkipElementEndTag(name);
-      break;
-    case 8:
-      reader.FindAndSkipElementEndTag(name);
-      break;
-    case 9:
-      reader.FindElementTag(name);
-      break;
-    case 10:
-      reader.SkipElementTag(name);
-      break;
-    case 11:
-      a.Clear();
-      reader.GetElementTag(a);
-      break;
-    case 12:
-      reader.SkipLineEndings();
-      reader.HasComplexContent(name);
-      break;
-    case 13:
-      reader.SkipTillChar('<');
-      reader.IsElementTag(name);
-      break;
-    case 14:
-      a.Clear();
-      reader.GetStringUptilChar('>', a);
-      break;
-    default:
-      reader.SkipChar(' ');
-      reader.IsElementEndTag(name);
-      reader.IsValueCData();
-      break;
-  }
+  const char* const names[] = {"v", "b", "Config", ""};
+  const char* name = names[choice / std::size(kMovements) % std::size(names)];
+  a.Clear();
+  kMovements[choice % std::size(kMovements)](reader, name, a, b);
+  reader.HasComplexContent(name);
+  reader.IsElementTag(name);
+  reader.IsElementEndTag(name);
+  reader.IsValueCData();
 }
 
 void Walk(const std::string& text, std::mt19937& random) {

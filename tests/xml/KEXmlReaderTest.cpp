@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "xml/Movements.h"
 #include "xml/XmlConstants.h"
 #include "xml/XmlException.h"
 
@@ -52,27 +53,12 @@ TEST(TokenType, IsNarrowAboutLetters) {
 TEST(KEXmlReader, RefusesEmptyAndExhaustedInput) {
   KEXmlReader empty, full = ReaderOf("<a>");
   KEString a, b;
-  void (*const movements[])(KEXmlReader&, KEString&, KEString&) = {
-      [](KEXmlReader& r, KEString&, KEString&) { r.FindElementTag("a"); },
-      [](KEXmlReader& r, KEString&, KEString&) { r.SkipElementTag("a"); },
-      [](KEXmlReader& r, KEString& x, KEString&) { r.GetElementTag(x); },
-      [](KEXmlReader& r, KEString& x, KEString& y) {
-        r.GetElementAttributeNameAndValue("a", x, y);
-      },
-      [](KEXmlReader& r, KEString& x, KEString&) { r.GetElementValue("a", x); },
-      [](KEXmlReader& r, KEString& x, KEString&) { r.GetCDataValue("a", x); },
-      [](KEXmlReader& r, KEString& x, KEString&) { r.GetElementContent("a", x); },
-      [](KEXmlReader& r, KEString&, KEString&) { r.SkipElementStartClose(); },
-      [](KEXmlReader& r, KEString&, KEString&) { r.SkipElementEndTag("a"); },
-      [](KEXmlReader& r, KEString&, KEString&) { r.FindAndSkipElementEndTag("a"); },
-      [](KEXmlReader& r, KEString&, KEString&) { r.SkipTillChar('x'); }};
-  full.MoveTo(100, 13);
+  full.MoveTo(100, 2);
   EXPECT_EQ(3u, full.Pos());
-  for (const auto& move : movements) {
-    EXPECT_EQ("Cannot use empty input XML", FailureOf([&] { move(empty, a, b); }));
-    EXPECT_EQ("Cannot read beyond length of input XML", FailureOf([&] { move(full, a, b); }));
+  for (const Movement move : kMovements) {
+    EXPECT_EQ("Cannot use empty input XML", FailureOf([&] { move(empty, "a", a, b); }));
+    EXPECT_EQ("Cannot read beyond length of input XML", FailureOf([&] { move(full, "a", a, b); }));
   }
-  EXPECT_EQ("Cannot use empty input XML", FailureOf([&] { empty.GetAttributeNameAndValue(a, b); }));
   KEString text("<a>");
   EXPECT_EQ("Cannot search beyond end of input XML",
             FailureOf([&] { ThrowExceptionOnLimits(text, 3, KEString::NPos); }));
