@@ -36,7 +36,7 @@ class KEMethod;
 struct KECPP_API KESyncStatus {
   bool firstFillDone = false;            // a first update set has been applied since the last stop
   bool loopRunning = false;              // the sync thread runs
-  unsigned long long setsApplied = 0;    // update sets applied in the life of the data sync
+  unsigned long long setsApplied = 0;    // update sets, and runs of property methods, ever applied
   unsigned int consecutiveFailures = 0;  // failed cycles since the last good one
   KELib::KEString lastFailure;           // text of the last failed cycle; empty when none failed
   long long lastFailureTime = 0;         // microseconds since the epoch, UTC; 0 when none failed
@@ -89,8 +89,9 @@ class KECPP_API KEDataSync {
   // Fills `status`.
   virtual void GetStatus(KESyncStatus& status) = 0;
 
-  // Waits until an update set was applied after the `seen`th (start with 0), at most `milliseconds`
-  // (zero or less: without limit). True when one was: `seen` then holds the number of sets applied.
+  // Waits until an update set or the answers of property methods were applied after the `seen`th
+  // time (start with 0), at most `milliseconds` (zero or less: without limit). True when they were:
+  // `seen` then holds the number of times.
   // False on time-out and at once when a stop was requested.
   virtual bool WaitForChange(unsigned long long& seen, int milliseconds) = 0;
 };

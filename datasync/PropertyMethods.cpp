@@ -114,7 +114,7 @@ void KEDataSyncImpl::PropMethodToCache() {
   }
   ReleaseMethodWaiters();
   // Counted besides the update set that they follow: who read after that set reads again.
-  if (applied) state->NoteApplied();
+  if (applied) state->NoteApplied(!HasFilters());
 }
 
 void KEDataSyncImpl::ApplyMethodAnswer(MethodCall& call, KEString& response) {

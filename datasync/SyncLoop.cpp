@@ -296,7 +296,7 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::ApplyResponse(KEString& response) {
     version.Clear();
     throw;
   }
-  state->NoteApplied();
+  state->NoteApplied(true);
   if (!unknownFilter.value.Empty()) return DestroyUnknownFilter();
   state->NoteGoodCycle();
   return Outcome::good;

@@ -149,10 +149,10 @@ void SyncState::NoteVersion(const KELib::KEString& version) {
   status.version = version;
 }
 
-void SyncState::NoteApplied() {
+void SyncState::NoteApplied(bool isFill) {
   KEMutexGuard guard(&mutex);
   ++status.setsApplied;
-  status.firstFillDone = true;
+  if (isFill) status.firstFillDone = true;
   changed.Broadcast();
 }
 

@@ -103,7 +103,7 @@ class SyncState {
   // ---------------------------------------------
 
   void NoteVersion(const KELib::KEString& version);
-  void NoteApplied();
+  void NoteApplied(bool isFill);  // what a watch begins with: not so for methods beside filters
   void NoteGoodCycle();
   unsigned int NoteFailure(const char* text) noexcept;  // the number of failures in a row
   void NoteStopped();                                   // the first fill is to be done again
