@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: MIT
+#include "datasync/CacheDump.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "instance/KECacheGuard.h"
+#include "instance/KETypeCache.h"
+#include "stub/classes/ClassNames.h"
+#include "stub/classes/TaskInfo.h"
+#include "stub/classes/ZORBEL_ORXComputerSystem.h"
+#include "stub/classes/ZORBEL_VMComputerSystem.h"
+#include "stub/classes/Zorbel_Identity.h"
+#include "stub/classes/Zorbel_Privilege.h"
+#include "stub/classes/Zorbel_Role.h"
+
+namespace {
+
+using namespace KE::Stub;
+using KELib::KEString;
+using KELib::Stub::KEStubBase;
+using Links = std::unique_ptr<KELib::KEVector<KELib::Stub::KEAssocStubBase*>>;
+
+std::string KeyOf(KEStubBase* stub) {
+  if (auto* system = dynamic_cast<CIM_System*>(stub)) return system->Name.Cstr();
+  if (auto* role = dynamic_cast<Zorbel_Role*>(stub)) return role->Name.Cstr();
+  if (auto* privilege = dynamic_cast<Zorbel_Privilege*>(stub)) return privilege->InstanceID.Cstr();
+  if (auto* identity = dynamic_cast<Zorbel_Identity*>(stub)) return identity->InstanceID.Cstr();
+  if (auto* task = dynamic_cast<TaskInfo*>(stub)) return task->task.value.Cstr();
+  return "nobody";
+}
+
+// One line of the dump in the making.
+class Line {
+ public:
+  Line(const char* kind, const KEString& key, KEStubBase& described)
+      : text(std::string(kind) + " " + key.Cstr()), stub(described) {
+    if (KeyOf(&stub) != key.Cstr()) text += " ODD";
+  }
+
+  Line& Text(const char* name, const KEString& value) {
+    if (!value.Empty()) text += std::string(" ") + name + "=[" + value.Cstr() + "]";
+    return *this;
+  }
+  Line& Status(unsigned short status) {
+    if (status != 0) text += " status=" + std::to_string(status);
+    return *this;
+  }
+  Line& Reference(const ManagedObjectReference& reference, const char* type) {
+    const bool sound = reference.type.Equals(type) && KeyOf(&stub) == reference.value.Cstr();
+    return sound ? *this : Text("ODD", reference.type);
+  }
+  Line& Partners(const char* name, Links& links) {
+    std::vector<std::string> keys;
+    KEString ownClass(stub.GetStubClassName());
+    for (unsigned int i = 0; links != nullptr && i < links->Count(); ++i) {
+      if (links->Get(i) != nullptr)
+        keys.push_back(KeyOf(links->Get(i)->GetAssocInstance(ownClass)));
+    }
+    std::sort(keys.begin(), keys.end());
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+      text += (i == 0 ? " " + std::string(name) + "=" : ",") + keys[i];
+    }
+    return *this;
+  }
+
+  std::string text;
+
+ private:
+  KEStubBase& stub;
+};
+
+Line Describe(const KEString& key, ZORBEL_VMComputerSystem& machine) {
+  return Line("machine", key, machine)
+      .Reference(machine.MoRef, "VirtualMachine")
+      .Text("ElementName", machine.ElementName)
+      .Text("Description", machine.Description)
+      .Text("UUID", machine.UUID)
+      .Text("GuestFullName", machine.GuestFullName)
+      .Text("GuestHostName", machine.GuestHostName)
+      .Text("GuestIPAddress", machine.GuestIPAddress)
+      .Text("VMPathName", machine.VMPathName)
+      .Text("PowerState", machine.PowerState)
+      .Status(machine.OperationalStatus)
+      .Partners("host", machine.HostedDependencies);
+}
+
+Line Describe(const KEString& key, ZORBEL_ORXComputerSystem& host) {
+  return Line("host", key, host)
+      .Reference(host.MoRef, "HostSystem")
+      .Text("ElementName", host.ElementName)
+      .Text("UUID", host.UUID)
+      .Text("Vendor", host.Vendor)
+      .Text("Model", host.Model)
+      .Status(host.OperationalStatus)
+      .Partners("machines", host.HostedDependencies);
+}
+
+Line Describe(const KEString& key, Zorbel_Role& role) {
+  return Line("role", key, role)
+      .Text("ElementName", role.ElementName)
+      .Text("Caption", role.Caption)
+      .Text("Description", role.Description)
+      .Text("RoleType", role.RoleType)
+      .Partners("privileges", role.PrivilegeMembers)
+      .Partners("identities", role.IdentityMembers);
+}
+
+Line Describe(const KEString& key, Zorbel_Privilege& privilege) {
+  return Line("privilege", key, privilege)
+      .Text("ElementName", privilege.ElementName)
+      .Partners("roles", privilege.MemberOfCollections);
+}
+
+Line Describe(const KEString& key, Zorbel_Identity& identity) {
+  return Line("identity", key, identity).Partners("roles", identity.MemberOfCollections);
+}
+
+Line Describe(const KEString& key, TaskInfo& task) {
+  return Line("task", key, task).Text("state", task.state);
+}
+
+template <typename Stub>
+void Add(KE::Instance::KETypeCache& types, const char* className, std::vector<std::string>& lines) {
+  KEString name(className);
+  KE::Instance::KEDataCache* cache = types.GetDataCache(name);
+  if (cache == nullptr) return;
+  for (auto it = cache->Iterator(); !it.End(); ++it) {
+    lines.push_back(Describe(it->key, dynamic_cast<Stub&>(*it->value)).text + "\n");
+  }
+}
+
+}  // namespace
+
+std::string DumpCaches(KE::Instance::KETypeCache& types) {
+  KE::Instance::KECacheGuard guard(&types);
+  guard.LockAll();
+  std::vector<std::string> lines;
+  Add<ZORBEL_ORXComputerSystem>(types, ZORBEL_ORXComputerSystemClass, lines);
+  Add<ZORBEL_VMComputerSystem>(types, ZORBEL_VMComputerSystemClass, lines);
+  Add<Zorbel_Role>(types, Zorbel_RoleClass, lines);
+  Add<Zorbel_Privilege>(types, Zorbel_PrivilegeClass, lines);
+  Add<Zorbel_Identity>(types, Zorbel_IdentityClass, lines);
+  Add<TaskInfo>(types, TaskInfoClass, lines);
+  std::sort(lines.begin(), lines.end());
+  std::string text;
+  for (const std::string& line : lines) text += line;
+  return text;
+}
