@@ -176,9 +176,9 @@ void KEXmlCursor::AppendPiece(KEStringBuffer& joined, XmlSlice& whole, const cha
 XmlSlice KEXmlCursor::Text(const XmlSlice& name, KEStringBuffer& joined) {
   XmlSlice whole;
   if (!Enter()) return whole;
-  at = SkipBlanks(at, end);
-  while (!TextPiece(joined, whole)) {
-  }
+  do {
+    if (whole.length == 0) at = SkipBlanks(at, end);
+  } while (!TextPiece(joined, whole));
   XmlSlice ended;
   if (!PassEndTag(ended) || !ended.Is(name.text, name.length)) ThrowMalformed();
   return whole;
