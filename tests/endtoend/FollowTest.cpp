@@ -57,6 +57,13 @@ TEST(Follow, RolesPrivilegesAndPermissionsChange) {
   simulator.Control("machine", Rename(id, "a change that brings the permissions along"));
   agent.ExpectToBecome(simulator.Truth());
 
+  // An empty answer counts as none; a list of groups alone leaves no identity.
+  simulator.Control("permissions", Json::array());
+  const int before = simulator.Stats()["calls"]["RetrieveAllPermissions"];
+  simulator.Control("machine", Rename(id, "a change that brings no permissions along"));
+  ASSERT_TRUE(
+      Eventually([&] { return simulator.Stats()["calls"]["RetrieveAllPermissions"] > before; }));
+  EXPECT_EQ(agent.Read()["identities"], Json::parse(R"([{"InstanceID":"ann","roles":["77"]}])"));
   simulator.Control("permissions", Json::array({{{"principal", "staff"}, {"group", true}}}));
   simulator.Control("role", {{"do", "remove"}, {"id", "77"}});
   simulator.Control("privilege", {{"do", "remove"}, {"id", "P.New"}});
