@@ -102,6 +102,7 @@
 #include "datasync/FilterSpec.h"
 #include "datasync/KEDataSync.h"
 #include "datasync/KEDataSyncImpl.h"
+#include "datasync/KEDataSyncWorkImpl.h"
 #include "datasync/MethodDataSyncInfo.h"
 #include "datasync/UpdateInfo.h"
 
@@ -111,5 +112,6 @@
 #include "service/entry/KEServiceInstManagerImpl.h"
 #include "service/entry/KESession.h"
 #include "service/entry/KESessionImpl.h"
+#include "service/entry/LoginConstants.h"
 
 #endif

@@ -4,8 +4,17 @@ include(CMakePackageConfigHelpers)
 install(TARGETS kecpp EXPORT kecppTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES kecpp.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kecpp)
+# Helpers of our own, which no public header includes, stay here.
+set(KECPP_PRIVATE_HEADERS
+    datasync/ListValue.h datasync/ObjectTarget.h datasync/PropertyList.h datasync/RoleMemory.h
+    datasync/SyncState.h datasync/UpdateSetWalk.h
+    http/EasyOption.h http/HandleWait.h http/HeaderLines.h http/HttpTransfer.h
+    http/SocketRegistry.h instance/KECacheGuard.h service/call/MgmtdWatchSeams.h
+    service/entry/ServiceContent.h stub/classes/AssocList.h stub/classes/EndMatch.h
+    stub/classes/RoleLinks.h xml/KEXmlCursor.h)
 foreach(layer IN LISTS KECPP_LAYERS)
-  file(GLOB headers CONFIGURE_DEPENDS ${layer}/*.h)
+  file(GLOB headers CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} ${layer}/*.h)
+  list(REMOVE_ITEM headers ${KECPP_PRIVATE_HEADERS})
   install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kecpp/${layer})
 endforeach()
 
@@ -18,5 +27,7 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kecppConfig.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/kecppConfigVersion.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/kecpp)
 
+# Relative to the file itself, so that the package may be unpacked anywhere.
+file(RELATIVE_PATH KECPP_PC_PREFIX /p/${CMAKE_INSTALL_LIBDIR}/pkgconfig /p)
 configure_file(cmake/kecpp.pc.in ${CMAKE_CURRENT_BINARY_DIR}/kecpp.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kecpp.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
