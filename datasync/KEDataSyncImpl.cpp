@@ -104,8 +104,7 @@ bool KEDataSyncImpl::WaitForChange(unsigned long long& seen, int milliseconds) {
   return state->WaitForChange(seen, milliseconds, stopRequested);
 }
 
-// --- stopping
-// --------------------------------------------------------------------------------------
+// --- stopping ------------------------------------------------------------------------------------
 
 void KEDataSyncImpl::RequestStop() {
   state->AnnounceStop(stopRequested);
@@ -195,8 +194,7 @@ void KEDataSyncImpl::ReviveAfterStop() {
   }
 }
 
-// --- the filter's request
-// ----------------------------------------------------------------------------
+// --- the filter's request ------------------------------------------------------------------------
 
 void KEDataSyncImpl::CreatePropertySet(KEVector<KEString>& list, KELib::Xml::KEXmlBuffer& xml) {
   KE::Service::CreatePropertySet(list, xml);
@@ -227,8 +225,7 @@ void KEDataSyncImpl::WriteCreateFilter(ManagedObjectReference* root, KEVector<KE
   body.EndAddElementTag(MethodCreateFilter);
 }
 
-// --- watches
-// -------------------------------------------------------------------------------------------
+// --- watches -------------------------------------------------------------------------------------
 
 ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* root,
                                                       KEVector<KEString>& list,

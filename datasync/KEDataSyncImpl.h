@@ -73,8 +73,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
                                KELib::KEVector<KELib::KEString>& list,
                                KELib::Xml::KEXmlBuffer& xml);
 
-  // --- watches
-  // ------------------------------------------------------------------------------------
+  // --- watches -----------------------------------------------------------------------------------
 
   // Creates the filter on the server and records it; takes the filter-table mutex. Any failure is
   // logged as "Exception Creating PropFilter : ..." and thrown as Exception.
@@ -97,8 +96,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   // Empties the caches of roles, privileges and identities, under their mutexes. Never throws.
   void CleanupSessionUserPermissions();
 
-  // --- the loop
-  // -----------------------------------------------------------------------------------
+  // --- the loop ----------------------------------------------------------------------------------
 
   // Makes the server end the pending wait.
   void RestartDataSync();
@@ -119,8 +117,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   // Cleanup ends, new entries are refused.
   bool End();
 
-  // --- applying update sets (on the sync thread; each takes the locks that it needs)
-  // -----------------
+  // --- applying update sets (on the sync thread; each takes the locks that it needs) -------------
 
   void UpdateSetToCache(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
   void LockCaches(KE::Instance::KEMultiCacheLock& lock, UpdateInfo& ui);
@@ -140,8 +137,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   void UpdateMissingType(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
   void UpdateObjectLeave(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
 
-  // --- for the helpers that apply update sets
-  // ---------------------------------------------------------
+  // --- for the helpers that apply update sets ----------------------------------------------------
 
   KELib::KEMutex* GetMutex() KECPP_RETURN_CAPABILITY(mutex) { return mutex.get(); }
   RoleMemory& Roles() { return *roles; }  // guarded by `mutex`

@@ -111,8 +111,7 @@ void ListValue::ReadText(const XmlSlice& element, KEString& out) {
   cursor.Text(element, joined).CopyTo(out);
 }
 
-// --- lists
-// ---------------------------------------------------------------------------------------------
+// --- lists ---------------------------------------------------------------------------------------
 
 void ListValue::ApplyElement(const XmlSlice& element) {
   if (kind == Kind::other || !BelongsToObject()) {
@@ -196,8 +195,7 @@ void ListValue::DeleteUnseen(KEDataCache& cache, Seen& seen) {
   for (KEString& key : gone) cache.RemoveValNoLock(key);
 }
 
-// --- items
-// ---------------------------------------------------------------------------------------------
+// --- items ---------------------------------------------------------------------------------------
 
 void ListValue::ApplyItem(const XmlSlice& element, KEDataCache* primary, KEDataCache* secondary,
                           Seen* seen) {

@@ -76,8 +76,7 @@ void KEDataSyncImpl::RestartDataSync() {
   }
 }
 
-// --- starting and leaving
-// ------------------------------------------------------------------------------
+// --- starting and leaving ------------------------------------------------------------------------
 
 void KEDataSyncImpl::StartSyncData() {
   if (started || !HasWatches()) return;
@@ -179,8 +178,7 @@ bool KEDataSyncImpl::HasMethods() {
   return methodInfos->Count() > 0;
 }
 
-// --- the loop
-// --------------------------------------------------------------------------------------------
+// --- the loop ------------------------------------------------------------------------------------
 
 void KEDataSyncImpl::SyncData() {
   lastOutcome = Outcome::stopped;

@@ -51,7 +51,7 @@ class SyncState {
     CallScope* outer;  // the same thread's enclosing stay, of whichever data sync
   };
 
-  // --- phases -----------------------------------------------------------------------------------
+  // --- phases ------------------------------------------------------------------------------------
 
   // Makes the caller the one that runs the first cycle (true). Waits while another thread does, and
   // while the sync thread is about to leave.
@@ -72,8 +72,7 @@ class SyncState {
   // the sync thread or an agent's thread inside a call.
   void LeaveForExit(bool isSyncThread);
 
-  // --- stopping
-  // -----------------------------------------------------------------------------------
+  // --- stopping ----------------------------------------------------------------------------------
 
   void RefuseEntries();
   void AcceptEntries();
@@ -91,16 +90,14 @@ class SyncState {
   // Pauses; false at once when a stop is requested or comes meanwhile.
   bool Pause(int milliseconds, const std::atomic<bool>& stopRequested);
 
-  // --- waiting for tasks
-  // --------------------------------------------------------------------------
+  // --- waiting for tasks -------------------------------------------------------------------------
 
   void Release(TaskWait& wait);
 
   // Blocks until `wait` is released, a stop comes or no loop runs any more.
   void WaitForRelease(TaskWait& wait, const std::atomic<bool>& stopRequested);
 
-  // --- what GetStatus tells and WaitForChange waits for
-  // ---------------------------------------------
+  // --- what GetStatus tells and WaitForChange waits for ------------------------------------------
 
   void NoteVersion(const KELib::KEString& version);
   void NoteApplied(bool isFill);  // what a watch begins with: not so for methods beside filters

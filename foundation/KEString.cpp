@@ -255,8 +255,7 @@ void KEString::ToUpper() {
   for (char* c = buffer; *c != '\0'; ++c) *c = StringUtil::ToUpper(*c);
 }
 
-// --- questions
-// -------------------------------------------------------------------------------------
+// --- questions -----------------------------------------------------------------------------------
 
 unsigned int KEString::Length() const {
   return static_cast<unsigned int>(std::strlen(buffer));

@@ -161,8 +161,7 @@ unsigned int KEStringBuffer::UnsafeAppend(const char* text, unsigned int limit) 
   return Length() - before;
 }
 
-// --- owners
-// ----------------------------------------------------------------------------------------
+// --- owners --------------------------------------------------------------------------------------
 
 void KEStringBuffer::AssignExact(const char* text, unsigned int n) {
   KEString::AssignExact(text, n);

@@ -81,8 +81,7 @@ void HttpConnectionPool::ReleaseNoLock() {
   share = nullptr;
 }
 
-// --- size
-// ------------------------------------------------------------------------------------------
+// --- size ----------------------------------------------------------------------------------------
 
 unsigned int HttpConnectionPool::GetSize() const {
   KEMutexGuard guard(mutex.get());
@@ -137,8 +136,7 @@ void HttpConnectionPool::ReplaceArraysNoLock(unsigned int slots) {
   size = slots;
 }
 
-// --- taking and giving back
-// --------------------------------------------------------------------------
+// --- taking and giving back ----------------------------------------------------------------------
 
 unsigned int HttpConnectionPool::FindFreeNoLock() const {
   unsigned int slot = 0;
@@ -205,8 +203,7 @@ bool HttpConnectionPool::WaitForFreeHandle(int milliseconds) {
   return FindFreeNoLock() < size;
 }
 
-// --- interrupting
-// ------------------------------------------------------------------------------------
+// --- interrupting --------------------------------------------------------------------------------
 
 void HttpConnectionPool::Interrupt() {
   sockets->Interrupt();

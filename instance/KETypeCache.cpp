@@ -95,8 +95,7 @@ void KETypeCache::RemoveValNoLock(KEString& typeName, KEString& key) {
   Existing(typeName).RemoveValNoLock(key);
 }
 
-// --- deleting
-// ----------------------------------------------------------------------------------------
+// --- deleting ------------------------------------------------------------------------------------
 
 void KETypeCache::DeleteDataCache(KEString& typeName) {
   KELib::KEMutexGuard guard(mutex.get());

@@ -117,8 +117,7 @@ std::string Daemon::Call(const SoapCall& call, std::string& session) {
   Refuse("There is no method " + method);
 }
 
-// --- logging in
-// --------------------------------------------------------------------------------------
+// --- logging in ----------------------------------------------------------------------------------
 
 std::string Daemon::Ticket(const SoapCall& call) {
   CheckThis(call, "sessionManager-1");
@@ -157,8 +156,7 @@ std::string Daemon::Login(const SoapCall& call, std::string& session) {
          "</userName></returnval>";
 }
 
-// --- tasks
-// ---------------------------------------------------------------------------------------------
+// --- tasks ---------------------------------------------------------------------------------------
 
 // Starts a task that is queued, then runs, then ends as "outcome" says ("hang": never; "leave": it
 // disappears), each step after "millis" milliseconds. Both arguments may be missing; the object's

@@ -102,8 +102,7 @@ Inventory::Inventory(unsigned int hosts, unsigned int machines, std::uint64_t se
   journalStart = version;
 }
 
-// --- the journal
-// -------------------------------------------------------------------------------------
+// --- the journal ---------------------------------------------------------------------------------
 
 void Inventory::TouchLocked(const std::string& id, Object& object) {
   object.changedAt = ++version;
@@ -150,8 +149,7 @@ bool Inventory::Set(const std::string& id, const std::string& property, const st
   return true;
 }
 
-// --- hosts and machines
-// --------------------------------------------------------------------------------
+// --- hosts and machines --------------------------------------------------------------------------
 
 std::string Inventory::AddHostLocked(const std::string& name) {
   const unsigned int n = nextHost++;
@@ -290,8 +288,7 @@ std::vector<std::string> Inventory::Ids(const std::string& type) {
   return objects[kMachines].children;
 }
 
-// --- authorization
-// ---------------------------------------------------------------------------------------
+// --- authorization -------------------------------------------------------------------------------
 
 void Inventory::WriteAuthorizationLocked() {
   std::string list;
@@ -363,8 +360,7 @@ std::string Inventory::PermissionsXml() {
   return xml;
 }
 
-// --- tasks
-// ---------------------------------------------------------------------------------------------
+// --- tasks ---------------------------------------------------------------------------------------
 
 std::string Inventory::StartTask() {
   const std::lock_guard<std::mutex> lock(mutex);
@@ -387,8 +383,7 @@ void Inventory::RemoveTask(const std::string& id) {
   }
 }
 
-// --- the truth
-// -----------------------------------------------------------------------------------------
+// --- the truth -----------------------------------------------------------------------------------
 
 nlohmann::json Inventory::Truth() {
   using nlohmann::json;

@@ -61,8 +61,7 @@ class Inventory {
   std::mutex& Mutex() { return mutex; }
   std::condition_variable& Changed() { return changed; }
 
-  // --- under the mutex
-  // -----------------------------------------------------------------------------
+  // --- under the mutex ---------------------------------------------------------------------------
 
   Version NowLocked() const { return version; }
   Object* FindLocked(const std::string& id);
@@ -70,8 +69,7 @@ class Inventory {
   // Identifiers that changed after `since`, each once; false when the journal does not reach back.
   bool ChangedSinceLocked(Version since, std::vector<std::string>& ids) const;
 
-  // --- changes: each takes the mutex and wakes the waits
-  // -----------------------------------------------
+  // --- changes: each takes the mutex and wakes the waits -----------------------------------------
 
   // Sets a property to an XML text; false for an unknown object or property.
   bool Set(const std::string& id, const std::string& property, const std::string& xml);

@@ -25,8 +25,7 @@ std::string Change(const Property& property) {
 PropertyCollector::PropertyCollector(Inventory& objects, unsigned int limit)
     : inventory(objects), maxObjects(limit) {}
 
-// --- sessions
-// ----------------------------------------------------------------------------------------
+// --- sessions ------------------------------------------------------------------------------------
 
 void PropertyCollector::OpenSession(const std::string& session) {
   const std::lock_guard<std::mutex> lock(inventory.Mutex());
@@ -99,8 +98,7 @@ unsigned int PropertyCollector::Filters() {
   return static_cast<unsigned int>(count);
 }
 
-// --- waiting
-// -------------------------------------------------------------------------------------------
+// --- waiting -------------------------------------------------------------------------------------
 
 // A version that is not the last answer's means that the caller lacks something: everything is
 // reported anew.

@@ -62,7 +62,7 @@ void KEXmlReader::MoveTo(unsigned int p, XmlTokenType last) {
   if (pos < length) Classify();
 }
 
-// --- helpers ------------------------------------------------------------------------------------
+// --- helpers -------------------------------------------------------------------------------------
 
 void KEXmlReader::CheckLimits() {
   ThrowExceptionOnLimits(input, length, pos);
@@ -146,7 +146,7 @@ void KEXmlReader::EndElement(unsigned int p) {
   if (pos < length) Classify();
 }
 
-// --- questions ----------------------------------------------------------------------------------
+// --- questions -----------------------------------------------------------------------------------
 
 bool KEXmlReader::IsElementTag(const char* name) const {
   return state.IsExpectedType(kElementStart) && Matches(pos + 1, name);
@@ -174,7 +174,7 @@ bool KEXmlReader::HasComplexContent(const char*) const {
   return At(p) == '<' && At(p + 1) != '/' && !Matches(p, CDATA_START_ELEM);
 }
 
-// --- tags ---------------------------------------------------------------------------------------
+// --- tags ----------------------------------------------------------------------------------------
 
 bool KEXmlReader::FindElementTag(const char* name) {
   CheckLimits();
@@ -239,7 +239,7 @@ bool KEXmlReader::FindAndSkipElementEndTag(const char* name) {
   return true;
 }
 
-// --- attributes ---------------------------------------------------------------------------------
+// --- attributes ----------------------------------------------------------------------------------
 
 void KEXmlReader::GetAttributeNameAndValue(KEString& name, KEString& value) {
   const bool inside = state.WasLastType(kElementName) || state.WasLastType(kAttribute);
@@ -292,7 +292,7 @@ void KEXmlReader::GetElementAttributeNameAndValue(const char* elementName, KEStr
   if (FindElementTag(elementName)) GetAttributeNameAndValue(name, value);
 }
 
-// --- values -------------------------------------------------------------------------------------
+// --- values --------------------------------------------------------------------------------------
 
 void KEXmlReader::GetElementValue(const char* elementName, KEString& value) {
   value.Clear();
@@ -364,7 +364,7 @@ void KEXmlReader::GetElementContent(const char* elementName, KEString& content) 
   EndElement(Next('>', stop) + 1);
 }
 
-// --- characters ---------------------------------------------------------------------------------
+// --- characters ----------------------------------------------------------------------------------
 
 void KEXmlReader::SkipLineEndings() {
   CheckLimits();

@@ -47,7 +47,7 @@ class KECPP_API KEXmlReader {
   unsigned int Pos() const { return pos; }
   const XmlTokenState& State() const { return state; }
 
-  // --- questions at the cursor, which does not move ---------------------------------------------
+  // --- questions at the cursor, which does not move ----------------------------------------------
 
   bool IsElementTag(const char* name) const;
   bool IsElementEndTag(const char* name) const;
@@ -55,7 +55,7 @@ class KECPP_API KEXmlReader {
   bool IsValueCData() const;
   bool HasComplexContent(const char* name) const;
 
-  // --- movements --------------------------------------------------------------------------------
+  // --- movements ---------------------------------------------------------------------------------
 
   // Moves behind the name of the next start tag `name`. Only the first occurrence of the name is
   // looked at: where it is no start tag the search fails and the cursor stays.

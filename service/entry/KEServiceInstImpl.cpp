@@ -121,8 +121,7 @@ KEMethod* KEServiceInstImpl::GetMethod() {
   return method.get();
 }
 
-// --- stopping
-// ----------------------------------------------------------------------------------------
+// --- stopping ------------------------------------------------------------------------------------
 
 void KEServiceInstImpl::Stop() {
   KEMutexGuard guard(mutex.get());

@@ -83,8 +83,7 @@ void KESessionImpl::SetupSession(KEString& serviceContent) {
   sessionManager = content.Reference(PxaSessionMgr);
 }
 
-// --- logging in
-// --------------------------------------------------------------------------------------
+// --- logging in ----------------------------------------------------------------------------------
 
 void KESessionImpl::LoginAsConfigured(KELib::KEConfig& config) {
   if (!config.FindParentConfigKey(CfgKeyLoginInfo)) return;
@@ -187,8 +186,7 @@ void KESessionImpl::StartBody(const char* name, KELib::Xml::KEXmlBuffer& body) {
                                  sessionManager->value.Cstr());
 }
 
-// --- logging out
-// -------------------------------------------------------------------------------------
+// --- logging out ---------------------------------------------------------------------------------
 
 void KESessionImpl::Logout() {
   KEMutexGuard guard(mutex.get());
