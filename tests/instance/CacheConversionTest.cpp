@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "InstanceFixture.h"
@@ -25,7 +26,7 @@ using Machine = KE::Stub::ZORBEL_VMComputerSystem;
 using KE::Stub::ManagedObjectReference;
 using KELib::KEString;
 
-// --- references and status words --------------------------------------------------------------
+// --- references and status words -----------------------------------------------------------------
 
 TEST(ConvertReference, PassesOverTheSchemaType) {
   for (const char* xml :
@@ -42,46 +43,37 @@ TEST(ConvertReference, PassesOverTheSchemaType) {
   }
 }
 
-TEST(ConvertReference, RefillsAnExistingOneFromInsideTheTag) {
-  KEString text("<obj type=\"Folder\">f</obj>  ");
+TEST(ConvertReference, RefillsOneFromInsideTheTagAndMakesNoneOnError) {
+  KEString text("<obj type=\"Folder\">f</obj><obj type=\"Fol");
   KELib::Xml::KEXmlReader reader(text, true, 0);
   ASSERT_TRUE(reader.FindElementTag("obj"));
-  ManagedObjectReference reference;
-  reference.type = "Old";
-  reference.value = "old";
-  ManagedObjectReference* ref = &reference;
+  ManagedObjectReference reference, *ref = &reference, *made = nullptr;
+  reference.type = reference.value = "old";
   ConvertManagedObjectReference("obj", reader, ref);
-  EXPECT_EQ(&reference, ref);
   EXPECT_STREQ("Folder", reference.type.Cstr());
   EXPECT_STREQ("f", reference.value.Cstr());
+  EXPECT_THROW(ConvertManagedObjectReference("obj", reader, made), KELib::Xml::XmlException);
+  EXPECT_EQ(nullptr, made);
 }
 
-TEST(ConvertReference, AnErrorLeavesNothingBehind) {
-  KEString text("<obj type=\"Folder");
-  KELib::Xml::KEXmlReader reader(text, true, 0);
-  ManagedObjectReference* ref = nullptr;
-  EXPECT_THROW(ConvertManagedObjectReference("obj", reader, ref), KELib::Xml::XmlException);
-  EXPECT_EQ(nullptr, ref);
-}
+using Convert = void (*)(KEString&, unsigned short&);
 
 TEST(ConvertStatus, ComparesExactlyAndAlwaysAnswers) {
-  const auto code = [](auto convert, const char* word) {
+  const std::tuple<Convert, const char*, int> cases[] = {
+      {ConvertVMPowerState, "poweredOff", 10}, {ConvertVMPowerState, "poweredOn", 2},
+      {ConvertVMPowerState, "suspended", 15},  {ConvertVMPowerState, "PoweredOn", 0},
+      {ConvertHostOverallStatus, "gray", 0},   {ConvertHostOverallStatus, "green", 2},
+      {ConvertHostOverallStatus, "red", 6},    {ConvertHostOverallStatus, "yellow", 3},
+      {ConvertHostOverallStatus, "GREEN", 0},  {ConvertHostOverallStatus, "", 0}};
+  for (const auto& [convert, word, expected] : cases) {
     KEString text(word);
-    unsigned short answer = 99;
-    convert(text, answer);
-    return answer;
-  };
-  const std::pair<const char*, int> power[] = {
-      {"poweredOff", 10}, {"poweredOn", 2}, {"suspended", 15}, {"PoweredOn", 0}, {"", 0}};
-  for (const auto& [word, answer] : power) EXPECT_EQ(answer, code(ConvertVMPowerState, word));
-  const std::pair<const char*, int> overall[] = {
-      {"gray", 0}, {"green", 2}, {"red", 6}, {"yellow", 3}, {"GREEN", 0}};
-  for (const auto& [word, answer] : overall) {
-    EXPECT_EQ(answer, code(ConvertHostOverallStatus, word));
+    unsigned short code = 99;
+    convert(text, code);
+    EXPECT_EQ(expected, code) << word;
   }
 }
 
-// --- links ------------------------------------------------------------------------------------
+// --- links ---------------------------------------------------------------------------------------
 
 class Links : public testing::Test {
  protected:
@@ -111,18 +103,15 @@ class Links : public testing::Test {
   }
 
   static std::string MachinesOf(Host* host) {
-    std::string all;
-    if (host->HostedDependencies == nullptr) return "none";
-    for (unsigned int i = 0; i < host->HostedDependencies->Count(); ++i) {
-      auto* link =
-          dynamic_cast<KE::Stub::ZORBEL_HostedDependency*>(host->HostedDependencies->Get(i));
-      all += link == nullptr ? "- " : link->Dependent->Name.Cstr() + std::string(" ");
-      if (link != nullptr) {
-        EXPECT_EQ(host, link->Antecedent);
-        EXPECT_EQ(link, link->Dependent->HostedDependencies->Get(0));
-      }
+    std::string names;
+    KEString type(KE::Stub::ZORBEL_HostedDependencyClass);
+    for (auto it = host->GetAssocIterator(type); !it.End(); ++it) {
+      auto* link = dynamic_cast<KE::Stub::ZORBEL_HostedDependency*>(*it);
+      EXPECT_EQ(host, link->Antecedent);
+      EXPECT_EQ(link, link->Dependent->HostedDependencies->Get(0));
+      names += std::string(link->Dependent->Name.Cstr()) + " ";
     }
-    return all;
+    return names;
   }
 
   KETypeCache types;
@@ -133,51 +122,30 @@ class Links : public testing::Test {
 TEST_F(Links, AreMadeOnceBothEndsAreCached) {
   Host* host = AddHost("h1");
   HostReports(host, "vm1");
-  EXPECT_EQ("none", MachinesOf(host));
+  EXPECT_EQ("", MachinesOf(host));
   Machine* machine = AddMachine("vm1");
   MachineReports(machine, "h9");
   EXPECT_EQ(nullptr, machine->HostedDependencies);
-  MachineReports(machine, "h1");
-  const auto* link = machine->HostedDependencies->Get(0);
-  HostReports(host, "vm1");
-  MachineReports(machine, "h1");
-  MachineReports(nullptr, "h1");
-  HostReports(nullptr, "vm1");
+  for (int round = 0; round < 2; ++round) {
+    MachineReports(machine, "h1");
+    HostReports(host, "vm1");
+    MachineReports(machine, "h9");
+  }
   EXPECT_EQ("vm1 ", MachinesOf(host));
   EXPECT_EQ(1u, machine->HostedDependencies->Count());
-  EXPECT_EQ(link, machine->HostedDependencies->Get(0));
-  MachineReports(machine, "h9");
-  EXPECT_EQ("vm1 ", MachinesOf(host));
 }
 
 TEST_F(Links, MoveFromHostToHostOnEitherReport) {
   Host* from = AddHost("h1");
   Host* to = AddHost("h2");
-  std::vector<Machine*> moved;
   for (const char* name : {"vm1", "vm2", "vm3"}) {
-    moved.push_back(AddMachine(name));
+    AddMachine(name);
     HostReports(from, name);
   }
-  KEString name(KE::Stub::ZORBEL_HostedDependencyClass);
-  auto reader = from->GetAssocIterator(name);
-  MachineReports(moved[1], "h2");
-  EXPECT_THROW(reader.End(), KELib::InvalidIteratorException);
+  MachineReports(static_cast<Machine*>(Find(machines, "vm2")), "h2");
   HostReports(to, "vm1");
   EXPECT_EQ("vm3 ", MachinesOf(from));
   EXPECT_EQ("vm2 vm1 ", MachinesOf(to));
-}
-
-TEST_F(Links, AreMadeAnewInTheSlotOfADeadHost) {
-  AddHost("h1");
-  Host* other = AddHost("h2");
-  Machine* machine = AddMachine("vm1");
-  MachineReports(machine, "h1");
-  KEString dead("h1");
-  hosts.RemoveVal(dead);
-  EXPECT_EQ(nullptr, machine->HostedDependencies->Get(0));
-  MachineReports(machine, "h2");
-  EXPECT_EQ("vm1 ", MachinesOf(other));
-  EXPECT_EQ(1u, machine->HostedDependencies->Count());
 }
 
 TEST_F(Links, AnEmptySlotListIsAnErrorThatChangesNothing) {
@@ -186,15 +154,7 @@ TEST_F(Links, AnEmptySlotListIsAnErrorThatChangesNothing) {
   machine->HostedDependencies = std::make_unique<KELib::KEVector<KELib::Stub::KEAssocStubBase*>>(1);
   EXPECT_THROW(MachineReports(machine, "h1"), KELib::IndexOutOfBoundsException);
   EXPECT_THROW(HostReports(host, "vm1"), KELib::IndexOutOfBoundsException);
-  EXPECT_EQ("none", MachinesOf(host));
-}
-
-TEST_F(Links, ATypeThatIsNotWatchedIsAMiss) {
-  KETypeCache nothing;
-  Machine* machine = AddMachine("vm1");
-  KEString type("HostSystem"), id("h1");
-  ChangeVMsHostRef(machine, type, id, &nothing);
-  EXPECT_EQ(nullptr, machine->HostedDependencies);
+  EXPECT_EQ("", MachinesOf(host));
 }
 
 // Quadratic work on so many links would run into the test's time limit.
