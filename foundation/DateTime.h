@@ -25,7 +25,7 @@ class KECPP_API DateTime {
   // The time now. Throws SystemException when the clock fails.
   static DateTime Now(bool local);
 
-  // Microseconds since the epoch, UTC.
+  // Microseconds since the epoch, UTC. Defined within 290,000 years of it.
   long long GetUtcTime() const;
 
   // The full form; a new array of 33 characters that the caller frees with array delete.

@@ -3,7 +3,6 @@
 
 #include <strings.h>
 
-#include <cctype>
 #include <cstdint>
 #include <cstring>
 #include <memory>

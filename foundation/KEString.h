@@ -8,8 +8,7 @@
 //
 // Thread safety: none of its own.
 // Ownership: the buffer comes from array new and is freed with array delete. Empty strings share
-// one
-//   static buffer, which is never written and never freed.
+//   one static buffer, which is never written and never freed.
 // Self-arguments are allowed everywhere: s = s.Cstr() + 2, s += s, s.Attach(s.Str()).
 #ifndef KECPP_FOUNDATION_KESTRING_H
 #define KECPP_FOUNDATION_KESTRING_H
@@ -139,7 +138,7 @@ class KECPP_API KEString {
   static char* SharedEmpty() { return const_cast<char*>(&sharedEmpty); }
   bool IsShared() const { return buffer == &sharedEmpty; }
 
-  // A zero-filled block for `length` characters and the NUL.
+  // A block for `length` characters, which are unset, with a NUL behind them.
   static char* NewText(std::size_t length);
 
   char* buffer;

@@ -43,6 +43,10 @@ KEStringBuffer& KEStringBuffer::operator=(const KEStringBuffer& other) {
   return *this;
 }
 
+KEStringBuffer& KEStringBuffer::operator=(const KEString& text) {
+  return *this = text.Cstr();
+}
+
 KEStringBuffer& KEStringBuffer::operator=(const char* text) {
   KEString::operator=(text);
   MeasureText();
@@ -70,10 +74,10 @@ unsigned int KEStringBuffer::Resize(unsigned int needed) {
     const std::uint64_t limit = static_cast<std::uint64_t>(INT32_MAX);
     char* roomier = NewText(static_cast<std::size_t>(block < limit ? block : limit));
     std::memcpy(roomier, buffer, length);
-    roomier[length] = '\0';
     if (!IsShared()) delete[] buffer;
     buffer = roomier;
   }
+  std::memset(buffer + length, 0, std::size_t{growth} + 1);
   capacity = static_cast<unsigned int>(wanted);
   return capacity;
 }

@@ -26,9 +26,10 @@ class KECPP_API KEStringBuffer : public KEString {
 
   KEStringBuffer(const KEStringBuffer& other);
   KEStringBuffer& operator=(const KEStringBuffer& other);
+  KEStringBuffer& operator=(const KEString& text);
   KEStringBuffer& operator=(const char* text);
 
-  // Makes room for `needed` more characters. Returns the capacity.
+  // Makes room for `needed` more characters, NUL until written. Returns the capacity.
   unsigned int Resize(unsigned int needed);
 
   // `length` 0 means the whole text, otherwise at most that many characters.
@@ -46,8 +47,14 @@ class KECPP_API KEStringBuffer : public KEString {
   KEStringBuffer& operator+=(const char* text);
   KEStringBuffer& operator+=(const KEString& text);
 
-  // As Append: this class always knows its room.
+  // As Append, which always knows its room. Return the number of characters appended.
   unsigned int UnsafeAppend(const char* text, unsigned int length = 0);
+  template <typename Value>
+  unsigned int UnsafeAppend(const Value& value) {
+    const unsigned int before = Length();
+    Append(value);
+    return Length() - before;
+  }
 
   void AssignExact(const char* text, unsigned int length);
   void Transfer(KEStringBuffer& other);  // the argument is left empty

@@ -4,7 +4,7 @@
 //
 // Ownership: every returned `char*` is a new array that the caller frees with array delete.
 // Thread safety: all functions may be called from any thread.
-// Integers are 32 bits wide in text also where the type is wider, on every build.
+// Parsed integers have 32 bits also where the result type is wider, on every build.
 #ifndef KECPP_FOUNDATION_STRINGUTIL_H
 #define KECPP_FOUNDATION_STRINGUTIL_H
 

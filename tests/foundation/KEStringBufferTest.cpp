@@ -18,6 +18,26 @@ TEST(KEStringBufferTest, CapacityGrowsByWhatIsNeededAtLeast128) {
   EXPECT_EQ(buffer.Length(), 201U);
 }
 
+TEST(KEStringBufferTest, ReservedRoomIsZeroedAndFilledByEveryKindOfValue) {
+  KEStringBuffer buffer(0);
+  for (int i = 0; i < 60; ++i) buffer.Append("0123456789ABCDEF0123456789abcdef");
+  buffer.Resize(500);  // within the block and beyond it
+  buffer.Resize(5000);
+  for (unsigned int i = buffer.Length(); i <= buffer.Capacity(); ++i) {
+    ASSERT_EQ(buffer.UnsafeAt(i), '\0') << i;
+  }
+  buffer = KEString("n:");
+  EXPECT_EQ(buffer.UnsafeAppend(static_cast<short>(-32768)), 6U);
+  EXPECT_EQ(buffer.UnsafeAppend('\0') + buffer.UnsafeAppend(true), 4U);
+  EXPECT_EQ(buffer.UnsafeAppend(KEString("xy")), 2U);
+  buffer.Append(-9223372036854775807LL - 1);
+  buffer.Append(18446744073709551615ULL);
+  buffer.Append(-3.4e38F);  // the widest text of all
+  EXPECT_EQ(std::string("n:-32768truexy-922337203685477580818446744073709551615") +
+                std::to_string(-3.4e38F),
+            buffer.Cstr());
+}
+
 TEST(KEStringBufferTest, ManySmallAppendsKeepTheText) {
   KEStringBuffer buffer(0);
   std::string expected;
