@@ -254,9 +254,10 @@ TEST_F(SyncLoopTest, ReadersSeeWholeObjects) {
 
 // Watches come and go on several threads while sets flow and a reader walks the caches.
 TEST_F(SyncLoopTest, WatchesComeAndGoUnderLoad) {
-  std::atomic<int> version{0};
-  server.Always("WaitForUpdates", [&] {
-    const std::string n = std::to_string(++version);
+  // Shared: the sync thread still asks when the test's body has ended.
+  const auto version = std::make_shared<std::atomic<int>>(0);
+  server.Always("WaitForUpdates", [version] {
+    const std::string n = std::to_string(++*version);
     return UpdateSet(n, "filter-1", Machine("vm-1", n));
   });
   Watch(kMachines);
