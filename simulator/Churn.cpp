@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "simulator/Churn.h"
 
+#include <algorithm>
 #include <chrono>
-#include <string>
-#include <vector>
 
 namespace sim {
 
@@ -27,42 +26,57 @@ void Churn::SetRate(double perSecond) {
 
 // Changes are made under the mutex: whoever has set the rate to 0 sees a quiet inventory.
 void Churn::Run() {
+  using Clock = std::chrono::steady_clock;
   std::unique_lock<std::mutex> lock(mutex);
+  Clock::time_point due = Clock::now();
   while (!stop) {
     if (rate <= 0) {
       woken.wait(lock);
+      due = Clock::now();
       continue;
     }
-    woken.wait_for(lock, std::chrono::duration<double>(1.0 / rate));
-    if (!stop && rate > 0) ChangeOne();
+    const std::chrono::duration<double> pause(1.0 / rate);
+    const Clock::time_point last = due;
+    // The mutex is let go for a moment even when the rate is higher than can be kept.
+    due = std::max(last + std::chrono::duration_cast<Clock::duration>(pause),
+                   Clock::now() + std::chrono::microseconds(20));
+    const bool isDue = woken.wait_until(lock, due) == std::cv_status::timeout;
+    if (stop || rate <= 0) continue;  // it may have been set while this thread woke
+    if (isDue) {
+      ChangeOne();
+    } else {
+      due = Clock::now();
+    }
   }
 }
 
 void Churn::ChangeOne() {
-  const std::vector<std::string> machines = inventory.Ids("VirtualMachine");
-  const std::vector<std::string> hosts = inventory.Ids("HostSystem");
-  if (hosts.empty()) return;
-  const auto any = [this](const std::vector<std::string>& list) {
-    return list[random() % list.size()];
-  };
-  const std::string mark = std::to_string(random() % 100000);
   const unsigned int dice = static_cast<unsigned int>(random() % 20);
-  if (machines.empty() || dice == 0) {
-    inventory.CreateMachine("new" + mark, any(hosts));
-  } else if (dice == 1 && machines.size() > 3) {
-    inventory.RemoveMachine(any(machines));
+  const std::string host = Any(Inventory::kHosts), machine = Any(Inventory::kMachines);
+  if (host.empty()) return;
+  if (machine.empty() || dice == 0) {
+    inventory.CreateMachine("new" + std::to_string(random() % 100000), host);
+  } else if (dice == 1 && inventory.Count(Inventory::kMachines) > 3) {
+    inventory.RemoveMachine(machine);
   } else if (dice < 5) {
-    inventory.MoveMachine(any(machines), any(hosts));
-  } else if (dice < 8) {
-    inventory.Set(any(machines), "name", "renamed" + mark + " &amp; co");
-  } else if (dice < 9) {
+    inventory.MoveMachine(machine, host);
+  } else if (dice == 5) {
     static const char* const kStatuses[] = {"green", "yellow", "red", "gray"};
-    inventory.Set(any(hosts), "summary.overallStatus", kStatuses[random() % 4]);
+    inventory.Set(host, "summary.overallStatus", kStatuses[random() % 4]);
+  } else {
+    ChangeMachine(machine, dice);
+  }
+}
+
+void Churn::ChangeMachine(const std::string& machine, unsigned int dice) {
+  const std::string mark = std::to_string(random() % 100000);
+  if (dice < 9) {
+    inventory.Set(machine, "name", "renamed" + mark + " &amp; co");
   } else if (dice < 11) {
-    inventory.Set(any(machines), "config.annotation", dice == 9 ? "" : "note " + mark);
+    inventory.Set(machine, "config.annotation", dice == 9 ? "" : "note " + mark);
   } else {
     static const char* const kStates[] = {"poweredOn", "poweredOff", "suspended"};
-    inventory.Set(any(machines), "runtime.powerState", kStates[random() % 3]);
+    inventory.Set(machine, "runtime.powerState", kStates[random() % 3]);
   }
 }
 

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
-// A thread that changes the inventory at random, so many times a second.
-#pragma once
+// A thread that changes the inventory at random, so many times a second: power states, names,
+// annotations, hosts' states, moves between hosts, machines that come and go.
+#ifndef KECPP_SIMULATOR_CHURN_H
+#define KECPP_SIMULATOR_CHURN_H
 
-#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
 #include <random>
+#include <string>
 #include <thread>
 
 #include "simulator/Inventory.h"
@@ -25,10 +27,12 @@ class Churn {
  private:
   void Run();
   void ChangeOne();
+  void ChangeMachine(const std::string& machine, unsigned int dice);
+  std::string Any(const char* folder) { return inventory.Pick(folder, random()); }
 
   Inventory& inventory;
-  std::mt19937_64 random;
-  std::mutex mutex;
+  std::mt19937_64 random;  // of the thread alone
+  std::mutex mutex;        // guards what follows, except the thread
   std::condition_variable woken;
   double rate;
   bool stop = false;
@@ -36,3 +40,5 @@ class Churn {
 };
 
 }  // namespace sim
+
+#endif

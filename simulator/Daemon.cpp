@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "simulator/Daemon.h"
 
-#include <sys/stat.h>
-
-#include <chrono>
-#include <fstream>
-#include <random>
+#include <map>
+#include <vector>
 
 namespace sim {
 
@@ -21,167 +18,113 @@ const char kServiceContent[] =
     "<authorizationManager type=\"AuthorizationManager\">authmgr-1</authorizationManager>"
     "</returnval>";
 
-std::string Random(unsigned int words) {
-  std::random_device source;
-  std::string text;
-  char word[16];
-  for (unsigned int i = 0; i < words; ++i) {
-    std::snprintf(word, sizeof(word), "%08x", source());
-    text += word;
-  }
-  return text;
+// On which object a method acts, and its arguments. A null value: any object of the type; a null
+// type: any object.
+struct Shape {
+  const char* type;
+  const char* value;
+  std::vector<std::string> elements;
+};
+
+const std::map<std::string, Shape>& Shapes() {
+  static const auto& shapes = *new std::map<std::string, Shape>{
+      {"RetrieveServiceContent", {"ServiceInstance", "ServiceInstance", {"_this"}}},
+      {"AcquireLocalTicket", {"SessionManager", "sessionManager-1", {"_this", "userName"}}},
+      {"Login", {"SessionManager", "sessionManager-1", {"_this", "userName", "password"}}},
+      {"Logout", {"SessionManager", "sessionManager-1", {"_this"}}},
+      {"CreateFilter",
+       {"PropertyCollector", "propertyCollector-1", {"_this", "spec", "partialUpdates"}}},
+      {"WaitForUpdates", {"PropertyCollector", "propertyCollector-1", {"_this", "version"}}},
+      {"CancelWaitForUpdates", {"PropertyCollector", "propertyCollector-1", {"_this"}}},
+      {"DestroyPropertyFilter", {"PropertyFilter", nullptr, {"_this"}}},
+      {"RetrieveAllPermissions", {"AuthorizationManager", Inventory::kAuthorization, {"_this"}}},
+      {"StartTask", {nullptr, nullptr, {}}}};
+  return shapes;
 }
 
-[[noreturn]] void Refuse(const std::string& text) {
-  throw Fault{"InvalidRequestFault", text};
-}
-
-void CheckThis(const SoapCall& call, const char* wanted) {
-  if (call.ThisValue() != wanted) Refuse(call.method + " is not a method of " + call.ThisValue());
+void CheckShape(const SoapCall& call) {
+  const auto found = Shapes().find(call.method);
+  if (found == Shapes().end()) Refuse("There is no method " + call.method);
+  const Shape& shape = found->second;
+  const std::string value = call.ThisValue();
+  const bool wrong = (shape.type != nullptr && call.ThisType() != shape.type) ||
+                     (shape.value != nullptr && value != shape.value);
+  if (wrong) Refuse(call.method + " is not a method of " + call.ThisType() + " " + value);
+  if (!shape.elements.empty()) call.CheckElements(shape.elements);
 }
 
 }  // namespace
 
-Daemon::Daemon(Inventory& objects, const DaemonOptions& given)
-    : inventory(objects), options(given), collector(objects, given.maxObjects) {}
-
-Daemon::~Daemon() {
-  Shutdown();
-  for (std::thread& task : tasks) task.join();
-}
-
-void Daemon::Shutdown() {
-  shutdown = true;
-  collector.Shutdown();
-}
-
-std::size_t Daemon::Sessions() {
-  const std::lock_guard<std::mutex> lock(mutex);
-  return sessions.size();
-}
+Daemon::Daemon(Inventory& objects, const DaemonOptions& options)
+    : inventory(objects),
+      sessions(options.account),
+      collector(objects, options.maxObjects),
+      tasks(objects) {}
 
 void Daemon::LoseSessions() {
-  {
-    const std::lock_guard<std::mutex> lock(mutex);
-    sessions.clear();
-  }
+  sessions.LogoutAll();
   collector.CloseAll();
 }
 
-void Daemon::CheckSession(const std::string& session) {
-  const std::lock_guard<std::mutex> lock(mutex);
-  if (sessions.count(session) == 0) {
-    throw Fault{"NotAuthenticatedFault", "The session is not authenticated."};
-  }
-}
-
-std::string Daemon::Call(const SoapCall& call, std::string& session) {
+std::string Daemon::Call(const SoapCall& call, std::string& cookie,
+                         const std::function<bool()>& abandoned) {
+  CheckShape(call);
   const std::string& method = call.method;
-  if (method == "RetrieveServiceContent") {
-    CheckThis(call, "ServiceInstance");
-    return kServiceContent;
-  }
+  if (method == "RetrieveServiceContent") return kServiceContent;
   if (method == "AcquireLocalTicket") return Ticket(call);
-  if (method == "Login") return Login(call, session);
-  CheckSession(session);
+  if (method == "Login") return Login(call, cookie);
+  sessions.Check(cookie);
   if (method == "Logout") {
-    CheckThis(call, "sessionManager-1");
-    collector.CloseSession(session);
-    const std::lock_guard<std::mutex> lock(mutex);
-    sessions.erase(session);
+    sessions.Logout(cookie);
+    collector.CloseSession(cookie);
     return "";
   }
-  if (method == "DestroyPropertyFilter") {
-    collector.DestroyFilter(session, call.ThisValue());
-    return "";
-  }
-  if (method == "RetrieveAllPermissions") {
-    CheckThis(call, Inventory::kAuthorization);
-    return inventory.PermissionsXml();
-  }
+  if (method == "RetrieveAllPermissions") return inventory.PermissionItems();
   if (method == "StartTask") return StartTask(call);
-
-  CheckThis(call, "propertyCollector-1");
-  if (method == "CreateFilter") {
-    if (call.Argument("partialUpdates") != "true") Refuse("partialUpdates is not true");
-    return "<returnval type=\"PropertyFilter\">" +
-           collector.CreateFilter(session, call.Element().child("spec")) + "</returnval>";
-  }
-  if (method == "WaitForUpdates") {
-    return "<returnval>" + collector.Wait(session, call.Argument("version")) + "</returnval>";
-  }
-  if (method == "CancelWaitForUpdates") {
-    collector.CancelWait(session);
-    return "";
-  }
-  Refuse("There is no method " + method);
+  return Collect(call, cookie, abandoned);
 }
-
-// --- logging in ----------------------------------------------------------------------------------
 
 std::string Daemon::Ticket(const SoapCall& call) {
-  CheckThis(call, "sessionManager-1");
   const std::string user = call.Argument("userName");
-  if (user != options.user) throw Fault{"InvalidLoginFault", "There is no user " + user};
-  if (options.ticketFolder.empty()) Refuse("This daemon hands no local tickets out.");
-  const std::string password = Random(4);
-  std::string path;
-  {
-    const std::lock_guard<std::mutex> lock(mutex);
-    tickets[user] = password;
-    path = options.ticketFolder + "/ticket-" + std::to_string(nextTicket++);
-  }
-  const mode_t before = umask(0077);
-  std::ofstream(path) << password;
-  umask(before);
-  return "<returnval><userName>" + user + "</userName><passwordFilePath>" + path +
-         "</passwordFilePath></returnval>";
+  return "<returnval><userName>" + Escaped(user) + "</userName><passwordFilePath>" +
+         sessions.IssueTicket(user) + "</passwordFilePath></returnval>";
 }
 
-std::string Daemon::Login(const SoapCall& call, std::string& session) {
-  CheckThis(call, "sessionManager-1");
-  const std::string user = call.Argument("userName"), password = call.Argument("password");
-  const std::lock_guard<std::mutex> lock(mutex);
-  const auto ticket = tickets.find(user);
-  const bool byTicket = ticket != tickets.end() && ticket->second == password;
-  if (!byTicket && (user != options.user || password != options.password)) {
-    throw Fault{"InvalidLoginFault", "Login refused."};
-  }
-  if (sessions.count(session) > 0) throw Fault{"InvalidStateFault", "Already logged in."};
-  if (byTicket) tickets.erase(ticket);
-  session = Random(4);
-  sessions.insert(session);
-  collector.OpenSession(session);
-  return "<returnval><key>" + session.substr(0, 8) + "</key><userName>" + user +
+std::string Daemon::Login(const SoapCall& call, std::string& cookie) {
+  const std::string user = call.Argument("userName");
+  cookie = sessions.Login(user, call.Argument("password"), cookie);
+  collector.OpenSession(cookie);
+  return "<returnval><key>" + cookie.substr(0, 8) + "</key><userName>" + Escaped(user) +
          "</userName></returnval>";
 }
 
-// --- tasks ---------------------------------------------------------------------------------------
+std::string Daemon::Collect(const SoapCall& call, const std::string& cookie,
+                            const std::function<bool()>& abandoned) {
+  if (call.method == "CreateFilter") {
+    if (call.Argument("partialUpdates") != "true") Refuse("partialUpdates is not true");
+    return "<returnval type=\"PropertyFilter\">" +
+           collector.CreateFilter(cookie, call.Element().child("spec")) + "</returnval>";
+  }
+  if (call.method == "WaitForUpdates") {
+    std::string sets = collector.Wait(cookie, call.Argument("version"), abandoned);
+    return sets.insert(0, "<returnval>").append("</returnval>");
+  }
+  if (call.method == "CancelWaitForUpdates") {
+    collector.CancelWait(cookie);
+  } else {
+    collector.DestroyFilter(cookie, call.ThisValue());
+  }
+  return "";
+}
 
-// Starts a task that is queued, then runs, then ends as "outcome" says ("hang": never; "leave": it
-// disappears), each step after "millis" milliseconds. Both arguments may be missing; the object's
-// identifier then names the outcome.
+// Both arguments may be missing; the object's identifier then names the outcome.
 std::string Daemon::StartTask(const SoapCall& call) {
-  const pugi::xml_node outcomeNode = call.Element().child("outcome");
-  const std::string given = outcomeNode ? outcomeNode.text().get() : call.ThisValue();
-  const std::string outcome =
-      given == "error" || given == "hang" || given == "leave" ? given : "success";
-  const int millis = call.Element().child("millis").text().as_int(20);
-  const std::string id = inventory.StartTask();
-  const std::lock_guard<std::mutex> lock(mutex);
-  tasks.emplace_back([this, id, outcome, millis] {
-    const auto step = std::chrono::milliseconds(millis);
-    std::this_thread::sleep_for(step);
-    inventory.Set(id, "info.state", "running");
-    std::this_thread::sleep_for(step);
-    if (shutdown || outcome == "hang") return;
-    if (outcome == "leave") {
-      inventory.RemoveTask(id);
-    } else {
-      inventory.Set(id, "info.state", outcome);
-    }
-  });
-  return "<returnval type=\"Task\">" + id + "</returnval>";
+  const pugi::xml_node named = call.Element().child("outcome");
+  const std::string outcome = named ? named.text().get() : call.ThisValue();
+  const bool known = outcome == "error" || outcome == "hang" || outcome == "leave";
+  const std::chrono::milliseconds pause(call.Element().child("millis").text().as_int(20));
+  return "<returnval type=\"Task\">" + tasks.Start(known ? outcome : "success", pause) +
+         "</returnval>";
 }
 
 }  // namespace sim

@@ -1,60 +1,56 @@
 // SPDX-License-Identifier: MIT
 //
-// The management daemon's methods: service content, login, filters, waits, tasks.
+// The management daemon's methods: service content, login, filters, waits, permissions, tasks.
 //
 // Thread safety: any number of calls at the same time.
-#pragma once
+#ifndef KECPP_SIMULATOR_DAEMON_H
+#define KECPP_SIMULATOR_DAEMON_H
 
-#include <atomic>
-#include <map>
-#include <mutex>
-#include <set>
+#include <functional>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "simulator/Inventory.h"
 #include "simulator/PropertyCollector.h"
+#include "simulator/Sessions.h"
 #include "simulator/Soap.h"
+#include "simulator/Tasks.h"
 
 namespace sim {
 
 struct DaemonOptions {
-  std::string ticketFolder;  // where password files are written
-  std::string user = "root", password = "secret";
-  unsigned int maxObjects = 0;
+  Account account;
+  unsigned int maxObjects = 0;  // of one answer; 0: no limit
 };
 
 class Daemon {
  public:
   Daemon(Inventory& inventory, const DaemonOptions& options);
-  ~Daemon();
 
-  // Carries a call out. `session` is the value of the session cookie, empty without one; a login
-  // replaces it. Returns what stands inside the answer's element. Throws Fault.
-  std::string Call(const SoapCall& call, std::string& session);
+  // Carries a call out. `cookie` is the value of the session cookie, empty without one; a login
+  // replaces it. `abandoned` says whether the client has gone. Returns what stands inside the
+  // answer's element. Throws Fault.
+  std::string Call(const SoapCall& call, std::string& cookie,
+                   const std::function<bool()>& abandoned);
 
   void LoseSessions();  // as after a restart
-  void Shutdown();      // every wait and task ends
+  void Shutdown() { collector.Shutdown(); }
 
   PropertyCollector& Collector() { return collector; }
-  std::size_t Sessions();
+  std::size_t SessionCount() { return sessions.Count(); }
 
  private:
-  void CheckSession(const std::string& session);
   std::string Ticket(const SoapCall& call);
-  std::string Login(const SoapCall& call, std::string& session);
+  std::string Login(const SoapCall& call, std::string& cookie);
+  std::string Collect(const SoapCall& call, const std::string& cookie,
+                      const std::function<bool()>& abandoned);
   std::string StartTask(const SoapCall& call);
 
   Inventory& inventory;
-  const DaemonOptions options;
+  Sessions sessions;
   PropertyCollector collector;
-  std::mutex mutex;                            // guards what follows
-  std::map<std::string, std::string> tickets;  // password by user
-  std::set<std::string> sessions;
-  std::vector<std::thread> tasks;
-  std::atomic<bool> shutdown{false};
-  unsigned int nextTicket = 1;
+  Tasks tasks;
 };
 
 }  // namespace sim
+
+#endif

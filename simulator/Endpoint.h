@@ -2,40 +2,38 @@
 //
 // The SOAP endpoint: checks headers and envelope, carries the call out, and answers, rightly or as
 // a fault order says.
-#pragma once
+#ifndef KECPP_SIMULATOR_ENDPOINT_H
+#define KECPP_SIMULATOR_ENDPOINT_H
 
 #include <httplib.h>
 
-#include <atomic>
+#include <string>
 
 #include "simulator/Daemon.h"
 #include "simulator/Faults.h"
+#include "simulator/HttpServer.h"
+#include "simulator/Misbehaviour.h"
 #include "simulator/Statistics.h"
 
 namespace sim {
 
 class Endpoint {
  public:
-  Endpoint(Daemon& served, Faults& ordered, Statistics& counted)
-      : daemon(served), faults(ordered), statistics(counted) {}
+  Endpoint(Daemon& daemon, Faults& faults, Misbehaviour& misbehaviour, Statistics& statistics);
 
   // Answers POSTs to the service's path, in any letter case.
-  void AddTo(httplib::Server& server);
-
-  // Ends answers that hang or drip on purpose.
-  void Shutdown() { shutdown = true; }
+  void AddTo(HttpServer& server);
 
  private:
   void Post(const httplib::Request& request, httplib::Response& response);
-  void Misbehave(const FaultOrder& order, const std::string& answer,
-                 const httplib::Request& request, httplib::Response& response);
-  void Drip(const std::string& answer, unsigned int delayMs, httplib::Response& response);
-  void Pause(unsigned int milliseconds);
+  std::string CarryOut(const SoapCall& call, std::string& cookie, const FaultOrder* order);
 
   Daemon& daemon;
   Faults& faults;
+  Misbehaviour& misbehaviour;
   Statistics& statistics;
-  std::atomic<bool> shutdown{false};
 };
 
 }  // namespace sim
+
+#endif

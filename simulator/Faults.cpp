@@ -1,32 +1,32 @@
 // SPDX-License-Identifier: MIT
 #include "simulator/Faults.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <set>
+#include <map>
 
 namespace sim {
 
-bool Faults::IsKnownKind(const std::string& kind) {
-  static const std::set<std::string>& kinds = *new std::set<std::string>{"close-before",
-                                                                         "close-middle",
-                                                                         "truncate",
-                                                                         "truncate-wrong-length",
-                                                                         "garbage",
-                                                                         "empty",
-                                                                         "http500",
-                                                                         "soap-fault",
-                                                                         "soap-fault-no-detail",
-                                                                         "wrong-prefix",
-                                                                         "no-body",
-                                                                         "drip",
-                                                                         "hang",
-                                                                         "huge",
-                                                                         "malformed-set"};
-  return kinds.count(kind) > 0;
+namespace {
+
+// Whether a call that goes wrong in this way is carried out all the same.
+const std::map<std::string, bool>& Kinds() {
+  static const auto& kinds = *new std::map<std::string, bool>{
+      {"refuse", false},       {"close-before", false}, {"hang", false},
+      {"garbage", false},      {"empty", false},        {"http500", false},
+      {"soap-fault", false},   {"huge", false},         {"soap-fault-no-detail", false},
+      {"lost-reply", true},    {"close-middle", true},  {"truncate-wrong-length", true},
+      {"truncate", true},      {"wrong-prefix", true},  {"no-body", true},
+      {"malformed-set", true}, {"drip", true}};
+  return kinds;
+}
+
+}  // namespace
+
+bool Faults::IsKnown(const std::string& kind) {
+  return Kinds().count(kind) > 0;
+}
+
+bool Faults::CarriesOut(const std::string& kind) {
+  return Kinds().at(kind);
 }
 
 void Faults::Order(const FaultOrder& order) {
@@ -48,16 +48,6 @@ bool Faults::Take(const std::string& method, FaultOrder& order) {
     return true;
   }
   return false;
-}
-
-void CloseConnectionFrom(int peerPort) {
-  const int most = static_cast<int>(sysconf(_SC_OPEN_MAX));
-  for (int fd = 3; fd < most && fd < 4096; ++fd) {
-    sockaddr_in peer{};
-    socklen_t size = sizeof(peer);
-    if (getpeername(fd, reinterpret_cast<sockaddr*>(&peer), &size) != 0) continue;
-    if (peer.sin_family == AF_INET && ntohs(peer.sin_port) == peerPort) shutdown(fd, SHUT_RDWR);
-  }
 }
 
 }  // namespace sim

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// Misbehaviour on demand: which of the next answers go wrong, and how.
+// Misbehaviour on demand: which of the next calls go wrong, and how.
 //
 // Thread safety: any thread.
-#pragma once
+#ifndef KECPP_SIMULATOR_FAULTS_H
+#define KECPP_SIMULATOR_FAULTS_H
 
 #include <list>
 #include <mutex>
@@ -11,22 +12,39 @@
 
 namespace sim {
 
+// The call is not carried out:
+//   refuse        the connection is reset and the port closed for `delayMs` (1000)
+//   close-before  the connection is closed
+//   hang          nothing happens for `delayMs` (ten minutes), then the connection is closed
+//   garbage, empty, http500  an answer of 200 that is no XML, or nothing; a page of HTML
+//   soap-fault    the fault `fault`; soap-fault-no-detail the same without the detail
+//   huge          an answer of 100 MB without line ends
+// The call is carried out:
+//   lost-reply    the connection is closed before the answer
+//   close-middle  the connection is reset in the middle of the answer
+//   truncate-wrong-length  it is closed there, though the head announces the whole answer
+//   truncate      half of the answer, announced as such
+//   wrong-prefix  the envelope's elements have another prefix
+//   no-body       an envelope without a body
+//   malformed-set one change set of the answer is closed by another tag
+//   drip          the answer comes byte by byte, `delayMs` apart
 struct FaultOrder {
-  std::string method = "*";  // of which method's answers; "*": of every method's
-  std::string kind;          // see IsKnownKind
-  std::string fault;         // for "soap-fault": the fault's type, without "Fault"
-  unsigned int count = 1;    // how many answers
-  unsigned int delayMs = 0;  // "hang": how long; "drip": between two bytes
+  std::string method = "*";  // which method's calls; "*": every method's
+  std::string kind;
+  std::string fault;         // without the ending "Fault"
+  unsigned int count = 1;    // how many calls
+  unsigned int delayMs = 0;  // 0: as said above
 };
 
 class Faults {
  public:
-  static bool IsKnownKind(const std::string& kind);
+  static bool IsKnown(const std::string& kind);
+  static bool CarriesOut(const std::string& kind);
 
   void Order(const FaultOrder& order);
   void Clear();
 
-  // The fault for the next answer of a method; false when it is to be right.
+  // The fault for the next call of a method; false when it is to go right.
   bool Take(const std::string& method, FaultOrder& order);
 
  private:
@@ -34,8 +52,6 @@ class Faults {
   std::list<FaultOrder> orders;
 };
 
-// Ends the connection of this process whose peer uses that port on the loopback interface, so that
-// the peer sees it closed before an answer.
-void CloseConnectionFrom(int peerPort);
-
 }  // namespace sim
+
+#endif

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "simulator/FilterSpec.h"
 
-#include <deque>
+#include <cstring>
 #include <stdexcept>
+#include <unordered_set>
 
 namespace sim {
 
@@ -27,20 +28,22 @@ bool Flag(const pugi::xml_node& node, const char* name) {
 FilterSpec::FilterSpec(const pugi::xml_node& spec) {
   for (const pugi::xml_node& set : spec.children("propSet")) {
     if (Flag(set, "all")) throw std::runtime_error("propSet asks for all properties");
-    std::set<std::string>& wanted = paths[Required(set, "type")];
+    Paths& wanted = paths[Required(set, "type")];
     for (const pugi::xml_node& path : set.children("pathSet")) wanted.insert(path.text().get());
   }
   if (paths.empty()) throw std::runtime_error("spec lacks propSet");
   const pugi::xml_node objectSet = spec.child("objectSet");
   if (!objectSet) throw std::runtime_error("spec lacks objectSet");
+  if (objectSet.next_sibling("objectSet")) throw std::runtime_error("more than one objectSet");
   start = Required(objectSet, "obj");
-  if (objectSet.child("obj").attribute("type").empty()) throw std::runtime_error("obj lacks type");
+  startType = objectSet.child("obj").attribute("type").value();
+  if (startType.empty()) throw std::runtime_error("obj lacks type");
   skipStart = Flag(objectSet, "skip");
   for (const pugi::xml_node& select : objectSet.children("selectSet")) ReadTraversal(select);
 }
 
 void FilterSpec::ReadTraversal(const pugi::xml_node& node) {
-  if (std::string(node.attribute("xsi:type").value()) != "TraversalSpec") {
+  if (std::strcmp(node.attribute("xsi:type").value(), "TraversalSpec") != 0) {
     throw std::runtime_error("selectSet is no TraversalSpec");
   }
   const std::string name = Required(node, "name");
@@ -54,41 +57,55 @@ void FilterSpec::ReadTraversal(const pugi::xml_node& node) {
   startTraversals.push_back(name);
 }
 
-const std::set<std::string>* FilterSpec::PathsOf(const std::string& type) const {
+const FilterSpec::Paths* FilterSpec::PathsOf(const std::string& type) const {
   const auto found = paths.find(type);
   return found != paths.end() ? &found->second : nullptr;
 }
 
-bool FilterSpec::Walks(const std::string& type) const {
+bool FilterSpec::IsWalkedSince(const Object& object, Version since) const {
   for (const auto& entry : traversals) {
-    if (entry.second.type == type) return true;
+    const Property* walked =
+        entry.second.type == object.type ? object.Find(entry.second.path) : nullptr;
+    if (walked != nullptr && walked->changedAt > since) return true;
   }
   return false;
 }
 
-std::vector<std::string> FilterSpec::SelectLocked(Inventory& inventory) const {
-  struct Step {
-    std::string id;
-    const std::vector<std::string>* traversals;
-    bool skip;
-  };
-  std::vector<std::string> selected;
-  std::set<std::string> walked;
-  std::deque<Step> steps{{start, &startTraversals, skipStart}};
-  while (!steps.empty()) {
-    const Step step = steps.front();
-    steps.pop_front();
-    Object* object = inventory.FindLocked(step.id);
-    if (object == nullptr || !walked.insert(step.id).second) continue;
-    if (!step.skip && PathsOf(object->type) != nullptr) selected.push_back(step.id);
-    for (const std::string& name : *step.traversals) {
-      const auto found = traversals.find(name);
-      if (found == traversals.end() || found->second.type != object->type) continue;
-      if (found->second.path != "childEntity") continue;
-      for (const std::string& child : object->children) {
-        steps.push_back({child, &found->second.selects, found->second.skip});
-      }
+void FilterSpec::AddStepsFrom(const Inventory& inventory, const Step& step,
+                              std::vector<Step>& steps) const {
+  for (const std::string& name : *step.traversals) {
+    const auto found = traversals.find(name);
+    if (found == traversals.end() || found->second.type != step.object->type) continue;
+    const Traversal& traversal = found->second;
+    const Property* walked = step.object->Find(traversal.path);
+    if (walked == nullptr) continue;
+    if (!walked->listsMembers) {  // a single reference, perhaps to nothing
+      const Object* object = inventory.FindLocked(walked->xml);
+      if (object != nullptr) steps.push_back({object, &traversal.selects, traversal.skip});
+      continue;
     }
+    for (const Object* member : step.object->members) {
+      steps.push_back({member, &traversal.selects, traversal.skip});
+    }
+  }
+}
+
+std::vector<const Object*> FilterSpec::SelectLocked(const Inventory& inventory) const {
+  std::vector<const Object*> selected;
+  std::unordered_set<const Object*> found;
+  std::set<std::pair<const Object*, const void*>> walked;  // an object may be met on several ways
+  std::vector<Step> steps;
+  if (const Object* first = inventory.FindLocked(start)) {
+    steps.push_back({first, &startTraversals, skipStart});
+  }
+  for (std::size_t next = 0; next < steps.size(); ++next) {
+    const Step step = steps[next];
+    const bool wanted = !step.skip && PathsOf(step.object->type) != nullptr;
+    if (wanted && found.insert(step.object).second) selected.push_back(step.object);
+    const std::size_t before = steps.size();
+    AddStepsFrom(inventory, step, steps);
+    const bool goesOn = steps.size() > before;
+    if (goesOn && !walked.insert({step.object, step.traversals}).second) steps.resize(before);
   }
   return selected;
 }

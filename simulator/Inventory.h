@@ -1,53 +1,28 @@
 // SPDX-License-Identifier: MIT
 //
 // The simulated host's objects, with a version for every change: folders, hosts, machines, the
-// authorization manager and tasks. Values are XML texts, as they go over the wire.
+// authorization manager and tasks. A "Folder" at the root lists two folders as its "childEntity",
+// one of the hosts and one of the machines. Values are XML texts, as they go over the wire.
 //
 // Thread safety: every operation takes the inventory's mutex, which is also the one that waits for
-// changes use (Mutex, Changed); operations named ...Locked require it.
-#pragma once
+// changes sleep on (Mutex, Changed); operations named ...Locked require it.
+#ifndef KECPP_SIMULATOR_INVENTORY_H
+#define KECPP_SIMULATOR_INVENTORY_H
 
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
-#include <map>
+#include <functional>
 #include <mutex>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
+#include "simulator/Authorization.h"
+#include "simulator/Object.h"
+
 namespace sim {
-
-using Version = std::uint64_t;
-
-struct Property {
-  std::string name;
-  std::string xml;         // what stands inside the "val" element
-  std::string attributes;  // of the "val" element, with a leading blank
-  Version changedAt = 0;
-};
-
-struct Object {
-  std::string type;
-  std::vector<Property> properties;
-  std::vector<std::string> children;  // identifiers, in order, of a folder
-  Version changedAt = 0;              // of any property or of the children
-
-  Property* Find(const std::string& name);
-  const std::string& Text(const std::string& name);
-};
-
-struct Role {
-  std::string id, name, label, summary;
-  bool system = false;
-  std::vector<std::string> privileges;
-};
-
-struct Permission {
-  std::string principal, roleId;
-  bool group = false;
-};
 
 class Inventory {
  public:
@@ -59,62 +34,64 @@ class Inventory {
   static constexpr const char* kAuthorization = "authmgr-1";
 
   std::mutex& Mutex() { return mutex; }
-  std::condition_variable& Changed() { return changed; }
-
-  // --- under the mutex ---------------------------------------------------------------------------
+  std::condition_variable& Changed() { return changed; }  // notified after every change
 
   Version NowLocked() const { return version; }
-  Object* FindLocked(const std::string& id);
-
-  // Identifiers that changed after `since`, each once; false when the journal does not reach back.
+  // Null when there is none. The object stays where it is until it is removed.
+  const Object* FindLocked(const std::string& id) const;
+  // Identifiers that changed or went after `since`, each once; false when the journal does not
+  // reach back so far. Linear in the number of changes.
   bool ChangedSinceLocked(Version since, std::vector<std::string>& ids) const;
+  // Appends what stands inside the "val" element.
+  void AppendValueLocked(const Object& object, const Property& property, std::string& out) const;
+  const Authorization& AuthorizationLocked() const { return authorization; }
 
-  // --- changes: each takes the mutex and wakes the waits -----------------------------------------
-
-  // Sets a property to an XML text; false for an unknown object or property.
+  // Sets a property to an XML text; false for an unknown object or property, or one that lists
+  // members.
   bool Set(const std::string& id, const std::string& property, const std::string& xml);
   std::string CreateMachine(const std::string& name, const std::string& host);
   bool RemoveMachine(const std::string& id);
   bool MoveMachine(const std::string& id, const std::string& host);
   std::string CreateHost(const std::string& name);
-  bool RemoveHost(const std::string& id);  // its machines move to another host
+  // Its machines move to another host; false for the last host.
+  bool RemoveHost(const std::string& id);
+  // One member of a folder, chosen by a random number; empty when it has none.
+  std::string Pick(const char* folder, std::uint64_t random);
+  std::size_t Count(const char* folder);
 
-  void SetRole(const Role& role);
-  bool RemoveRole(const std::string& id);
-  void SetPrivilege(const std::string& id, const std::string& name);
-  bool RemovePrivilege(const std::string& id);
-  void SetPermissions(const std::vector<Permission>& all);
+  // Changes roles, privileges or permissions; what `edit` answers is returned.
+  bool EditAuthorization(const std::function<bool(Authorization&)>& edit);
+  std::string PermissionItems();
 
-  std::string StartTask();  // its "info.state" is "queued"
+  std::string CreateTask();  // its "info.state" is "queued"
   void RemoveTask(const std::string& id);
 
-  std::vector<std::string> Ids(const std::string& type);
-  std::string PermissionsXml();
-
-  // The truth in the form that the inventory tool prints.
-  nlohmann::json Truth();
-
  private:
-  void TouchLocked(const std::string& id, Object& object);
+  Object* EditLocked(const std::string& id);  // as FindLocked, to be changed
+  void TouchLocked(Object& object, Property& property);
+  void NoteLocked(const std::string& id);
   bool SetLocked(const std::string& id, const std::string& property, const std::string& xml);
+  void AddMemberLocked(const std::string& container, const std::string& id);
+  void DropMemberLocked(const std::string& container, const std::string& id);
+  void AddObjectLocked(const std::string& id, const char* type, std::vector<Property> properties);
   std::string AddMachineLocked(const std::string& name, const std::string& host);
   std::string AddHostLocked(const std::string& name);
-  void ListMachinesLocked(const std::string& host);
-  void WriteAuthorizationLocked();
-  void Done();
+  void RemoveLocked(const std::string& folder, const std::string& id);
+  void MoveLocked(const std::string& id, const std::string& host);
+  bool IsLocked(const std::string& id, const char* type) const;
+  void ListAuthorizationLocked();
 
   std::mutex mutex;
   std::condition_variable changed;
   Version version = 1;
   std::unordered_map<std::string, Object> objects;
-  std::map<std::string, std::vector<std::string>> machinesOf;  // by host
-  std::map<std::string, std::string> privileges;               // name by identifier
-  std::map<std::string, Role> roles;
-  std::vector<Permission> permissions;
+  Authorization authorization;
   std::deque<std::pair<Version, std::string>> journal;
-  Version journalStart = 1;
-  std::uint64_t seed;
+  Version journalStart = 1;  // changes after this one are in the journal
+  const std::uint64_t seed;
   unsigned int nextMachine = 1, nextHost = 1, nextTask = 1;
 };
 
 }  // namespace sim
+
+#endif

@@ -2,23 +2,20 @@
 //
 // The filters of the sessions, and the long poll that reports what they select.
 //
-// Thread safety: guarded by the inventory's mutex, on which waits sleep as well.
-#pragma once
+// Thread safety: any thread; guarded by the inventory's mutex, on which waits sleep as well.
+#ifndef KECPP_SIMULATOR_PROPERTYCOLLECTOR_H
+#define KECPP_SIMULATOR_PROPERTYCOLLECTOR_H
 
+#include <functional>
 #include <map>
-#include <memory>
+#include <pugixml.hpp>
 #include <string>
 
-#include "simulator/FilterSpec.h"
+#include "simulator/Fault.h"
+#include "simulator/Filter.h"
 #include "simulator/Inventory.h"
 
 namespace sim {
-
-// A SOAP fault: the element in its detail and its text.
-struct Fault {
-  std::string type;  // "NotAuthenticatedFault"
-  std::string text;
-};
 
 class PropertyCollector {
  public:
@@ -26,7 +23,7 @@ class PropertyCollector {
   PropertyCollector(Inventory& inventory, unsigned int maxObjects);
 
   void OpenSession(const std::string& session);
-  void CloseSession(const std::string& session);  // its waits end with a fault
+  void CloseSession(const std::string& session);  // its wait ends with a fault
   void CloseAll();
   void Shutdown();  // every wait ends
 
@@ -37,37 +34,31 @@ class PropertyCollector {
   // Ends the session's pending wait, if there is one, with a fault.
   void CancelWait(const std::string& session);
 
-  // Waits until there is something to report after `version` and returns the content of
-  // "returnval". Throws Fault.
-  std::string Wait(const std::string& session, const std::string& version);
+  // Waits until there is something to report after `version` and returns what stands inside
+  // "returnval". A session has one wait: a pending one ends with a fault. With an empty version
+  // everything is reported as new; with one that is not that of the last answer, which was lost
+  // then, everything is reported again. Throws Fault, also when `abandoned`, asked now and then,
+  // says that nobody waits for the answer any more.
+  std::string Wait(const std::string& session, const std::string& version,
+                   const std::function<bool()>& abandoned);
 
   unsigned int PendingWaits();
-  unsigned int Filters();
+  std::size_t Filters();
 
  private:
-  struct Filter {
-    FilterSpec spec;
-    std::map<std::string, Version> reported;  // version as of which an object was reported
-    Version since = 0;                        // everything up to here was reported
-    bool complete = false;                    // false: the selection is to be walked anew
-  };
   struct Session {
     std::map<std::string, Filter> filters;
     unsigned long long lastAnswer = 0;
-    unsigned long long cancels = 0;
-    unsigned int waits = 0;
+    unsigned long long wait = 0;  // counts waits and their cancellations
   };
 
   Session& FindLocked(const std::string& session);
   void BeginWaitLocked(Session& session, const std::string& version);
-  std::string ReportLocked(Session& session);
-  std::string ReportFilterLocked(Filter& filter, unsigned int& room);
-  std::string ReportObjectLocked(Filter& filter, const std::string& id, Object& object);
-  std::vector<std::string> CandidatesLocked(Filter& filter, bool& all);
+  bool ReportLocked(Session& session, std::string& answer);
 
   Inventory& inventory;
   const unsigned int maxObjects;
-  std::map<std::string, Session> sessions;
+  std::map<std::string, Session> sessions;  // by cookie
   unsigned int nextFilter = 1;
   unsigned long long nextAnswer = 1;
   unsigned int pendingWaits = 0;
@@ -75,3 +66,5 @@ class PropertyCollector {
 };
 
 }  // namespace sim
+
+#endif

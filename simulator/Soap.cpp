@@ -16,17 +16,17 @@ const char kHead[] =
     "<soapenv:Body>\n";
 const char kTail[] = "\n</soapenv:Body>\n</soapenv:Envelope>";
 
-[[noreturn]] void Refuse(const std::string& text) {
-  throw Fault{"InvalidRequestFault", text};
-}
+}  // namespace
 
 std::string Escaped(const std::string& text) {
   std::string escaped;
-  for (char c : text) {
+  for (const char c : text) {
     if (c == '&') {
       escaped += "&amp;";
     } else if (c == '<') {
       escaped += "&lt;";
+    } else if (c == '>') {
+      escaped += "&gt;";
     } else {
       escaped += c;
     }
@@ -34,18 +34,30 @@ std::string Escaped(const std::string& text) {
   return escaped;
 }
 
-}  // namespace
-
 std::string SoapCall::Argument(const char* name) const {
   const pugi::xml_node node = Element().child(name);
   if (!node) Refuse(method + " lacks " + name);
   return node.text().get();
 }
 
+std::string SoapCall::ThisType() const {
+  return Element().child("_this").attribute("type").value();
+}
+
 std::string SoapCall::ThisValue() const {
-  const pugi::xml_node node = Element().child("_this");
-  if (node.attribute("type").empty()) Refuse(method + ": _this lacks its type");
+  if (ThisType().empty()) Refuse(method + ": _this lacks its type");
   return Argument("_this");
+}
+
+void SoapCall::CheckElements(const std::vector<std::string>& names) const {
+  std::vector<std::string> found;
+  for (const pugi::xml_node& node : Element().children()) {
+    if (node.type() == pugi::node_element) found.emplace_back(node.name());
+  }
+  if (found == names) return;
+  std::string list;
+  for (const std::string& name : found) list += " " + name;
+  Refuse(method + " has these elements:" + list);
 }
 
 void ReadCall(const std::string& request, SoapCall& call) {
@@ -55,28 +67,39 @@ void ReadCall(const std::string& request, SoapCall& call) {
   if (request.compare(request.size() - tail, tail, kTail) != 0) {
     Refuse("The envelope's tail is not as agreed.");
   }
-  const std::string element = request.substr(head, request.size() - head - tail);
-  const pugi::xml_parse_result result = call.body.load_buffer(element.data(), element.size());
+  const std::string body = request.substr(head, request.size() - head - tail);
+  const pugi::xml_parse_result result = call.body.load_buffer(body.data(), body.size());
   if (!result) Refuse(std::string("The body is not well-formed: ") + result.description());
   call.method = call.Element().name();
+  if (call.Element().next_sibling()) Refuse("There is more than one element in the body.");
   if (std::strcmp(call.Element().attribute("xmlns").value(), "urn:pxa25") != 0) {
     Refuse(call.method + " is not in the namespace urn:pxa25");
   }
 }
 
 std::string Envelope(const std::string& body) {
-  return std::string(kHead) + body + kTail + "\n";
+  std::string text;
+  text.reserve(sizeof(kHead) + body.size() + sizeof(kTail));
+  return text.append(kHead).append(body).append(kTail).append("\n");
 }
 
 std::string Answer(const std::string& method, const std::string& content) {
-  return Envelope("<" + method + "Response xmlns=\"urn:pxa25\">" + content + "</" + method +
-                  "Response>");
+  std::string text;
+  text.reserve(sizeof(kHead) + content.size() + 2 * method.size() + sizeof(kTail) + 64);
+  text.append(kHead).append("<").append(method).append("Response xmlns=\"urn:pxa25\">");
+  text.append(content).append("</").append(method).append("Response>").append(kTail);
+  return text.append("\n");
 }
 
 std::string FaultAnswer(const Fault& fault) {
   return Envelope("<soapenv:Fault>\n<faultcode>ServerFaultCode</faultcode>\n<faultstring>" +
                   Escaped(fault.text) + "</faultstring>\n<detail><" + fault.type +
-                  " xmlns=\"urn:pxa25\"/>" + "</detail>\n</soapenv:Fault>");
+                  " xmlns=\"urn:pxa25\"/></detail>\n</soapenv:Fault>");
+}
+
+std::string FaultAnswerWithoutDetail(const Fault& fault) {
+  return Envelope("<soapenv:Fault><faultcode>ServerFaultCode</faultcode><faultstring>" +
+                  Escaped(fault.text) + "</faultstring></soapenv:Fault>");
 }
 
 }  // namespace sim

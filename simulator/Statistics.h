@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// Counts what the daemon was asked and what it refused. Thread safety: any thread.
-#pragma once
+// Counts what the daemon was asked and what it refused.
+//
+// Thread safety: any thread.
+#ifndef KECPP_SIMULATOR_STATISTICS_H
+#define KECPP_SIMULATOR_STATISTICS_H
 
 #include <map>
 #include <mutex>
@@ -11,30 +14,31 @@ namespace sim {
 
 class Statistics {
  public:
+  struct Counts {
+    std::map<std::string, unsigned int> calls;  // by method
+    unsigned int faults = 0;                    // answers that were SOAP faults
+    std::string lastFault;                      // "METHOD: TEXT"
+  };
+
   void CountCall(const std::string& method) {
     const std::lock_guard<std::mutex> lock(mutex);
-    ++calls[method];
+    ++counts.calls[method];
   }
   void CountFault(const std::string& text) {
     const std::lock_guard<std::mutex> lock(mutex);
-    ++faults;
-    lastFault = text;
+    ++counts.faults;
+    counts.lastFault = text;
   }
-  std::map<std::string, unsigned int> Calls() {
+  Counts Get() {
     const std::lock_guard<std::mutex> lock(mutex);
-    return calls;
-  }
-  unsigned int Faults(std::string& last) {
-    const std::lock_guard<std::mutex> lock(mutex);
-    last = lastFault;
-    return faults;
+    return counts;
   }
 
  private:
   std::mutex mutex;
-  std::map<std::string, unsigned int> calls;
-  unsigned int faults = 0;
-  std::string lastFault;
+  Counts counts;
 };
 
 }  // namespace sim
+
+#endif

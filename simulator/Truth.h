@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+//
+// The whole inventory as one JSON document, in the form in which the inventory tool prints what it
+// has learnt: lists sorted by key, texts exactly as they go over the wire.
+#ifndef KECPP_SIMULATOR_TRUTH_H
+#define KECPP_SIMULATOR_TRUTH_H
+
+#include <nlohmann/json.hpp>
+
+#include "simulator/Inventory.h"
+
+namespace sim {
+
+// Takes the inventory's mutex.
+nlohmann::json Truth(Inventory& inventory);
+
+}  // namespace sim
+
+#endif
