@@ -72,12 +72,10 @@ void PropertyList::ReadPropertySet() {
 void PropertyList::ReadTraversal() {
   Traversal traversal{};
   if (!TakeOperand(nullptr, traversal.name) || !TakeOperand(ObjectSep, traversal.type)) {
-    KeepFirst(traversalError, kNoSelectSetType);
-    return;
+    return SkipTraversal(kNoSelectSetType);
   }
   if (!TakeOperand(PropSep, traversal.path)) {
-    KeepFirst(traversalError, kNoTraversalPath);
-    return;
+    return SkipTraversal(kNoTraversalPath);
   }
   if (Is(next, SkipMarker)) {
     traversal.skip = true;
@@ -86,12 +84,20 @@ void PropertyList::ReadTraversal() {
   while (Is(next, SelectSep)) {
     unsigned int select = 0;
     if (!TakeOperand(SelectSep, select)) {
-      KeepFirst(traversalError, kNoSelectSetType);
-      return;
+      return SkipTraversal(kNoSelectSetType);
     }
     traversal.selects.push_back(select);
   }
   traversals.push_back(traversal);
+}
+
+// What is left of a broken traversal, its path too, must not be taken for a property set.
+void PropertyList::SkipTraversal(const char* error) {
+  KeepFirst(traversalError, error);
+  while (next < list.Count()) {
+    if (Is(next, PropSep) ? Is(next + 1, ObjectSep) : IsSectionStart(next)) return;
+    ++next;
+  }
 }
 
 void PropertyList::ReadNames(std::vector<unsigned int>& names) {

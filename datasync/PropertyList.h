@@ -57,6 +57,7 @@ class PropertyList {
   bool TakeOperand(const char* separator, unsigned int& operand);
   void ReadPropertySet();
   void ReadTraversal();
+  void SkipTraversal(const char* error);
   void ReadNames(std::vector<unsigned int>& names);
 
   KELib::KEVector<KELib::KEString>& list;

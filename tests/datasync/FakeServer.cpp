@@ -22,7 +22,7 @@ std::vector<FakeServer::Call> FakeServer::Calls(const std::string& method) {
   std::lock_guard<std::mutex> guard(mutex);
   std::vector<Call> found;
   std::copy_if(calls.begin(), calls.end(), std::back_inserter(found),
-               [&](const Call& call) { return call.method == method; });
+               [&](const Call& call) { return method.empty() || call.method == method; });
   return found;
 }
 

@@ -52,6 +52,7 @@ class FakeServer : public KE::Service::KEMethod {
   void AwaitCalls(const std::string& method, std::size_t number);
   void AwaitQuietWait(std::size_t number = 0);
 
+  // The calls so far; of every method when none is named.
   std::vector<Call> Calls(const std::string& method);
   std::size_t Count(const std::string& method) { return Calls(method).size(); }
 

@@ -93,8 +93,7 @@ class SyncFixture : public testing::Test {
     CapturedLog::Clear();
     ResetMgmtdWatch();
     GetMgmtdWatchSeams().pidFile = "/nonexistent/mgmtd.pid";
-    sync = std::make_unique<KEDataSyncImpl>();
-    sync->Init(&server, collector.get());
+    MakeSync();
   }
   ~SyncFixture() override {
     sync.reset();
@@ -106,6 +105,12 @@ class SyncFixture : public testing::Test {
   static RefPtr Reference(const std::string& type, const std::string& value) {
     KELib::KEString t(type.c_str()), v(value.c_str());
     return RefPtr(Stub::CreateManagedObjectReference(t, v));
+  }
+
+  // Puts a new data sync in the place of the one there is.
+  void MakeSync() {
+    sync = std::make_unique<KEDataSyncImpl>();
+    sync->Init(&server, collector.get());
   }
 
   template <typename Call>

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
 // The loop that waits for updates: its first cycle, what it does about failures, and its end.
-#include <stdexcept>
-
 #include "datasync/SyncFixture.h"
 #include "foundation/KEMutexGuard.h"
 #include "stub/base/KEStubRef.h"
@@ -37,16 +35,6 @@ TEST_F(SyncLoopTest, TheCachesAreFullWhenSetupReturns) {
   sync->StartSyncData();  // it runs already
   EXPECT_EQ(server.Count("WaitForUpdates"), 3u);
   EXPECT_TRUE(CapturedLog::Lines().empty());
-}
-
-// The caller gets what the server sent first; the rest of a split answer follows.
-TEST_F(SyncLoopTest, SetupReturnsAfterTheFirstPartOfASplitAnswer) {
-  WatchMachines();
-  unsigned long long seen = 1;
-  server.Feed(UpdateSet("2", "filter-1", Machine("vm-2", "b")));
-  EXPECT_TRUE(sync->WaitForChange(seen, 0));
-  EXPECT_EQ(seen, 2u);
-  EXPECT_EQ(Caches(), "machine vm-1 ElementName=[first]\nmachine vm-2 ElementName=[b]\n");
 }
 
 TEST_F(SyncLoopTest, AFailedFirstCycleIsRepeated) {
@@ -85,54 +73,6 @@ TEST_F(SyncLoopTest, NeitherATimeoutNorEndlessCancelsHoldTheCaller) {
   EXPECT_TRUE(Status().loopRunning);
 }
 
-// What each kind of failure leads to; a role tells whether the permission caches were emptied.
-TEST_F(SyncLoopTest, EveryFailureHasItsLineAndTheLoopGoesOn) {
-  const std::string lost = "\nKECimProvider stopping datasync. Session Authentication revoked.\n";
-  const std::string before = "Exception Updating cache with UpdateSet : ";
-  const std::string behind = " Continuing with wait for update.\n";
-  const auto Throw = [](const auto& error) { return FakeServer::Throw(error); };
-  const struct {
-    FakeServer::Answer answer;
-    std::string log;
-    bool cancels, emptiesPermissions, isFailure;
-  } rows[] = {
-      {FakeServer::Text(""), "Empty Response. Resend WFU.\n", false, false, true},
-      {Throw(KE::RequestCanceledException("x")), "Restarting cancelled data sync.\n", false, false,
-       false},
-      {Throw(SystemException("RequestCanceled")), before + "RequestCanceled" + behind, false, false,
-       false},
-      {Throw(KELib::RequestTimedOutException("x")), "Restarting timedout datasync.\n", true, false,
-       false},
-      {Throw(KELib::NoPermissionException("no")), "no" + lost, false, true, true},
-      {Throw(KELib::NotAuthenticatedException("who")), "who" + lost, false, true, true},
-      {Throw(SystemException("50% %s %n")), before + "50% %s %n" + behind, false, false, true},
-      {Throw(std::runtime_error("foreign")), before + "foreign" + behind, false, false, true},
-      {Throw(7), before + "Unknown Exception" + behind, false, false, true},
-  };
-  WatchMachines();
-  Watch("_p_ _o_ AuthorizationManager roleList _co_ Zorbel_Role Zorbel_Privilege Zorbel_Identity");
-  const std::string role = Object("AuthorizationManager", "auth", "roleList",
-                                  "<val xsi:type=\"ArrayOfR\"><R><roleId>7</roleId></R></val>");
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.log);
-    server.Feed(UpdateSet("before", "filter-2", role));
-    server.AwaitQuietWait();
-    CapturedLog::Clear();
-    const std::size_t cancels = server.Count("CancelWaitForUpdates");
-    const std::size_t waits = server.Count("WaitForUpdates");
-    server.Then("WaitForUpdates", row.answer);
-    server.AwaitQuietWait(waits + 1);
-    std::string log;
-    for (const auto& line : CapturedLog::Lines()) log += line.text + "\n";
-    EXPECT_EQ(log, row.log);
-    EXPECT_EQ(server.Count("CancelWaitForUpdates") - cancels, row.cancels ? 1u : 0u);
-    EXPECT_EQ(LastVersion(), "before");
-    EXPECT_EQ(Status().consecutiveFailures, row.isFailure ? 1u : 0u);
-    EXPECT_EQ(Caches(), std::string("machine vm-1 ElementName=[first]\n") +
-                            (row.emptiesPermissions ? "" : "role 7 RoleType=[UserDefined]\n"));
-  }
-}
-
 // Each pause is a lower limit, so this cannot fail on a slow machine.
 TEST_F(SyncLoopTest, RepeatedFailuresAreSpacedOut) {
   WatchMachines();
@@ -145,30 +85,6 @@ TEST_F(SyncLoopTest, RepeatedFailuresAreSpacedOut) {
   EXPECT_GE(gapBehind(2), std::chrono::milliseconds(100));
   EXPECT_GE(gapBehind(3), std::chrono::seconds(1));
   EXPECT_GE(gapBehind(5), std::chrono::milliseconds(10));
-}
-
-TEST_F(SyncLoopTest, ASetThatWasCutShortIsAskedForAgainInFull) {
-  WatchMachines();
-  const std::string whole = UpdateSet("2", "filter-1", Machine("vm-1", "cut"));
-  server.Feed(whole.substr(0, whole.find("cut") + 1));
-  server.AwaitQuietWait(3);
-  EXPECT_EQ(LastVersion(), "");
-  EXPECT_EQ(Status().consecutiveFailures, 1u);
-  // A document that breaks off before its version was never begun.
-  server.Feed(UpdateSet("3", "filter-1"));
-  server.Feed("<returnval><vers");
-  server.AwaitQuietWait(5);
-  EXPECT_EQ(LastVersion(), "3");
-}
-
-TEST_F(SyncLoopTest, AFilterThatNobodyWatchesIsDestroyedAndEverythingAskedForAgain) {
-  WatchMachines();
-  server.Feed(UpdateSet("2", "lost-9"));
-  server.AwaitQuietWait(3);
-  const auto destroyed = server.Calls("DestroyPropertyFilter");
-  ASSERT_EQ(destroyed.size(), 1u);
-  EXPECT_EQ(destroyed[0].type + " " + destroyed[0].value, "PropertyFilter lost-9");
-  EXPECT_EQ(LastVersion(), "");
 }
 
 TEST_F(SyncLoopTest, AFilterStoppedDuringAWaitHearsNoMoreAndTheLoopEnds) {
@@ -200,11 +116,15 @@ TEST_F(SyncLoopTest, AWatchThatCannotBeSetUpLeavesNothingBehind) {
   PropertyTexts machines(kMachines);
   EXPECT_EQ(TextOf([&] { sync->SetupDataSync(nullptr, machines, &waiter); }),
             "Unable to get data - root object or type name not provided.");
-  for (const char* list : {"", "_co_ Zorbel_Role", "_m_", "_t_ t _o_ Folder _p_ child"}) {
-    EXPECT_EQ(TextOf([&] { Watch(list, &waiter); }),
-              "Unable to get data - no properties or property methods defined.");
+  server.Then("CreateFilter", FakeServer::Throw(SystemException("NoPermission")));
+  EXPECT_EQ(TextOf([&] { Watch(kMachines, &waiter); }), "NoPermission");
+  EXPECT_TRUE(CapturedLog::Contains("Exception Creating PropFilter : NoPermission"));
+  for (const char* answer : {"", "<returnval type=\"PropertyFilter\"></returnval>", "<other/>"}) {
+    CapturedLog::Clear();
+    server.Then("CreateFilter", FakeServer::Text(answer));
+    const std::string text = TextOf([&] { Watch(kMachines, &waiter); });
+    EXPECT_TRUE(CapturedLog::Contains("Exception Creating PropFilter : " + text)) << answer;
   }
-  EXPECT_EQ(CapturedLog::Count("Unable to get data"), 5u);
   // The filter stands already when the method fails: it is taken back.
   server.Then("RetrieveAllPermissions", FakeServer::Throw(SystemException("Busy")));
   EXPECT_EQ(TextOf([&] { Watch(kRoles, &waiter); }), "Busy");

@@ -1,38 +1,38 @@
 // SPDX-License-Identifier: MIT
 //
-// Runs the files of cases/: what watches and update sets make of the caches. A file is a sequence
-// of sections, each headed by a line "== NAME [ARGUMENT]"; text before the first one says what it
-// is for.
-//   watch FILTER    a property list; the server names its filter FILTER
+// Runs the files of cases/: what watches, update sets and failures make of a data sync. A file is a
+// sequence of sections, each headed by a line "== NAME [ARGUMENT]"; text before the first one says
+// what it is for. These do something:
+//   watch FILTER    sets a watch up with this property list; the server names its filter FILTER
 //   set             the update set that arrives next; "returnval" and a version are put around
 //                   filter sets that stand alone
 //   again           the last set arrives once more
-//   answer METHOD   the answer of a property method arrives
-//   cache           what the caches hold now (CacheDump.h)
-//   log, error      lines logged, and the exception thrown, by the last arrival; without such a
-//                   section there must be none
+//   throw KIND      the next wait ends with this exception and this text
+//   answer METHOD   a property method gives this answer from now on; a wait times out
+// and these tell what is then true:
+//   cache           what the caches hold (CacheDump.h)
 //   signalled       the filters whose waiters were signalled so far, in order
+//   version         the version that the wait named which is now out
+//   request         the body of the last "CreateFilter"
+//   calls           what else was called since the last arrival
+//   failures        the number of failed cycles in a row
+//   log, error      what was logged since the last arrival or watch, and the exception of the
+//   watch;
+//                   without such a section there must be none
 // Every case runs in several writing styles: to the caches they are all the same.
-#include <gtest/gtest.h>
-
 #include <filesystem>
-#include <fstream>
 #include <regex>
 #include <sstream>
+#include <stdexcept>
 
-#include "datasync/CacheDump.h"
-#include "datasync/DataSyncConstants.h"
-#include "datasync/FakeServer.h"
-#include "datasync/KEDataSyncImpl.h"
-#include "datasync/PropertyTexts.h"
-#include "foundation/KEException.h"
-#include "support/CapturedLog.h"
-#include "xml/KEXmlReader.h"
+#include "datasync/PropertyList.h"
+#include "datasync/SyncFixture.h"
 
 namespace KE::Service {
 namespace {
 
 namespace fs = std::filesystem;
+using std::regex_replace;
 
 struct Section {
   std::string name, argument, text;
@@ -53,14 +53,9 @@ std::vector<Section> ReadCase(const fs::path& file) {
   return sections;
 }
 
-// A writing style of the server: everything that matches between tags is replaced.
-struct Style {
-  const char* name;
-  const char* pattern;
-  const char* replacement;
-};
-
-const Style kStyles[] = {
+const struct {
+  const char *name, *pattern, *replacement;
+} kStyles[] = {
     {"as it stands", "(?!)", ""},
     {"on one line", ">\n *", ">"},
     {"with foreign line ends", "\n", "\r\n"},
@@ -69,9 +64,23 @@ const Style kStyles[] = {
     {"with single quotes", "\"", "'"},
 };
 
-class Waiter : public KELib::KEWaiter {
+FakeServer::Answer Failure(const std::string& kind, const std::string& text) {
+  const auto fail = [&](auto error) {
+    error.Init(text.c_str(), 0);
+    return FakeServer::Throw(error);
+  };
+  if (kind == "Canceled") return fail(KE::RequestCanceledException());
+  if (kind == "TimedOut") return fail(KELib::RequestTimedOutException());
+  if (kind == "NoPermission") return fail(KELib::NoPermissionException());
+  if (kind == "NotAuthenticated") return fail(KELib::NotAuthenticatedException());
+  if (kind == "System") return fail(KELib::SystemException());
+  if (kind == "foreign") return FakeServer::Throw(std::runtime_error(text));
+  return FakeServer::Throw(7);
+}
+
+class NamedWaiter : public KELib::KEWaiter {
  public:
-  Waiter(std::string filter, std::string& all) : name(std::move(filter)), signalled(all) {}
+  NamedWaiter(std::string filter, std::string& all) : name(std::move(filter)), signalled(all) {}
   bool Wait(int) override { return true; }
   void Signal() override { signalled += name + "\n"; }
 
@@ -80,107 +89,129 @@ class Waiter : public KELib::KEWaiter {
   std::string& signalled;
 };
 
-class CaseRun {
- public:
-  CaseRun(const Style& writing, const std::string& where)
-      : style(writing), trace(__FILE__, 0, where) {
-    collector.type = "PropertyCollector";
-    collector.value = "collector";
-    root.type = "Folder";
-    root.value = "root";
-    sync.Init(&server, &collector);
+class UpdateSetCaseTest : public SyncFixture, public testing::WithParamInterface<fs::path> {
+ protected:
+  void Run(const std::vector<Section>& sections) {
+    signalled = error = log = "";
+    timeoutFed = false;
+    for (const Section& section : sections) {
+      if (section.name == "watch") {
+        ExpectNoMore();
+        SetUpWatch(section);
+      } else if (section.name == "set") {
+        const bool bare = section.text.compare(0, 10, "<filterSet") == 0;
+        const std::string intro = "<returnval>\n<version>1</version>\n";
+        set = bare ? intro + section.text + "</returnval>\n" : section.text;
+        Arrive(FakeServer::Text(Styled(set)));
+      } else if (section.name == "again") {
+        Arrive(FakeServer::Text(Styled(set)));
+      } else if (section.name == "throw") {
+        Arrive(Failure(section.argument, section.text.substr(0, section.text.size() - 1)));
+      } else if (section.name == "answer") {
+        server.Always(section.argument, FakeServer::Text(Styled(section.text)));
+        Arrive(Failure("TimedOut", ""));
+        log.clear();
+      } else {
+        Expect(section);
+      }
+    }
+    ExpectNoMore();
+    server.Always("RetrieveAllPermissions", nullptr);
+    MakeSync();
   }
 
-  void Take(const Section& section) {
-    if (section.name == "watch") {
-      Watch(section);
-    } else if (section.name == "set") {
-      set = section.text.compare(0, 10, "<filterSet") == 0
-                ? "<returnval>\n<version>1</version>\n" + section.text + "</returnval>\n"
-                : section.text;
-      Arrive(set, "");
-    } else if (section.name == "again") {
-      Arrive(set, "");
-    } else if (section.name == "answer") {
-      Arrive(section.text, section.argument);
-    } else {
-      Expect(section);
+  std::string pattern, replacement;
+
+ private:
+  std::string Styled(const std::string& text) {
+    return regex_replace(text, std::regex(pattern), replacement);
+  }
+
+  // The first cycle of the loop ends with a time-out, so that the first set is a section as well.
+  void SetUpWatch(const Section& section) {
+    server.Then("CreateFilter", FakeServer::Text(Styled("<returnval type=\"PropertyFilter\">" +
+                                                        section.argument + "</returnval>")));
+    if (!timeoutFed) server.FeedError(KELib::RequestTimedOutException("first cycle"));
+    timeoutFed = true;
+    CapturedLog::Clear();
+    waiters.push_back(std::make_unique<NamedWaiter>(section.argument, signalled));
+    error = TextOf([&] {
+              PropertyTexts list(section.text);
+              const RefPtr root = Reference("Folder", "root");
+              if (PropertyList(list).IsTaskWatch()) {  // without waiting for the task
+                sync->CreatePropFilter(root.get(), list, waiters.back().get());
+                sync->StartSyncData();
+              } else {
+                sync->SetupDataSync(root.get(), list, waiters.back().get());
+              }
+              server.AwaitQuietWait();
+              CapturedLog::Clear();
+            }) +
+            "\n";
+    if (error == "no exception\n") error.clear();
+    TakeLog();
+  }
+
+  void Arrive(const FakeServer::Answer& answer) {
+    ExpectNoMore();
+    CapturedLog::Clear();
+    const std::size_t waits = server.Count("WaitForUpdates");
+    callsBefore = server.Count("");
+    server.Then("WaitForUpdates", answer);
+    server.AwaitQuietWait(waits + 1);
+    TakeLog();
+  }
+
+  void TakeLog() {
+    log.clear();
+    for (const CapturedLog::Line& line : CapturedLog::Lines()) {
+      log += regex_replace(line.text, std::regex("\n$"), "") + "\n";
     }
+  }
+
+  std::string OtherCalls() {
+    std::string text;
+    const auto calls = server.Calls("");
+    for (std::size_t i = callsBefore; i < calls.size(); ++i) {
+      if (calls[i].method == "WaitForUpdates") continue;
+      text += calls[i].method + " " + calls[i].type + " " + calls[i].value + "\n";
+    }
+    return text;
+  }
+
+  void Expect(const Section& section) {
+    std::string actual = "no such section";
+    if (section.name == "cache") actual = Caches();
+    if (section.name == "signalled") actual = signalled;
+    if (section.name == "version") actual = "[" + LastVersion() + "]\n";
+    if (section.name == "request") actual = server.Calls("CreateFilter").back().argument;
+    if (section.name == "calls") actual = OtherCalls();
+    if (section.name == "failures") actual = std::to_string(Status().consecutiveFailures) + "\n";
+    if (section.name == "error") actual = std::move(error);
+    if (section.name == "log") actual = std::move(log);
+    EXPECT_EQ(actual, section.text) << "in section " << section.name;
   }
 
   void ExpectNoMore() {
     EXPECT_EQ(error, "");
     EXPECT_EQ(log, "");
+    error = log = "";
   }
 
- private:
-  void Watch(const Section& section) {
-    server.Then(MethodCreateFilter,
-                FakeServer::Text("<returnval type=\"PropertyFilter\">" + section.argument +
-                                 "</returnval>"));
-    PropertyTexts list(section.text);
-    waiters.push_back(std::make_unique<Waiter>(section.argument, signalled));
-    sync.CreatePropFilter(&root, list, waiters.back().get());
-  }
-
-  void Arrive(const std::string& text, const std::string& method) {
-    ExpectNoMore();
-    CapturedLog::Clear();
-    error.clear();
-    KELib::KEString styled(
-        std::regex_replace(text, std::regex(style.pattern), style.replacement).c_str());
-    KELib::Xml::KEXmlReader reader(styled, false, 0);
-    try {
-      if (method.empty()) {
-        UpdateInfo ui(Val, nullptr);
-        sync.UpdateSetToCache(ui, reader);
-        EXPECT_EQ(ui.syncInfo, nullptr);
-      } else {
-        UpdateInfo ui(ReturnVal, ReturnVal);
-        ui.name = method.c_str();
-        sync.UpdateComplexType(ui, reader);
-      }
-    } catch (const KELib::Exception& e) {
-      error = std::string(e.What()) + "\n";
-    }
-    log.clear();
-    for (const CapturedLog::Line& line : CapturedLog::Lines()) log += line.text + "\n";
-  }
-
-  void Expect(const Section& section) {
-    if (section.name == "cache") {
-      EXPECT_EQ(DumpCaches(*sync.GetCache()), section.text);
-    } else if (section.name == "signalled") {
-      EXPECT_EQ(signalled, section.text);
-    } else if (section.name == "error") {
-      EXPECT_EQ(error, section.text);
-      error.clear();
-    } else {
-      ASSERT_EQ(section.name, "log");
-      // A line that ends in a line feed of its own leaves an empty one.
-      EXPECT_EQ(std::regex_replace(log, std::regex("\n\n"), "\n"), section.text);
-      log.clear();
-    }
-  }
-
-  const Style& style;
-  testing::ScopedTrace trace;
-  FakeServer server;
-  Stub::ManagedObjectReference collector, root;
   std::string signalled, set, error, log;
-  std::vector<std::unique_ptr<Waiter>> waiters;
-  KEDataSyncImpl sync;
+  std::vector<std::unique_ptr<NamedWaiter>> waiters;
+  std::size_t callsBefore = 0;
+  bool timeoutFed = false;
 };
-
-class UpdateSetCaseTest : public testing::TestWithParam<fs::path> {};
 
 TEST_P(UpdateSetCaseTest, EndsAsWritten) {
   const std::vector<Section> sections = ReadCase(GetParam());
   ASSERT_FALSE(sections.empty());
-  for (const Style& style : kStyles) {
-    CaseRun run(style, style.name);
-    for (const Section& section : sections) run.Take(section);
-    run.ExpectNoMore();
+  for (const auto& style : kStyles) {
+    SCOPED_TRACE(style.name);
+    pattern = style.pattern;
+    replacement = style.replacement;
+    Run(sections);
   }
 }
 
@@ -193,11 +224,10 @@ std::vector<fs::path> CaseFiles() {
   return files;
 }
 
-std::string NameOf(const testing::TestParamInfo<fs::path>& info) {
-  return std::regex_replace(info.param.stem().string(), std::regex("-"), "_");
-}
-
-INSTANTIATE_TEST_SUITE_P(Cases, UpdateSetCaseTest, testing::ValuesIn(CaseFiles()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Cases, UpdateSetCaseTest, testing::ValuesIn(CaseFiles()),
+                         [](const testing::TestParamInfo<fs::path>& file) {
+                           return regex_replace(file.param.stem().string(), std::regex("-"), "_");
+                         });
 
 }  // namespace
 }  // namespace KE::Service
