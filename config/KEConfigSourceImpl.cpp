@@ -43,7 +43,7 @@ void KEConfigSourceImpl::Init(KEString& source) {
 }
 
 bool KEConfigSourceImpl::ReadFile(KEString& path) {
-  std::unique_ptr<KEFile> file(CreateKEFile(path, 0));
+  std::unique_ptr<KEFile> file(CreateKEFile(path, FILE_IO_READ));
   return file->Read(content) && !content.Empty();
 }
 

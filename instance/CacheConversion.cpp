@@ -116,7 +116,7 @@ void ConvertHostOverallStatus(KEString& status, unsigned short& code) {
 void ChangeVMsHostRef(ZORBEL_VMComputerSystem* vm, KEString&, KEString& hostId,
                       KETypeCache* cache) {
   if (vm == nullptr) return;
-  auto* host = static_cast<ZORBEL_ORXComputerSystem*>(
+  auto* host = dynamic_cast<ZORBEL_ORXComputerSystem*>(
       Find(cache, KE::Stub::ZORBEL_ORXComputerSystemClass, hostId));
   if (host == nullptr) return;
   const ZORBEL_HostedDependency* link = LinkOf(vm);
@@ -126,7 +126,7 @@ void ChangeVMsHostRef(ZORBEL_VMComputerSystem* vm, KEString&, KEString& hostId,
 void ChangeHostsVMRefs(ZORBEL_ORXComputerSystem* host, KE::Stub::ManagedObjectReference* vmRef,
                        KETypeCache* cache) {
   if (host == nullptr || vmRef == nullptr) return;
-  auto* vm = static_cast<ZORBEL_VMComputerSystem*>(
+  auto* vm = dynamic_cast<ZORBEL_VMComputerSystem*>(
       Find(cache, KE::Stub::ZORBEL_VMComputerSystemClass, vmRef->value));
   if (vm == nullptr) return;
   const ZORBEL_HostedDependency* link = LinkOf(vm);

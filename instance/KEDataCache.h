@@ -8,9 +8,8 @@
 //   ZORBEL_ORXComputerSystem, any other by name, TaskInfo. While a cache's mutex is held, call no
 //   operation of a data sync, a session or a service instance: they take theirs first.
 // Ownership: the cache deletes its stubs. Deleting a linked stub writes into its partners, so
-// whoever
-//   removes machines or hosts holds the mutexes of both caches, and for roles, privileges or
-//   identities those of all three.
+//   whoever removes machines or hosts holds the mutexes of both caches, and for roles, privileges
+//   or identities those of all three.
 #ifndef KECPP_INSTANCE_KEDATACACHE_H
 #define KECPP_INSTANCE_KEDATACACHE_H
 

@@ -8,8 +8,7 @@
 //   and so wait for readers. Call them while holding no data cache's mutex: one that the calling
 //   thread holds is left alone, but another thread that deletes at the same time could wait for it.
 // Ownership: the type cache owns its data caches until it dies itself: one that was deleted lives
-// on
-//   as an empty shell, since a reader may still wait for its mutex.
+//   on as an empty shell, since a reader may still wait for its mutex.
 #ifndef KECPP_INSTANCE_KETYPECACHE_H
 #define KECPP_INSTANCE_KETYPECACHE_H
 

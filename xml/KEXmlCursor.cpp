@@ -62,11 +62,15 @@ bool KEXmlCursor::IsSection(const char* from) const {
 // Passes a comment, a section, a declaration or an instruction that begins at `from`.
 const char* KEXmlCursor::SkipMarkup(const char* from) const {
   const char* terminator = ">";
+  const char* content = from + 2;
   if (from[1] == '?') terminator = "?>";
   if (IsSection(from)) terminator = "]]>";
-  if (end - from >= 4 && std::memcmp(from, "<!--", 4) == 0) terminator = "-->";
+  if (end - from >= 4 && std::memcmp(from, "<!--", 4) == 0) {
+    terminator = "-->";
+    content = from + 4;  // the opening dashes do not end it: "<!-->" goes on
+  }
   const std::size_t size = std::strlen(terminator);
-  const void* found = memmem(from + 2, static_cast<std::size_t>(end - from - 2), terminator, size);
+  const void* found = memmem(content, static_cast<std::size_t>(end - content), terminator, size);
   if (found == nullptr) ThrowMalformed();
   return static_cast<const char*>(found) + size;
 }

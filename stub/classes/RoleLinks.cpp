@@ -14,12 +14,15 @@ namespace KE::Stub {
 
 namespace {
 
-template <typename Link>
-bool IsLinked(AssocList& memberList, const Zorbel_Role& role) {
-  if (memberList == nullptr) return false;
-  for (unsigned int i = 0; i < memberList->Count(); ++i) {
-    const auto* link = dynamic_cast<const Link*>(memberList->Get(i));
-    if (link != nullptr && link->Collection == &role) return true;
+// Either list may be long: a role that everybody holds, a privilege that every role has.
+template <typename Link, typename Member>
+bool IsLinked(const Zorbel_Role& role, const AssocList& roleList, const Member& member) {
+  const AssocList& memberList = member.MemberOfCollections;
+  if (roleList == nullptr || memberList == nullptr) return false;
+  const AssocVector& shorter = roleList->Count() < memberList->Count() ? *roleList : *memberList;
+  for (unsigned int i = 0; i < shorter.Count(); ++i) {
+    const auto* link = dynamic_cast<const Link*>(shorter.Get(i));
+    if (link != nullptr && link->Collection == &role && link->Member == &member) return true;
   }
   return false;
 }
@@ -46,7 +49,7 @@ void TakeOutOfRole(AssocList& roleList, Link* link) {
 
 template <typename Link, typename Member>
 void LinkInto(Zorbel_Role& role, AssocList& roleList, Member& member) {
-  if (IsLinked<Link>(member.MemberOfCollections, role)) return;
+  if (IsLinked<Link>(role, roleList, member)) return;
   auto link = std::make_unique<Link>();
   link->Collection = &role;
   link->Member = &member;

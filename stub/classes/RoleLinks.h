@@ -13,7 +13,7 @@ class Zorbel_Identity;
 class Zorbel_Privilege;
 class Zorbel_Role;
 
-// Links the two unless they are linked. O(roles of the member).
+// Links the two unless they are linked. O(the shorter one of their lists).
 void LinkMember(Zorbel_Role& role, Zorbel_Privilege& member);
 void LinkMember(Zorbel_Role& role, Zorbel_Identity& member);
 
