@@ -60,7 +60,7 @@ void Connection::Watch(const EndOfRun& end) {
   } catch (const KELib::Throwable& error) {
     const std::string text = std::string("cannot watch roles and privileges: ") + error.What();
     if (options.wantsAuthorization) throw ConnectionError(text);
-    std::cerr << "kecpp-inventory: " << text << '\n';
+    std::cerr << options.program << ": " << text << '\n';
   }
 }
 
@@ -89,6 +89,7 @@ void Connection::WatchAuthorization(const EndOfRun& end) {
   ListAuthorization(list);
   sync->SetupDataSync(root.get(), list, firstData.get());
   AwaitFirstData(end);
+  hasAuthorization = true;
 }
 
 void Connection::AwaitFirstData(const EndOfRun& end) {

@@ -39,6 +39,9 @@ class Connection {
   KE::Service::KEMethod& Method() { return *instance->GetMethod(); }
   KE::Instance::KETypeCache& Cache() { return *sync->GetCache(); }
 
+  // True when Watch has read roles, privileges and identities.
+  bool HasAuthorization() const { return hasAuthorization; }
+
   // True after several failed cycles in a row: the session is lost, or the daemon. `reason` is then
   // the last failure's text.
   bool IsLost(std::string& reason);
@@ -60,6 +63,7 @@ class Connection {
   std::unique_ptr<KELib::KEWaiter> firstData;
   std::unique_ptr<KE::Service::KEServiceInst, InstanceFreer> instance;
   KE::Service::KEDataSync* sync = nullptr;
+  bool hasAuthorization = false;
 };
 
 }  // namespace inventory

@@ -19,6 +19,7 @@ struct TaskCall {
 };
 
 struct Options {
+  const char* program = "kecpp-inventory";  // as messages name it
   std::string config;    // a file's path, an XML text, or empty for the library's default
   bool json = false;     // else tables
   bool follow = false;   // go on until interrupted or for `duration`

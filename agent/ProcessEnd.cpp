@@ -10,25 +10,26 @@
 namespace inventory {
 namespace {
 
-std::atomic<bool> guarded{false};
+std::atomic<const char*> guarded{nullptr};
 std::atomic<bool> inventoryRead{false};
 
 // Runs on whichever thread called exit, while the others go on: it touches nothing of theirs.
 void OnExit() {
-  if (!guarded) return;
-  std::fputs("kecpp-inventory: the management daemon has gone, ending with it\n", stderr);
+  const char* program = guarded;
+  if (!program) return;
+  std::fprintf(stderr, "%s: the management daemon has gone, ending with it\n", program);
   if (!inventoryRead) _exit(EXIT_FAILURE);
 }
 
 }  // namespace
 
-ProcessEndGuard::ProcessEndGuard() {
-  guarded = true;
+ProcessEndGuard::ProcessEndGuard(const char* program) {
+  guarded = program;
   std::atexit(OnExit);
 }
 
 ProcessEndGuard::~ProcessEndGuard() {
-  guarded = false;
+  guarded = nullptr;
 }
 
 void NoteInventoryRead() {

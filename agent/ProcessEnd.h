@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The library ends the process with status 0 when the management daemon has gone or was restarted.
-// This tool promises status 0 only for an inventory that was read, so it watches its own end.
+// A program that promises status 0 only for an inventory that was read watches its own end.
 #ifndef KECPP_AGENT_PROCESSEND_H
 #define KECPP_AGENT_PROCESSEND_H
 
@@ -11,7 +11,8 @@ namespace inventory {
 // becomes 1 unless the inventory was read. One guard a process.
 class ProcessEndGuard {
  public:
-  ProcessEndGuard();
+  // `program` is the name in the message, a constant.
+  explicit ProcessEndGuard(const char* program);
   ~ProcessEndGuard();
   ProcessEndGuard(const ProcessEndGuard&) = delete;
   ProcessEndGuard& operator=(const ProcessEndGuard&) = delete;

@@ -7,41 +7,17 @@
 #include <cstdlib>
 #include <exception>
 #include <iostream>
-#include <memory>
 
 #include "agent/Connection.h"
 #include "agent/EndOfRun.h"
 #include "agent/InventoryRun.h"
+#include "agent/Library.h"
 #include "agent/Options.h"
 #include "agent/ProcessEnd.h"
 #include "agent/TaskRun.h"
 
 namespace inventory {
 namespace {
-
-// The library, from its first use to its last.
-class Library {
- public:
-  Library() : manager(*KE::Service::GetServiceManagerInstance()) {}
-  ~Library() { KE::Service::FreeServiceManagerInstance(); }
-  Library(const Library&) = delete;
-  Library& operator=(const Library&) = delete;
-
-  KE::Service::KEServiceInstManager& manager;
-};
-
-// The library reads the configured level but leaves applying it to its user.
-void ApplyLogLevel(const Options& options) {
-  auto* logger = KELib::Logging::GetDefaultLogger();
-  KELib::KEString source(options.config.c_str());
-  std::unique_ptr<KELib::KEConfig> config(
-      KELib::CreateConfig(source, KE::Service::DEFAULT_CONFIG_CONTENT));
-  KELib::KEString level;
-  if (config && config->FindParentConfigKey("LogInfo") && config->GetConfigValue("level", level)) {
-    logger->SetLevelByName(level.Cstr());
-  }
-  if (!options.logLevel.empty()) logger->SetLevelByName(options.logLevel.c_str());
-}
 
 int ReportTask(KE::Service::KEServiceInstManager& manager, const Options& options,
                const EndOfRun& end) {
@@ -53,7 +29,7 @@ int ReportTask(KE::Service::KEServiceInstManager& manager, const Options& option
 
 int Run(const Options& options) {
   Library library;
-  ApplyLogLevel(options);
+  ApplyLogLevel(options.config, options.logLevel);
   const EndOfRun end(options.duration);
   if (options.task) return ReportTask(library.manager, options, end);
   InventoryRun run(library.manager, options, end);
@@ -63,7 +39,7 @@ int Run(const Options& options) {
 }
 
 int RunGuarded(const Options& options) {
-  ProcessEndGuard guard;
+  const ProcessEndGuard guard("kecpp-inventory");
   try {
     return Run(options);
   } catch (const KELib::Throwable& error) {

@@ -4,7 +4,9 @@
 # To be sourced. What the project needs from Debian, and a function that sees to it.
 
 BUILD_PACKAGES="g++ cmake ninja-build pkg-config libcurl4-openssl-dev libssl-dev libcli11-dev
-  nlohmann-json3-dev libcpp-httplib-dev libpugixml-dev libgtest-dev libgmock-dev"
+  nlohmann-json3-dev libcpp-httplib-dev libpugixml-dev libcrypt-dev libgtest-dev libgmock-dev
+  sblim-wbemcli"
+BROWSER_PACKAGES="chromium chromium-driver python3"
 ANALYSIS_PACKAGES="clang"
 
 is_installed() {

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+#include "agent/Library.h"
+
+#include <memory>
+
+namespace inventory {
+
+void ApplyLogLevel(const std::string& config, const std::string& level) {
+  auto* logger = KELib::Logging::GetDefaultLogger();
+  KELib::KEString source(config.c_str());
+  const std::unique_ptr<KELib::KEConfig> document(
+      KELib::CreateConfig(source, KE::Service::DEFAULT_CONFIG_CONTENT));
+  KELib::KEString configured;
+  if (document && document->FindParentConfigKey("LogInfo") &&
+      document->GetConfigValue("level", configured)) {
+    logger->SetLevelByName(configured.Cstr());
+  }
+  if (!level.empty()) logger->SetLevelByName(level.c_str());
+}
+
+}  // namespace inventory

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+//
+// The door between the one thread that connects to the daemon and the many that read its caches.
+// Caches go when a connection is given up, so a reader is let in only while they are there, and
+// whoever closes the door waits for the readers that are inside.
+//
+// Thread safety: any thread, but Read must not be nested.
+#ifndef KECPP_AGENT_CIMXML_CACHEGATE_H
+#define KECPP_AGENT_CIMXML_CACHEGATE_H
+
+#include <kecpp.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+
+namespace cimxml {
+
+// What is behind the door.
+struct Caches {
+  KE::Instance::KETypeCache* cache = nullptr;
+  bool hasAuthorization = false;  // the daemon lets this account read roles and privileges
+};
+
+class CacheGate {
+ public:
+  // Readers wait for the first fill at most for `limit`.
+  explicit CacheGate(std::chrono::milliseconds limit);
+
+  // Calls `read` while the caches are there. Throws NotReady when they did not come in time, at
+  // once after End. `read` copies what it needs and returns: the door cannot close meanwhile.
+  void Read(const std::function<void(const Caches&)>& read);
+
+  void Open(const Caches& caches);
+
+  // Returns when nobody reads any more.
+  void Close();
+
+  // Lets every waiting reader go, for good.
+  void End();
+
+ private:
+  Caches Enter();
+  void Leave();
+
+  const std::chrono::milliseconds limit;
+  std::mutex mutex;
+  std::condition_variable changed;
+  Caches open;  // guarded by `mutex`, like all below
+  unsigned readers = 0;
+  bool ended = false;
+};
+
+}  // namespace cimxml
+
+#endif

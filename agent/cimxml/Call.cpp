@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+#include "agent/cimxml/Call.h"
+
+#include <algorithm>
+
+#include "agent/cimxml/Errors.h"
+
+namespace cimxml {
+namespace {
+
+[[noreturn]] void InvalidParameter(const std::string& text) {
+  throw OperationError(Status::InvalidParameter, text);
+}
+
+bool Contains(const std::vector<std::string>& names, const char* name) {
+  return std::any_of(names.begin(), names.end(),
+                     [name](const std::string& other) { return SameName(other, name); });
+}
+
+const Parameter& InstanceParameter(const Request& request, const char* name) {
+  const Parameter* parameter = request.Find(name);
+  if (!parameter) InvalidParameter(std::string(name) + " is missing");
+  if (parameter->kind == Parameter::Kind::Class) {
+    throw OperationError(Status::NotSupported, "associations of classes are not answered");
+  }
+  if (parameter->kind != Parameter::Kind::Instance) {
+    InvalidParameter(std::string(name) + " is no instance name");
+  }
+  return *parameter;
+}
+
+const ClassRow& KnownClass(const std::string& name) {
+  const ClassRow* type = FindClass(name);
+  if (!type) throw OperationError(Status::InvalidClass, "there is no class " + name);
+  return *type;
+}
+
+// True when the keys fit the class; its key's value is then in `value`. A client may leave
+// "CreationClassName" away and, as the key is a single one then, the key's name, too.
+bool KeysFit(const ClassRow& type, const std::vector<KeyBinding>& keys, std::string& value) {
+  bool hasKey = false;
+  for (const KeyBinding& key : keys) {
+    if (SameName(key.name, CREATION_CLASS_NAME)) {
+      if (!SameName(key.value, type.name)) return false;
+    } else if (key.name.empty() || SameName(key.name, type.key->name)) {
+      value = key.value;
+      hasKey = true;
+    } else {
+      return false;
+    }
+  }
+  return hasKey;
+}
+
+bool NamesItsKey(const ClassRow& type, const std::vector<KeyBinding>& keys) {
+  return std::any_of(keys.begin(), keys.end(), [&](const KeyBinding& key) {
+    return key.name.empty() || SameName(key.name, type.key->name);
+  });
+}
+
+bool IsAuthorization(const ClassRow& type) {
+  const ClassRow& end = type.isAssociation ? OriginOf(type) : type;
+  return !DerivesFrom(end, *FindClass("CIM_ComputerSystem"));
+}
+
+}  // namespace
+
+const ClassRow& RequestedClass(const Request& request) {
+  const std::string name = request.Text("ClassName");
+  if (name.empty()) InvalidParameter("ClassName is missing");
+  return KnownClass(name);
+}
+
+const ClassRow* FilterClass(const Request& request, const char* parameter) {
+  const std::string name = request.Text(parameter);
+  if (name.empty()) return nullptr;
+  const ClassRow* type = FindClass(name);
+  if (!type) InvalidParameter("there is no class " + name);
+  return type;
+}
+
+std::vector<ClassProperty> WantedProperties(const Request& request, const ClassRow& type) {
+  std::vector<ClassProperty> properties = PropertiesOf(type);
+  const auto list = request.List("PropertyList");
+  if (!list) return properties;
+  const auto unwanted = [&](const ClassProperty& property) {
+    return !Contains(*list, property.row->name);
+  };
+  properties.erase(std::remove_if(properties.begin(), properties.end(), unwanted),
+                   properties.end());
+  return properties;
+}
+
+std::vector<ObjectName> NamedObjects(const Request& request, const char* parameter) {
+  const Parameter& name = InstanceParameter(request, parameter);
+  std::vector<ObjectName> objects;
+  bool namesKey = false;
+  for (const ClassRow* type : ConcreteClasses(KnownClass(name.value))) {
+    if (type->isAssociation) continue;
+    std::string key;
+    if (KeysFit(*type, name.keys, key)) objects.push_back({type, key});
+    namesKey = namesKey || NamesItsKey(*type, name.keys);
+  }
+  if (!namesKey) InvalidParameter("the instance name lacks the key of its class");
+  return objects;
+}
+
+void ReadCaches(const Call& call, const std::vector<const ClassRow*>& types,
+                const std::function<void(KE::Instance::KETypeCache&)>& read) {
+  call.gate.Read([&](const Caches& caches) {
+    const bool denied = !caches.hasAuthorization && !types.empty() &&
+                        std::all_of(types.begin(), types.end(),
+                                    [](const ClassRow* type) { return IsAuthorization(*type); });
+    if (denied) {
+      throw OperationError(Status::AccessDenied,
+                           "the daemon does not show roles and privileges to this account");
+    }
+    read(*caches.cache);
+  });
+}
+
+}  // namespace cimxml

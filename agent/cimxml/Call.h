@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+//
+// What every operation gets: one request, where to read and where to write. And what several of
+// them ask of a request. All functions throw OperationError for what is no answerable request.
+#ifndef KECPP_AGENT_CIMXML_CALL_H
+#define KECPP_AGENT_CIMXML_CALL_H
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "agent/cimxml/CacheGate.h"
+#include "agent/cimxml/CacheQueries.h"
+#include "agent/cimxml/Request.h"
+#include "agent/cimxml/Schema.h"
+#include "agent/cimxml/XmlWriter.h"
+
+namespace cimxml {
+
+struct Call {
+  const Request& request;
+  CacheGate& gate;
+  const std::string& host;
+  XmlWriter& out;  // takes the content of the return value
+};
+
+// The class that a parameter names, which must be given and known.
+const ClassRow& RequestedClass(const Request& request);
+
+// The class that a filter names; null when the parameter is absent or empty.
+const ClassRow* FilterClass(const Request& request, const char* parameter);
+
+// The properties of `type` that are in the request's "PropertyList", which may be absent.
+std::vector<ClassProperty> WantedProperties(const Request& request, const ClassRow& type);
+
+// The objects that the instance name in a parameter can mean: one, or, when it names a class that
+// others derive from, one of each of these.
+std::vector<ObjectName> NamedObjects(const Request& request, const char* parameter);
+
+// Calls `read` while the caches are there. Throws OperationError when all of `types` are such that
+// the daemon does not show to this account.
+void ReadCaches(const Call& call, const std::vector<const ClassRow*>& types,
+                const std::function<void(KE::Instance::KETypeCache&)>& read);
+
+}  // namespace cimxml
+
+#endif

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+//
+// The operations on classes and namespaces. They need no cache and never wait. They throw
+// OperationError.
+#ifndef KECPP_AGENT_CIMXML_CLASSOPERATIONS_H
+#define KECPP_AGENT_CIMXML_CLASSOPERATIONS_H
+
+#include "agent/cimxml/Call.h"
+
+namespace cimxml {
+
+// The classes below "ClassName", or below none: all of them or, without "DeepInheritance", only
+// those directly below.
+void EnumerateClasses(const Call& call);
+void EnumerateClassNames(const Call& call);
+
+void GetClass(const Call& call);
+
+// The one namespace there is, as the name of a "CIM_Namespace".
+void EnumerateNamespaces(const Call& call);
+
+}  // namespace cimxml
+
+#endif

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+//
+// The two ways in which a request fails: an operation that answers a CIM status, and a message that
+// is not answered at all.
+#ifndef KECPP_AGENT_CIMXML_ERRORS_H
+#define KECPP_AGENT_CIMXML_ERRORS_H
+
+#include <stdexcept>
+#include <string>
+
+namespace cimxml {
+
+// The CIM status codes that this agent gives.
+enum class Status {
+  Failed = 1,
+  AccessDenied = 2,
+  InvalidNamespace = 3,
+  InvalidParameter = 4,
+  InvalidClass = 5,
+  NotFound = 6,
+  NotSupported = 7,
+};
+
+// Answered in the reply's ERROR element.
+class OperationError : public std::runtime_error {
+ public:
+  OperationError(Status errorStatus, const std::string& text)
+      : std::runtime_error(text), status(errorStatus) {}
+
+  const Status status;
+};
+
+// Answered by an HTTP status and the header "CIMError", without a body.
+class MessageError : public std::runtime_error {
+ public:
+  MessageError(int status, const char* cimError)
+      : std::runtime_error(cimError), httpStatus(status) {}
+
+  const int httpStatus;
+};
+
+// The caches are not there yet.
+class NotReady : public std::runtime_error {
+ public:
+  NotReady() : std::runtime_error("the inventory was not read yet") {}
+};
+
+}  // namespace cimxml
+
+#endif

@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: MIT
+#include "agent/cimxml/HttpServer.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <condition_variable>
+#include <stdexcept>
+#include <utility>
+
+#include "agent/cimxml/SocketStream.h"
+
+namespace cimxml {
+namespace {
+
+constexpr int REQUESTS_PER_CONNECTION = 1000;
+
+// Set while the listening thread hands over a connection for which there is no thread.
+thread_local bool refusing = false;
+
+// Set when the answer to the request that this thread serves is an error: what the client has sent
+// after it may be the rest of a request that was not read.
+thread_local bool endsConnection = false;
+
+// The library's own options would let a second server take the same port.
+void ShareNoPort(socket_t socket) {
+  const int on = 1;
+  setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+}
+
+}  // namespace
+
+// A thread for each connection, so that a slow client costs its own thread and nobody else's.
+class HttpServer::ConnectionThreads final : public httplib::TaskQueue {
+ public:
+  explicit ConnectionThreads(unsigned connections) : limit(connections) {}
+
+  void enqueue(std::function<void()> serve) override {
+    if (TakePlace()) {
+      try {
+        std::thread([this, serve] {
+          serve();
+          GivePlace();
+        }).detach();
+        return;
+      } catch (const std::system_error&) {  // no more threads
+        GivePlace();
+      }
+    }
+    refusing = true;
+    serve();
+    refusing = false;
+  }
+
+  void shutdown() override {
+    std::unique_lock<std::mutex> lock(mutex);
+    left.wait(lock, [this] { return taken == 0; });
+  }
+
+ private:
+  bool TakePlace() {
+    std::lock_guard<std::mutex> lock(mutex);
+    if (taken == limit) return false;
+    ++taken;
+    return true;
+  }
+
+  // The last thing that a connection's thread does: after it this object may be gone.
+  void GivePlace() {
+    std::lock_guard<std::mutex> lock(mutex);
+    --taken;
+    left.notify_all();
+  }
+
+  const unsigned limit;
+  std::mutex mutex;
+  std::condition_variable left;
+  unsigned taken = 0;  // guarded by `mutex`
+};
+
+HttpServer::HttpServer(TlsContext context, const Limits& serverLimits)
+    : tls(std::move(context)), limits(serverLimits) {
+  new_task_queue = [this] { return new ConnectionThreads(limits.connections); };
+  set_payload_max_length(limits.bodyBytes);
+  set_socket_options(ShareNoPort);
+  set_exception_handler([](const httplib::Request&, httplib::Response& response,
+                           std::exception_ptr) { response.status = 500; });
+  set_post_routing_handler([](const httplib::Request&, httplib::Response& response) {
+    endsConnection = response.status >= 400;
+    if (endsConnection) response.set_header("Connection", "close");
+  });
+}
+
+HttpServer::~HttpServer() {
+  Stop();
+}
+
+int HttpServer::Bind(const std::string& address, int port) {
+  const int bound =
+      port != 0 ? (bind_to_port(address, port) ? port : -1) : bind_to_any_port(address);
+  if (bound > 0) {
+    ::listen(svr_sock_, SOMAXCONN);  // the library's own queue holds five
+    return bound;
+  }
+  throw std::runtime_error("cannot listen on " + address + ":" + std::to_string(port));
+}
+
+void HttpServer::Start() {
+  listener = std::thread([this] { listen_after_bind(); });
+}
+
+void HttpServer::Stop() {
+  if (!listener.joinable()) return;
+  ShutConnections();
+  stop();
+  listener.join();
+}
+
+void HttpServer::ShutConnections() {
+  std::lock_guard<std::mutex> lock(mutex);
+  stopping = true;
+  for (socket_t socket : connections) ::shutdown(socket, SHUT_RDWR);
+}
+
+bool HttpServer::process_and_close_socket(socket_t socket) {
+  if (refusing) {
+    Refuse(socket);
+    return false;
+  }
+  {
+    std::lock_guard<std::mutex> lock(mutex);
+    connections.insert(socket);
+    if (stopping) ::shutdown(socket, SHUT_RDWR);
+  }
+  Serve(socket);
+  return true;
+}
+
+// The socket leaves the set before it is closed: its number may be given away at once.
+void HttpServer::Serve(socket_t socket) {
+  SocketStream stream(socket, tls.get(), limits);
+  struct Leave {
+    HttpServer& server;
+    socket_t socket;
+    ~Leave() {
+      std::lock_guard<std::mutex> lock(server.mutex);
+      server.connections.erase(socket);
+    }
+  } leave{*this, socket};
+  if (!stream.Accept()) return;
+  for (int left = REQUESTS_PER_CONNECTION; left > 0 && stream.AwaitRequest(); --left) {
+    bool closed = false;
+    endsConnection = false;
+    const auto setUp = [&](httplib::Request& request) { request.ssl = stream.Tls(); };
+    if (!process_request(stream, left == 1, closed, setUp) || closed || endsConnection) return;
+  }
+}
+
+// On the listening thread, which must not wait: the answer fits into an empty socket's buffer.
+void HttpServer::Refuse(socket_t socket) const {
+  static const char ANSWER[] =
+      "HTTP/1.1 503 Service Unavailable\r\nRetry-After: 1\r\nContent-Length: 0\r\n"
+      "Connection: close\r\n\r\n";
+  if (!tls) send(socket, ANSWER, sizeof ANSWER - 1, MSG_NOSIGNAL | MSG_DONTWAIT);
+  ::shutdown(socket, SHUT_RDWR);
+  ::close(socket);
+}
+
+}  // namespace cimxml

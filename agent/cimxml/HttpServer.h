@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+//
+// An HTTP server that keeps its limits: the HTTP library reads requests and writes answers, while
+// connections, their threads, their time and TLS are looked after here.
+//
+// Thread safety: routes are added before Start; handlers run on the connections' threads, many at
+// once. Bind, Start and Stop are called by one thread.
+#ifndef KECPP_AGENT_CIMXML_HTTPSERVER_H
+#define KECPP_AGENT_CIMXML_HTTPSERVER_H
+
+#include <httplib.h>
+
+#include <mutex>
+#include <set>
+#include <string>
+#include <thread>
+
+#include "agent/cimxml/Limits.h"
+#include "agent/cimxml/TlsContext.h"
+
+namespace cimxml {
+
+class HttpServer final : private httplib::Server {
+ public:
+  // Without a TLS context it serves plain HTTP.
+  HttpServer(TlsContext tls, const Limits& limits);
+  ~HttpServer() override;
+
+  using httplib::Server::Get;
+  using httplib::Server::Post;
+  using httplib::Server::set_post_routing_handler;
+  using httplib::Server::set_pre_routing_handler;
+
+  // Takes the port, a free one for 0, and gives its number. Throws std::runtime_error.
+  int Bind(const std::string& address, int port);
+
+  // Serves on threads of its own.
+  void Start();
+
+  // Takes no more connections, ends those there are and waits for their threads.
+  void Stop();
+
+ private:
+  class ConnectionThreads;
+
+  bool process_and_close_socket(socket_t socket) override;
+  void Serve(socket_t socket);
+  void Refuse(socket_t socket) const;
+  void ShutConnections();
+
+  const TlsContext tls;
+  const Limits limits;
+  std::mutex mutex;
+  std::set<socket_t> connections;  // guarded by `mutex`
+  bool stopping = false;           // guarded by `mutex`
+  std::thread listener;
+};
+
+}  // namespace cimxml
+
+#endif

@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: MIT
+#include "agent/cimxml/InstanceOperations.h"
+
+#include <algorithm>
+
+#include "agent/cimxml/Errors.h"
+#include "agent/cimxml/ObjectElements.h"
+
+namespace cimxml {
+namespace {
+
+// What a class and those below it hold, copied in one go.
+struct Found {
+  std::vector<Rows> objects;
+  std::vector<Link> links;
+};
+
+// Without deep inheritance the instances of derived classes are answered as well, but with the
+// properties of the class that was asked for only.
+std::vector<ClassProperty> Columns(const Request& request, const ClassRow& asked,
+                                   const ClassRow& type) {
+  std::vector<ClassProperty> columns = WantedProperties(request, type);
+  if (request.Flag("DeepInheritance", true)) return columns;
+  const auto all = PropertiesOf(asked);
+  const auto added = [&](const ClassProperty& column) {
+    return std::none_of(all.begin(), all.end(), [&](const ClassProperty& property) {
+      return SameName(property.row->name, column.row->name);
+    });
+  };
+  columns.erase(std::remove_if(columns.begin(), columns.end(), added), columns.end());
+  return columns;
+}
+
+Found ReadInstances(const Call& call, const ClassRow& asked, bool withProperties) {
+  const auto types = ConcreteClasses(asked);
+  Found found;
+  for (const ClassRow* type : types) {
+    if (type->isAssociation) continue;
+    found.objects.emplace_back(
+        *type, withProperties ? Columns(call.request, asked, *type) : std::vector<ClassProperty>());
+  }
+  ReadCaches(call, types, [&](KE::Instance::KETypeCache& cache) {
+    for (Rows& rows : found.objects) ReadAll(cache, rows);
+    for (const ClassRow* type : types) {
+      if (!type->isAssociation) continue;
+      for (Link& link : ReadAllLinks(cache, *type)) found.links.push_back(std::move(link));
+    }
+  });
+  return found;
+}
+
+ObjectElements Elements(const Call& call) {
+  return {call.out, call.host, call.request.Flag("IncludeClassOrigin", false)};
+}
+
+bool GetObject(const Call& call, const ObjectName& object) {
+  Rows rows(*object.type, WantedProperties(call.request, *object.type));
+  bool found = false;
+  ReadCaches(call, {object.type},
+             [&](KE::Instance::KETypeCache& cache) { found = ReadOne(cache, object.key, rows); });
+  if (found) Elements(call).Instance(rows, 0);
+  return found;
+}
+
+// The key of the end that a role of the link's name leads to.
+std::string EndKey(const std::vector<KeyBinding>& keys, const PropertyRow& role) {
+  const ClassRow& end = *FindClass(role.reference);
+  for (const KeyBinding& key : keys) {
+    if (!key.isReference || !SameName(key.name, role.name)) continue;
+    for (const KeyBinding& inner : key.referenceKeys) {
+      if (inner.name.empty() || SameName(inner.name, end.key->name)) return inner.value;
+    }
+  }
+  throw OperationError(Status::InvalidParameter, std::string("no key for ") + role.name);
+}
+
+bool GetLink(const Call& call, const ClassRow& type, const std::vector<KeyBinding>& keys) {
+  const std::string origin = EndKey(keys, type.properties[0]);
+  const std::string result = EndKey(keys, type.properties[1]);
+  Link link{&type, "", ""};
+  bool found = false;
+  ReadCaches(call, {&type}, [&](KE::Instance::KETypeCache& cache) {
+    found = ReadLink(cache, origin, result, link);
+  });
+  if (found) Elements(call).Instance(link, WantedProperties(call.request, type));
+  return found;
+}
+
+}  // namespace
+
+void EnumerateInstances(const Call& call) {
+  const ClassRow& asked = RequestedClass(call.request);
+  const Found found = ReadInstances(call, asked, true);
+  ObjectElements elements = Elements(call);
+  for (const Rows& rows : found.objects) {
+    for (std::size_t row = 0; row < rows.Count(); ++row) {
+      call.out.Open("VALUE.NAMEDINSTANCE");
+      elements.Name(rows, row);
+      elements.Instance(rows, row);
+      call.out.Close("VALUE.NAMEDINSTANCE");
+    }
+  }
+  for (const Link& link : found.links) {
+    call.out.Open("VALUE.NAMEDINSTANCE");
+    elements.Name(link);
+    elements.Instance(link, Columns(call.request, asked, *link.type));
+    call.out.Close("VALUE.NAMEDINSTANCE");
+  }
+}
+
+void EnumerateInstanceNames(const Call& call) {
+  const Found found = ReadInstances(call, RequestedClass(call.request), false);
+  ObjectElements elements = Elements(call);
+  for (const Rows& rows : found.objects) {
+    for (std::size_t row = 0; row < rows.Count(); ++row) elements.Name(rows, row);
+  }
+  for (const Link& link : found.links) elements.Name(link);
+}
+
+void GetInstance(const Call& call) {
+  const Parameter* name = call.request.Find("InstanceName");
+  const ClassRow* type = name ? FindClass(name->value) : nullptr;
+  if (type && type->isAssociation) {
+    for (const ClassRow* concrete : ConcreteClasses(*type)) {
+      if (GetLink(call, *concrete, name->keys)) return;
+    }
+  } else {
+    for (const ObjectName& object : NamedObjects(call.request, "InstanceName")) {
+      if (GetObject(call, object)) return;
+    }
+  }
+  throw OperationError(Status::NotFound, "there is no such instance");
+}
+
+}  // namespace cimxml

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+//
+// What a client may take of this agent.
+#ifndef KECPP_AGENT_CIMXML_LIMITS_H
+#define KECPP_AGENT_CIMXML_LIMITS_H
+
+#include <chrono>
+#include <cstddef>
+
+namespace cimxml {
+
+struct Limits {
+  std::size_t bodyBytes = 1024 * 1024;  // of a request
+  unsigned connections = 64;            // at once, each of them has a thread
+  // For receiving a request; for sending an answer to a client that takes less than 64 KiB a
+  // second; and how long a connection may rest between two requests.
+  std::chrono::seconds time{30};
+};
+
+}  // namespace cimxml
+
+#endif

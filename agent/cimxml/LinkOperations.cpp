@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: MIT
+#include "agent/cimxml/LinkOperations.h"
+
+#include "agent/cimxml/Errors.h"
+#include "agent/cimxml/ObjectElements.h"
+
+namespace cimxml {
+namespace {
+
+// The links of the object that "ObjectName" names.
+void CopyLinks(const Call& call, const LinkFilter& filter, const CopyLink& copy) {
+  for (const ObjectName& object : NamedObjects(call.request, "ObjectName")) {
+    bool found = false;
+    ReadCaches(call, {object.type}, [&](KE::Instance::KETypeCache& cache) {
+      found = ReadLinks(cache, object, filter, copy);
+    });
+    if (found) return;
+  }
+  throw OperationError(Status::NotFound, "there is no such instance");
+}
+
+LinkFilter PartnerFilter(const Request& request) {
+  return {FilterClass(request, "AssocClass"), FilterClass(request, "ResultClass"),
+          request.Text("Role"), request.Text("ResultRole")};
+}
+
+// Of references the result class is that of the association.
+LinkFilter ReferenceFilter(const Request& request) {
+  return {FilterClass(request, "ResultClass"), nullptr, request.Text("Role"), ""};
+}
+
+// Partners by class, each class with its own columns.
+class Partners {
+ public:
+  Partners(const Call& partnerCall, bool withProperties)
+      : call(partnerCall), properties(withProperties) {}
+
+  void Add(const ClassRow& type, KELib::Stub::KEStubBase& stub) { RowsOf(type).Add(stub); }
+
+  template <class Write>
+  void ForEach(Write write) const {
+    for (const Rows& rows : groups) {
+      for (std::size_t row = 0; row < rows.Count(); ++row) write(rows, row);
+    }
+  }
+
+ private:
+  Rows& RowsOf(const ClassRow& type) {
+    for (Rows& rows : groups) {
+      if (&rows.Type() == &type) return rows;
+    }
+    groups.emplace_back(
+        type, properties ? WantedProperties(call.request, type) : std::vector<ClassProperty>());
+    return groups.back();
+  }
+
+  const Call& call;
+  bool properties;
+  std::vector<Rows> groups;
+};
+
+Partners ReadPartners(const Call& call, bool withProperties) {
+  Partners partners(call, withProperties);
+  CopyLinks(call, PartnerFilter(call.request),
+            [&](const Link&, const ClassRow& type, KELib::Stub::KEStubBase& partner) {
+              partners.Add(type, partner);
+            });
+  return partners;
+}
+
+std::vector<Link> ReadReferences(const Call& call) {
+  std::vector<Link> links;
+  CopyLinks(
+      call, ReferenceFilter(call.request),
+      [&](const Link& link, const ClassRow&, KELib::Stub::KEStubBase&) { links.push_back(link); });
+  return links;
+}
+
+ObjectElements Elements(const Call& call) {
+  return {call.out, call.host, call.request.Flag("IncludeClassOrigin", false)};
+}
+
+}  // namespace
+
+void Associators(const Call& call) {
+  const Partners partners = ReadPartners(call, true);
+  ObjectElements elements = Elements(call);
+  partners.ForEach([&](const Rows& rows, std::size_t row) {
+    call.out.Open("VALUE.OBJECTWITHPATH");
+    elements.Path(rows, row);
+    elements.Instance(rows, row);
+    call.out.Close("VALUE.OBJECTWITHPATH");
+  });
+}
+
+void AssociatorNames(const Call& call) {
+  const Partners partners = ReadPartners(call, false);
+  ObjectElements elements = Elements(call);
+  partners.ForEach([&](const Rows& rows, std::size_t row) {
+    call.out.Open("OBJECTPATH");
+    elements.Path(rows, row);
+    call.out.Close("OBJECTPATH");
+  });
+}
+
+void References(const Call& call) {
+  const std::vector<Link> links = ReadReferences(call);
+  ObjectElements elements = Elements(call);
+  for (const Link& link : links) {
+    call.out.Open("VALUE.OBJECTWITHPATH");
+    elements.Path(link);
+    elements.Instance(link, WantedProperties(call.request, *link.type));
+    call.out.Close("VALUE.OBJECTWITHPATH");
+  }
+}
+
+void ReferenceNames(const Call& call) {
+  const std::vector<Link> links = ReadReferences(call);
+  ObjectElements elements = Elements(call);
+  for (const Link& link : links) {
+    call.out.Open("OBJECTPATH");
+    elements.Path(link);
+    call.out.Close("OBJECTPATH");
+  }
+}
+
+}  // namespace cimxml

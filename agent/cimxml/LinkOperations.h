@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+//
+// The operations that walk associations, with their filters. They throw OperationError and
+// NotReady.
+#ifndef KECPP_AGENT_CIMXML_LINKOPERATIONS_H
+#define KECPP_AGENT_CIMXML_LINKOPERATIONS_H
+
+#include "agent/cimxml/Call.h"
+
+namespace cimxml {
+
+// The objects that an object is linked to.
+void Associators(const Call& call);
+void AssociatorNames(const Call& call);
+
+// The links themselves.
+void References(const Call& call);
+void ReferenceNames(const Call& call);
+
+}  // namespace cimxml
+
+#endif

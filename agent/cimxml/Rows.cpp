@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+#include "agent/cimxml/Rows.h"
+
+#include <utility>
+
+namespace cimxml {
+
+Rows::Rows(const ClassRow& rowType, std::vector<ClassProperty> wanted)
+    : type(&rowType), readKey(rowType.key->read), columns(std::move(wanted)) {}
+
+void Rows::Add(KELib::Stub::KEStubBase& stub) {
+  readKey(stub, *this);
+  for (const ClassProperty& column : columns) column.row->read(stub, *this);
+}
+
+void Rows::Take(const char* text) {
+  if (text) texts += text;
+  ends.push_back(texts.size() << 1 | (text ? 1 : 0));
+}
+
+std::optional<std::string_view> Rows::At(std::size_t cell) const {
+  if ((ends[cell] & 1) == 0) return {};
+  const std::size_t begin = cell == 0 ? 0 : ends[cell - 1] >> 1;
+  return std::string_view(texts).substr(begin, (ends[cell] >> 1) - begin);
+}
+
+}  // namespace cimxml

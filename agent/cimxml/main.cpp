@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: MIT
+//
+// kecpp-agent: answers CIM clients from the library's caches. It uses nothing but the library's
+// installed headers and is meant to be copied from.
+#include <kecpp.h>
+
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <memory>
+
+#include "agent/EndOfRun.h"
+#include "agent/Library.h"
+#include "agent/ProcessEnd.h"
+#include "agent/cimxml/AgentOptions.h"
+#include "agent/cimxml/CimEndpoint.h"
+#include "agent/cimxml/ClassElements.h"
+#include "agent/cimxml/Follower.h"
+#include "agent/cimxml/HttpServer.h"
+#include "agent/cimxml/PoliteEnd.h"
+#include "agent/cimxml/StatusPage.h"
+#include "agent/cimxml/Users.h"
+
+namespace cimxml {
+namespace {
+
+constexpr const char* PROGRAM = "kecpp-agent";
+
+TlsContext MakeTls(const AgentOptions& options) {
+  if (options.certificateFile.empty()) return nullptr;
+  return MakeTlsContext(options.certificateFile, options.keyFile);
+}
+
+void WarnOfOpenDoors(const AgentOptions& options) {
+  const bool isLocal = options.address.compare(0, 4, "127.") == 0 || options.address == "::1" ||
+                       options.address == "localhost";
+  if (isLocal) return;
+  if (options.usersFile.empty()) {
+    std::cerr << PROGRAM << ": without --users everybody who reaches " << options.address
+              << " may read the inventory\n";
+  } else if (options.certificateFile.empty()) {
+    std::cerr << PROGRAM << ": without --tls passwords go over the network in clear\n";
+  }
+}
+
+// What may not be served is answered before its body is read: a compressed body could grow without
+// a bound.
+void AddGuards(HttpServer& server, Users* users) {
+  server.set_pre_routing_handler(
+      [users](const httplib::Request& request, httplib::Response& response) {
+        if (users && !users->Accepts(request.get_header_value("Authorization"))) {
+          response.status = 401;
+          response.set_header("WWW-Authenticate", "Basic realm=\"kecpp-agent\", charset=\"UTF-8\"");
+          return httplib::Server::HandlerResponse::Handled;
+        }
+        if (request.has_header("Content-Encoding") || request.is_multipart_form_data()) {
+          response.status = 415;
+          return httplib::Server::HandlerResponse::Handled;
+        }
+        return httplib::Server::HandlerResponse::Unhandled;
+      });
+}
+
+inventory::Options ConnectionOptions(const AgentOptions& options) {
+  inventory::Options connection;
+  connection.program = PROGRAM;
+  connection.config = options.config;
+  connection.lists = {true, true, true, true, true};
+  return connection;
+}
+
+void Run(const AgentOptions& options) {
+  const inventory::EndOfRun end(0);
+  const std::unique_ptr<Users> users(
+      options.usersFile.empty() ? nullptr : std::make_unique<Users>(options.usersFile));
+  WarnOfOpenDoors(options);
+  CacheGate gate(options.readyWait);
+  SyncState state;
+  const Operations operations(gate);
+  StatusFeed feed(gate, state);
+  HttpServer server(MakeTls(options), options.limits);
+  AddGuards(server, users.get());
+  AddCimEndpoint(server, operations);
+  AddStatusPage(server, feed, options.limits);
+  const int port = server.Bind(options.address, options.port);
+  server.Start();
+  std::cout << "listening on " << (options.certificateFile.empty() ? "http" : "https") << "://"
+            << (options.address.find(':') == std::string::npos ? options.address
+                                                               : "[" + options.address + "]")
+            << ":" << port << "/" << std::endl;
+
+  const inventory::Options connectionOptions = ConnectionOptions(options);
+  inventory::Library library;
+  inventory::ApplyLogLevel(options.config, options.logLevel);
+  Follower(library.manager, connectionOptions, end, gate, state).Run();
+  gate.End();
+  state.End();
+  server.Stop();
+}
+
+int RunGuarded(const AgentOptions& options) {
+  const inventory::ProcessEndGuard guard(PROGRAM);
+  try {
+    Run(options);
+    return EXIT_SUCCESS;
+  } catch (const KELib::Throwable& error) {
+    std::cerr << PROGRAM << ": " << error.What() << '\n';
+  } catch (const std::exception& error) {
+    std::cerr << PROGRAM << ": " << error.what() << '\n';
+  }
+  return EXIT_FAILURE;
+}
+
+}  // namespace
+}  // namespace cimxml
+
+int main(int argc, char** argv) {
+  cimxml::AgentOptions options;
+  if (auto status = cimxml::ParseAgentOptions(argc, argv, options)) return *status;
+  if (options.printMof) {
+    std::cout << cimxml::MofText();
+    return EXIT_SUCCESS;
+  }
+  cimxml::EndPolitely();
+  return cimxml::RunGuarded(options);
+}
