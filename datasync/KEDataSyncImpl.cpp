@@ -7,6 +7,7 @@
 #include "datasync/FilterSpec.h"
 #include "datasync/PropertyList.h"
 #include "datasync/RoleMemory.h"
+#include "datasync/StaleObjects.h"
 #include "datasync/SyncState.h"
 #include "foundation/KEConstants.h"
 #include "foundation/KEException.h"
@@ -71,7 +72,8 @@ KEDataSyncImpl::KEDataSyncImpl()
     : mutex(std::make_unique<KELib::KEMutex>()),
       state(std::make_unique<SyncState>()),
       methodRun(std::make_unique<KELib::KEMutex>()),
-      roles(std::make_unique<RoleMemory>()) {}
+      roles(std::make_unique<RoleMemory>()),
+      stale(std::make_unique<StaleObjects>()) {}
 
 KEDataSyncImpl::~KEDataSyncImpl() {
   while (!End()) {
@@ -177,6 +179,7 @@ void KEDataSyncImpl::ForgetEverythingNoLock() {
   roles->Clear();
   typeCache->Clear();
   version.Clear();
+  stale->Forget();
   state->NoteStopped();
 }
 

@@ -16,6 +16,8 @@
 
 #include <atomic>
 #include <memory>
+#include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "datasync/DataSyncInfo.h"
@@ -38,6 +40,7 @@ namespace KE::Service {
 
 class PropertyList;
 class RoleMemory;
+class StaleObjects;
 class SyncState;
 
 class KECPP_API KEDataSyncImpl : public KEDataSync {
@@ -140,7 +143,8 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   // --- for the helpers that apply update sets ----------------------------------------------------
 
   KELib::KEMutex* GetMutex() KECPP_RETURN_CAPABILITY(mutex) { return mutex.get(); }
-  RoleMemory& Roles() { return *roles; }  // guarded by `mutex`
+  RoleMemory& Roles() { return *roles; }    // guarded by `mutex`
+  StaleObjects& Stale() { return *stale; }  // of the thread that runs a cycle
 
   // The record of a filter; null when it is not watched (any more). The caller holds `mutex`.
   DataSyncInfo* FindFilterNoLock(KE::Stub::ManagedObjectReference& filter) KECPP_REQUIRES(mutex);
@@ -202,6 +206,9 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   Outcome DestroyUnknownFilter();
   void CheckDaemon();
   void ReadVersion(KELib::Xml::KEXmlReader& r);
+  void ForgetVersion();
+  void RemoveStaleObjects();
+  void RemoveFromWatchedCache(const char* typeName, const std::unordered_set<std::string>& ids);
   void BackOff(Outcome outcome, long long cycleMilliseconds);
   void NoteFailedCycle(const char* text);
   void FinishUpdateSet(bool cutShort);
@@ -233,6 +240,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   std::unique_ptr<SyncState> state;                // own lock
   std::unique_ptr<KELib::KEMutex> methodRun;       // serialises the property methods; outermost
   std::unique_ptr<RoleMemory> roles;               // guarded by `mutex`
+  std::unique_ptr<StaleObjects> stale;             // of the thread that runs a cycle
   KE::Stub::ManagedObjectReference unknownFilter;  // of the thread that runs a cycle
   unsigned int failuresInARow = 0;      // of the thread that runs a cycle; for the back-off
   unsigned int cancelsInARow = 0;       // likewise

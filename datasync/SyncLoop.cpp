@@ -8,6 +8,7 @@
 #include "datasync/DataSyncConstants.h"
 #include "datasync/KEDataSyncImpl.h"
 #include "datasync/KEDataSyncWorkImpl.h"
+#include "datasync/StaleObjects.h"
 #include "datasync/SyncState.h"
 #include "foundation/KECondition.h"
 #include "foundation/KEException.h"
@@ -15,10 +16,12 @@
 #include "foundation/KEThread.h"
 #include "foundation/Logger.h"
 #include "http/HandleWait.h"
+#include "instance/KECacheGuard.h"
 #include "service/call/KEMethod.h"
 #include "service/call/MgmtdWatch.h"
 #include "service/call/MgmtdWatchSeams.h"
 #include "service/call/ServiceConstants.h"
+#include "stub/classes/ClassNames.h"
 #include "xml/KEXmlCursor.h"
 #include "xml/KEXmlReader.h"
 
@@ -35,6 +38,9 @@ using Clock = std::chrono::steady_clock;
 
 // How long a library's own call waits for a free connection.
 constexpr int kHandleWaitMs = 2000;
+
+// A server that has another part of a split report sends it sooner than this.
+constexpr int kNextPartMs = 2000;
 
 // After this many failed cycles in a row nobody is kept waiting for the next one.
 constexpr unsigned int kFailuresToGiveUp = 3;
@@ -154,7 +160,7 @@ bool KEDataSyncImpl::TryLeave(bool escaped) {
   for (auto it = methodInfos->Begin(); !it.End(); ++it) {
     if (it->value != nullptr) ReleaseWaiterNoLock(it->value->waiter);
   }
-  if (filters->Count() == 0) version.Clear();
+  if (filters->Count() == 0) ForgetVersion();
   initialCycleDone = false;
   started = false;
   state->SetPhase(SyncState::Phase::ending);
@@ -189,7 +195,13 @@ void KEDataSyncImpl::SyncData() {
     BackOff(lastOutcome, took.count());
     if (!initialCycleDone.exchange(true)) break;
   }
-  if (!HasFilters()) version.Clear();
+  if (!HasFilters()) ForgetVersion();
+}
+
+// The next wait asks for everything.
+void KEDataSyncImpl::ForgetVersion() {
+  version.Clear();
+  stale->Expect();
 }
 
 KEDataSyncImpl::Outcome KEDataSyncImpl::RunCycle() {
@@ -216,6 +228,7 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::Guarded(Step step) {
     Log(nullptr, LOG_LEVEL_VERBOSE, "Restarting timedout datasync.");
     const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
     RestartDataSync();
+    if (stale->AwaitsMore()) RemoveStaleObjects();
     return Outcome::timedOut;
   } catch (const KELib::RequestFailedException& e) {
     if (stopRequested) return Outcome::stopped;
@@ -264,8 +277,10 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::WaitAndApply() {
   // Methods alone have no updates to wait for before their callers see the first data.
   if (!initialCycleDone && !HasFilters()) return Outcome::good;
   KEString response;
+  stale->BeginWait(*typeCache);
   {
-    const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
+    const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested,
+                                         stale->AwaitsMore() ? kNextPartMs : 0);
     struct WaitOut {
       explicit WaitOut(std::atomic<bool>& target) : flag(target) { flag = true; }
       ~WaitOut() { flag = false; }
@@ -291,9 +306,10 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::ApplyResponse(KEString& response) {
     UpdateSetToCache(ui, reader);
   } catch (...) {
     // The server takes the set for delivered. Without a version it sends everything again.
-    version.Clear();
+    ForgetVersion();
     throw;
   }
+  if (unknownFilter.value.Empty() && stale->EndSet()) RemoveStaleObjects();
   state->NoteApplied(true);
   if (!unknownFilter.value.Empty()) return DestroyUnknownFilter();
   state->NoteGoodCycle();
@@ -327,7 +343,7 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::DestroyUnknownFilter() {
   KE::Stub::ManagedObjectReference filter;
   filter.type.Transfer(unknownFilter.type);
   filter.value.Transfer(unknownFilter.value);
-  version.Clear();
+  ForgetVersion();
   try {
     const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
     KEString response;
@@ -337,6 +353,26 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::DestroyUnknownFilter() {
     Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Destroying PropFilter : %s", e.What());
   }
   return Outcome::incomplete;
+}
+
+void KEDataSyncImpl::RemoveStaleObjects() {
+  RemoveFromWatchedCache(KE::Stub::ZORBEL_VMComputerSystemClass, stale->Machines());
+  RemoveFromWatchedCache(KE::Stub::ZORBEL_ORXComputerSystemClass, stale->Hosts());
+  stale->Forget();
+}
+
+// What nobody watches any more is left as it was last known.
+void KEDataSyncImpl::RemoveFromWatchedCache(const char* typeName,
+                                            const std::unordered_set<std::string>& ids) {
+  KEString type(typeName);
+  for (const std::string& id : ids) {  // a reader waits for one object at most
+    KEMutexGuard guard(mutex.get());
+    if (!IsCacheNamedNoLock(type)) return;
+    KE::Instance::KECacheGuard caches(typeCache.get());
+    caches.LockComputerSystems();
+    KEString key(id.c_str());
+    typeCache->RemoveValNoLock(type, key);
+  }
 }
 
 // A failure that repeats must neither spin nor flood the log. Time-outs and cancels are none.

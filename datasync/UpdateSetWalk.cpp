@@ -5,6 +5,7 @@
 #include "datasync/KEDataSyncImpl.h"
 #include "datasync/ListValue.h"
 #include "datasync/ObjectTarget.h"
+#include "datasync/StaleObjects.h"
 #include "foundation/KEMutexGuard.h"
 #include "foundation/Logger.h"
 #include "instance/KECacheGuard.h"
@@ -161,6 +162,7 @@ void UpdateSetWalk::ApplyObjectSet() {
     }
   }
   cursor.Leave({kObjectSet, sizeof(kObjectSet) - 1});
+  if (ui.syncInfo != nullptr) sync.Stale().Name(ui.obj);
   if (ui.kind.Equals(kLeave) && lock.Take()) lock.Target().Remove();
   ui.kind.Clear();
   ClearReference(ui.obj);
