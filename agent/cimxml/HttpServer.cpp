@@ -28,6 +28,14 @@ void ShareNoPort(socket_t socket) {
   setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
 }
 
+// Thousands of ranges and the best compression of a large answer would cost the client nothing and
+// this process a lot. Both may be refused in silence.
+void DropCostlyWishes(httplib::Request& request) {
+  request.ranges.clear();
+  request.headers.erase("Range");
+  request.headers.erase("Accept-Encoding");
+}
+
 }  // namespace
 
 // A thread for each connection, so that a slow client costs its own thread and nobody else's.
@@ -82,12 +90,15 @@ HttpServer::HttpServer(TlsContext context, const Limits& serverLimits)
     : tls(std::move(context)), limits(serverLimits) {
   new_task_queue = [this] { return new ConnectionThreads(limits.connections); };
   set_payload_max_length(limits.bodyBytes);
+  set_keep_alive_max_count(REQUESTS_PER_CONNECTION);
+  set_keep_alive_timeout(limits.time.count());
   set_socket_options(ShareNoPort);
   set_exception_handler([](const httplib::Request&, httplib::Response& response,
                            std::exception_ptr) { response.status = 500; });
-  set_post_routing_handler([](const httplib::Request&, httplib::Response& response) {
+  set_post_routing_handler([](const httplib::Request& request, httplib::Response& response) {
     endsConnection = response.status >= 400;
-    if (endsConnection) response.set_header("Connection", "close");
+    const bool isSaid = request.get_header_value("Connection") == "close";
+    if (endsConnection && !isSaid) response.set_header("Connection", "close");
   });
 }
 
@@ -151,7 +162,10 @@ void HttpServer::Serve(socket_t socket) {
   for (int left = REQUESTS_PER_CONNECTION; left > 0 && stream.AwaitRequest(); --left) {
     bool closed = false;
     endsConnection = false;
-    const auto setUp = [&](httplib::Request& request) { request.ssl = stream.Tls(); };
+    const auto setUp = [&](httplib::Request& request) {
+      request.ssl = stream.Tls();
+      DropCostlyWishes(request);
+    };
     if (!process_request(stream, left == 1, closed, setUp) || closed || endsConnection) return;
   }
 }

@@ -16,6 +16,7 @@
 #include "agent/cimxml/CimEndpoint.h"
 #include "agent/cimxml/ClassElements.h"
 #include "agent/cimxml/Follower.h"
+#include "agent/cimxml/Guards.h"
 #include "agent/cimxml/HttpServer.h"
 #include "agent/cimxml/PoliteEnd.h"
 #include "agent/cimxml/StatusPage.h"
@@ -43,24 +44,6 @@ void WarnOfOpenDoors(const AgentOptions& options) {
   }
 }
 
-// What may not be served is answered before its body is read: a compressed body could grow without
-// a bound.
-void AddGuards(HttpServer& server, Users* users) {
-  server.set_pre_routing_handler(
-      [users](const httplib::Request& request, httplib::Response& response) {
-        if (users && !users->Accepts(request.get_header_value("Authorization"))) {
-          response.status = 401;
-          response.set_header("WWW-Authenticate", "Basic realm=\"kecpp-agent\", charset=\"UTF-8\"");
-          return httplib::Server::HandlerResponse::Handled;
-        }
-        if (request.has_header("Content-Encoding") || request.is_multipart_form_data()) {
-          response.status = 415;
-          return httplib::Server::HandlerResponse::Handled;
-        }
-        return httplib::Server::HandlerResponse::Unhandled;
-      });
-}
-
 inventory::Options ConnectionOptions(const AgentOptions& options) {
   inventory::Options connection;
   connection.program = PROGRAM;
@@ -79,7 +62,7 @@ void Run(const AgentOptions& options) {
   const Operations operations(gate);
   StatusFeed feed(gate, state);
   HttpServer server(MakeTls(options), options.limits);
-  AddGuards(server, users.get());
+  AddGuards(server, users.get(), options.limits);
   AddCimEndpoint(server, operations);
   AddStatusPage(server, feed, options.limits);
   const int port = server.Bind(options.address, options.port);

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+#include "agent/cimxml/Guards.h"
+
+#include <charconv>
+
+namespace cimxml {
+namespace {
+
+constexpr int GOOD = 0;
+constexpr int BAD_REQUEST = 400;
+constexpr int UNAUTHORIZED = 401;
+constexpr int LENGTH_REQUIRED = 411;
+constexpr int TOO_LARGE = 413;
+constexpr int UNSUPPORTED_MEDIA = 415;
+
+int CheckLength(const httplib::Request& request, std::size_t limit) {
+  const std::string text = request.get_header_value("Content-Length");
+  std::size_t length = 0;
+  const char* end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, length);
+  if (result.ec == std::errc::result_out_of_range) return TOO_LARGE;
+  if (result.ec != std::errc() || result.ptr != end) return BAD_REQUEST;
+  return length > limit ? TOO_LARGE : GOOD;
+}
+
+int CheckBody(const httplib::Request& request, std::size_t limit) {
+  const bool isChunked = request.has_header("Transfer-Encoding");
+  if (request.get_header_value_count("Content-Length") > (isChunked ? 0 : 1)) return BAD_REQUEST;
+  if (request.has_header("Content-Encoding") || request.is_multipart_form_data()) {
+    return UNSUPPORTED_MEDIA;
+  }
+  if (request.has_header("Content-Length")) return CheckLength(request, limit);
+  return request.method == "POST" && !isChunked ? LENGTH_REQUIRED : GOOD;
+}
+
+}  // namespace
+
+void AddGuards(HttpServer& server, Users* users, const Limits& limits) {
+  server.set_pre_routing_handler(
+      [users, limits](const httplib::Request& request, httplib::Response& response) {
+        if (users && !users->Accepts(request.get_header_value("Authorization"))) {
+          response.status = UNAUTHORIZED;
+          response.set_header("WWW-Authenticate", "Basic realm=\"kecpp-agent\", charset=\"UTF-8\"");
+          return httplib::Server::HandlerResponse::Handled;
+        }
+        response.status = CheckBody(request, limits.bodyBytes);
+        if (response.status != GOOD) return httplib::Server::HandlerResponse::Handled;
+        response.status = -1;  // the route decides
+        return httplib::Server::HandlerResponse::Unhandled;
+      });
+}
+
+}  // namespace cimxml

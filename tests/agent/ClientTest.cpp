@@ -1,0 +1,246 @@
+// SPDX-License-Identifier: MIT
+//
+// A CIM client that was not written for this agent sees the daemon's inventory, and nothing else.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <kecpp.h>
+
+#include "agent/AgentProcess.h"
+#include "agent/WbemClient.h"
+#include "endtoend/Simulator.h"
+
+namespace agenttest {
+namespace {
+
+using endtoend::Json;
+using testing::HasSubstr;
+
+constexpr const char* HOST = "ZORBEL_ORXComputerSystem";
+constexpr const char* MACHINE = "ZORBEL_VMComputerSystem";
+constexpr const char* HOSTED = "ZORBEL_HostedDependency";
+
+struct List {
+  const char* name;  // in the truth
+  const char* type;
+  const char* key;
+};
+constexpr List LISTS[] = {{"hosts", HOST, "Name"},
+                          {"machines", MACHINE, "Name"},
+                          {"roles", "Zorbel_Role", "Name"},
+                          {"privileges", "Zorbel_Privilege", "InstanceID"},
+                          {"identities", "Zorbel_Identity", "InstanceID"}};
+
+// The truth holds XML text, a client shows what it means.
+std::string Decoded(const std::string& xmlText) {
+  KELib::KEString raw;
+  KELib::Xml::DecodeEntities(xmlText.c_str(), raw);
+  return raw.Cstr();
+}
+
+std::string NameOf(const List& list, const Json& item) {
+  return std::string(list.type) + " " + Decoded(item[list.key]);
+}
+
+// The properties that the truth tells; the lists of links are no properties.
+Properties PropertiesOf(const List& list, const Json& item) {
+  Properties properties = {{"CreationClassName", list.type}};
+  for (const auto& [name, value] : item.items()) {
+    if (name == "host" || value.is_array()) continue;
+    properties[name] = value.is_string() ? Decoded(value) : value.dump();
+  }
+  return properties;
+}
+
+Instances Expected(const Json& truth, std::size_t firstList, std::size_t lists) {
+  Instances instances;
+  for (std::size_t i = firstList; i < firstList + lists; ++i) {
+    for (const Json& item : truth[LISTS[i].name]) {
+      instances[NameOf(LISTS[i], item)] = PropertiesOf(LISTS[i], item);
+    }
+  }
+  return instances;
+}
+
+// Properties that the daemon has no word for are empty or null, which the client shows alike.
+Instances WithoutEmpty(Instances instances) {
+  for (auto& [name, properties] : instances) {
+    for (auto it = properties.begin(); it != properties.end();) {
+      it = it->second.empty() ? properties.erase(it) : std::next(it);
+    }
+  }
+  return instances;
+}
+
+Names KeysOf(const Instances& instances) {
+  Names names;
+  for (const auto& [name, properties] : instances) names.insert(name);
+  return names;
+}
+
+class Client : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (!WbemClient::IsInstalled()) GTEST_SKIP() << "wbemcli is not installed";
+  }
+
+  // Waits until all that the client sees is the truth.
+  void ExpectTruth() {
+    Instances expected, seen;
+    endtoend::Eventually([&] {
+      expected = WithoutEmpty(Expected(simulator.Truth(), 0, std::size(LISTS)));
+      seen = WithoutEmpty(client.GetInstances("ei", "CIM_ManagedElement"));
+      return seen == expected;
+    });
+    EXPECT_EQ(KeysOf(seen), KeysOf(expected));
+    for (const auto& [name, properties] : expected) EXPECT_EQ(seen[name], properties) << name;
+  }
+
+  Names Linked(const List& list, const std::string& key,
+               const std::vector<std::string>& filter = {}) {
+    return client.GetNames("ain", ObjectPath(list.type, list.key, key), filter);
+  }
+
+  endtoend::Simulator simulator{{"--hosts", "3", "--machines", "30", "--seed", "5"}};
+  AgentProcess agent{simulator.Config()};
+  WbemClient client{agent.Address()};
+};
+
+TEST_F(Client, SeesEveryInstanceByItsClassAndByThoseAbove) {
+  const Json truth = simulator.Truth();
+  ExpectTruth();
+  const Instances systems = Expected(truth, 0, 2);
+  EXPECT_EQ(WithoutEmpty(client.GetInstances("ei", "CIM_ComputerSystem")), WithoutEmpty(systems));
+  EXPECT_EQ(client.GetNames("ein", "cim_computersystem"), KeysOf(systems)) << "in any letter case";
+  for (std::size_t i = 0; i < std::size(LISTS); ++i) {
+    const Instances ofClass = Expected(truth, i, 1);
+    EXPECT_EQ(client.GetNames("ein", LISTS[i].type), KeysOf(ofClass));
+    const std::string key = truth[LISTS[i].name][0][LISTS[i].key];
+    const auto one = client.GetInstances("gi", ObjectPath(LISTS[i].type, LISTS[i].key, key));
+    EXPECT_THAT(WithoutEmpty(Expected(truth, i, 1)), testing::IsSupersetOf(WithoutEmpty(one)));
+    EXPECT_EQ(one.size(), 1u);
+  }
+}
+
+TEST_F(Client, WalksFromAMachineToItsHostAndFromARoleToItsMembers) {
+  const Json truth = simulator.Truth();
+  for (const Json& machine : truth["machines"]) {
+    EXPECT_EQ(Linked(LISTS[1], machine["Name"]),
+              Names{std::string(HOST) + " " + machine["host"].get<std::string>()});
+  }
+  Names links;
+  for (const Json& host : truth["hosts"]) {
+    Names machines, hostLinks;
+    for (const std::string machine : host["machines"]) {
+      machines.insert(std::string(MACHINE) + " " + machine);
+      hostLinks.insert(HOSTED + (" " + host["Name"].get<std::string>()) + " " + machine);
+    }
+    EXPECT_EQ(Linked(LISTS[0], host["Name"]), machines);
+    const std::string path = ObjectPath(HOST, "Name", host["Name"]);
+    EXPECT_EQ(KeysOf(client.GetInstances("ai", path)), machines);
+    EXPECT_EQ(client.GetNames("rin", path), hostLinks);
+    for (const auto& [name, ends] : client.GetInstances("ri", path)) {
+      EXPECT_EQ(HOSTED + ends.at("Antecedent").substr(std::string(HOST).size()) +
+                    ends.at("Dependent").substr(std::string(MACHINE).size()),
+                name);
+    }
+    links.insert(hostLinks.begin(), hostLinks.end());
+  }
+  EXPECT_EQ(client.GetNames("ein", "CIM_HostedDependency"), links);
+  for (const Json& role : truth["roles"]) {
+    Names members;
+    for (const std::string id : role["privileges"]) members.insert("Zorbel_Privilege " + id);
+    for (const std::string id : role["identities"]) members.insert("Zorbel_Identity " + id);
+    EXPECT_EQ(Linked(LISTS[2], role["Name"]), members);
+  }
+}
+
+TEST_F(Client, FiltersByClassAndRole) {
+  const struct {
+    std::vector<std::string> filter;
+    bool hasHost;
+  } cases[] = {
+      {{"-ac", "ZORBEL_HostedDependency"}, true},
+      {{"-ac", "CIM_HostedDependency", "-arc", "CIM_System"}, true},
+      {{"-ac", "CIM_MemberOfCollection"}, false},
+      {{"-arc", MACHINE}, false},
+      {{"-ar", "dependent", "-arr", "Antecedent"}, true},
+      {{"-ar", "Antecedent"}, false},
+      {{"-arr", "Dependent"}, false},
+  };
+  for (const auto& test : cases) {
+    EXPECT_EQ(Linked(LISTS[1], "vm-1", test.filter).size(), test.hasHost ? 1u : 0u)
+        << testing::PrintToString(test.filter);
+  }
+  const Json role = simulator.Truth()["roles"][0];
+  EXPECT_EQ(Linked(LISTS[2], role["Name"], {"-arc", "Zorbel_Identity"}).size(),
+            role["identities"].size());
+  const std::string path = ObjectPath("Zorbel_Role", "Name", role["Name"]);
+  EXPECT_EQ(client.GetNames("rin", path, {"-arc", "Zorbel_PrivilegeMemberOfCollection"}).size(),
+            role["privileges"].size());
+  EXPECT_EQ(client.GetNames("rin", path, {"-ar", "Member"}).size(), 0u);
+}
+
+TEST_F(Client, IsToldWhatIsWrong) {
+  const std::string nobody = ObjectPath(MACHINE, "Name", "nobody");
+  EXPECT_THAT(client.Run("gi", nobody), HasSubstr("(6) CIM_ERR_NOT_FOUND"));
+  EXPECT_THAT(client.Run("ain", nobody), HasSubstr("(6) CIM_ERR_NOT_FOUND"));
+  EXPECT_THAT(client.Run("ei", "CIM_Nothing"), HasSubstr("(5) CIM_ERR_INVALID_CLASS"));
+  EXPECT_THAT(client.Run("gi", "CIM_System.Name=\"vm-1\""), HasSubstr("Name=\"vm-1\""));
+  EXPECT_THAT(client.Run("gi", std::string(MACHINE) + ".UUID=\"x\""),
+              HasSubstr("(4) CIM_ERR_INVALID_PARAMETER"));
+  EXPECT_THAT(client.Run("di", ObjectPath(MACHINE, "Name", "vm-1")),
+              HasSubstr("(7) CIM_ERR_NOT_SUPPORTED"));
+}
+
+TEST_F(Client, ReadsTheClasses) {
+  const std::string classes = client.Run("ecn", "");
+  for (const List& list : LISTS) EXPECT_THAT(classes, HasSubstr(std::string(":") + list.type));
+  EXPECT_THAT(client.Run("gc", MACHINE), HasSubstr("-GuestIPAddress="));
+  EXPECT_THAT(client.Run("gc", HOSTED), HasSubstr("-Antecedent="));
+}
+
+// Text goes through two parsers and two writers of XML on its way.
+TEST_F(Client, SeesAnyText) {
+  const std::vector<std::string> texts = {"R&amp;D &lt;b&gt; &quot;q&quot; &apos;a&apos;",
+                                          "&amp;amp;lt;",
+                                          "",
+                                          "Größe 東京 🖥",
+                                          "&#x5b57; &#233;",
+                                          "&unknown; &amp",
+                                          "a  b ",
+                                          "%n%s ]]&gt;"};
+  // First: identities are asked for only after something else has changed.
+  simulator.Control(
+      "permissions",
+      {{{"principal", "ZORBEL\\&#228;nn &amp; co"}, {"roleId", "7"}, {"group", false}}});
+  Json machines = simulator.Truth()["machines"];
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    simulator.Control("machine", {{"do", "set"},
+                                  {"id", machines[i]["Name"]},
+                                  {"property", i % 2 ? "name" : "config.annotation"},
+                                  {"value", texts[i]}});
+  }
+  ExpectTruth();
+  // The key as a person types it: the client sends it as it is.
+  EXPECT_EQ(Linked(LISTS[4], "ZORBEL\\änn &amp; co"), Names{"Zorbel_Role 7"});
+}
+
+TEST_F(Client, FollowsADaemonThatNeverRests) {
+  simulator.Control("churn", {{"rate", 500}});
+  for (int i = 0; i < 20; ++i) {
+    for (const auto& [name, properties] : client.GetInstances("ei", MACHINE)) {
+      const bool isOn = properties.at("PowerState") == "poweredOn";
+      EXPECT_EQ(properties.at("OperationalStatus") == "2", isOn) << "half of a change: " << name;
+    }
+    for (const std::string& machine : Linked(LISTS[0], "host-1")) {
+      const std::string key = machine.substr(machine.find(' ') + 1);
+      const std::string host = client.Run("ain", ObjectPath(MACHINE, "Name", key));
+      EXPECT_THAT(host, testing::AnyOf(HasSubstr(HOST), HasSubstr("NOT_FOUND"), ""));
+    }
+  }
+  simulator.Control("churn", {{"rate", 0}});
+  ExpectTruth();
+}
+
+}  // namespace
+}  // namespace agenttest

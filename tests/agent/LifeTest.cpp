@@ -1,0 +1,237 @@
+// SPDX-License-Identifier: MIT
+//
+// How the agent lives: before the daemon is there, when it goes, among slow clients, and its end.
+#include <crypt.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <httplib.h>
+#include <openssl/evp.h>
+#include <signal.h>
+
+#include <fstream>
+
+#include "agent/AgentProcess.h"
+#include "agent/RawClient.h"
+#include "agent/WbemClient.h"
+#include "endtoend/Simulator.h"
+
+namespace agenttest {
+namespace {
+
+using endtoend::Eventually;
+using endtoend::Simulator;
+using testing::HasSubstr;
+
+std::string Call(const std::string& method, const std::string& type) {
+  return "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\">"
+         "<SIMPLEREQ><IMETHODCALL NAME=\"" +
+         method +
+         "\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"cimv2\"/>"
+         "</LOCALNAMESPACEPATH><IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"" +
+         type + "\"/></IPARAMVALUE></IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+}
+
+std::string Head(const std::string& line, const std::string& body) {
+  return line + " HTTP/1.1\r\nHost: here\r\nContent-Length: " + std::to_string(body.size()) +
+         "\r\n\r\n";
+}
+
+std::string Post(const std::string& method, const std::string& type) {
+  const std::string body = Call(method, type);
+  return Head("POST /cimom", body) + body;
+}
+
+// The answer's first line and body, "" when the server cannot be reached.
+std::string Ask(const AgentProcess& agent, const std::string& method, const std::string& type) {
+  httplib::Client client("http://" + agent.Address());
+  const auto answer = client.Post("/cimom", Call(method, type), "application/xml");
+  return answer ? std::to_string(answer->status) + " " + answer->get_header_value("Retry-After") +
+                      answer->body
+                : "";
+}
+
+std::size_t CountOf(const std::string& text, const std::string& part) {
+  std::size_t count = 0;
+  for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; ++at) ++count;
+  return count;
+}
+
+std::string Base64(const std::string& text) {
+  std::string encoded((text.size() + 2) / 3 * 4 + 1, '\0');
+  EVP_EncodeBlock(reinterpret_cast<unsigned char*>(encoded.data()),
+                  reinterpret_cast<const unsigned char*>(text.data()),
+                  static_cast<int>(text.size()));
+  encoded.pop_back();
+  return encoded;
+}
+
+const char* const NO_DAEMON =
+    "<?xml version=\"1.0\"?><Config><SSLInfo/><ConnectionInfo><url>http://127.0.0.1:1/</url>"
+    "</ConnectionInfo><LoginInfo/><LogInfo><level>none</level></LogInfo></Config>";
+
+TEST(Life, WithoutADaemonClassesAreAnsweredAndInstancesAreNotReady) {
+  AgentProcess agent(NO_DAEMON, {"--ready-wait", "0"});
+  EXPECT_THAT(Ask(agent, "EnumerateInstances", "CIM_System"), HasSubstr("503 5"));
+  EXPECT_THAT(Ask(agent, "GetClass", "CIM_System"), HasSubstr("200 "));
+  EXPECT_TRUE(Eventually([&] { return !agent.Errors().empty(); }));
+  EXPECT_THAT(agent.Errors(), HasSubstr("connecting again"));
+  agent.Signal(SIGTERM);
+  EXPECT_EQ(agent.Wait(), 0);
+}
+
+TEST(Life, ARequestWaitsForTheFirstFillAndALostSessionIsMadeAnew) {
+  Simulator simulator({"--machines", "7"});
+  simulator.Control("fault", {{"method", "CreateFilter"}, {"kind", "drip"}, {"delayMs", 1}});
+  AgentProcess agent(simulator.Config());
+  EXPECT_EQ(CountOf(Ask(agent, "EnumerateInstanceNames", "CIM_ComputerSystem"), "<INSTANCENAME"),
+            9u);
+  simulator.Control("session-lost");
+  EXPECT_TRUE(Eventually([&] { return simulator.Stats()["calls"]["Login"] == 2; }));
+  const std::string machine =
+      simulator.Control("machine", {{"do", "create"}, {"name", "late"}, {"host", "host-1"}})["id"];
+  EXPECT_TRUE(Eventually([&] {
+    return Ask(agent, "EnumerateInstanceNames", "CIM_ComputerSystem").find(">" + machine + "<") !=
+           std::string::npos;
+  }));
+}
+
+TEST(Life, AnAccountThatMayNotSeeRolesSeesMachines) {
+  Simulator simulator({"--machines", "3"});
+  simulator.Control("fault", {{"method", "CreateFilter"}, {"kind", "drip"}, {"delayMs", 1}});
+  simulator.Control(
+      "fault", {{"method", "CreateFilter"}, {"kind", "soap-fault"}, {"fault", "NoPermission"}});
+  AgentProcess agent(simulator.Config());
+  EXPECT_EQ(CountOf(Ask(agent, "EnumerateInstances", "CIM_ManagedElement"), "<INSTANCE "), 5u);
+  for (const char* type : {"Zorbel_Role", "CIM_MemberOfCollection"}) {
+    EXPECT_THAT(Ask(agent, "EnumerateInstances", type), HasSubstr("CODE=\"2\"")) << type;
+  }
+}
+
+TEST(Life, ItEndsWithinTwoSecondsWhateverHangs) {
+  Simulator simulator({"--machines", "2000"});
+  AgentProcess agent(simulator.Config());
+  RawClient idle(agent.Port()), half(agent.Port()), page(agent.Port()), slow(agent.Port());
+  half.Send("POST /cimom HTTP/1.1\r\nContent-Length: 100\r\n\r\n<CIM");
+  page.Send(Head("GET /events", ""));
+  EXPECT_THAT(page.Receive("event: rows"), HasSubstr("text/event-stream"));
+  for (int i = 0; i < 20; ++i) slow.Send(Post("EnumerateInstances", "CIM_System"));
+  simulator.Control("fault", {{"method", "*"}, {"kind", "hang"}, {"count", 1000}});
+  simulator.Control("machine", {{"do", "remove"}, {"id", "vm-1"}});  // ends the wait that is out
+  EXPECT_TRUE(Eventually([&] { return simulator.Stats()["waits"] == 0; }));
+  const auto start = std::chrono::steady_clock::now();
+  agent.Signal(SIGTERM);
+  EXPECT_EQ(agent.Wait(), 0) << agent.Errors();
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5 * 2));
+}
+
+TEST(Life, SlowClientsHoldNobodyUp) {
+  Simulator simulator({"--machines", "2000"});
+  AgentProcess agent(simulator.Config());
+  std::vector<std::unique_ptr<RawClient>> slow;
+  for (int i = 0; i < 8; ++i) {
+    slow.push_back(std::make_unique<RawClient>(agent.Port()));
+    for (int request = 0; request < 5; ++request) {
+      slow.back()->Send(Post("EnumerateInstances", "CIM_System"));
+    }
+    slow.back()->Receive("HTTP/1.1 200");  // the answer has begun, the rest is not taken
+  }
+  simulator.Control("machine",
+                    {{"do", "set"}, {"id", "vm-9"}, {"property", "name"}, {"value", "changed"}});
+  EXPECT_TRUE(Eventually([&] {
+    return Ask(agent, "EnumerateInstances", "CIM_System").find(">changed<") != std::string::npos;
+  }));
+}
+
+TEST(Life, ConnectionsAndTheirTimeAreLimited) {
+  Simulator simulator({"--machines", "1"});
+  AgentProcess agent(simulator.Config(), {"--max-connections", "2", "--time-limit", "2"});
+  RawClient first(agent.Port()), second(agent.Port());
+  first.Send("GET / HTTP/1.1\r\nX: ");
+  second.Send("POST /cimom HTTP/1.1\r\nContent-Length: 5\r\n\r\n<");
+  EXPECT_TRUE(Eventually([&] {
+    RawClient third(agent.Port());
+    return third.Receive().find("503 Service Unavailable") != std::string::npos;
+  }));
+  // Both are cut off, though one of them goes on sending.
+  EXPECT_TRUE(Eventually([&] { return !first.Send("a"); }));
+  EXPECT_THAT(second.Receive(), testing::Not(HasSubstr("no end")));
+  EXPECT_TRUE(
+      Eventually([&] { return Ask(agent, "GetClass", "CIM_System").compare(0, 3, "200") == 0; }));
+}
+
+class Users : public testing::Test {
+ protected:
+  Users() {
+    char salt[CRYPT_GENSALT_OUTPUT_SIZE] = {};
+    crypt_gensalt_rn("$6$", 0, nullptr, 0, salt, sizeof salt);
+    std::ofstream(file) << "# who may ask\n\nann:" << crypt("p:äss", salt) << "\n";
+  }
+
+  int StatusFor(const AgentProcess& agent, const std::string& header) {
+    httplib::Client client("http://" + agent.Address());
+    const auto answer = client.Get("/", httplib::Headers{{"Authorization", header}});
+    return answer ? answer->status : 0;
+  }
+
+  endtoend::TemporaryFolder folder;
+  const std::string file = folder.path + "/users";
+};
+
+TEST_F(Users, OnlyTheyAreAnswered) {
+  AgentProcess agent(NO_DAEMON, {"--users", file});
+  const std::string good = Base64("ann:p:äss");
+  EXPECT_EQ(StatusFor(agent, "Basic " + good), 200);
+  EXPECT_EQ(StatusFor(agent, "basic " + good), 200) << "known by now";
+  for (const char* credentials : {"ann:p", "ann:", "ann", "", "bob:p:äss", ":", "# who may ask:"}) {
+    const std::string encoded = Base64(credentials);
+    EXPECT_EQ(StatusFor(agent, "Basic " + encoded), 401) << credentials;
+  }
+  for (const std::string& header : std::initializer_list<std::string>{
+           "", "Bearer " + good, "Basic !!!!", "Basic " + good.substr(1),
+           "Basic " + std::string(7000, 'A')}) {
+    EXPECT_EQ(StatusFor(agent, header), 401) << header;
+  }
+  EXPECT_THAT(Ask(agent, "GetClass", "CIM_System"), HasSubstr("401"));
+}
+
+TEST_F(Users, AFileWithPasswordsInClearIsRefused) {
+  std::ofstream(file) << "ann:password\n";
+  endtoend::ChildProcess agent({KECPP_AGENT_PROGRAM, "--listen", "127.0.0.1:0", "--users", file});
+  EXPECT_EQ(agent.Wait(), 1);
+  EXPECT_THAT(agent.Errors(), HasSubstr("no hash that crypt knows for ann"));
+}
+
+TEST_F(Users, MayComeOverTls) {
+  if (!WbemClient::IsInstalled()) GTEST_SKIP() << "wbemcli is not installed";
+  std::ofstream(file) << "bob:" << crypt("secret", "$6$saltsalt") << "\n";
+  const std::string pem = KECPP_TEST_CERTIFICATE;
+  Simulator simulator({"--machines", "3"});
+  AgentProcess agent(simulator.Config(), {"--tls", pem + ":" + pem, "--users", file});
+  const WbemClient user("bob:secret@" + agent.Address(), "https");
+  EXPECT_EQ(user.GetNames("ein", "ZORBEL_VMComputerSystem").size(), 3u);
+  EXPECT_THAT(WbemClient("bob:wrong@" + agent.Address(), "https").Run("ecn", ""),
+              HasSubstr("failed"));
+  RawClient plain(agent.Port());
+  plain.Send(Head("GET /", ""));
+  EXPECT_THAT(plain.Receive(), testing::Not(HasSubstr("200 OK")));
+}
+
+TEST(CommandLine, MistakesAreToldBeforeAnythingIsServed) {
+  const std::vector<std::string> cases[] = {
+      {"--listen", "127.0.0.1"},       {"--listen", ":80"},
+      {"--listen", "a:70000"},         {"--tls", "cert.pem"},
+      {"--config", "/nowhere/at/all"}, {"--max-connections", "0"},
+      {"--time-limit", "0"},           {"surplus"}};
+  for (std::vector<std::string> command : cases) {
+    command.insert(command.begin(), KECPP_AGENT_PROGRAM);
+    endtoend::ChildProcess agent(command);
+    EXPECT_EQ(agent.Wait(), 2) << command[1];
+  }
+  endtoend::ChildProcess agent(
+      {KECPP_AGENT_PROGRAM, "--listen", "127.0.0.1:0", "--tls", "/no:/no"});
+  EXPECT_EQ(agent.Wait(), 1);
+  EXPECT_THAT(agent.Errors(), HasSubstr("cannot use the certificate /no"));
+}
+
+}  // namespace
+}  // namespace agenttest
