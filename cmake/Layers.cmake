@@ -29,7 +29,10 @@ endforeach()
 # -z nodelete: a detached thread returns through the library's code after its last word, so the
 # code must stay mapped even when the program unloads the library.
 set_target_properties(kecpp PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 1)
-target_link_options(kecpp PRIVATE -Wl,-z,nodelete)
+target_link_options(kecpp PRIVATE -Wl,-z,nodelete
+                    -Wl,--version-script=${CMAKE_CURRENT_SOURCE_DIR}/cmake/libkecpp.map)
+set_property(TARGET kecpp APPEND PROPERTY LINK_DEPENDS
+             ${CMAKE_CURRENT_SOURCE_DIR}/cmake/libkecpp.map)
 if(NOT KECPP_SANITIZE)
   target_link_options(kecpp PRIVATE -Wl,--no-undefined)
 endif()

@@ -7,7 +7,7 @@ BUILD_PACKAGES="g++ cmake ninja-build pkg-config libcurl4-openssl-dev libssl-dev
   nlohmann-json3-dev libcpp-httplib-dev libpugixml-dev libcrypt-dev libgtest-dev libgmock-dev
   sblim-wbemcli"
 BROWSER_PACKAGES="chromium chromium-driver python3"
-ANALYSIS_PACKAGES="clang"
+ANALYSIS_PACKAGES="clang abigail-tools"
 
 is_installed() {
   dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q 'ok installed'
