@@ -23,11 +23,15 @@ int CloseSocket(void* registry, curl_socket_t socket) {
 
 }  // namespace
 
+// In this order a refusal does no harm: no function without its data, and no socket that is opened
+// here and closed elsewhere, whose number would belong to somebody else the next time.
 void SocketRegistry::Serve(void* easy) {
-  curl_easy_setopt(easy, CURLOPT_OPENSOCKETDATA, static_cast<void*>(this));
-  curl_easy_setopt(easy, CURLOPT_CLOSESOCKETDATA, static_cast<void*>(this));
-  curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, &OpenSocket);
-  curl_easy_setopt(easy, CURLOPT_CLOSESOCKETFUNCTION, &CloseSocket);
+  void* const self = this;
+  if (curl_easy_setopt(easy, CURLOPT_CLOSESOCKETDATA, self) == CURLE_OK &&
+      curl_easy_setopt(easy, CURLOPT_CLOSESOCKETFUNCTION, &CloseSocket) == CURLE_OK &&
+      curl_easy_setopt(easy, CURLOPT_OPENSOCKETDATA, self) == CURLE_OK) {
+    curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, &OpenSocket);
+  }
 }
 
 void SocketRegistry::Interrupt() {
