@@ -107,8 +107,9 @@ bool KESoapClientImpl::Init(KEString& certFile, KEString& passPhrase, KEString& 
                             KEString& CACertFile, KEString& url, long long timeout,
                             bool verboseHttpLogging) {
   if (soapClient) return true;
-  KELib::Http::SSLInfo* ssl = SetupSSLInfo(certFile, passPhrase, keyFile, CACertFile);
-  InitClient(new ConnectionInfo(ssl, url, kMaintainSession), timeout, verboseHttpLogging);
+  auto info = std::make_unique<ConnectionInfo>(nullptr, url, kMaintainSession);
+  info->SetSSLInfo(SetupSSLInfo(certFile, passPhrase, keyFile, CACertFile));
+  InitClient(info.release(), timeout, verboseHttpLogging);
   return soapClient != nullptr;
 }
 
@@ -116,8 +117,8 @@ bool KESoapClientImpl::Init(KEString& certFile, KEString& passPhrase, KEString& 
                             KEString& CACertFile, KEString& proto, KEString& host, KEString& port,
                             KEString& path, long long timeout, bool verboseHttpLogging) {
   if (soapClient) return true;
-  KELib::Http::SSLInfo* ssl = SetupSSLInfo(certFile, passPhrase, keyFile, CACertFile);
-  auto info = std::make_unique<ConnectionInfo>(ssl, proto, host, port, path, kMaintainSession);
+  auto info = std::make_unique<ConnectionInfo>(nullptr, proto, host, port, path, kMaintainSession);
+  info->SetSSLInfo(SetupSSLInfo(certFile, passPhrase, keyFile, CACertFile));
   FillEmptyParts(*info);
   InitClient(info.release(), timeout, verboseHttpLogging);
   return soapClient != nullptr;
