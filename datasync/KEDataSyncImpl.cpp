@@ -79,18 +79,24 @@ KEDataSyncImpl::~KEDataSyncImpl() {
   while (!End()) {
     // A thread is still inside: it would use what is destroyed here.
   }
-  if (filters != nullptr) ForgetEverythingNoLock();
+  if (methodInfos != nullptr) ForgetWatchesNoLock();
 }
 
 void KEDataSyncImpl::Init(KEMethod* invoker, ManagedObjectReference* collector) {
+  auto newCache = std::make_unique<KE::Instance::KETypeCache>();
+  KEString taskType(KE::Stub::TaskInfoClass);
+  newCache->CreateDataCache(taskType);
+  auto newFilters = std::make_unique<Filters>(KELib::HASH_CAP, KELib::HASH_FILLRATIO);
+  auto newMethods = std::make_unique<MethodInfos>(KELib::HASH_CAP, KELib::HASH_FILLRATIO);
+  // The first iterator makes a table's room for iterators: the end must not need memory.
+  newFilters->Begin();
+  newMethods->Begin();
   KEMutexGuard guard(mutex.get());
-  typeCache = std::make_unique<KE::Instance::KETypeCache>();
-  filters = std::make_unique<Filters>(KELib::HASH_CAP, KELib::HASH_FILLRATIO);
-  methodInfos = std::make_unique<MethodInfos>(KELib::HASH_CAP, KELib::HASH_FILLRATIO);
+  typeCache = std::move(newCache);
+  filters = std::move(newFilters);
+  methodInfos = std::move(newMethods);
   method = invoker;
   propertyCollector = collector;
-  KEString taskType(KE::Stub::TaskInfoClass);
-  typeCache->CreateDataCache(taskType);
 }
 
 KE::Instance::KETypeCache* KEDataSyncImpl::GetCache() {
@@ -168,6 +174,12 @@ void KEDataSyncImpl::Cleanup() {
 }
 
 void KEDataSyncImpl::ForgetEverythingNoLock() {
+  ForgetWatchesNoLock();
+  typeCache->Clear();
+}
+
+// Needs no memory.
+void KEDataSyncImpl::ForgetWatchesNoLock() {
   for (auto it = filters->Begin(); !it.End(); ++it) {
     if (it->value != nullptr) ReleaseWaiterNoLock(it->value->waiter);
   }
@@ -177,7 +189,6 @@ void KEDataSyncImpl::ForgetEverythingNoLock() {
   filters->Clear();
   methodInfos->Clear();
   roles->Clear();
-  typeCache->Clear();
   version.Clear();
   stale->Forget();
   state->NoteStopped();
@@ -353,34 +364,30 @@ void KEDataSyncImpl::StopDataSync(ManagedObjectReference* ref) {
   SyncState::CallScope scope(*state);
   if (ref == nullptr) return;
   KEMutexGuard guard(mutex.get());
-  // A copy: the argument usually is the record's own reference, which dies with the record.
-  ManagedObjectReference copy;
-  copy.type = ref->type;
-  copy.value = ref->value;
-  if (copy.type.Equals(TypePropertyFilter)) {
-    DestroyPropFilter(&copy);
+  if (ref->type.Equals(TypePropertyFilter)) {
+    DestroyPropFilter(ref);
   } else {
-    DestroyPropMethod(&copy);
+    DestroyPropMethod(ref);
   }
 }
 
 void KEDataSyncImpl::DestroyPropFilter(ManagedObjectReference* filter) {
   if (filter == nullptr) return;
   KEMutexGuard guard(mutex.get());
-  ManagedObjectReference copy;
-  copy.type = filter->type;
-  copy.value = filter->value;
   try {
     const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
     KEString response;
-    method->Invoke(targetNamespace, MethodDestroyPropertyFilter, copy.type.Cstr(),
-                   copy.value.Cstr(), response);
+    method->Invoke(targetNamespace, MethodDestroyPropertyFilter, filter->type.Cstr(),
+                   filter->value.Cstr(), response);
   } catch (const KELib::Exception& e) {
     Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Destroying PropFilter : %s", e.What());
+  } catch (const std::exception& e) {
+    Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Destroying PropFilter : %s", e.what());
   }
-  RemoveFilterNoLock(copy);
+  RemoveFilterNoLock(*filter);
 }
 
+// `filter` usually is the record's own reference, which dies here. Needs no memory.
 void KEDataSyncImpl::RemoveFilterNoLock(ManagedObjectReference& filter) {
   DataSyncInfo* info = FindFilterNoLock(filter);
   if (info == nullptr) return;

@@ -162,6 +162,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   // life
   void ReviveAfterStop();
   void ForgetEverythingNoLock() KECPP_REQUIRES(mutex);
+  void ForgetWatchesNoLock() KECPP_REQUIRES(mutex);
   void SendCancel();
   void InterruptTransfers(bool interrupt);
 

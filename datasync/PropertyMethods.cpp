@@ -57,6 +57,11 @@ ManagedObjectReference* KEDataSyncImpl::RegisterMethods(ManagedObjectReference* 
     value += sections.At(index);
   }
   info->reference.reset(KE::Stub::CreateManagedObjectReference(type, value));
+  std::unique_ptr<WaiterHolder> holder;
+  if (waiter != nullptr) {
+    holder = std::make_unique<WaiterHolder>();
+    holder->waiter = waiter;
+  }
 
   KEMutexGuard guard(mutex.get());
   MethodDataSyncInfo* record = FindMethodsNoLock(*info->reference);
@@ -67,10 +72,9 @@ ManagedObjectReference* KEDataSyncImpl::RegisterMethods(ManagedObjectReference* 
     record = info.release();
     created = true;
   }
-  if (waiter != nullptr) {
+  if (holder != nullptr) {
     ReleaseWaiterNoLock(record->waiter);  // an older one had its data when its own call returned
-    record->waiter = std::make_unique<WaiterHolder>();
-    record->waiter->waiter = waiter;
+    record->waiter = std::move(holder);
   }
   return record->reference.get();
 }
@@ -141,10 +145,13 @@ void KEDataSyncImpl::DestroyPropMethod(ManagedObjectReference* ref) {
   MethodDataSyncInfo* info = FindMethodsNoLock(*ref);
   if (info == nullptr) return;
   ReleaseWaiterNoLock(info->waiter);
-  // The map's key is the record's own reference, which must outlive the removal.
-  const std::unique_ptr<ManagedObjectReference> reference = std::move(info->reference);
+  // Everything that needs memory comes before the first change.
   KEVector<KEString> cacheTypes;
   for (unsigned int i = 0; i < info->cacheTypes.Count(); ++i) cacheTypes.Add(info->cacheTypes[i]);
+  KE::Instance::KECacheGuard caches(typeCache.get());
+  caches.LockAll();  // deleting a stub writes into its partners, whichever caches they live in
+  // The map's key is the record's own reference, which must outlive the removal.
+  const std::unique_ptr<ManagedObjectReference> reference = std::move(info->reference);
   ManagedObjectReference* key = reference.get();
   methodInfos->Remove(key);
   DropUnnamedStubsNoLock(cacheTypes);
@@ -161,8 +168,6 @@ bool KEDataSyncImpl::IsCacheNamedNoLock(KEString& type) {
 }
 
 void KEDataSyncImpl::DropUnnamedStubsNoLock(KEVector<KEString>& cacheTypes) {
-  KE::Instance::KECacheGuard caches(typeCache.get());
-  caches.LockAll();  // deleting a stub writes into its partners, whichever caches they live in
   for (unsigned int i = 0; i < cacheTypes.Count(); ++i) {
     if (IsCacheNamedNoLock(cacheTypes[i])) continue;
     KE::Instance::KEDataCache* cache = typeCache->GetDataCache(cacheTypes[i]);

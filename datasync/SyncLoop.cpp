@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 
 #include "datasync/DataSyncConstants.h"
 #include "datasync/KEDataSyncImpl.h"
@@ -67,9 +68,14 @@ class KEDataSyncImpl::LoopPause : public MgmtdPause {
   KEDataSyncImpl& sync;
 };
 
+// Without memory the check is left out: the next failure brings the next one.
 void KEDataSyncImpl::CheckDaemon() {
   LoopPause pause(*this);
-  CheckMgmtd(pause);
+  try {
+    CheckMgmtd(pause);
+  } catch (const std::bad_alloc& e) {
+    Log(nullptr, LOG_LEVEL_VERBOSE, "Could not look for a restarted daemon : %s", e.what());
+  }
 }
 
 void KEDataSyncImpl::RestartDataSync() {
@@ -79,6 +85,8 @@ void KEDataSyncImpl::RestartDataSync() {
                    propertyCollector->value.Cstr(), response);
   } catch (const KELib::Exception& e) {
     Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Cancelling data sync : %s", e.What());
+  } catch (const std::exception& e) {
+    Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Cancelling data sync : %s", e.what());
   }
 }
 
