@@ -77,7 +77,12 @@ KESession* KEServiceInstImpl::CreateSessionNoLock() {
   std::unique_ptr<KESession> session(
       KE::Service::CreateSession(config.get(), method.get(), serviceContent));
   if (session == nullptr) return nullptr;
-  sessions.Add(session.get());
+  try {
+    sessions.Add(session.get());
+  } catch (...) {
+    if (static_cast<KESessionImpl&>(*session).IsLoggedIn()) session->Logout();
+    throw;
+  }
   return session.release();
 }
 

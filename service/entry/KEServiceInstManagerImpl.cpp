@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "service/entry/KEServiceInstManagerImpl.h"
 
-#include <vector>
-
 #include "config/KEConfig.h"
 #include "foundation/KEConstants.h"
 #include "foundation/KEMutexGuard.h"
@@ -47,8 +45,9 @@ void KEServiceInstManagerImpl::FreeInstance() {
 }
 
 KEServiceInstManagerImpl::KEServiceInstManagerImpl()
-    : instances(KELib::HASH_CAP, KELib::HASH_FILLRATIO),
-      mutex(std::make_unique<KELib::KEMutex>()) {}
+    : instances(KELib::HASH_CAP, KELib::HASH_FILLRATIO), mutex(std::make_unique<KELib::KEMutex>()) {
+  instances.Begin();  // makes the map's room for iterators: freeing must not need memory
+}
 
 KEServiceInstManagerImpl::~KEServiceInstManagerImpl() = default;
 
@@ -71,7 +70,12 @@ KEServiceInst* KEServiceInstManagerImpl::GetServiceInstance(KEString& configPath
     inst->Stop();
     return nullptr;
   }
-  File(inst.get());
+  try {
+    File(inst.get());
+  } catch (...) {
+    StopForGood(*inst);
+    throw;
+  }
   return inst.release();
 }
 
@@ -95,28 +99,41 @@ void KEServiceInstManagerImpl::FreeServiceInstance(KEServiceInst* inst) {
   Destroy(inst);
 }
 
-// Takes every entry of an instance out of the map without destroying it. False when it is not held.
+// Takes an instance out of the map without destroying it. False when it is not held. Needs no
+// memory.
 bool KEServiceInstManagerImpl::Unlink(KEServiceInst* inst) {
-  std::vector<KEString> keys;
+  bool held = false;
   for (auto it = instances.Begin(); !it.End(); ++it) {
     if (it->value != inst) continue;
     it->value = nullptr;
-    keys.push_back(it->key);
+    held = true;
   }
-  for (KEString& key : keys) instances.Remove(key);
-  return !keys.empty();
+  if (held) instances.Remove(inst->GetConfig()->GetConfigPath());
+  return held;
 }
 
 // Stops an instance and destroys it, unless a thread cannot be brought to leave it: then it stays
 // in memory for good, since destroying it would pull it from under that thread.
 void KEServiceInstManagerImpl::Destroy(KEServiceInst* inst) {
-  inst->Stop();
-  if (static_cast<KEServiceInstImpl*>(inst)->GetCurrentSession() != nullptr) {
+  if (!StopForGood(*inst)) {
     KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_ERROR,
                         "Service instance is kept: a thread is still inside.");
     return;
   }
   delete inst;
+}
+
+// True when no thread is inside any more. What a stop without memory leaves undone, the destruction
+// does.
+bool KEServiceInstManagerImpl::StopForGood(KEServiceInst& inst) {
+  try {
+    inst.Stop();
+    return inst.GetCurrentSession() == nullptr;
+  } catch (const std::exception& e) {
+    KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE,
+                        "Exception stopping service instance : %s", e.what());
+  }
+  return static_cast<KEServiceInstImpl&>(inst).EndSyncs();
 }
 
 void KEServiceInstManagerImpl::FreeAllServiceInstance() {
@@ -125,12 +142,10 @@ void KEServiceInstManagerImpl::FreeAllServiceInstance() {
 }
 
 void KEServiceInstManagerImpl::FreeAllServiceInstanceNoLock() {
-  std::vector<KEServiceInst*> all;
-  for (auto it = instances.Begin(); !it.End(); ++it) {
-    if (it->value != nullptr) all.push_back(it->value);
-  }
-  for (KEServiceInst* inst : all) {
-    if (Unlink(inst)) Destroy(inst);
+  for (auto it = instances.Begin(); !it.End(); it = instances.Begin()) {
+    KEServiceInst* inst = it->value;
+    Unlink(inst);
+    Destroy(inst);
   }
 }
 

@@ -39,6 +39,7 @@ class KECPP_API KEServiceInstManagerImpl : public KEServiceInstManager {
   void File(KEServiceInst* inst);
   bool Unlink(KEServiceInst* inst);
   void Destroy(KEServiceInst* inst);
+  bool StopForGood(KEServiceInst& inst);
 
   static KEServiceInstManagerImpl* _inst;
 

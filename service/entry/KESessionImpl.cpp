@@ -176,6 +176,10 @@ void KESessionImpl::SendLogin(const KEString& userXml, const KEString& passwordX
     LogVerbose("Unable to Login - No UserSession received\n");
     userSession.Clear();
     loggedIn = false;
+  } catch (...) {
+    loggedIn = true;  // the server may have let us in already: its session must not stay behind
+    Logout();
+    throw;
   }
 }
 
@@ -201,14 +205,17 @@ void KESessionImpl::Logout() {
   // While the login still holds, so that the sync thread leaves without an error to log.
   if (dataSync != nullptr) dataSync->RequestStop();
   loggedIn = false;
-  KELib::Xml::KEXmlBuffer body;
-  StartBody(MethodLogout, body);
-  body.EndAddElementTag(MethodLogout);
   try {
+    KELib::Xml::KEXmlBuffer body;
+    StartBody(MethodLogout, body);
+    body.EndAddElementTag(MethodLogout);
     const KELib::Http::HandleWait limits(kHandleWaitMs, nullptr, kLogoutLimitMs);
     method->Invoke(targetNamespace, MethodLogout, body, userSession);
   } catch (const KELib::Exception&) {
     LogVerbose("Unable to Logout - Error reported by server.\n");
+    userSession.Clear();
+  } catch (const std::exception&) {
+    LogVerbose("Unable to Logout - out of memory.\n");
     userSession.Clear();
   }
 }
