@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+//
+// The life of one service instance: login, first fill, an update, a failed cycle, the end of the
+// watches, shutdown. A step that fails is repeated once without refusals and must succeed then.
+//
+// Thread safety: one thread makes, runs and destroys it.
+#ifndef KECPP_TESTS_TORTURE_SCENARIO_H
+#define KECPP_TESTS_TORTURE_SCENARIO_H
+
+#include <kecpp.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "endtoend/Simulator.h"
+
+namespace torture {
+
+// What a run has shown.
+struct Findings {
+  std::string errors;                   // texts that the library reported, exceptions first
+  std::vector<std::string> complaints;  // what must not be
+  bool orphaned = false;                // the server still has the session: its logout was lost
+};
+
+class Scenario {
+ public:
+  // Keeps a configuration in a file beside the simulator's own files.
+  explicit Scenario(endtoend::Simulator& simulator);
+
+  Findings Run();
+
+ private:
+  void Step(const char* name, const std::function<void()>& action);
+  bool Attempt(const char* name, const std::function<void()>& action);
+  void Complain(const std::string& text);
+  void End(const char* name, const std::function<void()>& action);
+
+  void Connect();
+  void WatchSystems();
+  void WatchAuthorization();
+  void AwaitFirstData();
+  void AwaitChange();
+  void UseBothHandles();
+  void Rename();
+  void CompareCaches();
+  void LookAtSessions();
+
+  endtoend::Simulator& simulator;
+  std::string document;
+  std::string file;
+  unsigned int runs = 0;
+
+  Findings findings;
+  KE::Service::KEServiceInstManager* manager = nullptr;
+  KE::Service::KEServiceInst* instance = nullptr;
+  KE::Service::KEDataSync* sync = nullptr;
+  KE::Stub::ManagedObjectReference* systems = nullptr;        // the data sync's
+  KE::Stub::ManagedObjectReference* authorization = nullptr;  // likewise
+  std::unique_ptr<KELib::KEWaiter> firstData;
+};
+
+}  // namespace torture
+
+#endif
