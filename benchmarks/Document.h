@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+//
+// The documents that are measured: update sets of an inventory of machines and hosts, made up the
+// same way in every run.
+//
+// A machine has nine properties of everyday lengths, about 1.4 KB of text; a host has five and the
+// list of its machines. Hosts stand in front, as a server that walks from the hosts reports them.
+#ifndef KECPP_BENCHMARKS_DOCUMENT_H
+#define KECPP_BENCHMARKS_DOCUMENT_H
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+namespace bench {
+
+// A text in a block of its own from array new, taken at once and ended by a NUL.
+struct Text {
+  std::unique_ptr<char[]> characters;
+  std::size_t length = 0;
+};
+
+struct Inventory {
+  unsigned int machines = 0;
+  unsigned int machinesPerHost = 50;
+
+  unsigned int Hosts() const { return (machines + machinesPerHost - 1) / machinesPerHost; }
+};
+
+// The filter that all update sets speak of.
+extern const char* const kFilter;
+
+std::string MachineId(unsigned int number);
+std::string HostId(unsigned int number);
+
+// The inner XML of the first "WaitForUpdates": every host and every machine enters.
+Text FirstSet(const Inventory& inventory);
+
+// One property of one machine changes; `turn` makes the new value. Which one: name, power state or
+// address in turn.
+Text ChangeSet(unsigned int machine, unsigned int turn);
+
+}  // namespace bench
+
+#endif

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+//
+// RapidXML, parsing in situ, in its fastest mode: values are taken by their lengths and keep their
+// entities, as the library's do.
+#include <rapidxml/rapidxml.hpp>
+
+#include "benchmarks/StoreContender.h"
+
+namespace bench {
+
+namespace {
+
+using Node = rapidxml::xml_node<>;
+
+std::string_view Name(const Node& node) {
+  return {node.name(), node.name_size()};
+}
+
+std::string_view Value(const rapidxml::xml_base<>& base) {
+  return {base.value(), base.value_size()};
+}
+
+std::string_view TypeOf(const Node& node) {
+  for (auto* a = node.first_attribute(); a != nullptr; a = a->next_attribute()) {
+    if (std::string_view(a->name(), a->name_size()) == "type") return Value(*a);
+  }
+  return {};
+}
+
+void ApplyChange(Store::Object& object, const Node& change) {
+  std::string_view property;
+  for (const Node* part = change.first_node(); part != nullptr; part = part->next_sibling()) {
+    if (Name(*part) == "name") {
+      property = Value(*part);
+    } else if (Name(*part) == "val") {
+      const Node* item = part->first_node();
+      if (item == nullptr) object.Set(property, Value(*part));
+      for (; item != nullptr; item = item->next_sibling()) object.AddMachine(Value(*item));
+    }
+  }
+}
+
+void ApplyObject(Store& store, const Node& objectSet) {
+  const Node* part = objectSet.first_node();
+  while (part != nullptr && Name(*part) != "obj") part = part->next_sibling();
+  if (part == nullptr) return;
+  Store::Object object(store, TypeOf(*part), Value(*part));
+  for (; part != nullptr; part = part->next_sibling()) {
+    if (Name(*part) == "changeSet") ApplyChange(object, *part);
+  }
+}
+
+class RapidxmlContender final : public StoreContender {
+ public:
+  void Apply(Text text) override {
+    rapidxml::xml_document<> document;
+    document.parse<rapidxml::parse_fastest>(text.characters.get());
+    for (const Node* set = document.first_node()->first_node(); set != nullptr;
+         set = set->next_sibling()) {
+      if (Name(*set) != "filterSet") continue;
+      const Node* part = set->first_node();
+      if (part == nullptr || Value(*part) != kFilter) continue;
+      for (; part != nullptr; part = part->next_sibling()) {
+        if (Name(*part) == "objectSet") ApplyObject(store, *part);
+      }
+    }
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<Contender> MakeRapidxmlContender() {
+  return std::make_unique<RapidxmlContender>();
+}
+
+}  // namespace bench
