@@ -8,6 +8,7 @@ BUILD_PACKAGES="g++ cmake ninja-build pkg-config libcurl4-openssl-dev libssl-dev
   sblim-wbemcli"
 BROWSER_PACKAGES="chromium chromium-driver python3"
 ANALYSIS_PACKAGES="clang abigail-tools"
+FUZZ_PACKAGES="clang libclang-rt-14-dev"
 
 is_installed() {
   dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q 'ok installed'

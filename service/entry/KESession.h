@@ -46,8 +46,9 @@ class KECPP_API KESession {
   virtual KEDataSync* GetDataSync() = 0;
 };
 
-// Creates a session and initialises it. Returned also when its login failed; null only when it
-// could not be initialised. The caller owns it; `config` and `method` outlive it.
+// Creates a session and initialises it. Returned also when its login failed. Throws XmlException
+// when the content lacks a reference or is malformed. The caller owns the session; `config` and
+// `method` outlive it.
 KECPP_API KESession* CreateSession(KELib::KEConfig* config, KEMethod* method,
                                    KELib::KEString& serviceContent);
 
