@@ -8,25 +8,20 @@ namespace cimxml {
 CacheGate::CacheGate(std::chrono::milliseconds readersWait) : limit(readersWait) {}
 
 void CacheGate::Read(const std::function<void(const Caches&)>& read) {
-  const Caches caches = Enter();
-  struct Exit {
-    CacheGate& gate;
-    ~Exit() { gate.Leave(); }
-  } exit{*this};
-  read(caches);
+  std::lock_guard<std::mutex> alone(inside);
+  read(Current());
 }
 
-Caches CacheGate::Enter() {
+void CacheGate::AwaitOpen() {
   std::unique_lock<std::mutex> lock(mutex);
   changed.wait_for(lock, limit, [this] { return open.cache || ended; });
-  if (!open.cache || ended) throw NotReady();
-  ++readers;
-  return open;
 }
 
-void CacheGate::Leave() {
+// The caller is inside, so that what it gets stays.
+Caches CacheGate::Current() {
   std::lock_guard<std::mutex> lock(mutex);
-  if (--readers == 0) changed.notify_all();
+  if (!open.cache || ended) throw NotReady();
+  return open;
 }
 
 void CacheGate::Open(const Caches& caches) {
@@ -36,9 +31,11 @@ void CacheGate::Open(const Caches& caches) {
 }
 
 void CacheGate::Close() {
-  std::unique_lock<std::mutex> lock(mutex);
-  open = {};
-  changed.wait(lock, [this] { return readers == 0; });
+  {
+    std::lock_guard<std::mutex> lock(mutex);
+    open = {};
+  }
+  std::lock_guard<std::mutex> alone(inside);  // nobody who comes now finds anything
 }
 
 void CacheGate::End() {

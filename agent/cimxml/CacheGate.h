@@ -2,7 +2,10 @@
 //
 // The door between the one thread that connects to the daemon and the many that read its caches.
 // Caches go when a connection is given up, so a reader is let in only while they are there, and
-// whoever closes the door waits for the readers that are inside.
+// whoever closes the door waits for the reader that is inside.
+//
+// Readers come in one at a time. They would wait for one another's locks anyway; like this the sync
+// thread, which wants the same locks, never competes with more than one of them.
 //
 // Thread safety: any thread, but Read must not be nested.
 #ifndef KECPP_AGENT_CIMXML_CACHEGATE_H
@@ -25,11 +28,14 @@ struct Caches {
 
 class CacheGate {
  public:
-  // Readers wait for the first fill at most for `limit`.
+  // Readers wait for the caches at most for `limit`.
   explicit CacheGate(std::chrono::milliseconds limit);
 
-  // Calls `read` while the caches are there. Throws NotReady when they did not come in time, at
-  // once after End. `read` copies what it needs and returns: the door cannot close meanwhile.
+  // Returns when the caches are there or will not come in time.
+  void AwaitOpen();
+
+  // Calls `read` while the caches are there. Throws NotReady when they are not. `read` copies what
+  // it needs and returns: nobody else comes in meanwhile.
   void Read(const std::function<void(const Caches&)>& read);
 
   void Open(const Caches& caches);
@@ -41,14 +47,13 @@ class CacheGate {
   void End();
 
  private:
-  Caches Enter();
-  void Leave();
+  Caches Current();
 
   const std::chrono::milliseconds limit;
+  std::mutex inside;  // held by the reader that is inside; taken before `mutex`
   std::mutex mutex;
   std::condition_variable changed;
   Caches open;  // guarded by `mutex`, like all below
-  unsigned readers = 0;
   bool ended = false;
 };
 

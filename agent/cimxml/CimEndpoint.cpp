@@ -62,7 +62,9 @@ void Answer(const Operations& operations, const httplib::Request& http,
     CheckKind(http);
     const Request request = ParseRequest(http.body);
     CheckHeaders(http, request);
-    response.set_content(operations.Answer(request, HostOf(http)), CONTENT_TYPE);
+    operations.Await(request);
+    response.body = operations.Answer(request, HostOf(http));  // may be large: moved
+    response.set_header("Content-Type", CONTENT_TYPE);
   } catch (const MessageError& error) {
     response.status = error.httpStatus;
     response.set_header("CIMError", error.what());

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "agent/cimxml/Operations.h"
 
+#include <algorithm>
+#include <thread>
+
 #include "agent/cimxml/ClassOperations.h"
 #include "agent/cimxml/Errors.h"
 #include "agent/cimxml/InstanceOperations.h"
@@ -13,20 +16,21 @@ namespace {
 struct OperationRow {
   const char* name;
   void (*answer)(const Call& call);
+  bool readsCaches;
 };
 
 constexpr OperationRow OPERATIONS[] = {
-    {"EnumerateInstances", EnumerateInstances},
-    {"EnumerateInstanceNames", EnumerateInstanceNames},
-    {"GetInstance", GetInstance},
-    {"Associators", Associators},
-    {"AssociatorNames", AssociatorNames},
-    {"References", References},
-    {"ReferenceNames", ReferenceNames},
-    {"EnumerateClasses", EnumerateClasses},
-    {"EnumerateClassNames", EnumerateClassNames},
-    {"GetClass", GetClass},
-    {"EnumerateNamespaces", EnumerateNamespaces},
+    {"EnumerateInstances", EnumerateInstances, true},
+    {"EnumerateInstanceNames", EnumerateInstanceNames, true},
+    {"GetInstance", GetInstance, true},
+    {"Associators", Associators, true},
+    {"AssociatorNames", AssociatorNames, true},
+    {"References", References, true},
+    {"ReferenceNames", ReferenceNames, true},
+    {"EnumerateClasses", EnumerateClasses, false},
+    {"EnumerateClassNames", EnumerateClassNames, false},
+    {"GetClass", GetClass, false},
+    {"EnumerateNamespaces", EnumerateNamespaces, false},
 };
 
 void CheckNamespace(const Request& request) {
@@ -34,15 +38,22 @@ void CheckNamespace(const Request& request) {
   throw OperationError(Status::InvalidNamespace, "there is no namespace " + request.nameSpace);
 }
 
-void Dispatch(const Call& call) {
-  if (!call.request.isExtrinsic) {
-    for (const OperationRow& row : OPERATIONS) {
-      if (call.request.method != row.name) continue;
-      if (row.answer != EnumerateNamespaces) CheckNamespace(call.request);
-      return row.answer(call);
-    }
+// Null for an operation that is not served.
+const OperationRow* Find(const Request& request) {
+  if (request.isExtrinsic) return nullptr;
+  for (const OperationRow& row : OPERATIONS) {
+    if (request.method == row.name) return &row;
   }
-  throw OperationError(Status::NotSupported, call.request.method + " is not supported");
+  return nullptr;
+}
+
+void Dispatch(const Call& call) {
+  const OperationRow* row = Find(call.request);
+  if (!row) {
+    throw OperationError(Status::NotSupported, call.request.method + " is not supported");
+  }
+  if (row->answer != EnumerateNamespaces) CheckNamespace(call.request);
+  row->answer(call);
 }
 
 const char* StatusName(Status status) {
@@ -64,42 +75,51 @@ const char* StatusName(Status status) {
   }
 }
 
+void WriteError(XmlWriter& out, const OperationError& error) {
+  out.Empty("ERROR",
+            {{"CODE", std::to_string(static_cast<int>(error.status))},
+             {"DESCRIPTION", std::string(StatusName(error.status)) + ": " + error.what()}});
+}
+
 // The content of the method's response: what it returns, or the error.
-std::string Content(CacheGate& gate, const std::string& host, const Request& request) {
-  XmlWriter out;
+void WriteContent(CacheGate& gate, const std::string& host, const Request& request,
+                  XmlWriter& out) {
+  const std::size_t begin = out.Length();
   try {
     out.Open("IRETURNVALUE");
     Dispatch({request, gate, host, out});
     out.Close("IRETURNVALUE");
-    return out.Take();
   } catch (const OperationError& error) {
-    XmlWriter failure;
-    failure.Empty("ERROR",
-                  {{"CODE", std::to_string(static_cast<int>(error.status))},
-                   {"DESCRIPTION", std::string(StatusName(error.status)) + ": " + error.what()}});
-    return failure.Take();
+    out.GoBack(begin);
+    WriteError(out, error);
   }
 }
 
 }  // namespace
 
-Operations::Operations(CacheGate& cacheGate) : gate(cacheGate) {}
+Operations::Operations(CacheGate& cacheGate)
+    : gate(cacheGate), turns(std::max(1u, std::thread::hardware_concurrency())) {}
+
+void Operations::Await(const Request& request) const {
+  const OperationRow* row = Find(request);
+  if (row && row->readsCaches) gate.AwaitOpen();
+}
 
 std::string Operations::Answer(const Request& request, const std::string& host) const {
   const char* response = request.isExtrinsic ? "METHODRESPONSE" : "IMETHODRESPONSE";
-  XmlWriter head;
-  head.Open("CIM", {{"CIMVERSION", "2.0"}, {"DTDVERSION", "2.0"}});
-  head.Open("MESSAGE", {{"ID", request.messageId}, {"PROTOCOLVERSION", request.protocolVersion}});
-  head.Open("SIMPLERSP");
-  head.Open(response, {{"NAME", request.method}});
-  XmlWriter tail;
-  tail.Close(response);
-  tail.Close("SIMPLERSP");
-  tail.Close("MESSAGE");
-  tail.Close("CIM");
-  std::string reply = "<?xml version=\"1.0\" encoding=\"utf-8\" ?>\n" + head.Take();
-  reply += Content(gate, host, request);
-  return reply += tail.Take() + "\n";
+  const Turns::Turn turn(turns);
+  XmlWriter out;
+  out.Declare();
+  out.Open("CIM", {{"CIMVERSION", "2.0"}, {"DTDVERSION", "2.0"}});
+  out.Open("MESSAGE", {{"ID", request.messageId}, {"PROTOCOLVERSION", request.protocolVersion}});
+  out.Open("SIMPLERSP");
+  out.Open(response, {{"NAME", request.method}});
+  WriteContent(gate, host, request, out);
+  out.Close(response);
+  out.Close("SIMPLERSP");
+  out.Close("MESSAGE");
+  out.Close("CIM");
+  return out.Take();
 }
 
 }  // namespace cimxml

@@ -10,6 +10,7 @@
 
 #include "agent/cimxml/CacheGate.h"
 #include "agent/cimxml/Request.h"
+#include "agent/cimxml/Turns.h"
 
 namespace cimxml {
 
@@ -18,6 +19,10 @@ class Operations {
   // The gate outlives the object.
   explicit Operations(CacheGate& gate);
 
+  // Waits until the operation can be answered, or never will in time: for the first fill, if it
+  // reads caches.
+  void Await(const Request& request) const;
+
   // The whole reply message; an operation that fails is answered with its CIM status. `host` is the
   // name that absolute object paths bear. Throws NotReady. Memory and time are linear in the
   // instances that are answered.
@@ -25,6 +30,9 @@ class Operations {
 
  private:
   CacheGate& gate;
+  // Answering is all work and no waiting. More threads at it than processors would only be
+  // interrupted while they hold the caches, and let the sync thread wait.
+  mutable Turns turns;
 };
 
 }  // namespace cimxml

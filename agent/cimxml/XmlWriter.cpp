@@ -55,7 +55,11 @@ const char* Replaced(char c) {
   }
 }
 
-// Appends the character at `at` and gives the place of the next one.
+bool IsPlain(char c) {
+  return c >= 0x20 && c != '&' && c != '<' && c != '>' && c != '"';
+}
+
+// Appends the character at `at`, which is not plain, and gives the place of the next one.
 std::size_t AppendCharacter(std::string& out, std::string_view raw, std::size_t at) {
   if (static_cast<unsigned char>(raw[at]) < 0x80) {
     if (const char* replaced = Replaced(raw[at])) {
@@ -75,6 +79,10 @@ std::size_t AppendCharacter(std::string& out, std::string_view raw, std::size_t 
 }
 
 }  // namespace
+
+void XmlWriter::Declare() {
+  out += "<?xml version=\"1.0\" encoding=\"utf-8\" ?>\n";
+}
 
 void XmlWriter::Open(const char* name, Attributes attributes) {
   out += '<';
@@ -101,7 +109,12 @@ void XmlWriter::Empty(const char* name, Attributes attributes) {
 }
 
 void XmlWriter::Text(std::string_view raw) {
-  for (std::size_t at = 0; at < raw.size();) at = AppendCharacter(out, raw, at);
+  for (std::size_t at = 0; at < raw.size();) {
+    const std::size_t begin = at;
+    while (at < raw.size() && IsPlain(raw[at])) ++at;
+    out.append(raw, begin, at - begin);
+    if (at < raw.size()) at = AppendCharacter(out, raw, at);
+  }
 }
 
 void XmlWriter::StoredText(std::string_view xmlText) {

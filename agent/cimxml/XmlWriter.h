@@ -18,6 +18,7 @@ class XmlWriter {
  public:
   using Attributes = std::initializer_list<std::pair<const char*, std::string_view>>;
 
+  void Declare();  // the XML declaration, before anything else
   void Open(const char* name, Attributes attributes = {});
   void Close(const char* name);
   void Empty(const char* name, Attributes attributes);  // both tags
@@ -27,6 +28,10 @@ class XmlWriter {
 
   // XML text as the daemon sent it: its entities are decoded, then the text is encoded once.
   void StoredText(std::string_view xmlText);
+
+  // The length so far, and the way back to it: what was written since is dropped.
+  std::size_t Length() const { return out.size(); }
+  void GoBack(std::size_t length) { out.resize(length); }
 
   std::string Take() { return std::move(out); }
 
