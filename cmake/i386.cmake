@@ -2,7 +2,8 @@
 #
 # Builds for 32-bit x86 with the compiler of a 64-bit Debian, against the packages that
 # scripts/i386-sysroot has unpacked. Executables carry the loader and the library path of that
-# folder, so that they run anywhere on this machine; shared libraries carry neither.
+# folder, so that they run anywhere on this machine; shared libraries carry neither. With
+# KECPP_I386_FOR_OTHERS executables carry neither as well: they are for 32-bit hosts.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR i686)
 
@@ -14,7 +15,7 @@ if(NOT EXISTS ${KECPP_I386_SYSROOT}/.complete)
   message(FATAL_ERROR "There are no 32-bit packages in ${KECPP_I386_SYSROOT}. Run "
                       "scripts/i386-sysroot first.")
 endif()
-list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES KECPP_I386_SYSROOT)
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES KECPP_I386_SYSROOT KECPP_I386_FOR_OTHERS)
 
 set(CMAKE_CXX_COMPILER g++)
 set(CMAKE_C_COMPILER gcc)
@@ -40,8 +41,11 @@ set(CMAKE_C_FLAGS_INIT "-m32 -B${_gcc}")
 set(CMAKE_CXX_FLAGS_INIT "-m32 -B${_gcc} -nostdinc++ -isystem ${_headers}/c++/${_version} \
 -isystem ${_headers}/i386-linux-gnu/c++/${_version} -isystem ${_headers}/c++/${_version}/backward")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "-L${_gcc}")
-set(CMAKE_EXE_LINKER_FLAGS_INIT "-L${_gcc} -Wl,--disable-new-dtags \
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-L${_gcc}")
+if(NOT KECPP_I386_FOR_OTHERS)
+  string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT " -Wl,--disable-new-dtags \
 -Wl,-rpath,${KECPP_I386_SYSROOT}/lib/i386-linux-gnu:${_lib}/i386-linux-gnu \
 -Wl,--dynamic-linker,${KECPP_I386_SYSROOT}/lib/ld-linux.so.2")
+endif()
 
 set(KECPP_GOOGLETEST_SOURCE ${KECPP_I386_SYSROOT}/usr/src/googletest)

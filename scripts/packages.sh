@@ -5,10 +5,12 @@
 
 BUILD_PACKAGES="g++ cmake ninja-build pkg-config libcurl4-openssl-dev libssl-dev libcli11-dev
   nlohmann-json3-dev libcpp-httplib-dev libpugixml-dev libcrypt-dev libgtest-dev libgmock-dev
-  sblim-wbemcli"
+  sblim-wbemcli mandoc"
 BROWSER_PACKAGES="chromium chromium-driver python3"
 ANALYSIS_PACKAGES="clang abigail-tools"
 FUZZ_PACKAGES="clang libclang-rt-14-dev"
+PACKAGING_PACKAGES="dpkg-dev file mandoc"
+REFERENCE_PACKAGES="doxygen"
 
 is_installed() {
   dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q 'ok installed'

@@ -1,0 +1,69 @@
+# What cpack makes: libkecpp1 (the library), libkecpp-dev (headers, examples, package files) and
+# kecpp-tools (the programs), each with its debugging symbols apart. scripts/package calls it.
+
+# The three packages' documents, compressed the same way on every machine and at every time: hosts
+# of two architectures share them.
+set(KECPP_PACKAGE_REVISION 1 CACHE STRING "Counts the packages of one version of the library")
+string(TIMESTAMP KECPP_PACKAGE_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)  # or SOURCE_DATE_EPOCH
+configure_file(packaging/changelog.in ${CMAKE_CURRENT_BINARY_DIR}/packaging/changelog.Debian @ONLY)
+configure_file(CHANGELOG.md ${CMAKE_CURRENT_BINARY_DIR}/packaging/changelog COPYONLY)
+set(documents)
+foreach(document changelog changelog.Debian)
+  set(compressed ${CMAKE_CURRENT_BINARY_DIR}/packaging/${document}.gz)
+  add_custom_command(OUTPUT ${compressed}
+    COMMAND ${KECPP_GZIP} -9nfk ${CMAKE_CURRENT_BINARY_DIR}/packaging/${document}
+    DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/packaging/${document} VERBATIM)
+  list(APPEND documents ${compressed})
+endforeach()
+add_custom_target(package_documents ALL DEPENDS ${documents})
+
+set(CPACK_COMPONENTS_ALL library development)
+if(KECPP_BUILD_TOOLS)
+  list(APPEND CPACK_COMPONENTS_ALL tools)
+endif()
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libkecpp1)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkecpp-dev)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME kecpp-tools)
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+  string(TOUPPER ${component} upper)
+  set(folder ${CMAKE_INSTALL_DATAROOTDIR}/doc/${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
+  install(FILES ${documents} packaging/copyright DESTINATION ${folder} COMPONENT ${component})
+  file(READ packaging/${CPACK_DEBIAN_${upper}_PACKAGE_NAME}.txt CPACK_DEBIAN_${upper}_DESCRIPTION)
+endforeach()
+install(DIRECTORY examples/ COMPONENT development
+        DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/libkecpp-dev/examples)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME kecpp)
+set(CPACK_PACKAGE_CONTACT "The kecpp authors <kecpp@localhost>")
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_OUTPUT_FILE_PREFIX ${CMAKE_BINARY_DIR}/packages)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
+set(CPACK_DEBIAN_PACKAGE_SOURCE kecpp)
+set(CPACK_DEBIAN_PACKAGE_RELEASE ${KECPP_PACKAGE_REVISION})
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION admin)
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE i386)
+endif()
+
+# What other packages of Debian the programs need is read from the programs. The library itself is
+# not installed while they are made, so its own package is named here. Programs ask for this very
+# version or a later one, compiling agents for this very one.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_CURRENT_BINARY_DIR})
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+set(version ${PROJECT_VERSION}-${KECPP_PACKAGE_REVISION})
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libkecpp1 (= ${version})")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "pkg-config, cmake")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libkecpp1 (>= ${version})")
+
+set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
+set(CPACK_DEBIAN_DEVELOPMENT_DEBUGINFO_PACKAGE OFF)
+set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_SOURCE_DIR}/packaging/Finish.cmake)
+include(CPack)
