@@ -14,9 +14,11 @@ set(KECPP_PRIVATE_HEADERS
     http/SocketRegistry.h instance/KECacheGuard.h service/call/MgmtdWatchSeams.h
     service/entry/ServiceContent.h stub/classes/AssocList.h stub/classes/EndMatch.h
     stub/classes/RoleLinks.h xml/KEXmlCursor.h)
+set(KECPP_PUBLIC_HEADERS)
 foreach(layer IN LISTS KECPP_LAYERS)
   file(GLOB headers CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} ${layer}/*.h)
   list(REMOVE_ITEM headers ${KECPP_PRIVATE_HEADERS})
+  list(APPEND KECPP_PUBLIC_HEADERS ${headers})
   install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kecpp/${layer}
           COMPONENT development)
 endforeach()

@@ -67,6 +67,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
 
   // --- the filter's request (datasync/FilterSpec.h) ----------------------------------------------
 
+  // The functions of these names; see there.
   static void CreatePropertySet(KELib::KEVector<KELib::KEString>& list,
                                 KELib::Xml::KEXmlBuffer& xml);
   static void CreateSelectSet(KELib::KEVector<KELib::KEString>& list, KELib::Xml::KEXmlBuffer& xml);
@@ -122,10 +123,19 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
 
   // --- applying update sets (on the sync thread; each takes the locks that it needs) -------------
 
+  // Applies a whole update set, and lets go of the waiters of those watches whose data it brought.
+  // Throws what the reader and the caches throw; what was applied before stays.
   void UpdateSetToCache(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
+
+  // Takes the caches of the current object's type, in the library's order.
   void LockCaches(KE::Instance::KEMultiCacheLock& lock, UpdateInfo& ui);
+
+  // Applies the value on which `r` stands to the current object: a text, or a list.
   void UpdateSimpleType(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
   void UpdateComplexType(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
+
+  // Apply a list's items, or one item, to the caches of its ends, of which the caller holds the
+  // mutexes. `seen`, which may be null, collects the keys of the items.
   void UpdateArrayOfComplexType(UpdateInfo& ui, KELib::Xml::KEXmlReader& r,
                                 KE::Instance::KEDataCache* primary,
                                 KE::Instance::KEDataCache* secondary);
@@ -133,10 +143,17 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
                                KE::Instance::KEDataCache* primary,
                                KE::Instance::KEDataCache* secondary,
                                KELib::KEHashmap<KELib::KEString, bool>* seen);
+
+  // Deletes the stubs of `cache` (null: nothing) whose keys are not in `seen`. The caller holds the
+  // cache's mutex.
   void ProcessArrayDeletes(KE::Instance::KEDataCache* cache,
                            KELib::KEHashmap<KELib::KEString, bool>& seen);
+
+  // The text of the next element `tag`; empty without one. The cache is not looked at.
   void GetAssociatedType(const char* tag, KE::Instance::KEDataCache* cache,
                          KELib::Xml::KEXmlReader& r, KELib::KEString& out);
+
+  // Remove the current object.
   void UpdateMissingType(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
   void UpdateObjectLeave(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
 

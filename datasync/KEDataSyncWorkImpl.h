@@ -15,6 +15,7 @@ class KEDataSyncImpl;
 
 class KECPP_API KEDataSyncWorkImpl : public KELib::KEWork {
  public:
+  // The loop of `dataSync`, which is not owned.
   explicit KEDataSyncWorkImpl(KEDataSyncImpl* dataSync);
   ~KEDataSyncWorkImpl() override;
 

@@ -46,8 +46,10 @@ class KECPP_API KEFile {
   virtual bool Write(KEString& text) = 0;
 };
 
+// The file below a path, through the C library's streams.
 class KECPP_API KEFileImpl : public KEFile {
  public:
+  // Copies the path. Nothing is opened yet.
   KEFileImpl(KEString& filePath, FileIoMode direction);
   KEFileImpl(const KEFileImpl&) = delete;
   KEFileImpl& operator=(const KEFileImpl&) = delete;

@@ -105,6 +105,7 @@ class KECPP_API KEString {
   // then it may be the shared buffer.
   void Detach(char*& out);
 
+  // ASCII letters only. O(length).
   void ToLower();
   void ToUpper();
 
@@ -131,10 +132,12 @@ class KECPP_API KEString {
   unsigned int Find(const char* text, unsigned int from = 0) const;
   unsigned int Find(const KEString& text, unsigned int from = 0) const;
 
+  // The text, never null. What is written through Str() stays within the length.
   const char* Cstr() const { return buffer; }
   char* Str() { return buffer; }
 
  protected:
+  // The one buffer of all empty strings, which nobody writes or frees.
   static char* SharedEmpty() { return const_cast<char*>(&sharedEmpty); }
   bool IsShared() const { return buffer == &sharedEmpty; }
 

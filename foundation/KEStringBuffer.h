@@ -56,6 +56,7 @@ class KECPP_API KEStringBuffer : public KEString {
     return Length() - before;
   }
 
+  // As the string's operations of these names, with length and capacity kept right.
   void AssignExact(const char* text, unsigned int length);
   void Transfer(KEStringBuffer& other);  // the argument is left empty
   void Transfer(KEString& other);        // likewise
@@ -64,6 +65,7 @@ class KECPP_API KEStringBuffer : public KEString {
   void Erase(unsigned int from, unsigned int to);
   void Clear();  // length and capacity are 0 then
 
+  // As the string's. O(1).
   bool Empty() const { return Length() == 0; }
   unsigned int Length() const { return IsShared() ? 0 : length; }
   unsigned int Capacity() const { return IsShared() ? 0 : capacity; }

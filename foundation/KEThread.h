@@ -39,6 +39,7 @@ class KECPP_API KEThread {
   virtual KEWork* GetWork() = 0;
 };
 
+// A thread of the POSIX library.
 class KECPP_API KEThreadImpl : public KEThread {
  public:
   KEThreadImpl();

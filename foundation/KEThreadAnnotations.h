@@ -6,11 +6,14 @@
 #define KECPP_FOUNDATION_KETHREADANNOTATIONS_H
 
 #if defined(__clang__)
+// Any attribute of the analysis.
 #define KECPP_THREAD_ATTRIBUTE(x) __attribute__((x))
 #else
 #define KECPP_THREAD_ATTRIBUTE(x)
 #endif
 
+// What is a mutex, what holds one for as long as it lives, what a mutex guards, and what a function
+// asks, takes or gives back.
 #define KECPP_CAPABILITY(name) KECPP_THREAD_ATTRIBUTE(capability(name))
 #define KECPP_SCOPED_CAPABILITY KECPP_THREAD_ATTRIBUTE(scoped_lockable)
 #define KECPP_GUARDED_BY(mutex) KECPP_THREAD_ATTRIBUTE(guarded_by(mutex))

@@ -21,6 +21,7 @@ class KECPP_API StringUtil {
   static char* CopyString(const char* text, unsigned int max);
   static char* CopyString(const char* text);
 
+  // ASCII letters only.
   static char ToLower(char c);
   static char ToUpper(char c);
   static KEString ToLower(const KEString& text);

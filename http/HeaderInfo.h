@@ -18,6 +18,7 @@ class KECPP_API HeaderIterator {
  public:
   virtual ~HeaderIterator();
 
+  // Whether there is no line at this position.
   virtual bool End() = 0;
 
   // The current line, null at the end. It belongs to the list.

@@ -29,6 +29,7 @@ class KECPP_API HeaderIteratorImpl : public HeaderIterator {
   curl_slist* node;
 };
 
+// Owns a list of header lines in the transport's own form.
 class KECPP_API HeaderInfoImpl : public HeaderInfo {
  public:
   HeaderInfoImpl() = default;

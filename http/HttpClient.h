@@ -40,6 +40,7 @@ class KECPP_API HttpClient {
   virtual HttpSession* GetSession() = 0;
 };
 
+// The one implementation: a client with a session of its own.
 class KECPP_API HttpClientImpl : public HttpClient {
  public:
   HttpClientImpl();

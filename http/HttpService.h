@@ -26,6 +26,7 @@ class KECPP_API HttpService {
   virtual HttpClient* CreateHttpClient(ConnectionInfo* info) = 0;
 };
 
+// The one implementation. It keeps the transport library initialised for as long as it lives.
 class KECPP_API HttpServiceImpl : public HttpService {
  public:
   HttpServiceImpl();

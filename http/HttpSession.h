@@ -25,6 +25,7 @@ class KECPP_API HttpSession {
   virtual ConnectionInfo* GetConnectionInfo() = 0;
 };
 
+// The one implementation: the connection's settings and its pool of handles.
 class KECPP_API HttpSessionImpl : public HttpSession {
  public:
   // Takes `info` over.

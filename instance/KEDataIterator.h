@@ -21,6 +21,7 @@ class KECPP_API KEDataIterator {
   using Entry = KELib::KEEntry<KELib::KEString, KELib::Stub::KEStubBase*>;
 
   KEDataIterator() = default;  // bound to nothing, at its end
+  // Stands where `position` does.
   explicit KEDataIterator(const Position& position);
   KEDataIterator(const KEDataIterator& other);
 
@@ -28,6 +29,7 @@ class KECPP_API KEDataIterator {
   // the entry that was read last, and the position stays.
   KEDataIterator& operator=(const KEDataIterator& other);
 
+  // Steps on; at the end nothing happens.
   KEDataIterator& operator++();
   KEDataIterator operator++(int);  // the position before the step
 

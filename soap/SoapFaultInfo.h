@@ -15,6 +15,7 @@
 
 namespace KELib::Soap {
 
+// The detail of a fault: the XML inside of it, and the kind of fault that it names.
 class KECPP_API SoapFaultDetail {
  public:
   // Each takes the text over; the argument is left empty.
@@ -33,6 +34,7 @@ class KECPP_API SoapFaultDetail {
   char* detailXml;      // the XML inside the detail
 };
 
+// A whole fault.
 class KECPP_API SoapFaultInfo {
  public:
   // Takes both texts over (the arguments are left empty) and owns `faultDetail`, which may be null.

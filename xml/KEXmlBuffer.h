@@ -24,11 +24,14 @@ class KECPP_API KEXmlBuffer : public KEStringBuffer {
   // Takes the text over (the argument is left empty) and writes on behind it.
   explicit KEXmlBuffer(KEStringBuffer& text);
 
+  // Nothing is written then, and the document starts anew.
   void Clear();
   void Reset();  // as Clear, with room for 128 characters
   unsigned int GetBufferLength() const { return Length(); }
+  // What is written so far.
   KEStringBuffer& Bufr() { return *this; }
 
+  // Writes "<name", after closing the start tag that is open, if any; and ">".
   void StartAddElementTag(const char* name);
   void ClosePreviousElementTag();
 

@@ -49,10 +49,14 @@ class KECPP_API KEXmlReader {
 
   // --- questions at the cursor, which does not move ----------------------------------------------
 
+  // Whether a start tag, or an end tag, `name` stands here.
   bool IsElementTag(const char* name) const;
   bool IsElementEndTag(const char* name) const;
-  bool InsideElementTag() const;
-  bool IsValueCData() const;
+
+  bool InsideElementTag() const;  // behind the name of a start tag, before its end
+  bool IsValueCData() const;      // on a section of plain characters
+
+  // In a start tag: whether a child element is the first thing in the element. `name` is not read.
   bool HasComplexContent(const char* name) const;
 
   // --- movements ---------------------------------------------------------------------------------
@@ -83,9 +87,17 @@ class KECPP_API KEXmlReader {
   // name.
   void GetElementContent(const char* elementName, KEString& content);
 
+  // Leaves the start tag that the cursor stands in; outside of one nothing happens.
   void SkipElementStartClose();
+
+  // Passes the end tag that the cursor stands on, if it does, and the blanks behind it.
   void SkipElementEndTag(const char* name);
+
+  // Moves behind the next end tag `name`. Only the first occurrence of the name is looked at, as
+  // with FindElementTag.
   bool FindAndSkipElementEndTag(const char* name);
+
+  // Pass all line feeds and carriage returns, or all `c`, that follow; up to the next `c`.
   void SkipLineEndings();
   void SkipChar(char c);
   void SkipTillChar(char c);                       // throws where there is none

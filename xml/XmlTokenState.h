@@ -23,11 +23,13 @@ KECPP_API XmlTokenType GetTokenType(XmlTokenType last, char c, char next);
 
 class KECPP_API XmlTokenState {
  public:
+  // As in front of a document.
   void Reset() {
     expectedType = 2;
     lastType = 0;
   }
 
+  // What comes next: given, or told from the next two characters. A range includes both its ends.
   void SetExpectedType(XmlTokenType type) { expectedType = type; }
   void SetExpectedType(char current, char next) {
     expectedType = GetTokenType(lastType, current, next);
@@ -38,6 +40,7 @@ class KECPP_API XmlTokenState {
     return expectedType >= low && expectedType <= high;
   }
 
+  // What was read or written last. A range includes both its ends.
   void SetLastType(XmlTokenType type) { lastType = type; }
   XmlTokenType GetLastType() const { return lastType; }
   bool WasLastType(XmlTokenType type) const { return lastType == type; }

@@ -12,6 +12,7 @@
 
 namespace KE::Stub {
 
+// Whatever has a name that people read.
 class KECPP_API CIM_ManagedElement : public KELib::Stub::KEStubBase {
  public:
   ~CIM_ManagedElement() override;
@@ -21,6 +22,7 @@ class KECPP_API CIM_ManagedElement : public KELib::Stub::KEStubBase {
   KELib::KEString ElementName;  // the display name
 };
 
+// A managed element that the server identifies.
 class KECPP_API CIM_System : public CIM_ManagedElement {
  public:
   ~CIM_System() override;
@@ -28,6 +30,7 @@ class KECPP_API CIM_System : public CIM_ManagedElement {
   KELib::KEString Name;  // the key: the server's identifier of the object
 };
 
+// A system that runs: a host or a machine.
 class KECPP_API CIM_ComputerSystem : public CIM_System {
  public:
   // CIM operational status: 0 unknown, 2 OK, 3 degraded, 6 error, 10 stopped, 15 dormant.

@@ -16,6 +16,7 @@ class Zorbel_Identity;
 class Zorbel_Privilege;
 class Zorbel_Role;
 
+// A role's link to a privilege that it grants.
 class KECPP_API Zorbel_PrivilegeMemberOfCollection : public KELib::Stub::KEAssocStubBase {
  public:
   ~Zorbel_PrivilegeMemberOfCollection() override;
@@ -39,6 +40,7 @@ class KECPP_API Zorbel_PrivilegeMemberOfCollection : public KELib::Stub::KEAssoc
   unsigned int originIndex = 0;        // the highest place that it can have in the role's list
 };
 
+// A role's link to an identity that holds it.
 class KECPP_API Zorbel_IdentityMemberOfCollection : public KELib::Stub::KEAssocStubBase {
  public:
   ~Zorbel_IdentityMemberOfCollection() override;
