@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=sh
 #
-# To be sourced. Runs a simulated management daemon for as long as the script lives.
+# To be sourced. Runs a simulated management daemon, and kecpp-agent with it if need be, for as long
+# as the script lives.
 
 # start_simulator PROGRAM ARGUMENT...: starts it on a free port of loopback and waits until it
 # listens. Sets $config, a configuration file for it. Its files are in a temporary folder, which
@@ -20,9 +21,31 @@ start_simulator() {
   write_config "$url" > "$config"
 }
 
+# start_agent PROGRAM ARGUMENT...: starts kecpp-agent for the simulated daemon on a free port of
+# loopback and waits until it listens. Sets $agent_url.
+start_agent() {
+  agent_program=$1
+  shift
+  : > "$simulator_folder/agent"
+  "$agent_program" --config "$config" --listen 127.0.0.1:0 "$@" > "$simulator_folder/agent" &
+  agent=$!
+  tries=100
+  until agent_url=$(sed -n 's/^listening on //p' "$simulator_folder/agent") &&
+    [ -n "$agent_url" ]; do
+    tries=$((tries - 1))
+    if [ "$tries" -eq 0 ] || ! kill -0 "$agent" 2>/dev/null; then
+      echo "kecpp-agent did not start" >&2
+      exit 1
+    fi
+    sleep 0.1
+  done
+}
+
 stop_simulator() {
-  kill "$simulator" 2>/dev/null || true
-  wait "$simulator" 2>/dev/null || true
+  for process in ${agent:-} "$simulator"; do
+    kill "$process" 2>/dev/null || true
+    wait "$process" 2>/dev/null || true
+  done
   rm -rf "$simulator_folder"
 }
 

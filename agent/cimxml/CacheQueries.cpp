@@ -73,6 +73,11 @@ KEStubBase* FindStub(KEDataCache* cache, const std::string& key) {
   return ref.HasData() ? ref.GetData() : FindAmongEntities(*cache, key);
 }
 
+std::size_t CountOf(KEDataCache& cache) {
+  KEMutexGuard guard(cache.GetMutex());
+  return cache.Size();
+}
+
 class KeyText final : public TakeText {
  public:
   void Take(const char* taken) override { text = taken; }
@@ -153,6 +158,7 @@ void ForEachLink(KEStubBase& stub, const ClassRow& assocClass, Visit visit) {
 void ReadAll(KETypeCache& cache, Rows& rows) {
   KEDataCache* data = Find(cache, rows.Type());
   if (!data) return;
+  rows.Expect(CountOf(*data));
   KEMutexGuard guard(data->GetMutex());
   for (KEDataIterator it = data->Iterator(); !it.End(); ++it) rows.Add(*(*it)->value);
 }

@@ -8,6 +8,15 @@ namespace cimxml {
 Rows::Rows(const ClassRow& rowType, std::vector<ClassProperty> wanted)
     : type(&rowType), readKey(rowType.key->read), columns(std::move(wanted)) {}
 
+// The operating system gives a page when it is written to for the first time.
+void Rows::Expect(std::size_t rows) {
+  constexpr std::size_t BYTES_PER_VALUE = 24;
+  texts.resize(rows * Width() * BYTES_PER_VALUE);
+  texts.clear();
+  ends.resize(rows * Width());
+  ends.clear();
+}
+
 void Rows::Add(KELib::Stub::KEStubBase& stub) {
   readKey(stub, *this);
   for (const ClassProperty& column : columns) column.row->read(stub, *this);

@@ -23,6 +23,9 @@ class Rows final : public TakeText {
   // `columns` are the properties that are copied besides the key.
   Rows(const ClassRow& type, std::vector<ClassProperty> columns);
 
+  // Makes room for about so many rows, so that memory is got, and touched, before a mutex is held.
+  void Expect(std::size_t rows);
+
   // Copies one stub of the class. The caller holds the mutex of its cache.
   void Add(KELib::Stub::KEStubBase& stub);
 
