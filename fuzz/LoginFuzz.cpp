@@ -23,6 +23,16 @@ const char kPassword[] =
     "<?xml version=\"1.0\"?><Config><LoginInfo><localTicket>false</localTicket>"
     "<userName>r&amp;d</userName><password>a&lt;b</password></LoginInfo></Config>";
 
+// The server names a file with the password; the machine's own files are left alone.
+bool NamesForeignFile(const std::string& ticket) {
+  KEString content(ticket.c_str()), path;
+  try {
+    KE::Service::ServiceContent(content).Text("passwordFilePath", path);
+  } catch (const KELib::Xml::XmlException&) {
+  }
+  return fuzz::Contains(path.Cstr(), "/");
+}
+
 void CheckContent(const std::string& text) {
   KEString content(text.c_str());
   for (const char* name : {"rootFolder", "about", "apiVersion"}) {
@@ -47,8 +57,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string content = input.Until('\0'), ticket = input.Until('\0');
   const std::string login = input.Until('\0');
   CheckContent(content);
-  // The server names a file with the password; the machine's own files are left alone.
-  if (fuzz::Contains(ticket, "/")) return 0;
+  if (NamesForeignFile(ticket)) return 0;
 
   FakeServer server;
   server.Always("AcquireLocalTicket", FakeServer::Text(ticket));

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "service/entry/KESessionImpl.h"
 
+#include <sys/stat.h>
+
 #include "config/KEConfig.h"
 #include "datasync/KEDataSyncImpl.h"
 #include "foundation/KEException.h"
@@ -36,10 +38,16 @@ void LogVerbose(const char* text) {
   KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE, "%s", text);
 }
 
+// The server names the file: opening a pipe of that name could wait for ever.
+bool IsRegularFile(const KEString& path) {
+  struct stat status {};
+  return stat(path.Cstr(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 bool ReadPasswordFile(KEString& path, KEString& password) {
-  std::unique_ptr<KELib::KEFile> file(KELib::CreateKEFile(path, 0));
+  std::unique_ptr<KELib::KEFile> file(KELib::CreateKEFile(path, KELib::FILE_IO_READ));
   KEString content;
-  const bool read = file->Read(content);
+  const bool read = IsRegularFile(path) && file->Read(content);
   password.Transfer(content);
   return read;
 }

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+//
+// Logging in with a local ticket, whose password stands in a file that the server names.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+#include <memory>
+#include <string>
+
+#include "config/DefaultConfig.h"
+#include "config/KEConfig.h"
+#include "service/call/KEMethod.h"
+#include "service/entry/KESession.h"
+#include "xml/KEXmlBuffer.h"
+
+namespace KE::Service {
+namespace {
+
+using KELib::KEString;
+
+// Hands out a ticket and keeps the login that comes.
+class TicketServer : public KEMethod {
+ public:
+  using KEMethod::Invoke;
+  void Invoke(const char*, const char* method, KELib::Xml::KEXmlBuffer& body,
+              KEString& result) override {
+    if (method == std::string("AcquireLocalTicket")) {
+      const std::string ticket = "<returnval><userName>local</userName><passwordFilePath>" + path +
+                                 "</passwordFilePath></returnval>";
+      result = ticket.c_str();
+    } else if (method == std::string("Login")) {
+      login = body.Str();
+    }
+  }
+
+  std::string path, login;
+};
+
+class SessionTest : public testing::Test {
+ protected:
+  SessionTest() : path(testing::TempDir() + "kecpp-ticket-" + std::to_string(getpid())) {
+    server.path = path;
+    alarm(60);  // an open that waits for a writer
+  }
+  ~SessionTest() override {
+    alarm(0);
+    std::remove(path.c_str());
+  }
+
+  bool LoginContains(const std::string& text) {
+    KEString source, content(
+                         "<returnval><rootFolder type=\"Folder\">f</rootFolder>"
+                         "<propertyCollector type=\"PropertyCollector\">p</propertyCollector>"
+                         "<sessionManager type=\"SessionManager\">s</sessionManager></returnval>");
+    const std::unique_ptr<KELib::KEConfig> config(
+        KELib::CreateConfig(source, DEFAULT_CONFIG_CONTENT));
+    config->FindParentConfigKey("ConnectionInfo");
+    const std::unique_ptr<KESession> session(CreateSession(config.get(), &server, content));
+    return server.login.find(text) != std::string::npos;
+  }
+
+  TicketServer server;
+  const std::string path;
+};
+
+TEST_F(SessionTest, ATicketsPasswordIsSentAsText) {
+  std::ofstream(path) << "a<b&c";
+  EXPECT_TRUE(LoginContains("<userName>local</userName>\n<password>a&lt;b&amp;c</password>"))
+      << server.login;
+}
+
+TEST_F(SessionTest, WhatIsNoRegularFileHoldsNoPassword) {
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  EXPECT_TRUE(LoginContains("<userName>local</userName>\n<password></password>")) << server.login;
+}
+
+}  // namespace
+}  // namespace KE::Service
