@@ -52,6 +52,7 @@ class Scenario {
   std::string document;
   std::string file;
   unsigned int runs = 0;
+  int waitsBefore = 0;  // that the simulator had seen before the change
 
   Findings findings;
   KE::Service::KEServiceInstManager* manager = nullptr;
