@@ -74,7 +74,8 @@ TEST_F(SessionTest, ATicketsPasswordIsSentAsText) {
 
 TEST_F(SessionTest, WhatIsNoRegularFileHoldsNoPassword) {
   ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-  EXPECT_TRUE(LoginContains("<userName>local</userName>\n<password></password>")) << server.login;
+  EXPECT_TRUE(LoginContains("<userName>local</userName>\n<password xsi:nil=\"true\"/>"))
+      << server.login;
 }
 
 }  // namespace
