@@ -4,16 +4,19 @@
 #include <csignal>
 
 #include <algorithm>
+#include <atomic>
 
 namespace inventory {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-volatile std::sig_atomic_t interrupted = 0;
+// The handler may run on any thread, so that being atomic towards its own is not enough.
+std::atomic<bool> interrupted{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "a handler must not lock");
 
 void OnSignal(int) {
-  interrupted = 1;
+  interrupted = true;
 }
 
 }  // namespace
@@ -30,7 +33,7 @@ EndOfRun::EndOfRun(double seconds) {
 }
 
 bool EndOfRun::Interrupted() const {
-  return interrupted != 0;
+  return interrupted;
 }
 
 bool EndOfRun::Ended() const {

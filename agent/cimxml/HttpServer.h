@@ -45,6 +45,7 @@ class HttpServer final : private httplib::Server {
 
   bool process_and_close_socket(socket_t socket) override;
   void Serve(socket_t socket);
+  void Rehearse();
   void Refuse(socket_t socket) const;
   void ShutConnections();
 
