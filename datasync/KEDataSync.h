@@ -66,7 +66,8 @@ class KECPP_API KEDataSync {
   // or three failed attempts (GetStatus tells) and the sync thread goes on trying. While the thread
   // runs already, a further watch returns before its objects are there: pass a waiter.
   //
-  // Returns the reference that StopDataSync takes; owned by the data sync, valid until then.
+  // Returns the reference that StopDataSync takes; owned by the data sync and valid until then, or
+  // until a watch is set up after a stop (RequestStop, a logout): that ends the older watches.
   // Throws SystemException for a list that breaks the grammar, for a null root and after a stop has
   // begun; Exception with the server's or the transport's text when the filter cannot be created.
   virtual KE::Stub::ManagedObjectReference* SetupDataSync(KE::Stub::ManagedObjectReference* root,

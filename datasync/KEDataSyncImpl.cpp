@@ -36,6 +36,9 @@ using KELib::Logging::LOG_LEVEL_VERBOSE;
 // How long a library's own call waits for a free connection.
 constexpr int kHandleWaitMs = 2000;
 
+// How long a stopped loop is given before its wait is cancelled again.
+constexpr int kStopStepMs = 100;
+
 [[noreturn]] void LogAndThrow(const char* text) {
   Log(nullptr, LOG_LEVEL_VERBOSE, "%s", text);
   throw KELib::SystemException(text);
@@ -128,14 +131,13 @@ void KEDataSyncImpl::SendCancel() {
 
 bool KEDataSyncImpl::End() {
   using Clock = std::chrono::steady_clock;
-  constexpr int kStepMs = 100;
   const auto begin = Clock::now();
   const auto interruptAt = begin + std::chrono::seconds(1);
   const auto giveUpAt = begin + std::chrono::seconds(75);
   state->RefuseEntries();
   RequestStop();
   bool interrupted = false;
-  bool left = state->WaitUntilLeft(kStepMs);
+  bool left = state->WaitUntilLeft(kStopStepMs);
   while (!left && Clock::now() < giveUpAt) {
     if (Clock::now() >= interruptAt) {
       // The cancel did not help, or could not be sent: the peer does not answer.
@@ -144,7 +146,7 @@ bool KEDataSyncImpl::End() {
     } else if (state->waitOut) {
       SendCancel();  // an earlier one may have overtaken the wait that it was for
     }
-    left = state->WaitUntilLeft(kStepMs);
+    left = state->WaitUntilLeft(kStopStepMs);
   }
   if (interrupted) InterruptTransfers(false);
   if (!left) {
@@ -194,10 +196,21 @@ void KEDataSyncImpl::ForgetWatchesNoLock() {
   state->NoteStopped();
 }
 
+// Who asked for the stop has cancelled the wait once, maybe before it was sent.
+void KEDataSyncImpl::AwaitStoppedLoop() {
+  while (!state->WaitUntilIdle(kStopStepMs)) {
+    if (state->waitOut) SendCancel();
+  }
+}
+
+void KEDataSyncImpl::RenewStop() {
+  if (!stopRequested) RequestStop();
+}
+
 // After a stop the server has forgotten the filters, and what the caches hold is of an older login.
 void KEDataSyncImpl::ReviveAfterStop() {
   while (stopRequested) {
-    if (!state->WaitUntilIdle()) throw KELib::SystemException("The data sync is being stopped.");
+    AwaitStoppedLoop();
     KEMutexGuard guard(mutex.get());
     if (!stopRequested || state->GetPhase() != SyncState::Phase::idle) continue;
     ForgetEverythingNoLock();
@@ -252,6 +265,7 @@ ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* ro
   if (!sections.hasPropertySet && sections.methods.empty()) {
     LogAndThrow("Unable to get data - no properties or property methods defined.");
   }
+  const unsigned long long stopsBefore = state->Stops();
   ReviveAfterStop();
 
   ManagedObjectReference* filter = nullptr;
@@ -265,11 +279,11 @@ ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* ro
       PropMethodToCache();
     }
     if (filter != nullptr && waiter != nullptr && sections.IsTaskWatch()) {
-      blocked = BlockOnTask(*filter);
+      blocked = BlockOnTask(*filter, stopsBefore);
     }
     StartSyncData();
   } catch (...) {
-    AbandonSetup(filter, newMethods ? methods : nullptr);
+    AbandonSetup(filter, newMethods ? methods : nullptr, stopsBefore);
     throw;
   }
   if (blocked != nullptr) state->WaitForRelease(*blocked, stopRequested);
@@ -277,9 +291,12 @@ ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* ro
 }
 
 // Leaves no record, reference or waiter of a setup that failed behind.
-void KEDataSyncImpl::AbandonSetup(ManagedObjectReference* filter,
-                                  ManagedObjectReference* methods) noexcept {
+// A stop may have dropped the records, and their references with them, while the call went on.
+void KEDataSyncImpl::AbandonSetup(ManagedObjectReference* filter, ManagedObjectReference* methods,
+                                  unsigned long long stopsBefore) noexcept {
   try {
+    KEMutexGuard guard(mutex.get());
+    if (state->Stops() != stopsBefore) return;
     if (filter != nullptr) DestroyPropFilter(filter);
     if (methods != nullptr) DestroyPropMethod(methods);
   } catch (...) {

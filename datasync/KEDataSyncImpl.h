@@ -116,6 +116,9 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   // What the sync thread runs: SyncData, then its last word. Never throws.
   bool RunThread() noexcept;
 
+  // RequestStop, unless one is in force: a watch that was set up since the last one has ended it.
+  void RenewStop();
+
   // Stops the loop, lets every blocked caller go and waits until all have left. False when some
   // thread is still inside after 75 seconds: then nothing of the object may be destroyed. Until
   // Cleanup ends, new entries are refused.
@@ -178,6 +181,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
 
   // life
   void ReviveAfterStop();
+  void AwaitStoppedLoop();
   void ForgetEverythingNoLock() KECPP_REQUIRES(mutex);
   void ForgetWatchesNoLock() KECPP_REQUIRES(mutex);
   void SendCancel();
@@ -195,8 +199,10 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   void CreateCaches(const PropertyList& sections, KELib::KEVector<KELib::KEString>& cacheTypes);
   void RemoveFilterNoLock(KE::Stub::ManagedObjectReference& filter) KECPP_REQUIRES(mutex);
   void AbandonSetup(KE::Stub::ManagedObjectReference* filter,
-                    KE::Stub::ManagedObjectReference* methods) noexcept;
-  std::shared_ptr<TaskWait> BlockOnTask(KE::Stub::ManagedObjectReference& filter);
+                    KE::Stub::ManagedObjectReference* methods,
+                    unsigned long long stopsBefore) noexcept;
+  std::shared_ptr<TaskWait> BlockOnTask(KE::Stub::ManagedObjectReference& filter,
+                                        unsigned long long stopsBefore);
 
   // methods
   struct MethodCall;

@@ -63,10 +63,16 @@ SyncState::Phase SyncState::GetPhase() {
   return phase;
 }
 
-bool SyncState::WaitUntilIdle() {
+bool SyncState::WaitUntilIdle(int milliseconds) {
+  const auto deadline = Clock::now() + std::chrono::milliseconds(milliseconds);
   KEMutexGuard guard(&mutex);
-  while (phase != Phase::idle && !refusing) changed.Wait(mutex, -1);
-  return !refusing;
+  while (phase != Phase::idle && !refusing) {
+    const long long left = Left(deadline);
+    if (left == 0) return false;
+    changed.Wait(mutex, left);
+  }
+  if (refusing) throw KELib::SystemException("The data sync is being stopped.");
+  return true;
 }
 
 void SyncState::ThreadLeaves() {

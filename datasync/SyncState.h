@@ -62,8 +62,9 @@ class SyncState {
   void SetPhase(Phase phase);
   Phase GetPhase();
 
-  // Waits until no loop and no first cycle is left. False when entries are refused meanwhile.
-  bool WaitUntilIdle();
+  // Waits until no loop and no first cycle is left; at most `milliseconds`. True when that is so.
+  // Throws SystemException while entries are refused.
+  bool WaitUntilIdle(int milliseconds);
 
   // The last word of the sync thread: afterwards it touches nothing of the data sync.
   void ThreadLeaves();

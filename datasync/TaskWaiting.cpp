@@ -65,10 +65,13 @@ bool KEDataSyncImpl::WaitForTask(KEString& response, KELib::KEWaiter* waiter) {
   return succeeded;
 }
 
-// Blocks until the record of `filter` has seen its task end; made before the loop can report it.
-std::shared_ptr<TaskWait> KEDataSyncImpl::BlockOnTask(ManagedObjectReference& filter) {
+// Blocks until the record of `filter` has seen its task end. Null when it has done so already, and
+// when a stop has dropped the record, and the reference with it.
+std::shared_ptr<TaskWait> KEDataSyncImpl::BlockOnTask(ManagedObjectReference& filter,
+                                                      unsigned long long stopsBefore) {
   auto wait = std::make_shared<TaskWait>();
   KEMutexGuard guard(mutex.get());
+  if (state->Stops() != stopsBefore) return nullptr;
   DataSyncInfo* info = FindFilterNoLock(filter);
   if (info == nullptr || info->waiter == nullptr) return nullptr;
   info->waiter->blocked = wait;

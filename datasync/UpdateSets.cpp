@@ -51,13 +51,14 @@ void KEDataSyncImpl::UpdateSetToCache(UpdateInfo& ui, KEXmlReader& r) {
   FinishUpdateSet(false);
 }
 
-// A watch whose set was cut short will not hear of its task again: its caller is let go as well.
+// A watch whose set was cut short hears everything again, of its task too; who waits for its first
+// data is not kept until a server that goes on like that sends a whole set.
 void KEDataSyncImpl::FinishUpdateSet(bool cutShort) {
   KEMutexGuard guard(mutex.get());
   for (auto it = filters->Begin(); !it.End(); ++it) {
     DataSyncInfo* info = it->value;
     if (info == nullptr) continue;
-    const bool release = info->received ? cutShort : !info->taskPending;
+    const bool release = !info->taskPending && (cutShort || !info->received);
     info->received = false;
     if (release) ReleaseWaiterNoLock(info->waiter);
   }

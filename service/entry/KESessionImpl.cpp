@@ -226,6 +226,8 @@ void KESessionImpl::Logout() {
     LogVerbose("Unable to Logout - out of memory.\n");
     userSession.Clear();
   }
+  // Another thread may have set a watch up meanwhile, which has died with the login.
+  if (auto* sync = dynamic_cast<KEDataSyncImpl*>(dataSync.get())) sync->RenewStop();
 }
 
 KEDataSync* KESessionImpl::GetDataSync() {

@@ -110,6 +110,18 @@ TEST_F(SyncStopTest, ACancelThatWasLostIsSentAgain) {
   sync->Cleanup();
   EXPECT_EQ(server.Count("CancelWaitForUpdates"), 3u);
   EXPECT_EQ(CapturedLog::Count("Exception Cancelling data sync : no free handle"), 2u);
+
+  server.Feed(UpdateSet("2", "filter-2"));
+  Watch(kMachines);
+  server.AwaitQuietWait(4);
+  server.Then("CancelWaitForUpdates", FakeServer::Throw(SystemException("no free handle")));
+  sync->RequestStop();
+  server.Then("CreateFilter", [&] {  // sent when the loop has left
+    EXPECT_EQ(server.Count("CancelWaitForUpdates"), 5u);
+    server.Feed(UpdateSet("3", "filter-3"));
+    return "<returnval type=\"PropertyFilter\">filter-3</returnval>";
+  });
+  Watch(kMachines);
 }
 
 // A pause after a failure, and the ten seconds between two looks at the process-id file, end at

@@ -38,7 +38,6 @@ TEST_F(TaskWaitingTest, EveryWayInWhichAWaitEnds) {
       {Task("task-1", "error"), false},
       {"<objectSet><kind>leave</kind>" + obj + "</objectSet>", false},
       {"<missingSet>" + obj + "</missingSet>", false},
-      {"<objectSet>the set is cut short", false},
   };
   WatchMachines();
   std::size_t filters = 1;
@@ -73,6 +72,19 @@ TEST_F(TaskWaitingTest, FailuresLetGoButTimeoutsAndCancelsDoNot) {
   EXPECT_FALSE(WaitForTask("task-1", &waiter));
   feeder.join();
   EXPECT_EQ(waiter.signals, 1);
+}
+
+// The server is asked for everything again and tells of the task once more.
+TEST_F(TaskWaitingTest, ASetThatIsCutShortLetsNobodyGo) {
+  WatchMachines();
+  std::thread feeder([&] {
+    server.AwaitCalls("CreateFilter", 2);
+    server.Feed(UpdateSet("2", "filter-2", "<objectSet>the set is cut short"));
+    server.AwaitQuietWait(3);
+    server.Feed(UpdateSet("3", "filter-2", Task("task-1", "success")));
+  });
+  EXPECT_TRUE(WaitForTask("task-1", &waiter));
+  feeder.join();
 }
 
 TEST_F(TaskWaitingTest, AServerThatNeverAnswersDoesNotHoldTheFirstWatch) {
