@@ -196,9 +196,10 @@ void KEDataSyncImpl::ForgetWatchesNoLock() {
   state->NoteStopped();
 }
 
-// Who asked for the stop has cancelled the wait once, maybe before it was sent.
+// Who asked for the stop has cancelled the wait once, maybe before it was sent. Another thread may
+// revive the data sync first: its loop is not waited for.
 void KEDataSyncImpl::AwaitStoppedLoop() {
-  while (!state->WaitUntilIdle(kStopStepMs)) {
+  while (stopRequested && !state->WaitUntilIdle(kStopStepMs)) {
     if (state->waitOut) SendCancel();
   }
 }
