@@ -13,7 +13,6 @@ struct Order {
   const char* body;
 };
 
-// Seldom enough that no three cycles fail in a row: then the library lets task waiters go.
 constexpr Order ORDERS[] = {
     {"churn", R"({"rate":50})"},
     {"fault", R"({"method":"WaitForUpdates","kind":"lost-reply"})"},
