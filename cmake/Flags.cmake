@@ -15,6 +15,9 @@ find_package(Threads REQUIRED)
 # Also on 32-bit hosts the clock and the file sizes are 64 bits wide; _GNU_SOURCE brings memmem.
 add_compile_definitions(_GNU_SOURCE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
 
+# Goes with -Bsymbolic-functions (Layers.cmake).
+add_compile_options(-fno-semantic-interposition)
+
 if(KECPP_DEVELOPER)
   add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
                       -Werror)

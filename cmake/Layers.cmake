@@ -29,7 +29,9 @@ endforeach()
 # -z nodelete: a detached thread returns through the library's code after its last word, so the
 # code must stay mapped even when the program unloads the library.
 set_target_properties(kecpp PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 1)
-target_link_options(kecpp PRIVATE -Wl,-z,nodelete
+# Nobody is meant to put a function of their own in the place of one of the library's: calls inside
+# the library are bound when it is linked.
+target_link_options(kecpp PRIVATE -Wl,-z,nodelete -Wl,-Bsymbolic-functions
                     -Wl,--version-script=${CMAKE_CURRENT_SOURCE_DIR}/cmake/libkecpp.map)
 set_property(TARGET kecpp APPEND PROPERTY LINK_DEPENDS
              ${CMAKE_CURRENT_SOURCE_DIR}/cmake/libkecpp.map)

@@ -9,6 +9,7 @@
 #include "datasync/RoleMemory.h"
 #include "datasync/StaleObjects.h"
 #include "datasync/SyncState.h"
+#include "datasync/WalkRoom.h"
 #include "foundation/KEConstants.h"
 #include "foundation/KEException.h"
 #include "foundation/KEMutexGuard.h"
@@ -89,12 +90,14 @@ void KEDataSyncImpl::Init(KEMethod* invoker, ManagedObjectReference* collector) 
   auto newCache = std::make_unique<KE::Instance::KETypeCache>();
   KEString taskType(KE::Stub::TaskInfoClass);
   newCache->CreateDataCache(taskType);
+  auto newRoom = std::make_unique<WalkRoom>(*newCache);
   auto newFilters = std::make_unique<Filters>(KELib::HASH_CAP, KELib::HASH_FILLRATIO);
   auto newMethods = std::make_unique<MethodInfos>(KELib::HASH_CAP, KELib::HASH_FILLRATIO);
   // The first iterator makes a table's room for iterators: the end must not need memory.
   newFilters->Begin();
   newMethods->Begin();
   KEMutexGuard guard(mutex.get());
+  walkRoom = std::move(newRoom);
   typeCache = std::move(newCache);
   filters = std::move(newFilters);
   methodInfos = std::move(newMethods);

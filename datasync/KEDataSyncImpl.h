@@ -42,6 +42,7 @@ class PropertyList;
 class RoleMemory;
 class StaleObjects;
 class SyncState;
+struct WalkRoom;
 
 class KECPP_API KEDataSyncImpl : public KEDataSync {
  public:
@@ -269,6 +270,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   unsigned int failuresInARow = 0;      // of the thread that runs a cycle; for the back-off
   unsigned int cancelsInARow = 0;       // likewise
   Outcome lastOutcome = Outcome::good;  // of the thread that runs a cycle
+  std::unique_ptr<WalkRoom> walkRoom;   // likewise
 };
 
 }  // namespace KE::Service

@@ -9,9 +9,7 @@
 #include <vector>
 
 #include "datasync/DataSyncConstants.h"
-#include "datasync/ObjectTarget.h"
 #include "foundation/StringUtil.h"
-#include "instance/CacheConversion.h"
 #include "instance/KEDataCache.h"
 #include "stub/base/KEStubRef.h"
 #include "stub/classes/ClassNames.h"
@@ -73,9 +71,15 @@ class KeepNamed final : public KE::Stub::PrivilegeFilter {
 
 }  // namespace
 
-ListValue::ListValue(UpdateInfo& update, KE::Instance::KETypeCache& cache, RoleMemory& roles,
-                     KELib::Xml::KEXmlCursor& text)
-    : ui(update), types(cache), memory(roles), cursor(text), kind(KindOf(update.name)), joined(0) {}
+ListValue::ListValue(UpdateInfo& update, KE::Instance::KETypeCache& cache, ComputerSystems& systems,
+                     RoleMemory& roles, KELib::Xml::KEXmlCursor& text)
+    : ui(update),
+      types(cache),
+      memory(roles),
+      cursor(text),
+      kind(KindOf(update.name)),
+      target(update, cache, systems),
+      joined(0) {}
 
 ListValue::Kind ListValue::KindOf(const KEString& name) {
   if (name.Equals("privilegeList")) return Kind::privileges;
@@ -169,6 +173,7 @@ void ListValue::ApplyItems(KEDataCache* primary, KEDataCache* secondary) {
   if (primary == nullptr) ChooseCaches(primary, secondary);
   Seen seen;
   const bool wasEmpty = primary == nullptr || primary->Size() == 0;
+  if (kind == Kind::machines && primary != nullptr) ApplyMachines();
   XmlSlice item;
   while (cursor.NextChild(item)) {
     if (primary != nullptr && item.Is(ui.valueType.Cstr(), ui.valueType.Length())) {
@@ -201,7 +206,7 @@ void ListValue::ApplyItem(const XmlSlice& element, KEDataCache* primary, KEDataC
                           Seen* seen) {
   if (primary == nullptr) ChooseCaches(primary, secondary);
   if (kind == Kind::machines) {
-    ApplyMachine(element);
+    target.LinkMachine(cursor.Text(element, joined));
   } else if (primary == nullptr) {
     cursor.SkipElement(element);
   } else if (kind == Kind::privileges) {
@@ -330,12 +335,12 @@ void ListValue::ApplyPermission(const XmlSlice& element, KEDataCache& cache, KED
   if (role != nullptr) KE::Stub::LinkMember(*role, *identity);
 }
 
-void ListValue::ApplyMachine(const XmlSlice& element) {
-  KE::Stub::ManagedObjectReference machine;
-  ReadText(element, machine.value);
-  ObjectTarget target(ui, types);
-  if (KE::Stub::ZORBEL_ORXComputerSystem* host = target.Host()) {
-    KE::Instance::ChangeHostsVMRefs(host, &machine, &types);
+// Those of a list's items that are written as servers write them.
+void ListValue::ApplyMachines() {
+  if (!ui.valueType.Equals("ManagedObjectReference")) return;
+  XmlSlice machine;
+  while (cursor.TakeText("<ManagedObjectReference", "</ManagedObjectReference>", machine)) {
+    target.LinkMachine(machine);
   }
 }
 

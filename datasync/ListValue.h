@@ -10,6 +10,7 @@
 #ifndef KECPP_DATASYNC_LISTVALUE_H
 #define KECPP_DATASYNC_LISTVALUE_H
 
+#include "datasync/ObjectTarget.h"
 #include "datasync/RoleMemory.h"
 #include "datasync/UpdateInfo.h"
 #include "foundation/KEHashmap.h"
@@ -30,9 +31,9 @@ class ListValue {
  public:
   using Seen = KELib::KEHashmap<KELib::KEString, bool>;
 
-  // `ui.name` says which list it is.
-  ListValue(UpdateInfo& ui, KE::Instance::KETypeCache& cache, RoleMemory& roles,
-            KELib::Xml::KEXmlCursor& cursor);
+  // `ui.name` says which list it is, `ui.obj` whose.
+  ListValue(UpdateInfo& ui, KE::Instance::KETypeCache& cache, ComputerSystems& systems,
+            RoleMemory& roles, KELib::Xml::KEXmlCursor& cursor);
 
   // Takes the caches that the list named by `ui` can touch.
   static void LockFor(UpdateInfo& ui, KE::Instance::KECacheGuard& guard);
@@ -71,7 +72,7 @@ class ListValue {
                  KE::Instance::KEDataCache* privileges, Seen* seen);
   void ApplyPermission(const KELib::Xml::XmlSlice& element, KE::Instance::KEDataCache& cache,
                        KE::Instance::KEDataCache* roleCache, Seen* seen);
-  void ApplyMachine(const KELib::Xml::XmlSlice& element);
+  void ApplyMachines();
   void ReadRoleInfo(const KELib::Xml::XmlSlice& element, KELib::KEString& label,
                     KELib::KEString& summary);
   void LinkPrivileges(KE::Stub::Zorbel_Role& role, RoleMemory::PrivilegeIds& ids,
@@ -85,6 +86,7 @@ class ListValue {
   RoleMemory& memory;
   KELib::Xml::KEXmlCursor& cursor;
   Kind kind;
+  ObjectTarget target;
   bool newPrivileges = false;
   KELib::KEStringBuffer joined;  // room for texts that comments or sections split
 };

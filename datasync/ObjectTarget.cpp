@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "datasync/ObjectTarget.h"
 
+#include <array>
 #include <cstring>
 #include <memory>
 
 #include "datasync/DataSyncConstants.h"
 #include "datasync/DataSyncInfo.h"
 #include "instance/CacheConversion.h"
+#include "instance/HostLinks.h"
 #include "stub/base/KEStubRef.h"
 #include "stub/classes/ClassNames.h"
 #include "stub/classes/TaskInfo.h"
@@ -25,58 +27,61 @@ using KELib::Xml::XmlSlice;
 // A property whose value is kept as it stands.
 template <typename Stub>
 struct TextProperty {
-  const char* path;
+  XmlSlice path;
   KEString Stub::*field;
 };
 
-const TextProperty<ZORBEL_VMComputerSystem> kMachineTexts[] = {
-    {"name", &ZORBEL_VMComputerSystem::ElementName},
-    {"config.annotation", &ZORBEL_VMComputerSystem::Description},
-    {"config.uuid", &ZORBEL_VMComputerSystem::UUID},
-    {"config.files.vmPathName", &ZORBEL_VMComputerSystem::VMPathName},
-    {"config.guestFullName", &ZORBEL_VMComputerSystem::GuestFullName},
-    {"guest.hostName", &ZORBEL_VMComputerSystem::GuestHostName},
-    {"guest.ipAddress", &ZORBEL_VMComputerSystem::GuestIPAddress},
+template <std::size_t N>
+constexpr XmlSlice Path(const char (&text)[N]) {
+  return {text, N - 1};
+}
+
+constexpr TextProperty<ZORBEL_VMComputerSystem> kMachineTexts[] = {
+    {Path("name"), &ZORBEL_VMComputerSystem::ElementName},
+    {Path("config.annotation"), &ZORBEL_VMComputerSystem::Description},
+    {Path("config.uuid"), &ZORBEL_VMComputerSystem::UUID},
+    {Path("config.files.vmPathName"), &ZORBEL_VMComputerSystem::VMPathName},
+    {Path("config.guestFullName"), &ZORBEL_VMComputerSystem::GuestFullName},
+    {Path("guest.hostName"), &ZORBEL_VMComputerSystem::GuestHostName},
+    {Path("guest.ipAddress"), &ZORBEL_VMComputerSystem::GuestIPAddress},
 };
 
-const TextProperty<ZORBEL_ORXComputerSystem> kHostTexts[] = {
-    {"name", &ZORBEL_ORXComputerSystem::ElementName},
-    {"hardware.systemInfo.uuid", &ZORBEL_ORXComputerSystem::UUID},
-    {"hardware.systemInfo.vendor", &ZORBEL_ORXComputerSystem::Vendor},
-    {"hardware.systemInfo.model", &ZORBEL_ORXComputerSystem::Model},
+constexpr TextProperty<ZORBEL_ORXComputerSystem> kHostTexts[] = {
+    {Path("name"), &ZORBEL_ORXComputerSystem::ElementName},
+    {Path("hardware.systemInfo.uuid"), &ZORBEL_ORXComputerSystem::UUID},
+    {Path("hardware.systemInfo.vendor"), &ZORBEL_ORXComputerSystem::Vendor},
+    {Path("hardware.systemInfo.model"), &ZORBEL_ORXComputerSystem::Model},
 };
+
+// The place of each path in its table, by the path's length, which tells the paths of one table
+// apart.
+constexpr unsigned int kLongestPath = 26;
+using ByLength = std::array<unsigned char, kLongestPath + 1>;
+constexpr unsigned char kNone = 255;
 
 template <typename Stub, std::size_t N>
-bool ApplyText(Stub& stub, const TextProperty<Stub> (&table)[N], const XmlSlice& property,
-               const XmlSlice& value) {
-  for (const auto& entry : table) {
-    if (!property.Is(entry.path, std::strlen(entry.path))) continue;
-    value.CopyTo(stub.*entry.field);
-    return true;
+constexpr ByLength IndexOf(const TextProperty<Stub> (&table)[N]) {
+  ByLength index{};
+  for (unsigned int length = 0; length <= kLongestPath; ++length) {
+    index[length] = kNone;
+    for (unsigned char i = 0; i < N; ++i) {
+      if (table[i].path.length == length) index[length] = i;
+    }
   }
-  return false;
+  return index;
 }
 
-KELib::Stub::KEStubBase* Find(KE::Instance::KETypeCache& cache, const char* typeName,
-                              KEString& key) {
-  KEString type(typeName);
-  KELib::Stub::KEStubRef ref;
-  cache.GetVal(type, key, ref);
-  return ref.GetData();
-}
+constexpr ByLength kMachineIndex = IndexOf(kMachineTexts);
+constexpr ByLength kHostIndex = IndexOf(kHostTexts);
 
-// Finds the stub of `obj` or files a new one.
-template <typename Stub>
-Stub* FindOrCreate(KE::Instance::KETypeCache& cache, const char* typeName,
-                   KE::Stub::ManagedObjectReference& obj, Stub* (*create)()) {
-  if (auto* found = static_cast<Stub*>(Find(cache, typeName, obj.value))) return found;
-  std::unique_ptr<Stub> stub(create());
-  stub->Name = obj.value;
-  stub->MoRef.type = obj.type;
-  stub->MoRef.value = obj.value;
-  KEString type(typeName);
-  cache.SetVal(type, obj.value, stub.get());
-  return stub.release();
+template <typename Stub, std::size_t N>
+bool ApplyText(Stub& stub, const TextProperty<Stub> (&table)[N], const ByLength& index,
+               const XmlSlice& property, const XmlSlice& value) {
+  if (property.length > kLongestPath || index[property.length] == kNone) return false;
+  const TextProperty<Stub>& entry = table[index[property.length]];
+  if (std::memcmp(property.text, entry.path.text, property.length) != 0) return false;
+  value.CopyTo(stub.*entry.field);
+  return true;
 }
 
 bool IsRemoval(const XmlSlice& op) {
@@ -85,8 +90,9 @@ bool IsRemoval(const XmlSlice& op) {
 
 }  // namespace
 
-ObjectTarget::ObjectTarget(UpdateInfo& update, KE::Instance::KETypeCache& types)
-    : ui(update), cache(types), kind(ObjectKind::other) {
+ObjectTarget::ObjectTarget(UpdateInfo& update, KE::Instance::KETypeCache& cache,
+                           ComputerSystems& computers)
+    : ui(update), types(cache), systems(computers), kind(ObjectKind::other) {
   if (ui.obj.type.Equals(TypeVirtualMachine)) kind = ObjectKind::machine;
   if (ui.obj.type.Equals(TypeHostSystem)) kind = ObjectKind::host;
 }
@@ -103,47 +109,45 @@ void ObjectTarget::Apply(const XmlSlice& property, const XmlSlice& op, const Xml
   }
 }
 
-ZORBEL_VMComputerSystem* ObjectTarget::Machine() {
-  if (machine == nullptr && kind == ObjectKind::machine) {
-    machine = FindOrCreate(cache, KE::Stub::ZORBEL_VMComputerSystemClass, ui.obj,
-                           &KE::Stub::CreateZORBEL_VMComputerSystem);
-  }
-  return machine;
+ZORBEL_VMComputerSystem& ObjectTarget::Machine() {
+  if (machine == nullptr) machine = systems.Machine(ui.obj);
+  return *machine;
 }
 
-ZORBEL_ORXComputerSystem* ObjectTarget::Host() {
-  if (host == nullptr && kind == ObjectKind::host) {
-    host = FindOrCreate(cache, KE::Stub::ZORBEL_ORXComputerSystemClass, ui.obj,
-                        &KE::Stub::CreateZORBEL_ORXComputerSystem);
-  }
-  return host;
+ZORBEL_ORXComputerSystem& ObjectTarget::Host() {
+  if (host == nullptr) host = systems.Host(ui.obj);
+  return *host;
 }
 
 void ObjectTarget::ApplyToMachine(const XmlSlice& property, const XmlSlice& value) {
-  ZORBEL_VMComputerSystem* stub = Machine();
-  if (ApplyText(*stub, kMachineTexts, property, value)) return;
+  ZORBEL_VMComputerSystem& stub = Machine();
+  if (ApplyText(stub, kMachineTexts, kMachineIndex, property, value)) return;
   if (property.Is("runtime.powerState")) {
-    value.CopyTo(stub->PowerState);
-    KE::Instance::ConvertVMPowerState(stub->PowerState, stub->OperationalStatus);
+    value.CopyTo(stub.PowerState);
+    KE::Instance::ConvertVMPowerState(stub.PowerState, stub.OperationalStatus);
   } else if (property.Is("runtime.host")) {
-    KEString hostType, hostId;
-    value.CopyTo(hostId);
-    KE::Instance::ChangeVMsHostRef(stub, hostType, hostId, &cache);
+    ZORBEL_ORXComputerSystem* partner = systems.FindHost(value);
+    if (partner != nullptr) KE::Instance::LinkToHost(stub, *partner);
   }
 }
 
 void ObjectTarget::ApplyToHost(const XmlSlice& property, const XmlSlice& value) {
-  ZORBEL_ORXComputerSystem* stub = Host();
-  if (ApplyText(*stub, kHostTexts, property, value)) return;
+  ZORBEL_ORXComputerSystem& stub = Host();
+  if (ApplyText(stub, kHostTexts, kHostIndex, property, value)) return;
   if (property.Is("summary.overallStatus")) {
     KEString status;
     value.CopyTo(status);
-    KE::Instance::ConvertHostOverallStatus(status, stub->OperationalStatus);
+    KE::Instance::ConvertHostOverallStatus(status, stub.OperationalStatus);
   } else if (property.Is("vm")) {
-    KE::Stub::ManagedObjectReference machineRef;
-    value.CopyTo(machineRef.value);
-    KE::Instance::ChangeHostsVMRefs(stub, &machineRef, &cache);
+    LinkMachine(value);
   }
+}
+
+void ObjectTarget::LinkMachine(const XmlSlice& id) {
+  if (kind != ObjectKind::host) return;
+  ZORBEL_ORXComputerSystem& stub = Host();
+  ZORBEL_VMComputerSystem* partner = systems.FindMachine(id);
+  if (partner != nullptr) KE::Instance::LinkToHost(*partner, stub);
 }
 
 void ObjectTarget::ApplyToTask(const XmlSlice& property, const XmlSlice& value) {
@@ -152,14 +156,16 @@ void ObjectTarget::ApplyToTask(const XmlSlice& property, const XmlSlice& value) 
       !value.Is(ErrorStr, std::strlen(ErrorStr))) {
     return;
   }
-  auto* task = static_cast<KE::Stub::TaskInfo*>(Find(cache, KE::Stub::TaskInfoClass, ui.obj.value));
+  KEString type(KE::Stub::TaskInfoClass);
+  KELib::Stub::KEStubRef ref;
+  types.GetVal(type, ui.obj.value, ref);
+  auto* task = static_cast<KE::Stub::TaskInfo*>(ref.GetData());
   if (task == nullptr) {
     std::unique_ptr<KELib::Stub::KEStubBase> made(KE::Stub::CreateTaskInfo());
     task = static_cast<KE::Stub::TaskInfo*>(made.get());
     task->task.type = ui.obj.type;
     task->task.value = ui.obj.value;
-    KEString type(KE::Stub::TaskInfoClass);
-    cache.SetVal(type, ui.obj.value, task);
+    types.SetVal(type, ui.obj.value, task);
     made.release();
   }
   value.CopyTo(task->state);
@@ -177,7 +183,7 @@ void ObjectTarget::Remove() {
   host = nullptr;
   if (const char* name = CacheType()) {
     KEString type(name);
-    cache.RemoveValNoLock(type, ui.obj.value);
+    types.RemoveValNoLock(type, ui.obj.value);
   } else if (ui.syncInfo != nullptr && ui.syncInfo->isTask) {
     ui.syncInfo->taskPending = false;  // it will never report its end
   }

@@ -9,21 +9,19 @@
 #ifndef KECPP_DATASYNC_OBJECTTARGET_H
 #define KECPP_DATASYNC_OBJECTTARGET_H
 
+#include "datasync/ComputerSystems.h"
 #include "datasync/UpdateInfo.h"
 #include "instance/KETypeCache.h"
 #include "xml/KEXmlCursor.h"
-
-namespace KE::Stub {
-class ZORBEL_ORXComputerSystem;
-class ZORBEL_VMComputerSystem;
-}  // namespace KE::Stub
 
 namespace KE::Service {
 
 class ObjectTarget {
  public:
   // Stands for `ui.obj` from now on. Nothing is looked up yet.
-  ObjectTarget(UpdateInfo& ui, KE::Instance::KETypeCache& cache);
+  ObjectTarget(UpdateInfo& ui, KE::Instance::KETypeCache& types, ComputerSystems& systems);
+
+  bool IsComputerSystem() const { return kind != ObjectKind::other; }
 
   // Applies one property's value. Unknown object types and properties are passed over, and so are
   // "remove" and "indirectRemove": the last value that was known is worth more than none.
@@ -34,20 +32,23 @@ class ObjectTarget {
   // The object has left the watch: deletes its stub; a task counts as ended.
   void Remove();
 
-  // The stub of a host, created when it is new; null for other object types.
-  KE::Stub::ZORBEL_ORXComputerSystem* Host();
+  // The host runs the machine of that identifier: makes or moves the machine's link. Passed over
+  // when the machine is not cached or the object no host.
+  void LinkMachine(const KELib::Xml::XmlSlice& id);
 
  private:
   enum class ObjectKind { machine, host, other };
 
-  KE::Stub::ZORBEL_VMComputerSystem* Machine();
+  KE::Stub::ZORBEL_VMComputerSystem& Machine();
+  KE::Stub::ZORBEL_ORXComputerSystem& Host();
   void ApplyToMachine(const KELib::Xml::XmlSlice& property, const KELib::Xml::XmlSlice& value);
   void ApplyToHost(const KELib::Xml::XmlSlice& property, const KELib::Xml::XmlSlice& value);
   void ApplyToTask(const KELib::Xml::XmlSlice& property, const KELib::Xml::XmlSlice& value);
   const char* CacheType() const;
 
   UpdateInfo& ui;
-  KE::Instance::KETypeCache& cache;
+  KE::Instance::KETypeCache& types;
+  ComputerSystems& systems;
   ObjectKind kind;
   KE::Stub::ZORBEL_VMComputerSystem* machine = nullptr;
   KE::Stub::ZORBEL_ORXComputerSystem* host = nullptr;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "datasync/UpdateSetWalk.h"
 
+#include <optional>
+
 #include "datasync/DataSyncConstants.h"
 #include "datasync/KEDataSyncImpl.h"
 #include "datasync/ListValue.h"
@@ -8,19 +10,13 @@
 #include "datasync/StaleObjects.h"
 #include "foundation/KEMutexGuard.h"
 #include "foundation/Logger.h"
-#include "instance/KECacheGuard.h"
-#include "xml/XmlConstants.h"
-#include "xml/XmlException.h"
 
 namespace KE::Service {
 
 namespace {
 
 using KELib::KEMutexGuard;
-using KELib::KEString;
 using KELib::Xml::XmlSlice;
-
-const char kLeave[] = "leave";
 
 void ClearReference(KE::Stub::ManagedObjectReference& ref) {
   ref.type.Clear();
@@ -43,41 +39,51 @@ void LogSkipped(const KE::Stub::ManagedObjectReference& filter) {
 // thread may have stopped the filter: then nothing of the object is touched.
 class UpdateSetWalk::ObjectLock {
  public:
-  ObjectLock(KEDataSyncImpl& owner, UpdateInfo& update) : sync(owner), ui(update) {}
+  explicit ObjectLock(UpdateSetWalk& owner) : walk(owner) {}
+  ~ObjectLock() { walk.room.caches.Unlock(); }
 
   // True when the changes may be applied. Outside the analysis: the guards live as long as this.
   bool Take() KECPP_NO_THREAD_SAFETY_ANALYSIS {
-    if (taken) return target != nullptr;
-    taken = true;
-    if (ui.syncInfo == nullptr) return false;
-    table = std::make_unique<KEMutexGuard>(sync.GetMutex());
-    ui.syncInfo = sync.FindFilterNoLock(ui.filter);
-    if (ui.syncInfo == nullptr) {
-      table.reset();
-      return false;
-    }
-    caches = std::make_unique<KE::Instance::KECacheGuard>(sync.GetCache());
-    caches->LockFor(ui.obj.type);
-    target = std::make_unique<ObjectTarget>(ui, *sync.GetCache());
-    return true;
+    if (!taken) TakeAll();
+    return target.has_value();
   }
 
   ObjectTarget& Target() { return *target; }
 
  private:
-  KEDataSyncImpl& sync;
-  UpdateInfo& ui;
+  void TakeAll() KECPP_NO_THREAD_SAFETY_ANALYSIS {
+    taken = true;
+    UpdateInfo& ui = walk.ui;
+    if (ui.syncInfo == nullptr) return;
+    table.emplace(walk.sync.GetMutex());
+    ui.syncInfo = walk.sync.FindFilterNoLock(ui.filter);
+    if (ui.syncInfo == nullptr) {
+      table.reset();
+      return;
+    }
+    target.emplace(ui, *walk.sync.GetCache(), walk.room.systems);
+    if (target->IsComputerSystem()) {
+      walk.room.systems.Lock(walk.room.caches);
+    } else {
+      walk.room.caches.LockFor(ui.obj.type);
+    }
+  }
+
+  UpdateSetWalk& walk;
   bool taken = false;
-  std::unique_ptr<KEMutexGuard> table;
-  std::unique_ptr<KE::Instance::KECacheGuard> caches;
-  std::unique_ptr<ObjectTarget> target;
+  std::optional<KEMutexGuard> table;
+  std::optional<ObjectTarget> target;
 };
 
 UpdateSetWalk::UpdateSetWalk(KEDataSyncImpl& owner, UpdateInfo& update,
-                             KELib::Xml::KEXmlCursor& text)
-    : sync(owner), ui(update), cursor(text), propertyText(0), opText(0), valueText(0) {}
+                             KELib::Xml::KEXmlCursor& text, WalkRoom& kept)
+    : sync(owner), ui(update), cursor(text), room(kept) {
+  room.Lend(ui);
+}
 
-UpdateSetWalk::~UpdateSetWalk() = default;
+UpdateSetWalk::~UpdateSetWalk() {
+  room.GiveBack(ui);
+}
 
 void UpdateSetWalk::Run() {
   while (FindFilterSet() && ApplyFilterSet()) {
@@ -101,28 +107,37 @@ bool UpdateSetWalk::FindFilterSet() {
 }
 
 bool UpdateSetWalk::ApplyFilterSet() {
-  static constexpr char kFilterSet[] = "filterSet";
   if (!cursor.Enter()) return true;
   XmlSlice name;
   bool begun = false;
-  while (cursor.NextChild(name)) {
-    if (name.Is("filter")) {
-      ReadReference(name, ui.filter);
+  for (;;) {
+    if (begun && cursor.PassTag("<objectSet>")) {
+      ApplyObjectSet();
+    } else if (!cursor.NextChild(name)) {
+      break;
+    } else if (name.Is("filter")) {
+      const XmlSlice type = ReadType();
+      SetFilter(type, cursor.Text(name, room.valueText));
       begun = true;
       if (!BeginFilter()) return false;
     } else if (!begun) {
       cursor.SkipElement(name);
     } else if (name.Is("objectSet")) {
-      ApplyObjectSet();
+      if (cursor.Enter()) ApplyObjectSet();
     } else if (name.Is("missingSet")) {
       ApplyMissingSet();
     } else {
       cursor.SkipElement(name);
     }
   }
-  cursor.Leave({kFilterSet, sizeof(kFilterSet) - 1});
+  cursor.Leave("filterSet");
   EndFilter();
   return true;
+}
+
+void UpdateSetWalk::SetFilter(const XmlSlice& type, const XmlSlice& id) {
+  room.filterType.Set(ui.filter.type, type);
+  room.filterId.Set(ui.filter.value, id);
 }
 
 bool UpdateSetWalk::BeginFilter() {
@@ -145,94 +160,119 @@ void UpdateSetWalk::EndFilter() {
   ClearReference(ui.filter);
 }
 
+// The cursor stands in the object set's content.
 void UpdateSetWalk::ApplyObjectSet() {
-  static constexpr char kObjectSet[] = "objectSet";
-  if (!cursor.Enter()) return;
-  ObjectLock lock(sync, ui);
+  ObjectLock lock(*this);
+  TakeHead();
   XmlSlice name;
-  while (cursor.NextChild(name)) {
-    if (name.Is("kind")) {
-      ReadText(name, ui.kind);
-    } else if (name.Is("obj")) {
-      ReadReference(name, ui.obj);
-    } else if (name.Is("changeSet") && !ui.kind.Equals(kLeave) && lock.Take()) {
+  for (;;) {
+    if (cursor.PassTag("<changeSet>")) {
       ApplyChangeSet(lock);
-    } else {
+    } else if (!cursor.NextChild(name)) {
+      break;
+    } else if (name.Is("kind")) {
+      SetKind(cursor.Text(name, room.valueText));
+    } else if (name.Is("obj")) {
+      ReadObject(name);
+    } else if (!name.Is("changeSet")) {
       cursor.SkipElement(name);
+    } else if (cursor.Enter()) {
+      ApplyChangeSet(lock);
     }
   }
-  cursor.Leave({kObjectSet, sizeof(kObjectSet) - 1});
+  cursor.Leave("objectSet");
   if (ui.syncInfo != nullptr) sync.Stale().Name(ui.obj);
-  if (ui.kind.Equals(kLeave) && lock.Take()) lock.Target().Remove();
+  if (leaves && lock.Take()) lock.Target().Remove();
+  leaves = false;
   ui.kind.Clear();
   ClearReference(ui.obj);
 }
 
+// The cursor stands in the change set's content. Servers write its parts in this order.
 void UpdateSetWalk::ApplyChangeSet(ObjectLock& lock) {
-  static constexpr char kChangeSet[] = "changeSet";
-  if (!cursor.Enter()) return;
-  XmlSlice name, property, op;
+  if (leaves || !lock.Take()) {
+    cursor.Leave("changeSet");
+    return;
+  }
+  XmlSlice name, property, op, value;
+  if (cursor.TakeText("<name", "</name>", property) && cursor.TakeText("<op", "</op>", op) &&
+      property.length > 0 && cursor.TakeText("<val", "</val>", value)) {
+    lock.Target().Apply(property, op, value);
+    if (cursor.PassTag("</changeSet>")) return;
+  }
   while (cursor.NextChild(name)) {
     if (name.Is("name")) {
-      property = cursor.Text(name, propertyText);
+      property = cursor.Text(name, room.propertyText);
     } else if (name.Is("op")) {
-      op = cursor.Text(name, opText);
+      op = cursor.Text(name, room.opText);
     } else if (name.Is("val") && property.length > 0) {
-      ApplyValue(lock, property, op);
+      ApplyValue(lock, name, property, op);
     } else {
       cursor.SkipElement(name);
     }
   }
-  cursor.Leave({kChangeSet, sizeof(kChangeSet) - 1});
+  cursor.Leave("changeSet");
 }
 
-void UpdateSetWalk::ApplyValue(ObjectLock& lock, const XmlSlice& property, const XmlSlice& op) {
-  static constexpr char kVal[] = "val";
-  const XmlSlice val{kVal, sizeof(kVal) - 1};
+void UpdateSetWalk::ApplyValue(ObjectLock& lock, const XmlSlice& val, const XmlSlice& property,
+                               const XmlSlice& op) {
   if (!cursor.HasChildElements()) {
-    lock.Target().Apply(property, op, cursor.Text(val, valueText));
+    lock.Target().Apply(property, op, cursor.Text(val, room.valueText));
     return;
   }
   property.CopyTo(ui.name);
   op.CopyTo(ui.op);
-  ListValue(ui, *sync.GetCache(), sync.Roles(), cursor).ApplyElement(val);
+  ListValue(ui, *sync.GetCache(), room.systems, sync.Roles(), cursor).ApplyElement(val);
   ui.name.Clear();
   ui.op.Clear();
   ui.valueType.Clear();
 }
 
 void UpdateSetWalk::ApplyMissingSet() {
-  static constexpr char kMissingSet[] = "missingSet";
   if (!cursor.Enter()) return;
   XmlSlice name;
   while (cursor.NextChild(name)) {
     if (name.Is("obj")) {
-      ReadReference(name, ui.obj);
+      ReadObject(name);
     } else {
       cursor.SkipElement(name);
     }
   }
-  cursor.Leave({kMissingSet, sizeof(kMissingSet) - 1});
-  ObjectLock lock(sync, ui);
+  cursor.Leave("missingSet");
+  ObjectLock lock(*this);
   if (lock.Take()) lock.Target().Remove();
   ClearReference(ui.obj);
 }
 
-// The type stands in the first attribute that is not the schema type.
-void UpdateSetWalk::ReadReference(const XmlSlice& name, KE::Stub::ManagedObjectReference& ref) {
-  ref.type.Clear();
-  XmlSlice attribute, value;
-  bool typed = false;
-  while (cursor.NextAttribute(attribute, value)) {
-    if (typed || attribute.Is("xsi:type") || attribute.StartsWith("xmlns", 5)) continue;
-    value.CopyTo(ref.type);
-    typed = true;
-  }
-  ReadText(name, ref.value);
+// Takes the kind and the object as servers write them.
+void UpdateSetWalk::TakeHead() {
+  XmlSlice kind, type, id;
+  if (cursor.TakeText("<kind", "</kind>", kind)) SetKind(kind);
+  if (cursor.TakeText("<obj type=\"", "</obj>", type, id)) SetObject(type, id);
 }
 
-void UpdateSetWalk::ReadText(const XmlSlice& name, KEString& out) {
-  cursor.Text(name, valueText).CopyTo(out);
+void UpdateSetWalk::SetObject(const XmlSlice& type, const XmlSlice& id) {
+  room.objectType.Set(ui.obj.type, type);
+  room.objectId.Set(ui.obj.value, id);
+}
+
+void UpdateSetWalk::SetKind(const XmlSlice& kind) {
+  room.kind.Set(ui.kind, kind);
+  leaves = kind.Is("leave");
+}
+
+void UpdateSetWalk::ReadObject(const XmlSlice& name) {
+  const XmlSlice type = ReadType();
+  SetObject(type, cursor.Text(name, room.valueText));
+}
+
+// The type stands in the first attribute that is not the schema type.
+XmlSlice UpdateSetWalk::ReadType() {
+  XmlSlice attribute, value;
+  while (cursor.NextAttribute(attribute, value)) {
+    if (!attribute.Is("xsi:type") && !attribute.StartsWith("xmlns", 5)) return value;
+  }
+  return {};
 }
 
 }  // namespace KE::Service

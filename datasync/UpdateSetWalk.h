@@ -12,10 +12,8 @@
 #ifndef KECPP_DATASYNC_UPDATESETWALK_H
 #define KECPP_DATASYNC_UPDATESETWALK_H
 
-#include <memory>
-
 #include "datasync/UpdateInfo.h"
-#include "foundation/KEStringBuffer.h"
+#include "datasync/WalkRoom.h"
 #include "xml/KEXmlCursor.h"
 
 namespace KE::Service {
@@ -24,9 +22,12 @@ class KEDataSyncImpl;
 
 class UpdateSetWalk {
  public:
-  // `cursor` stands anywhere in front of the filter sets. All three outlive the walk.
-  UpdateSetWalk(KEDataSyncImpl& sync, UpdateInfo& ui, KELib::Xml::KEXmlCursor& cursor);
+  // `cursor` stands anywhere in front of the filter sets. All four outlive the walk.
+  UpdateSetWalk(KEDataSyncImpl& sync, UpdateInfo& ui, KELib::Xml::KEXmlCursor& cursor,
+                WalkRoom& room);
   ~UpdateSetWalk();
+  UpdateSetWalk(const UpdateSetWalk&) = delete;
+  UpdateSetWalk& operator=(const UpdateSetWalk&) = delete;
 
   // Applies everything up to the end of the result, or up to a filter that nobody watches: that is
   // logged and reported to the data sync. Throws what the cursor and the caches throw; what was
@@ -41,18 +42,22 @@ class UpdateSetWalk {
   bool BeginFilter();
   void EndFilter();
   void ApplyObjectSet();
+  void TakeHead();
+  void SetFilter(const KELib::Xml::XmlSlice& type, const KELib::Xml::XmlSlice& id);
+  void SetKind(const KELib::Xml::XmlSlice& kind);
+  void SetObject(const KELib::Xml::XmlSlice& type, const KELib::Xml::XmlSlice& id);
+  void ReadObject(const KELib::Xml::XmlSlice& name);
   void ApplyChangeSet(ObjectLock& lock);
-  void ApplyValue(ObjectLock& lock, const KELib::Xml::XmlSlice& property,
-                  const KELib::Xml::XmlSlice& op);
+  void ApplyValue(ObjectLock& lock, const KELib::Xml::XmlSlice& val,
+                  const KELib::Xml::XmlSlice& property, const KELib::Xml::XmlSlice& op);
   void ApplyMissingSet();
-  void ReadReference(const KELib::Xml::XmlSlice& name, KE::Stub::ManagedObjectReference& ref);
-  void ReadText(const KELib::Xml::XmlSlice& name, KELib::KEString& out);
+  KELib::Xml::XmlSlice ReadType();
 
   KEDataSyncImpl& sync;
   UpdateInfo& ui;
   KELib::Xml::KEXmlCursor& cursor;
-  // Room for texts that comments or sections split; kept from element to element.
-  KELib::KEStringBuffer propertyText, opText, valueText;
+  WalkRoom& room;
+  bool leaves = false;  // the object set's kind is "leave"
 };
 
 }  // namespace KE::Service

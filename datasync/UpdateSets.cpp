@@ -4,6 +4,7 @@
 // steps for those who hold a reader that stands on a value already.
 #include <cstring>
 
+#include "datasync/ComputerSystems.h"
 #include "datasync/DataSyncConstants.h"
 #include "datasync/KEDataSyncImpl.h"
 #include "datasync/ListValue.h"
@@ -40,7 +41,7 @@ void KEDataSyncImpl::UpdateSetToCache(UpdateInfo& ui, KEXmlReader& r) {
   unknownFilter.value.Clear();
   KEXmlCursor cursor(r);
   try {
-    UpdateSetWalk(*this, ui, cursor).Run();
+    UpdateSetWalk(*this, ui, cursor, *walkRoom).Run();
   } catch (...) {
     ui.syncInfo = nullptr;
     FinishUpdateSet(true);
@@ -86,7 +87,8 @@ void KEDataSyncImpl::UpdateSimpleType(UpdateInfo& ui, KEXmlReader& r) {
   KEXmlCursor cursor(r);
   KELib::KEStringBuffer joined(0);
   const XmlSlice value = cursor.Text(SliceOf(ui.valueTag), joined);
-  ObjectTarget target(ui, *typeCache);
+  ComputerSystems systems(*typeCache);
+  ObjectTarget target(ui, *typeCache, systems);
   const XmlSlice op = SliceOf(ui.op);
   if (ui.kind.Equals("leave") && !op.Is("remove") && !op.Is("indirectRemove")) {
     target.Remove();
@@ -101,7 +103,8 @@ void KEDataSyncImpl::UpdateComplexType(UpdateInfo& ui, KEXmlReader& r) {
   KE::Instance::KECacheGuard caches(typeCache.get());
   ListValue::LockFor(ui, caches);
   KEXmlCursor cursor(r);
-  ListValue value(ui, *typeCache, *roles, cursor);
+  ComputerSystems systems(*typeCache);
+  ListValue value(ui, *typeCache, systems, *roles, cursor);
   if (cursor.InStartTag()) {
     value.ApplyElement(SliceOf(ui.valueTag));
   } else {
@@ -115,7 +118,8 @@ void KEDataSyncImpl::UpdateArrayOfComplexType(UpdateInfo& ui, KEXmlReader& r,
                                               KE::Instance::KEDataCache* secondary) {
   KEMutexGuard guard(mutex.get());
   KEXmlCursor cursor(r);
-  ListValue value(ui, *typeCache, *roles, cursor);
+  ComputerSystems systems(*typeCache);
+  ListValue value(ui, *typeCache, systems, *roles, cursor);
   if (cursor.InStartTag() && !cursor.Enter()) return;
   value.ApplyItems(primary, secondary);
   XmlSlice ended;
@@ -129,7 +133,8 @@ void KEDataSyncImpl::UpdateSingleComplexType(UpdateInfo& ui, KEXmlReader& r,
                                              KELib::KEHashmap<KEString, bool>* seen) {
   KEMutexGuard guard(mutex.get());
   KEXmlCursor cursor(r);
-  ListValue value(ui, *typeCache, *roles, cursor);
+  ComputerSystems systems(*typeCache);
+  ListValue value(ui, *typeCache, systems, *roles, cursor);
   const XmlSlice item = ui.valueType.Empty() ? SliceOf(ui.valueTag) : SliceOf(ui.valueType);
   value.ApplyItem(item, primary, secondary, seen);
   cursor.MoveReader();
@@ -152,7 +157,8 @@ void KEDataSyncImpl::UpdateMissingType(UpdateInfo& ui, KEXmlReader&) {
   KEMutexGuard guard(mutex.get());
   KE::Instance::KECacheGuard caches(typeCache.get());
   caches.LockFor(ui.obj.type);
-  ObjectTarget(ui, *typeCache).Remove();
+  ComputerSystems systems(*typeCache);
+  ObjectTarget(ui, *typeCache, systems).Remove();
 }
 
 void KEDataSyncImpl::UpdateObjectLeave(UpdateInfo& ui, KEXmlReader& r) {

@@ -148,7 +148,10 @@ class KECPP_API KEString {
 
  private:
   void Init(const char* text, unsigned int length);
-  void Adopt(char* text);
+  void Adopt(char* text) {
+    Free();
+    buffer = text;
+  }
   void Free() {
     if (!IsShared()) delete[] buffer;
   }

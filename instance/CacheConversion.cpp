@@ -3,12 +3,10 @@
 
 #include <memory>
 
-#include "foundation/KEException.h"
+#include "instance/HostLinks.h"
 #include "instance/KETypeCache.h"
-#include "stub/classes/AssocList.h"
 #include "stub/classes/ClassNames.h"
 #include "stub/classes/ManagedObjectReference.h"
-#include "stub/classes/ZORBEL_HostedDependency.h"
 #include "stub/classes/ZORBEL_ORXComputerSystem.h"
 #include "stub/classes/ZORBEL_VMComputerSystem.h"
 #include "xml/KEXmlReader.h"
@@ -18,7 +16,6 @@ namespace KE::Instance {
 
 namespace {
 
-using KE::Stub::ZORBEL_HostedDependency;
 using KE::Stub::ZORBEL_ORXComputerSystem;
 using KE::Stub::ZORBEL_VMComputerSystem;
 using KELib::KEString;
@@ -44,41 +41,6 @@ KELib::Stub::KEStubBase* Find(KETypeCache* cache, const char* typeName, KEString
   KELib::Stub::KEStubRef ref;
   data->GetVal(key, ref);
   return ref.GetData();
-}
-
-ZORBEL_HostedDependency* LinkOf(ZORBEL_VMComputerSystem* vm) {
-  if (vm->HostedDependencies == nullptr || vm->HostedDependencies->Count() == 0) return nullptr;
-  return dynamic_cast<ZORBEL_HostedDependency*>(vm->HostedDependencies->Get(0));
-}
-
-// Links a machine to a host to which it is not linked yet; an older link moves over. Everything
-// that can fail comes before the first change.
-void Link(ZORBEL_VMComputerSystem* vm, ZORBEL_ORXComputerSystem* host) {
-  if (vm->HostedDependencies != nullptr && vm->HostedDependencies->Count() == 0) {
-    throw KELib::IndexOutOfBoundsException("IndexOutOfBoundsException");
-  }
-  std::unique_ptr<ZORBEL_HostedDependency> made;
-  ZORBEL_HostedDependency* link = LinkOf(vm);
-  if (link == nullptr) {
-    made.reset(KE::Stub::CreateZORBEL_HostedDependency());
-    link = made.get();
-  }
-  if (vm->HostedDependencies == nullptr) {
-    auto slots = std::make_unique<KE::Stub::AssocVector>(2);  // a vector keeps one slot to spare
-    slots->Add(nullptr);
-    vm->HostedDependencies = std::move(slots);
-  }
-  ZORBEL_ORXComputerSystem* oldHost = link->Antecedent;
-  KE::Stub::AssocVector* oldList = oldHost != nullptr ? oldHost->HostedDependencies.get() : nullptr;
-  const unsigned int oldPlace = oldList != nullptr ? KE::Stub::PlaceInOrigin(*oldList, link) : 0;
-  KE::Stub::AppendToOrigin(host->HostedDependencies, link);
-  if (oldList != nullptr && oldPlace < oldList->Count()) oldList->RemoveAt(oldPlace);
-  link->Antecedent = host;
-  link->Dependent = vm;
-  KELib::Stub::KEAssocStubBase*& slot = vm->HostedDependencies->Get(0);
-  if (slot != link) delete slot;
-  slot = link;
-  made.release();
 }
 
 }  // namespace
@@ -118,9 +80,7 @@ void ChangeVMsHostRef(ZORBEL_VMComputerSystem* vm, KEString&, KEString& hostId,
   if (vm == nullptr) return;
   auto* host = dynamic_cast<ZORBEL_ORXComputerSystem*>(
       Find(cache, KE::Stub::ZORBEL_ORXComputerSystemClass, hostId));
-  if (host == nullptr) return;
-  const ZORBEL_HostedDependency* link = LinkOf(vm);
-  if (link == nullptr || link->Antecedent != host) Link(vm, host);
+  if (host != nullptr) LinkToHost(*vm, *host);
 }
 
 void ChangeHostsVMRefs(ZORBEL_ORXComputerSystem* host, KE::Stub::ManagedObjectReference* vmRef,
@@ -128,9 +88,7 @@ void ChangeHostsVMRefs(ZORBEL_ORXComputerSystem* host, KE::Stub::ManagedObjectRe
   if (host == nullptr || vmRef == nullptr) return;
   auto* vm = dynamic_cast<ZORBEL_VMComputerSystem*>(
       Find(cache, KE::Stub::ZORBEL_VMComputerSystemClass, vmRef->value));
-  if (vm == nullptr) return;
-  const ZORBEL_HostedDependency* link = LinkOf(vm);
-  if (link == nullptr || link->Antecedent != host) Link(vm, host);
+  if (vm != nullptr) LinkToHost(*vm, *host);
 }
 
 }  // namespace KE::Instance

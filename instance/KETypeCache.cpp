@@ -31,7 +31,7 @@ int LockRank(const char* name) {
 }  // namespace
 
 KETypeCache::KETypeCache()
-    : mutex(std::make_unique<KELib::KEMutex>()), mapLock(std::make_unique<std::shared_mutex>()) {}
+    : mutex(std::make_unique<KELib::KEMutex>()), table(std::make_unique<Table>()) {}
 
 // The order does not matter: each stub takes itself out of the lists of those that are left.
 KETypeCache::~KETypeCache() = default;
@@ -41,8 +41,9 @@ KELib::KEMutex* KETypeCache::GetMutex() {
 }
 
 void KETypeCache::CreateDataCache(KEString& typeName) {
-  const std::unique_lock<std::shared_mutex> lock(*mapLock);
+  const std::unique_lock<std::shared_mutex> lock(table->lock);
   if (typeName.Empty() || map.Contains(typeName)) return;
+  ++table->generation;
   const auto shell =
       std::find_if(shells.begin(), shells.end(), [&](Shell& s) { return s.name.Equals(typeName); });
   if (shell != shells.end()) {
@@ -57,7 +58,7 @@ void KETypeCache::CreateDataCache(KEString& typeName) {
 }
 
 KEDataCache* KETypeCache::GetDataCacheNoLock(KEString& typeName) {
-  const std::shared_lock<std::shared_mutex> lock(*mapLock);
+  const std::shared_lock<std::shared_mutex> lock(table->lock);
   KEDataCache** found = map.Get(typeName);
   return found != nullptr ? *found : nullptr;
 }
@@ -117,9 +118,10 @@ void KETypeCache::Clear() {
 }
 
 void KETypeCache::Unlink(KEString& typeName) {
-  const std::unique_lock<std::shared_mutex> lock(*mapLock);
+  const std::unique_lock<std::shared_mutex> lock(table->lock);
   KEDataCache** found = map.Get(typeName);
   if (found == nullptr) return;
+  ++table->generation;
   shells.reserve(shells.size() + 1);
   Shell shell{KEString(typeName), nullptr};
   shell.cache.reset(*found);
@@ -131,7 +133,7 @@ void KETypeCache::Unlink(KEString& typeName) {
 std::vector<KETypeCache::Named> KETypeCache::ListInLockOrder() {
   std::vector<Named> all;
   {
-    const std::unique_lock<std::shared_mutex> lock(*mapLock);  // iterators register with the map
+    const std::unique_lock<std::shared_mutex> lock(table->lock);  // iterators register with the map
     for (auto it = map.Begin(); !it.End(); ++it) all.push_back({it->key, it->value});
   }
   std::sort(all.begin(), all.end(), [](const Named& a, const Named& b) {

@@ -12,6 +12,7 @@
 #ifndef KECPP_INSTANCE_KETYPECACHE_H
 #define KECPP_INSTANCE_KETYPECACHE_H
 
+#include <atomic>
 #include <memory>
 #include <shared_mutex>
 #include <vector>
@@ -61,7 +62,19 @@ class KECPP_API KETypeCache : public KECache {
   // Every data cache, in the order in which their mutexes are taken.
   std::vector<KEDataCache*> InLockOrder();
 
+  // The type's data cache. Throws SystemException as GetVal.
+  KEDataCache& Existing(KELib::KEString& typeName);
+
+  // A number that changes whenever a data cache is made or unlinked: who remembers what
+  // GetDataCache returned looks it up again then. Safe from any thread.
+  unsigned int Generation() const { return table->generation.load(std::memory_order_acquire); }
+
  private:
+  struct Table {
+    std::shared_mutex lock;  // a leaf
+    std::atomic<unsigned int> generation{0};
+  };
+
   struct Shell {
     KELib::KEString name;
     std::unique_ptr<KEDataCache> cache;
@@ -72,14 +85,13 @@ class KECPP_API KETypeCache : public KECache {
     KEDataCache* cache;
   };
 
-  KEDataCache& Existing(KELib::KEString& typeName);
   void Unlink(KELib::KEString& typeName);
   std::vector<Named> ListInLockOrder();
 
-  KELib::KEHashmap<KELib::KEString, KEDataCache*> map;  // guarded by `mapLock`
+  KELib::KEHashmap<KELib::KEString, KEDataCache*> map;  // guarded by `table->lock`
   std::unique_ptr<KELib::KEMutex> mutex;
-  std::unique_ptr<std::shared_mutex> mapLock;  // a leaf
-  std::vector<Shell> shells;                   // unlinked data caches; guarded by `mapLock`
+  std::unique_ptr<Table> table;
+  std::vector<Shell> shells;  // unlinked data caches; guarded by `table->lock`
 };
 
 }  // namespace KE::Instance

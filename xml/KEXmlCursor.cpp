@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "xml/KEXmlCursor.h"
 
+#include <initializer_list>
+
 #include "xml/KEXmlReader.h"
 #include "xml/XmlConstants.h"
 #include "xml/XmlException.h"
@@ -15,15 +17,19 @@ constexpr int kElementName = 2, kAttribute = 4, kElementEnded = 13;
 constexpr char kSectionStart[] = "<![CDATA[";
 constexpr std::size_t kSectionStartLength = sizeof(kSectionStart) - 1;
 
-[[noreturn]] void ThrowMalformed() { throw XmlException(ERR_BAD_ELEM); }
+// The characters that end a name, by their codes; the NUL behind the text among them.
+struct NameEnds {
+  bool ends[256] = {};
+  constexpr NameEnds() {
+    for (const char c : {' ', '\n', '\r', '\t', '>', '/', '=', '<', '\0'}) {
+      ends[static_cast<unsigned char>(c)] = true;
+    }
+  }
+};
+constexpr NameEnds kNameEnds;
 
-bool IsBlank(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }
-
-bool EndsName(char c) { return IsBlank(c) || c == '>' || c == '/' || c == '=' || c == '<'; }
-
-const char* SkipBlanks(const char* from, const char* end) {
-  while (from < end && IsBlank(*from)) ++from;
-  return from;
+[[noreturn]] void ThrowMalformed() {
+  throw XmlException(ERR_BAD_ELEM);
 }
 
 }  // namespace
@@ -39,8 +45,25 @@ void KEXmlCursor::MoveReader() const {
   reader.MoveTo(static_cast<unsigned int>(at - begin), kElementEnded);
 }
 
-const char* KEXmlCursor::Find(char c, const char* from) const {
-  return static_cast<const char*>(std::memchr(from, c, static_cast<std::size_t>(end - from)));
+// The ">" of the start tag behind whose name `from` stands; null where the name goes on, for an
+// empty-element tag and for a tag without end. Attributes repeat: those of the last tag are passed
+// by comparing them.
+const char* KEXmlCursor::PlainTagEnd(const char* from) {
+  if (tagRest.length > 0 && static_cast<std::size_t>(end - from) >= tagRest.length &&
+      std::memcmp(from, tagRest.text, tagRest.length) == 0) {
+    return from + tagRest.length - 1;
+  }
+  const char* stop = from;
+  if (!IsBlank(*stop)) return nullptr;
+  for (; *stop != '>'; ++stop) {
+    if (stop >= end) return nullptr;
+    if (*stop != '"' && *stop != '\'') continue;
+    stop = Find(*stop, stop + 1);
+    if (stop == nullptr) return nullptr;
+  }
+  if (stop[-1] == '/') return nullptr;
+  tagRest = {from, static_cast<unsigned int>(stop + 1 - from)};
+  return stop;
 }
 
 // The ">" of the tag that `from` stands in; one inside an attribute's value does not count.
@@ -77,14 +100,14 @@ const char* KEXmlCursor::SkipMarkup(const char* from) const {
 
 XmlSlice KEXmlCursor::NameAt(const char* from) const {
   const char* stop = from;
-  while (stop < end && !EndsName(*stop)) ++stop;
+  while (!kNameEnds.ends[static_cast<unsigned char>(*stop)]) ++stop;
   if (stop == from || stop >= end) ThrowMalformed();
   return {from, static_cast<unsigned int>(stop - from)};
 }
 
 bool KEXmlCursor::NextChild(XmlSlice& name) {
   for (;;) {
-    at = at < end ? Find('<', at) : nullptr;
+    if (*at != '<') at = Find('<', at);
     if (at == nullptr) {
       at = end;
       return false;
@@ -101,13 +124,13 @@ bool KEXmlCursor::NextChild(XmlSlice& name) {
 }
 
 bool KEXmlCursor::NextAttribute(XmlSlice& name, XmlSlice& value) {
-  at = SkipBlanks(at, end);
+  at = SkipBlanks(at);
   if (at >= end) ThrowMalformed();
   if (*at == '>' || *at == '/') return false;
   const XmlSlice found = NameAt(at);
-  const char* quote = SkipBlanks(found.text + found.length, end);
+  const char* quote = SkipBlanks(found.text + found.length);
   if (quote >= end || *quote != '=') ThrowMalformed();
-  quote = SkipBlanks(quote + 1, end);
+  quote = SkipBlanks(quote + 1);
   if (quote >= end || (*quote != '"' && *quote != '\'')) ThrowMalformed();
   const char* stop = Find(*quote, quote + 1);
   if (stop == nullptr) ThrowMalformed();
@@ -181,7 +204,7 @@ XmlSlice KEXmlCursor::Text(const XmlSlice& name, KEStringBuffer& joined) {
   XmlSlice whole;
   if (!Enter()) return whole;
   do {
-    if (whole.length == 0) at = SkipBlanks(at, end);
+    if (whole.length == 0) at = SkipBlanks(at);
   } while (!TextPiece(joined, whole));
   XmlSlice ended;
   if (!PassEndTag(ended) || !ended.Is(name.text, name.length)) ThrowMalformed();
@@ -213,7 +236,7 @@ bool KEXmlCursor::HasChildElements() const {
   KEXmlCursor ahead(*this);
   if (!ahead.Enter()) return false;
   for (;;) {
-    ahead.at = SkipBlanks(ahead.at, end);
+    ahead.at = SkipBlanks(ahead.at);
     if (end - ahead.at < 2 || *ahead.at != '<' || ahead.at[1] == '/') return false;
     if (ahead.at[1] != '!' && ahead.at[1] != '?') return true;
     if (ahead.IsSection(ahead.at)) return false;

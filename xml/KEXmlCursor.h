@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A structural walk over the text of a KEXmlReader: child by child, never past the element it is in.
+// A structural walk over the text of a KEXmlReader: child by child, never past the element it is
+// in.
 //
 // The reader's own searches look for a name anywhere behind the cursor. Where an element may be
 // absent such a search would find the next object's; and it would cost the rest of the document.
@@ -39,6 +40,20 @@ struct XmlSlice {
     return length >= n && std::memcmp(text, prefix, n) == 0;
   }
   void CopyTo(KEString& out) const { out.AssignExact(text, length); }
+
+  // The same into the block that `out` has, which is known to hold `room` characters; a new one,
+  // and its room, when that is too small. For texts that come and go.
+  void CopyTo(KEString& out, unsigned int& room) const {
+    if (length == 0) {
+      out.Clear();
+    } else if (length > room) {
+      out.AssignExact(text, length);
+      room = length;
+    } else {
+      std::memcpy(out.Str(), text, length);
+      out.Str()[length] = '\0';
+    }
+  }
 };
 
 class KECPP_API KEXmlCursor {
@@ -61,6 +76,15 @@ class KECPP_API KEXmlCursor {
 
   // Passes the rest of the content of the element `name` that was entered, and its end tag.
   void Leave(const XmlSlice& name);
+  template <std::size_t N>
+  void Leave(const char (&name)[N]) {
+    if (end - at > static_cast<std::ptrdiff_t>(N) + 1 && at[0] == '<' && at[1] == '/' &&
+        std::memcmp(at + 2, name, N - 1) == 0 && at[N + 1] == '>') {
+      at += N + 2;
+    } else {
+      Leave(XmlSlice{name, N - 1});
+    }
+  }
 
   // Passes the rest of the content of the element `name` that was entered, up to its end tag.
   void LeaveContent(const XmlSlice& name);
@@ -77,6 +101,48 @@ class KECPP_API KEXmlCursor {
   // True when the element whose start tag the cursor stands in has child elements. Does not move.
   bool HasChildElements() const;
 
+  // --- short cuts for what stands in its plainest form, as servers write nearly everything
+  // ---------
+  //
+  // They give what the general operations above would give. Where another form stands they return
+  // false, and nothing has moved: take the general operations then.
+
+  // Passes the tag `markup`, which stands at the cursor or behind blanks, such as "<op>".
+  template <std::size_t N>
+  bool PassTag(const char (&markup)[N]) {
+    const char* const from = SkipBlanks(at);
+    if (!StandsAt(from, markup)) return false;
+    at = from + N - 1;
+    inTag = false;
+    return true;
+  }
+
+  // Takes the text of an element that stands at the cursor or behind blanks and has its text in one
+  // piece, and passes the element. `open` is the begin of its start tag, such as "<op", which may
+  // have attributes; `close` its end tag.
+  template <std::size_t N, std::size_t M>
+  bool TakeText(const char (&open)[N], const char (&close)[M], XmlSlice& text) {
+    const char* from = SkipBlanks(at);
+    if (!StandsAt(from, open)) return false;
+    from += N - 1;
+    if (*from != '>') from = PlainTagEnd(from);
+    return from != nullptr && TakeContent(from + 1, close, text);
+  }
+
+  // The same for an element with one attribute, whose value is taken as well: `open` goes up to the
+  // opening quote, such as "<obj type=\"".
+  template <std::size_t N, std::size_t M>
+  bool TakeText(const char (&open)[N], const char (&close)[M], XmlSlice& attribute,
+                XmlSlice& text) {
+    const char* from = SkipBlanks(at);
+    if (!StandsAt(from, open)) return false;
+    from += N - 1;
+    const char* const quote = Find(from[-1], from);
+    if (quote == nullptr || quote[1] != '>' || !TakeContent(quote + 2, close, text)) return false;
+    attribute = {from, static_cast<unsigned int>(quote - from)};
+    return true;
+  }
+
   // Moves past an enclosing element's end tag when the cursor stands on one; `name` is its name.
   bool PassEndTag(XmlSlice& name);
 
@@ -90,7 +156,35 @@ class KECPP_API KEXmlCursor {
   void MoveReader() const;
 
  private:
-  const char* Find(char c, const char* from) const;
+  static bool IsBlank(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }
+
+  // The text is followed by a NUL, which is no blank.
+  static const char* SkipBlanks(const char* from) {
+    while (IsBlank(*from)) ++from;
+    return from;
+  }
+
+  template <std::size_t N>
+  bool StandsAt(const char* from, const char (&markup)[N]) const {
+    return static_cast<std::size_t>(end - from) >= N - 1 && std::memcmp(from, markup, N - 1) == 0;
+  }
+
+  const char* Find(char c, const char* from) const {
+    return static_cast<const char*>(std::memchr(from, c, static_cast<std::size_t>(end - from)));
+  }
+
+  template <std::size_t M>
+  bool TakeContent(const char* from, const char (&close)[M], XmlSlice& text) {
+    from = SkipBlanks(from);
+    const char* const stop = Find('<', from);
+    if (stop == nullptr || !StandsAt(stop, close)) return false;
+    text = {from, static_cast<unsigned int>(stop - from)};
+    at = stop + M - 1;
+    inTag = false;
+    return true;
+  }
+
+  const char* PlainTagEnd(const char* from);
   const char* FindTagEnd(const char* from) const;
   const char* SkipMarkup(const char* from) const;
   XmlSlice NameAt(const char* from) const;
@@ -103,6 +197,7 @@ class KECPP_API KEXmlCursor {
   const char* end;
   const char* at;
   bool inTag;
+  XmlSlice tagRest;  // of the last start tag that had attributes: what stood behind its name
 };
 
 }  // namespace KELib::Xml

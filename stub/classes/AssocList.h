@@ -16,6 +16,7 @@
 
 #include "foundation/KEVector.h"
 #include "stub/base/KEAssocStubBase.h"
+#include "stub/base/StubCast.h"
 
 namespace KE::Stub {
 
@@ -41,7 +42,7 @@ void EmptyMemberSlot(AssocList& list, KELib::Stub::KEAssocStubBase* link);
 template <typename Link>
 void TellPlaces(AssocVector& list) {
   for (unsigned int i = 0; i < list.Count(); ++i) {
-    if (auto* link = dynamic_cast<Link*>(list[i])) link->originIndex = i;
+    if (auto* link = KELib::Stub::StubCast<Link>(list[i])) link->originIndex = i;
   }
 }
 
@@ -77,7 +78,7 @@ void DropLinks(AssocList& own, EmptyPartnerSlot emptyPartnerSlot) {
   if (own == nullptr) return;
   const unsigned int count = own->Count();
   for (unsigned int i = 0; i < count; ++i) {
-    auto* link = dynamic_cast<Link*>(own->Get(i));
+    auto* link = KELib::Stub::StubCast<Link>(own->Get(i));
     if (link == nullptr) continue;
     emptyPartnerSlot(link);
     own->Get(i) = nullptr;

@@ -94,6 +94,51 @@ TEST(KEXmlCursor, JoinsTheTextOfOneElement) {
   for (const auto& c : cases) EXPECT_EQ(c.value, TextOf(c.text)) << c.text;
 }
 
+// A short cut takes what the general operations would have taken, or nothing.
+TEST(KEXmlCursor, ShortCutsAgreeWithTheLongWay) {
+  const struct {
+    const char* text;
+    bool taken;
+  } cases[] = {{" \n<v>\r\n 1 &lt; 2 </v><w/>", true},
+               {"<v></v>", true},
+               {"<v a='>' b=\"'/\">1</v>", true},
+               {"<v a = ''\n>1</v>", true},
+               {"<v a='x'>1</v>", true},
+               {"<v a='x' />", false},
+               {"<v/>", false},
+               {"<va>1</va>", false},
+               {"<v>1</va>", false},
+               {"<v>1</v >", false},
+               {"<v>1<!-- --></v>", false},
+               {"<v><u/>1</v>", false},
+               {"text<v>1</v>", false},
+               {"<v a='x>1</v>", false},
+               {"<v a", false},
+               {"<v>1", false},
+               {"<", false},
+               {"", false}};
+  for (const auto& c : cases) {
+    KEXmlReader reader = ReaderOf(c.text);
+    KEXmlCursor quick(reader), general(reader);
+    XmlSlice taken, name;
+    EXPECT_EQ(c.taken, quick.TakeText("<v", "</v>", taken)) << c.text;
+    if (c.taken) {
+      KEStringBuffer joined;
+      ASSERT_TRUE(general.NextChild(name));
+      EXPECT_EQ(Copy(general.Text(name, joined)), Copy(taken)) << c.text;
+    }
+    EXPECT_EQ(general.Position(), quick.Position()) << c.text;
+  }
+  KEXmlReader reader = ReaderOf("<s><v a='1>'>x</v><v a='2' b=''>y</v></s>");
+  KEXmlCursor cursor(reader);
+  XmlSlice attribute, text;
+  EXPECT_FALSE(cursor.PassTag("<v>"));
+  EXPECT_TRUE(cursor.PassTag("<s>"));
+  EXPECT_TRUE(cursor.TakeText("<v a='", "</v>", attribute, text));
+  EXPECT_EQ("1> x", Copy(attribute) + " " + Copy(text));
+  EXPECT_FALSE(cursor.TakeText("<v a='", "</v>", attribute, text));
+}
+
 TEST(KEXmlCursor, LooksAheadForChildElements) {
   const std::pair<const char*, bool> cases[] = {{"<a k='/'> <b/></a>", true},
                                                 {"<a>\n<!-- c --><?p?><b></b></a>", true},
