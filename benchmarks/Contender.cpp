@@ -6,6 +6,7 @@ namespace bench {
 std::unique_ptr<Contender> MakeLibraryContender();
 std::unique_ptr<Contender> MakePugixmlContender();
 std::unique_ptr<Contender> MakeRapidxmlContender();
+std::unique_ptr<Contender> MakeBareContender();
 #ifdef KECPP_BENCH_LIBXML2
 std::unique_ptr<Contender> MakeLibxmlSaxContender();
 std::unique_ptr<Contender> MakeLibxmlReaderContender();
@@ -24,7 +25,7 @@ const struct {
   std::unique_ptr<Contender> (*make)();
 } kContenders[] = {
     {"kecpp", MakeLibraryContender},         {"pugixml", MakePugixmlContender},
-    {"rapidxml", MakeRapidxmlContender},
+    {"rapidxml", MakeRapidxmlContender},     {"bare", MakeBareContender},
 #ifdef KECPP_BENCH_LIBXML2
     {"libxml2-sax", MakeLibxmlSaxContender}, {"xmlTextReader", MakeLibxmlReaderContender},
 #endif

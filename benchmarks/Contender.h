@@ -22,6 +22,9 @@ class Contender {
  public:
   virtual ~Contender() = default;
 
+  // Is shown the first set before the clock starts.
+  virtual void Prepare(const Text&) {}
+
   // Applies an update set, which is used up: it is parsed where it stands if the component can do
   // that, and freed.
   virtual void Apply(Text text) = 0;

@@ -11,7 +11,9 @@ namespace {
 
 const char* const kStrings = "xsi:type=\"xsd:string\"";
 const char* const kHead =
-    "<returnval><version>17</version><filterSet><filter type=\"PropertyFilter\">";
+    "<returnval "
+    "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"><version>17</"
+    "version><filterSet><filter type=\"PropertyFilter\">";
 const char* const kTail = "</filterSet></returnval>";
 
 std::uint64_t Mix(std::uint64_t x) {

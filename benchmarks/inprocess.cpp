@@ -42,12 +42,15 @@ void Fill(bench::Contender& contender, const bench::Inventory& inventory) {
   const std::size_t heapBefore = bench::HeapInUse();
   const std::size_t residentBefore = bench::Resident::Read().now;
   bench::Text text = bench::FirstSet(inventory);
+  contender.Prepare(text);
   const std::size_t length = text.length;
   const Clocks took = Time([&] { contender.Apply(std::move(text)); });
   const std::size_t store = bench::HeapInUse() - heapBefore;
   const std::size_t peak = bench::Resident::Read().peak - residentBefore;
   Print("fill", took, inventory.machines);
   std::printf(", \"text\": %zu, \"store\": %zu, \"peak\": %zu", length, store, peak);
+  std::printf(", \"heap\": %.1f, \"beside\": %.1f", static_cast<double>(store) / inventory.machines,
+              (static_cast<double>(peak) - static_cast<double>(length)) / inventory.machines);
 }
 
 // The machines follow each other in an order that the processor cannot guess.
@@ -77,6 +80,7 @@ void Run(const char* name, bench::Contender& contender, const bench::Inventory& 
               static_cast<unsigned long long>(contender.Checksum()));
   Print("drop", Time([&] { contender.Drop(); }), inventory.machines);
   bench::Text text = bench::FirstSet(inventory);
+  contender.Prepare(text);
   Print("refill", Time([&] { contender.Apply(std::move(text)); }), inventory.machines);
   std::printf(", \"refilled\": \"%016llx\"}\n",
               static_cast<unsigned long long>(contender.Checksum()));

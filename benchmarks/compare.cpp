@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: MIT
+//
+// Runs the whole comparison and writes it down: results.json, table.md, goals.md and fill.dat in
+// the folder that is given.
+//
+// Usage: kecpp-bench-compare OUTPUT PROGRAMS64 [PROGRAMS32] [--full | --quick]
+//   PROGRAMS64, PROGRAMS32   the folders with the measuring programs of either word size
+//   --full                   nine rounds for every peer; one of a minute for "idle"
+//   --quick                  one round: whether everything runs
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "benchmarks/Report.h"
+#include "benchmarks/Rounds.h"
+
+namespace {
+
+using bench::Rounds;
+using bench::RunName;
+
+const std::vector<unsigned int> kSizes = {1000, 10000, 100000};
+const std::vector<std::string> kFirst = {"kecpp", "pugixml", "rapidxml"};
+const std::vector<std::string> kOthers = {"libxml2-sax", "xmlTextReader", "expat"};
+const std::vector<std::string> kAll = {"kecpp", "pugixml",       "rapidxml", "libxml2-sax",
+                                       "expat", "xmlTextReader", "bare"};
+
+struct Options {
+  std::string output;
+  std::vector<std::string> programs;  // 64-bit, 32-bit
+  unsigned int rounds = 9;
+  unsigned int otherRounds = 3;
+  unsigned int idleSeconds = 10;
+};
+
+std::string InProcess(const std::string& folder, const std::string& contender, unsigned int size) {
+  return folder + "/kecpp-bench-inprocess " + contender + " " + std::to_string(size);
+}
+
+void AddWordSize(Rounds& rounds, const Options& options, unsigned int bits) {
+  const std::string& folder = options.programs[bits == 64 ? 0 : 1];
+  for (unsigned int size : kSizes) {
+    for (const std::string& contender : kFirst) {
+      rounds.Add(RunName(contender, bits, size), InProcess(folder, contender, size),
+                 options.rounds);
+    }
+    if (bits != 64) continue;
+    rounds.Add(RunName("bare", bits, size), InProcess(folder, "bare", size), options.rounds);
+    for (const std::string& contender : kOthers) {
+      rounds.Add(RunName(contender, bits, size), InProcess(folder, contender, size),
+                 options.otherRounds);
+    }
+  }
+}
+
+void AddOneHost(Rounds& rounds, const Options& options) {
+  const std::string variant = " on one host";
+  for (const char* contender : {"kecpp", "bare"}) {
+    for (unsigned int size : {1000U, 100000U}) {
+      rounds.Add(RunName(contender, 64, size, variant),
+                 InProcess(options.programs[0], contender, size) + " " + std::to_string(size),
+                 options.rounds);
+    }
+  }
+}
+
+// Contenders that do not hold the same after the same sets have not done the same work.
+void CheckAgreement(const Rounds& rounds, const Options& options) {
+  for (unsigned int bits : {64U, 32U}) {
+    if (bits == 32 && options.programs.size() < 2) continue;
+    for (unsigned int size : kSizes) {
+      std::vector<std::string> names;
+      for (const std::string& contender : kAll) {
+        const std::string name = RunName(contender, bits, size);
+        if (contender != "bare" && rounds.Has(name)) names.push_back(name);
+      }
+      for (const char* sum : {"/checksum", "/changed", "/refilled"}) rounds.Agreed(names, sum);
+    }
+  }
+}
+
+void Write(const Options& options, const char* name, const std::string& text) {
+  std::ofstream file(options.output + "/" + name);
+  file << text;
+}
+
+void WriteAll(const Rounds& rounds, const Options& options) {
+  const bench::Report report(rounds);
+  std::string tables =
+      "64-bit, microseconds of processor time, medians:\n\n" + report.Tables(64, kAll, kSizes);
+  if (options.programs.size() > 1) {
+    tables += "32-bit:\n\n" + report.Tables(32, kFirst, kSizes);
+  }
+  const std::vector<bench::Goal> goals = report.Goals();
+  Write(options, "table.md", tables);
+  Write(options, "goals.md", GoalTable(goals));
+  Write(options, "fill.dat", report.ChartData(64, kAll, kSizes));
+  bench::Json json;
+  json["runs"] = rounds.All();
+  for (const bench::Goal& goal : goals) {
+    json["goals"].push_back({{"goal", goal.what},
+                             {"bound", goal.bound},
+                             {"measured", goal.value},
+                             {"met", goal.Met()}});
+  }
+  Write(options, "results.json", json.dump(1) + "\n");
+  std::printf("%s\n%s", tables.c_str(), GoalTable(goals).c_str());
+}
+
+bool Read(int argc, char** argv, Options& options) {
+  for (int i = 1; i < argc; ++i) {
+    if (std::strcmp(argv[i], "--full") == 0) {
+      options.otherRounds = options.rounds;
+      options.idleSeconds = 60;
+    } else if (std::strcmp(argv[i], "--quick") == 0) {
+      options.rounds = options.otherRounds = options.idleSeconds = 1;
+    } else if (options.output.empty()) {
+      options.output = argv[i];
+    } else {
+      options.programs.emplace_back(argv[i]);
+    }
+  }
+  return !options.programs.empty();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Options options;
+  if (!Read(argc, argv, options)) {
+    std::fprintf(stderr, "Usage: %s OUTPUT PROGRAMS64 [PROGRAMS32] [--full | --quick]\n", argv[0]);
+    return 2;
+  }
+  try {
+    Rounds rounds;
+    AddWordSize(rounds, options, 64);
+    if (options.programs.size() > 1) AddWordSize(rounds, options, 32);
+    AddOneHost(rounds, options);
+    const std::string path = options.programs[0] + "/kecpp-bench-path ";
+    for (const char* workload : {"wire", "latency", "readers"}) {
+      rounds.Add(workload, path + workload, options.rounds);
+    }
+    rounds.Add("idle", path + "idle " + std::to_string(options.idleSeconds), 1);
+    rounds.Run();
+    CheckAgreement(rounds, options);
+    WriteAll(rounds, options);
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "%s\n", e.what());
+    return 1;
+  }
+  return 0;
+}
