@@ -112,9 +112,7 @@ json Count(Controlled& controlled) {
 }
 
 json Restart(Controlled& controlled, const json& order) {
-  controlled.writePid(std::to_string(order.value("pid", 4711)));
-  controlled.server.EndConnections();
-  controlled.daemon.LoseSessions();
+  controlled.restarts.Restart(std::to_string(order.value("pid", 4711)));
   return json::object();
 }
 

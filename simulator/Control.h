@@ -12,6 +12,7 @@
 #include "simulator/Daemon.h"
 #include "simulator/Faults.h"
 #include "simulator/HttpServer.h"
+#include "simulator/Restarts.h"
 #include "simulator/Statistics.h"
 
 namespace sim {
@@ -23,7 +24,7 @@ struct Controlled {
   Faults& faults;
   Statistics& statistics;
   HttpServer& server;
-  std::function<void(const std::string& pid)> writePid;
+  Restarts& restarts;
   std::function<void()> quit;  // called when the answer is on its way
 };
 

@@ -76,6 +76,7 @@ void Endpoint::Post(const httplib::Request& request, httplib::Response& response
     ReadCall(request.body, call);
     statistics.CountCall(call.method);
     spoil = faults.Take(call.method, order);
+    if (spoil) misbehaviour.Strike(order);
     answer = CarryOut(call, cookie, spoil ? &order : nullptr);
   } catch (const Fault& fault) {
     statistics.CountFault(call.method + ": " + fault.text);

@@ -15,7 +15,8 @@ const std::map<std::string, bool>& Kinds() {
       {"soap-fault", false},   {"huge", false},         {"soap-fault-no-detail", false},
       {"lost-reply", true},    {"close-middle", true},  {"truncate-wrong-length", true},
       {"truncate", true},      {"wrong-prefix", true},  {"no-body", true},
-      {"malformed-set", true}, {"drip", true}};
+      {"malformed-set", true}, {"drip", true},          {"session-lost", true},
+      {"restart", false},      {"pid-gone", false}};
   return kinds;
 }
 

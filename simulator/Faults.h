@@ -18,8 +18,11 @@ namespace sim {
 //   hang          nothing happens for `delayMs` (ten minutes), then the connection is closed
 //   garbage, empty, http500  an answer of 200 that is no XML, or nothing; a page of HTML
 //   soap-fault    the fault `fault`; soap-fault-no-detail the same without the detail
+//   restart       as another process: the process-id file changes, sessions and connections end
+//   pid-gone      the process-id file is removed and the connection closed
 //   huge          an answer of 100 MB without line ends
 // The call is carried out:
+//   session-lost  after every session has ended
 //   lost-reply    the connection is closed before the answer
 //   close-middle  the connection is reset in the middle of the answer
 //   truncate-wrong-length  it is closed there, though the head announces the whole answer

@@ -11,13 +11,15 @@ const char* const kXmlContent = "text/xml; charset=utf-8";
 
 namespace {
 
+const char kOtherPid[] = "4711";
 constexpr unsigned int kRefuseMs = 1000;
 constexpr unsigned int kHangMs = 600000;
 constexpr std::size_t kHuge = 100 * 1000 * 1000;
 
 bool ConcernsConnection(const std::string& kind) {
   return kind == "refuse" || kind == "close-before" || kind == "hang" || kind == "lost-reply" ||
-         kind == "close-middle" || kind == "truncate-wrong-length" || kind == "drip";
+         kind == "close-middle" || kind == "truncate-wrong-length" || kind == "drip" ||
+         kind == "restart" || kind == "pid-gone";
 }
 
 std::string HeadFor(const std::string& answer) {
@@ -41,6 +43,12 @@ void ReplaceAll(std::string& text, const std::string& from, const std::string& t
 }
 
 }  // namespace
+
+void Misbehaviour::Strike(const FaultOrder& order) {
+  if (order.kind == "session-lost") restarts.LoseSessions();
+  if (order.kind == "restart") restarts.Restart(kOtherPid);
+  if (order.kind == "pid-gone") restarts.RemovePid();
+}
 
 void Misbehaviour::Spoil(const FaultOrder& order, std::string answer, httplib::Response& response) {
   if (ConcernsConnection(order.kind)) {

@@ -13,6 +13,7 @@
 #include "simulator/Connection.h"
 #include "simulator/Faults.h"
 #include "simulator/HttpServer.h"
+#include "simulator/Restarts.h"
 
 namespace sim {
 
@@ -20,7 +21,10 @@ extern const char* const kXmlContent;  // the content type of right answers
 
 class Misbehaviour {
  public:
-  explicit Misbehaviour(HttpServer& http) : server(http) {}
+  Misbehaviour(HttpServer& http, Restarts& process) : server(http), restarts(process) {}
+
+  // What happens to the daemon before a call is looked at.
+  void Strike(const FaultOrder& order);
 
   // Spoils what would have been `answer`: changes the response or does away with the connection
   // that the calling thread serves.
@@ -36,6 +40,7 @@ class Misbehaviour {
   bool Pause(unsigned int milliseconds);  // false when the daemon is going down
 
   HttpServer& server;
+  Restarts& restarts;
   std::mutex mutex;
   std::condition_variable woken;
   bool shutdown = false;

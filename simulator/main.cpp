@@ -7,7 +7,6 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
-#include <fstream>
 
 #include "simulator/Certificate.h"
 #include "simulator/Churn.h"
@@ -17,6 +16,7 @@
 #include "simulator/HttpServer.h"
 #include "simulator/Inventory.h"
 #include "simulator/Misbehaviour.h"
+#include "simulator/Restarts.h"
 
 namespace {
 
@@ -47,13 +47,6 @@ void Declare(Options& options, CLI::App& app) {
   app.add_option("--max-objects", options.daemon.maxObjects, "Objects per answer; 0: no limit");
 }
 
-void WritePid(const std::string& path, const std::string& pid) {
-  if (path.empty()) return;
-  const std::string fresh = path + ".new";
-  std::ofstream(fresh) << pid << "\n";
-  std::rename(fresh.c_str(), path.c_str());  // readers see one whole text or the other
-}
-
 sigset_t EndingSignals() {
   sigset_t signals;
   sigemptyset(&signals);
@@ -77,22 +70,17 @@ void Serve(const Options& options) {
   sim::Statistics statistics;
   sim::HttpServer server(options.https ? sim::MakeTlsContext()
                                        : sim::TlsContext(nullptr, &SSL_CTX_free));
-  sim::Misbehaviour misbehaviour(server);
+  sim::Restarts restarts(server, daemon, options.pidFile);
+  sim::Misbehaviour misbehaviour(server, restarts);
   sim::Endpoint endpoint(daemon, faults, misbehaviour, statistics);
   endpoint.AddTo(server);
-  sim::Controlled controlled{inventory,
-                             daemon,
-                             churn,
-                             faults,
-                             statistics,
-                             server,
-                             [&](const std::string& pid) { WritePid(options.pidFile, pid); },
-                             [] { kill(getpid(), SIGTERM); }};
+  sim::Controlled controlled{inventory,  daemon, churn,    faults,
+                             statistics, server, restarts, [] { kill(getpid(), SIGTERM); }};
   sim::AddControls(controlled);
 
   const int port = server.Bind(options.port);
   server.Start();
-  WritePid(options.pidFile, std::to_string(getpid()));
+  restarts.WritePid(std::to_string(getpid()));
   std::printf("listening on %s://127.0.0.1:%d/sdk/pxaService\n", options.https ? "https" : "http",
               port);
   std::fflush(stdout);
@@ -102,7 +90,7 @@ void Serve(const Options& options) {
   daemon.Shutdown();
   misbehaviour.Shutdown();
   server.Stop();
-  if (!options.pidFile.empty()) std::remove(options.pidFile.c_str());
+  restarts.RemovePid();
 }
 
 }  // namespace
