@@ -129,7 +129,7 @@ void KEDataSyncImpl::RequestStop() {
 void KEDataSyncImpl::SendCancel() {
   constexpr int kCancelLimitMs = 500;
   const KELib::Http::HandleWait limits(kCancelLimitMs, nullptr, kCancelLimitMs);
-  RestartDataSync();
+  if (!CancelWait(!cancelFailureTold)) cancelFailureTold = true;
 }
 
 bool KEDataSyncImpl::End() {
@@ -221,6 +221,7 @@ void KEDataSyncImpl::ReviveAfterStop() {
     started = false;
     initialCycleDone = false;
     failuresInARow = cancelsInARow = 0;
+    cancelFailureTold = false;
     stopRequested = false;
   }
 }
@@ -280,7 +281,7 @@ ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* ro
     if (sections.hasPropertySet) filter = CreatePropFilter(root, list, waiter);
     if (!sections.methods.empty()) {
       methods = RegisterMethods(root, sections, filter == nullptr ? waiter : nullptr, newMethods);
-      PropMethodToCache();
+      RunMethodsAtSetup();
     }
     if (filter != nullptr && waiter != nullptr && sections.IsTaskWatch()) {
       blocked = BlockOnTask(*filter, stopsBefore);

@@ -186,6 +186,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   void ForgetEverythingNoLock() KECPP_REQUIRES(mutex);
   void ForgetWatchesNoLock() KECPP_REQUIRES(mutex);
   void SendCancel();
+  bool CancelWait(bool tellFailure);
   void InterruptTransfers(bool interrupt);
 
   // watches
@@ -208,6 +209,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   // methods
   struct MethodCall;
   std::vector<MethodCall> CallsToMake();
+  void RunMethodsAtSetup();
   void ApplyMethodAnswer(MethodCall& call, KELib::KEString& response);
   void ReleaseMethodWaiters();
   MethodDataSyncInfo* FindMethodsNoLock(KE::Stub::ManagedObjectReference& ref)
@@ -267,6 +269,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   std::unique_ptr<RoleMemory> roles;               // guarded by `mutex`
   std::unique_ptr<StaleObjects> stale;             // of the thread that runs a cycle
   KE::Stub::ManagedObjectReference unknownFilter;  // of the thread that runs a cycle
+  std::atomic<bool> cancelFailureTold{false};      // a stop repeats its cancel, but says so once
   unsigned int failuresInARow = 0;      // of the thread that runs a cycle; for the back-off
   unsigned int cancelsInARow = 0;       // likewise
   Outcome lastOutcome = Outcome::good;  // of the thread that runs a cycle

@@ -121,6 +121,16 @@ void KEDataSyncImpl::PropMethodToCache() {
   if (applied) state->NoteApplied(!HasFilters());
 }
 
+void KEDataSyncImpl::RunMethodsAtSetup() {
+  try {
+    PropMethodToCache();
+  } catch (const KELib::Exception& e) {
+    KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE,
+                        "Exception Invoking property methods : %s", e.What());
+    throw;
+  }
+}
+
 void KEDataSyncImpl::ApplyMethodAnswer(MethodCall& call, KEString& response) {
   KELib::Xml::KEXmlReader reader(response, false, 0);
   UpdateInfo ui(ReturnVal, ReturnVal);

@@ -79,15 +79,25 @@ void KEDataSyncImpl::CheckDaemon() {
 }
 
 void KEDataSyncImpl::RestartDataSync() {
+  CancelWait(true);
+}
+
+bool KEDataSyncImpl::CancelWait(bool tellFailure) {
   try {
     KEString response;
     method->Invoke(targetNamespace, MethodCancelWaitForUpdates, propertyCollector->type.Cstr(),
                    propertyCollector->value.Cstr(), response);
+    return true;
   } catch (const KELib::Exception& e) {
-    Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Cancelling data sync : %s", e.What());
+    if (tellFailure) {
+      Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Cancelling data sync : %s", e.What());
+    }
   } catch (const std::exception& e) {
-    Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Cancelling data sync : %s", e.what());
+    if (tellFailure) {
+      Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Cancelling data sync : %s", e.what());
+    }
   }
+  return false;
 }
 
 // --- starting and leaving ------------------------------------------------------------------------

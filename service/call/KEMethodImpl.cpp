@@ -50,6 +50,12 @@ const FaultRule kFaultRules[] = {
     {"NoPermissionFault", ThrowCopy<KELib::NoPermissionException>, true},
 };
 
+// A fault without a type is thrown without a text, so what the server said would be lost.
+void LogUntypedFault(const KELib::Soap::SoapFaultInfo& info) {
+  KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE,
+                      "The server's fault has no type : %s", info.GetFaultString());
+}
+
 [[noreturn]] void ThrowMapped(const KELib::Soap::SoapException& e) {
   const KELib::Soap::SoapFaultInfo* info = e.GetFaultInfo();
   if (info != nullptr && info->GetSoapFaultDetail() != nullptr) {
@@ -60,6 +66,7 @@ const FaultRule kFaultRules[] = {
       rule.throwAs(e.What());
     }
   }
+  if (info != nullptr && *e.What() == '\0') LogUntypedFault(*info);
   ThrowCopy<KELib::SystemException>(e.What());
 }
 

@@ -61,7 +61,9 @@ bool KEServiceInstImpl::SetupService() {
   if (!serviceContent.Empty()) return true;
   try {
     method->Invoke(targetNamespace, methodName, svcInst, svcInst, serviceContent);
-  } catch (const KELib::Exception&) {
+  } catch (const KELib::Exception& e) {
+    KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE,
+                        "Unable to retrieve the service content : %s", e.What());
     serviceContent = "";
   }
   return !serviceContent.Empty();

@@ -44,6 +44,11 @@ bool IsRegularFile(const KEString& path) {
   return stat(path.Cstr(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
+// Why a call failed, ahead of the line that says what it means.
+void LogReason(const char* format, const KELib::Exception& e) {
+  KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE, format, e.What());
+}
+
 bool ReadPasswordFile(KEString& path, KEString& password) {
   std::unique_ptr<KELib::KEFile> file(KELib::CreateKEFile(path, KELib::FILE_IO_READ));
   KEString content;
@@ -125,7 +130,8 @@ bool KESessionImpl::SetupLocalLogin(KEString& user, KEString& password) {
   try {
     const KELib::Http::HandleWait limits(kHandleWaitMs, nullptr);
     method->Invoke(targetNamespace, MethodAcquireLocalTicket, body, response);
-  } catch (const KELib::Exception&) {
+  } catch (const KELib::Exception& e) {
+    LogReason("Exception Acquiring local ticket : %s", e);
     LogVerbose("Unable to get local ticket information\n");
     return false;
   }
@@ -180,7 +186,8 @@ void KESessionImpl::SendLogin(const KEString& userXml, const KEString& passwordX
     const KELib::Http::HandleWait limits(kHandleWaitMs, nullptr);
     method->Invoke(targetNamespace, MethodLogin, body, userSession);
     loggedIn = true;
-  } catch (const KELib::Exception&) {
+  } catch (const KELib::Exception& e) {
+    LogReason("Exception Logging in : %s", e);
     LogVerbose("Unable to Login - No UserSession received\n");
     userSession.Clear();
     loggedIn = false;
@@ -219,7 +226,8 @@ void KESessionImpl::Logout() {
     body.EndAddElementTag(MethodLogout);
     const KELib::Http::HandleWait limits(kHandleWaitMs, nullptr, kLogoutLimitMs);
     method->Invoke(targetNamespace, MethodLogout, body, userSession);
-  } catch (const KELib::Exception&) {
+  } catch (const KELib::Exception& e) {
+    LogReason("Exception Logging out : %s", e);
     LogVerbose("Unable to Logout - Error reported by server.\n");
     userSession.Clear();
   } catch (const std::exception&) {
