@@ -95,6 +95,20 @@ void AppendHost(std::string& out, const Inventory& inventory, unsigned int numbe
   out += "</objectSet>";
 }
 
+void AppendChange(std::string& out, unsigned int machine, unsigned int turn) {
+  AppendObjectStart(out, "modify", "VirtualMachine", MachineId(machine));
+  if (turn % 3 == 0) {
+    AppendProperty(out, "name", Format("renamed-server-%06u", turn), kStrings);
+  } else if (turn % 3 == 1) {
+    AppendProperty(out, "runtime.powerState", turn % 2 == 0 ? "poweredOn" : "suspended",
+                   "xsi:type=\"VirtualMachinePowerState\"");
+  } else {
+    AppendProperty(out, "guest.ipAddress", Format("192.168.%u.%u", turn >> 8 & 255, turn & 255),
+                   kStrings);
+  }
+  out += "</objectSet>";
+}
+
 // Calls `append` with a string for each piece of a set, twice: first to measure, then to write, so
 // that the text stands in a block that was never larger.
 template <typename Pieces>
@@ -142,18 +156,13 @@ Text FirstSet(const Inventory& inventory) {
 }
 
 Text ChangeSet(unsigned int machine, unsigned int turn) {
+  return ChangeSets(machine, 1, turn);
+}
+
+Text ChangeSets(unsigned int first, unsigned int count, unsigned int turn) {
   std::string set = std::string(kHead) + kFilter + "</filter>";
-  AppendObjectStart(set, "modify", "VirtualMachine", MachineId(machine));
-  if (turn % 3 == 0) {
-    AppendProperty(set, "name", Format("renamed-server-%06u", turn), kStrings);
-  } else if (turn % 3 == 1) {
-    AppendProperty(set, "runtime.powerState", turn % 2 == 0 ? "poweredOn" : "suspended",
-                   "xsi:type=\"VirtualMachinePowerState\"");
-  } else {
-    AppendProperty(set, "guest.ipAddress", Format("192.168.%u.%u", turn >> 8 & 255, turn & 255),
-                   kStrings);
-  }
-  set.append("</objectSet>").append(kTail);
+  for (unsigned int i = 0; i < count; ++i) AppendChange(set, first + i, turn + i);
+  set.append(kTail);
   return Write([&](auto emit) { emit(set); });
 }
 

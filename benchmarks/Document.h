@@ -40,6 +40,9 @@ Text FirstSet(const Inventory& inventory);
 // address in turn.
 Text ChangeSet(unsigned int machine, unsigned int turn);
 
+// The same of `count` machines from `first` on, each in an object set of its own.
+Text ChangeSets(unsigned int first, unsigned int count, unsigned int turn);
+
 }  // namespace bench
 
 #endif

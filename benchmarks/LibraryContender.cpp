@@ -1,13 +1,9 @@
 // SPDX-License-Identifier: MIT
-//
-// The library, from the text of a reply to the filled caches, by the operation that its sync thread
-// calls for every reply. The server in front of it hands out a filter and answers nothing else.
+#include "benchmarks/LibraryContender.h"
+
 #include "benchmarks/Checksum.h"
-#include "benchmarks/Contender.h"
 #include "datasync/DataSyncConstants.h"
-#include "datasync/KEDataSyncImpl.h"
 #include "foundation/KEMutexGuard.h"
-#include "service/call/KEMethod.h"
 #include "stub/base/KEStubRef.h"
 #include "stub/classes/ZORBEL_HostedDependency.h"
 #include "stub/classes/ZORBEL_ORXComputerSystem.h"
@@ -25,16 +21,8 @@ using KE::Stub::ZORBEL_ORXComputerSystem;
 using KE::Stub::ZORBEL_VMComputerSystem;
 using KELib::KEString;
 
-class FilterServer final : public KE::Service::KEMethod {
- public:
-  using KEMethod::Invoke;
-  void Invoke(const char*, const char*, KELib::Xml::KEXmlBuffer& body, KEString& result) override {
-    body.Clear();
-    result =
-        (std::string("<returnval type=\"PropertyFilter\">") + kFilter + "</returnval>").c_str();
-  }
-  void Invoke(const char*, const char*, const char*, const char*, KEString&) override {}
-};
+constexpr const char* kMachines = "ZORBEL_VMComputerSystem";
+constexpr const char* kHosts = "ZORBEL_ORXComputerSystem";
 
 // The link that a stub holds in the first slot of its list; null when it has none.
 ZORBEL_HostedDependency* LinkOf(ZORBEL_VMComputerSystem& machine) {
@@ -64,83 +52,71 @@ std::uint64_t HashHost(const char* key, ZORBEL_ORXComputerSystem& h) {
   return sum;
 }
 
-class LibraryContender final : public Contender {
- public:
-  LibraryContender() {
-    KEString type("PropertyCollector"), id("collector-1");
-    collector.type = type;
-    collector.value = id;
-    sync.Init(&server, &collector);
-    SetUp();
+template <typename Stub, typename Visit>
+void ForEach(KE::Instance::KETypeCache& types, const char* typeName, Visit visit) {
+  KEString type(typeName);
+  KEDataCache* cache = types.GetDataCache(type);
+  KELib::KEMutexGuard guard(cache->GetMutex());
+  for (auto it = cache->Iterator(); !it.End(); ++it) {
+    visit(it->key.Cstr(), static_cast<Stub&>(*it->value));
   }
-
-  void Apply(Text text) override {
-    KEString reply;
-    reply.Attach(text.characters.release());
-    KELib::Xml::KEXmlReader reader(reply, false, 0);
-    KE::Service::UpdateInfo update(KE::Service::Val, nullptr);
-    sync.UpdateSetToCache(update, reader);
-  }
-
-  std::uint64_t Checksum() override {
-    std::uint64_t sum = 0;
-    ForEach<ZORBEL_VMComputerSystem>(
-        kMachines, [&](auto key, auto& machine) { sum += HashMachine(key, machine); });
-    ForEach<ZORBEL_ORXComputerSystem>(kHosts,
-                                      [&](auto key, auto& host) { sum += HashHost(key, host); });
-    return sum;
-  }
-
-  std::size_t Walk() override {
-    std::size_t sum = 0;
-    ForEach<ZORBEL_VMComputerSystem>(kMachines, [&](auto, auto& machine) {
-      sum += machine.ElementName.Length();
-      if (const auto* link = LinkOf(machine)) sum += link->Antecedent->ElementName.Length();
-    });
-    return sum;
-  }
-
-  void Drop() override {
-    sync.GetCache()->Clear();
-    CreateCaches();
-  }
-
- private:
-  static constexpr const char* kMachines = "ZORBEL_VMComputerSystem";
-  static constexpr const char* kHosts = "ZORBEL_ORXComputerSystem";
-
-  void SetUp() {
-    KELib::KEVector<KEString> list;
-    for (const char* element : {"_p_", "_o_", "VirtualMachine", "name"}) {
-      list.Add(KEString(element));
-    }
-    sync.CreatePropFilter(&collector, list, nullptr);
-    CreateCaches();
-  }
-
-  void CreateCaches() {
-    for (const char* name : {kMachines, kHosts}) {
-      KEString type(name);
-      sync.GetCache()->CreateDataCache(type);
-    }
-  }
-
-  template <typename Stub, typename Visit>
-  void ForEach(const char* typeName, Visit visit) {
-    KEString type(typeName);
-    KEDataCache* cache = sync.GetCache()->GetDataCache(type);
-    KELib::KEMutexGuard guard(cache->GetMutex());
-    for (auto it = cache->Iterator(); !it.End(); ++it) {
-      visit(it->key.Cstr(), static_cast<Stub&>(*it->value));
-    }
-  }
-
-  FilterServer server;
-  KE::Stub::ManagedObjectReference collector;
-  KE::Service::KEDataSyncImpl sync;
-};
+}
 
 }  // namespace
+
+void FilterServer::Invoke(const char*, const char*, KELib::Xml::KEXmlBuffer& body,
+                          KEString& result) {
+  body.Clear();
+  result = (std::string("<returnval type=\"PropertyFilter\">") + kFilter + "</returnval>").c_str();
+}
+
+LibraryContender::LibraryContender() {
+  collector.type = "PropertyCollector";
+  collector.value = "collector-1";
+  sync.Init(&server, &collector);
+  KELib::KEVector<KEString> list;
+  for (const char* element : {"_p_", "_o_", "VirtualMachine", "name"}) list.Add(KEString(element));
+  sync.CreatePropFilter(&collector, list, nullptr);
+  CreateCaches();
+}
+
+void LibraryContender::CreateCaches() {
+  for (const char* name : {kMachines, kHosts}) {
+    KEString type(name);
+    Cache().CreateDataCache(type);
+  }
+}
+
+void LibraryContender::Apply(Text text) {
+  KEString reply;
+  reply.Attach(text.characters.release());
+  KELib::Xml::KEXmlReader reader(reply, false, 0);
+  KE::Service::UpdateInfo update(KE::Service::Val, nullptr);
+  sync.UpdateSetToCache(update, reader);
+}
+
+std::uint64_t LibraryContender::Checksum() {
+  std::uint64_t sum = 0;
+  ForEach<ZORBEL_VMComputerSystem>(
+      Cache(), kMachines, [&](auto key, auto& machine) { sum += HashMachine(key, machine); });
+  ForEach<ZORBEL_ORXComputerSystem>(Cache(), kHosts,
+                                    [&](auto key, auto& host) { sum += HashHost(key, host); });
+  return sum;
+}
+
+std::size_t LibraryContender::Walk() {
+  std::size_t sum = 0;
+  ForEach<ZORBEL_VMComputerSystem>(Cache(), kMachines, [&](auto, auto& machine) {
+    sum += machine.ElementName.Length();
+    if (const auto* link = LinkOf(machine)) sum += link->Antecedent->ElementName.Length();
+  });
+  return sum;
+}
+
+void LibraryContender::Drop() {
+  Cache().Clear();
+  CreateCaches();
+}
 
 std::unique_ptr<Contender> MakeLibraryContender() {
   return std::make_unique<LibraryContender>();

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+//
+// What libcurl alone needs for a call: the floor under the library's transport. The same options
+// and header lines, a kept connection, the request's text prepared.
+#ifndef KECPP_BENCHMARKS_BAREPOST_H
+#define KECPP_BENCHMARKS_BAREPOST_H
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+namespace bench {
+
+class BarePost {
+ public:
+  explicit BarePost(std::string url);
+  ~BarePost();
+  BarePost(const BarePost&) = delete;
+  BarePost& operator=(const BarePost&) = delete;
+
+  // Posts a call of the method and receives the reply into a block taken at once for the length
+  // that it announces. Throws std::runtime_error.
+  void Call(const std::string& method, const std::string& inner);
+
+  const char* Body() const { return body.get(); }
+  std::size_t Length() const { return length; }
+  std::unique_ptr<char[]> TakeBody() { return std::move(body); }
+
+ private:
+  static std::size_t Store(char* data, std::size_t size, std::size_t count, void* self);
+
+  std::string url;
+  void* easy;
+  void* headers = nullptr;
+  std::unique_ptr<char[]> body;
+  std::size_t room = 0;
+  std::size_t length = 0;
+};
+
+}  // namespace bench
+
+#endif

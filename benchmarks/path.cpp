@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+//
+// Workloads of the whole path and of several threads. One line of JSON each.
+//
+//   wire      "call": a small call's round trip, elapsed, as a multiple of the bare libcurl loop;
+//             "receive": processor time of receiving 100 MB, as a multiple of libcurl into one
+//             block; "path": processor time from the first call to full caches, as a multiple of
+//             receiving the same reply plus filling
+//   latency   from the moment in which a change is sent until a reader sees it, against a libcurl
+//             long poll that only receives it; medians in microseconds
+//   readers   look-ups by 1 to 4 threads, alone and beside a thread that applies changes at full
+//             speed: throughput, and the longest wait for the lock
+//   idle [S]  processor time of S seconds in which nothing changes, for a minute of them
+//
+// Usage: kecpp-bench-path wire|latency|readers|idle [SECONDS]
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+
+#include "benchmarks/Workloads.h"
+
+int main(int argc, char** argv) {
+  const char* workload = argc > 1 ? argv[1] : "";
+  try {
+    if (std::strcmp(workload, "wire") == 0) {
+      bench::RunWire();
+    } else if (std::strcmp(workload, "latency") == 0) {
+      bench::RunLatency();
+    } else if (std::strcmp(workload, "readers") == 0) {
+      bench::RunReaders();
+    } else if (std::strcmp(workload, "idle") == 0) {
+      bench::RunIdle(argc > 2 ? static_cast<unsigned int>(std::atoi(argv[2])) : 10);
+    } else {
+      std::fprintf(stderr, "Usage: %s wire|latency|readers|idle [SECONDS]\n", argv[0]);
+      return 2;
+    }
+  } catch (const std::exception& e) {
+    std::fprintf(stderr, "%s: %s\n", workload, e.what());
+    return 1;
+  }
+  return 0;
+}
