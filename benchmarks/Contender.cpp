@@ -6,6 +6,7 @@ namespace bench {
 std::unique_ptr<Contender> MakeLibraryContender();
 std::unique_ptr<Contender> MakePugixmlContender();
 std::unique_ptr<Contender> MakeRapidxmlContender();
+std::unique_ptr<Contender> MakeRapidxmlInSituContender();
 std::unique_ptr<Contender> MakeBareContender();
 #ifdef KECPP_BENCH_LIBXML2
 std::unique_ptr<Contender> MakeLibxmlSaxContender();
@@ -24,10 +25,14 @@ const struct {
   const char* name;
   std::unique_ptr<Contender> (*make)();
 } kContenders[] = {
-    {"kecpp", MakeLibraryContender},         {"pugixml", MakePugixmlContender},
-    {"rapidxml", MakeRapidxmlContender},     {"bare", MakeBareContender},
+    {"kecpp", MakeLibraryContender},
+    {"pugixml", MakePugixmlContender},
+    {"rapidxml", MakeRapidxmlContender},
+    {"rapidxml-in-situ", MakeRapidxmlInSituContender},
+    {"bare", MakeBareContender},
 #ifdef KECPP_BENCH_LIBXML2
-    {"libxml2-sax", MakeLibxmlSaxContender}, {"xmlTextReader", MakeLibxmlReaderContender},
+    {"libxml2-sax", MakeLibxmlSaxContender},
+    {"xmlTextReader", MakeLibxmlReaderContender},
 #endif
 #ifdef KECPP_BENCH_EXPAT
     {"expat", MakeExpatContender},

@@ -66,7 +66,7 @@ std::string Report::Tables(unsigned int bits, const std::vector<std::string>& co
   return Table("first fill, us a machine", "/fill/cpu", bits, contenders, sizes) +
          Table("fill after a drop, us a machine", "/refill/cpu", bits, contenders, sizes) +
          Table("one change, us", "/step/cpu", bits, stores, sizes) +
-         Table("drop, us a machine", "/drop/cpu", bits, stores, sizes) +
+         Table("drop, us a machine", "/drop/cpu", bits, contenders, sizes) +
          Table("walk, us a machine", "/walk/cpu", bits, stores, sizes) +
          Table("heap, bytes a machine", "/heap", bits, stores, sizes) +
          Table("peak resident size, bytes a machine beside the text", "/beside", bits, stores,

@@ -24,9 +24,11 @@ using bench::RunName;
 
 const std::vector<unsigned int> kSizes = {1000, 10000, 100000};
 const std::vector<std::string> kFirst = {"kecpp", "pugixml", "rapidxml"};
-const std::vector<std::string> kOthers = {"libxml2-sax", "xmlTextReader", "expat"};
-const std::vector<std::string> kAll = {"kecpp", "pugixml",       "rapidxml", "libxml2-sax",
-                                       "expat", "xmlTextReader", "bare"};
+const std::vector<std::string> kOthers = {"rapidxml-in-situ", "libxml2-sax", "xmlTextReader",
+                                          "expat"};
+const std::vector<std::string> kAll = {
+    "kecpp",       "pugixml", "rapidxml",      "rapidxml-in-situ",
+    "libxml2-sax", "expat",   "xmlTextReader", "bare"};
 
 struct Options {
   std::string output;

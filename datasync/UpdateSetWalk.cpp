@@ -108,18 +108,22 @@ bool UpdateSetWalk::FindFilterSet() {
 
 bool UpdateSetWalk::ApplyFilterSet() {
   if (!cursor.Enter()) return true;
-  XmlSlice name;
+  XmlSlice name, type, id;
   bool begun = false;
+  if (cursor.TakeText("<filter type=\"", "</filter>", type, id)) {
+    begun = true;
+    if (!BeginFilter(type, id)) return false;
+  }
   for (;;) {
     if (begun && cursor.PassTag("<objectSet>")) {
       ApplyObjectSet();
     } else if (!cursor.NextChild(name)) {
       break;
     } else if (name.Is("filter")) {
-      const XmlSlice type = ReadType();
-      SetFilter(type, cursor.Text(name, room.valueText));
+      type = ReadType();
+      id = cursor.Text(name, room.valueText);
       begun = true;
-      if (!BeginFilter()) return false;
+      if (!BeginFilter(type, id)) return false;
     } else if (!begun) {
       cursor.SkipElement(name);
     } else if (name.Is("objectSet")) {
@@ -135,12 +139,9 @@ bool UpdateSetWalk::ApplyFilterSet() {
   return true;
 }
 
-void UpdateSetWalk::SetFilter(const XmlSlice& type, const XmlSlice& id) {
+bool UpdateSetWalk::BeginFilter(const XmlSlice& type, const XmlSlice& id) {
   room.filterType.Set(ui.filter.type, type);
   room.filterId.Set(ui.filter.value, id);
-}
-
-bool UpdateSetWalk::BeginFilter() {
   KEMutexGuard guard(sync.GetMutex());
   ui.syncInfo = sync.FindFilterNoLock(ui.filter);
   if (ui.syncInfo == nullptr) {
@@ -188,15 +189,24 @@ void UpdateSetWalk::ApplyObjectSet() {
   ClearReference(ui.obj);
 }
 
-// The cursor stands in the change set's content. Servers write its parts in this order.
+// Takes what a change is and to which property, as servers write it.
+bool UpdateSetWalk::TakePropertyAndOp(XmlSlice& property, XmlSlice& op) {
+  static constexpr char kAssign[] = "assign";
+  if (!cursor.TakeText("<name", "</name>", property)) return false;
+  if (!cursor.PassTag("<op>assign</op>")) return cursor.TakeText("<op", "</op>", op);
+  op = {kAssign, sizeof(kAssign) - 1};
+  return true;
+}
+
+// The cursor stands in the change set's content.
 void UpdateSetWalk::ApplyChangeSet(ObjectLock& lock) {
   if (leaves || !lock.Take()) {
     cursor.Leave("changeSet");
     return;
   }
   XmlSlice name, property, op, value;
-  if (cursor.TakeText("<name", "</name>", property) && cursor.TakeText("<op", "</op>", op) &&
-      property.length > 0 && cursor.TakeText("<val", "</val>", value)) {
+  if (TakePropertyAndOp(property, op) && property.length > 0 &&
+      cursor.TakeText("<val", "</val>", value)) {
     lock.Target().Apply(property, op, value);
     if (cursor.PassTag("</changeSet>")) return;
   }

@@ -39,15 +39,15 @@ class UpdateSetWalk {
 
   bool FindFilterSet();
   bool ApplyFilterSet();
-  bool BeginFilter();
+  bool BeginFilter(const KELib::Xml::XmlSlice& type, const KELib::Xml::XmlSlice& id);
   void EndFilter();
   void ApplyObjectSet();
   void TakeHead();
-  void SetFilter(const KELib::Xml::XmlSlice& type, const KELib::Xml::XmlSlice& id);
   void SetKind(const KELib::Xml::XmlSlice& kind);
   void SetObject(const KELib::Xml::XmlSlice& type, const KELib::Xml::XmlSlice& id);
   void ReadObject(const KELib::Xml::XmlSlice& name);
   void ApplyChangeSet(ObjectLock& lock);
+  bool TakePropertyAndOp(KELib::Xml::XmlSlice& property, KELib::Xml::XmlSlice& op);
   void ApplyValue(ObjectLock& lock, const KELib::Xml::XmlSlice& val,
                   const KELib::Xml::XmlSlice& property, const KELib::Xml::XmlSlice& op);
   void ApplyMissingSet();

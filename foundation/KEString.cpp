@@ -51,7 +51,7 @@ void KEString::Init(const char* text, unsigned int length) {
   }
   char* copy = NewText(room);
   if (used > 0) std::memcpy(copy, text, used);
-  std::memset(copy + used, 0, room - used);
+  if (room > used) std::memset(copy + used, 0, room - used);
   Adopt(copy);
 }
 

@@ -46,9 +46,12 @@ void KEXmlCursor::MoveReader() const {
 }
 
 // The ">" of the start tag behind whose name `from` stands; null where the name goes on, for an
-// empty-element tag and for a tag without end. Attributes repeat: those of the last tag are passed
-// by comparing them.
+// empty-element tag and for a tag without end. Attributes repeat: those that were seen are passed
+// by comparing them. They are remembered by a character inside their first value, where they
+// differ.
 const char* KEXmlCursor::PlainTagEnd(const char* from) {
+  constexpr std::ptrdiff_t kTelling = 11;
+  XmlSlice& tagRest = tagRests[end - from > kTelling ? from[kTelling] & 3 : 0];
   if (tagRest.length > 0 && static_cast<std::size_t>(end - from) >= tagRest.length &&
       std::memcmp(from, tagRest.text, tagRest.length) == 0) {
     return from + tagRest.length - 1;

@@ -156,7 +156,10 @@ class KECPP_API KEXmlCursor {
   void MoveReader() const;
 
  private:
-  static bool IsBlank(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }
+  static bool IsBlank(char c) {
+    return static_cast<unsigned char>(c) <= ' ' &&
+           (c == ' ' || c == '\n' || c == '\r' || c == '\t');
+  }
 
   // The text is followed by a NUL, which is no blank.
   static const char* SkipBlanks(const char* from) {
@@ -197,7 +200,7 @@ class KECPP_API KEXmlCursor {
   const char* end;
   const char* at;
   bool inTag;
-  XmlSlice tagRest;  // of the last start tag that had attributes: what stood behind its name
+  XmlSlice tagRests[4];  // of start tags that had attributes: what stood behind their names
 };
 
 }  // namespace KELib::Xml
