@@ -1,7 +1,10 @@
 # SPDX-License-Identifier: MIT
 #
-# From abidw's text, read twice: a line for each class of ours,
-#   NAME size=BYTES [bases=NAME@OFFSET,...] [fields=NAME@OFFSET,...] [slots=NAME@SLOT,...]
+# From abidw's text, read twice, one line for each fact about a class of ours:
+#   CLASS: size BYTES
+#   CLASS: base OFFSET NAME
+#   CLASS: field OFFSET NAME
+#   CLASS: slot NUMBER MANGLED-NAME
 # Offsets are in bytes. Virtual destructors take the slots that are left out.
 function attribute(name,   rest) {
   if (!match($0, " " name "='[^']*'")) return ""
@@ -13,8 +16,13 @@ function within(   i, text) {
   for (i = 1; i <= depth; ++i) text = text names[i] "::"
   return text
 }
-function add(list, item) { return list (list == "" ? "" : ",") item }
-function part(name, list) { return list == "" ? "" : " " name "=" list }
+function fact(kind, number, name,   self) {
+  self = within()
+  sub(/::$/, "", self)
+  if (pass == 2 && self ~ /^KE(Lib)?::/ && !declared[depth]) {
+    printf "%s: %s %3d%s\n", self, kind, number, name == "" ? "" : " " name
+  }
+}
 
 FNR == 1 { ++pass; depth = 0 }
 /<namespace-decl / { names[++depth] = attribute("name") }
@@ -26,29 +34,18 @@ FNR == 1 { ++pass; depth = 0 }
   if ($0 !~ /\/>/) {
     names[++depth] = attribute("name")
     declared[depth] = /is-declaration-only='yes'/
-    size[depth] = attribute("size-in-bits") / 8
-    bases[depth] = fields[depth] = slots[depth] = ""
+    fact("size", attribute("size-in-bits") / 8)
   }
 }
-/<base-class / {
-  bases[depth] = add(bases[depth], known[attribute("type-id")] "@" attribute("layout-offset-in-bits") / 8)
-}
+/<\/class-decl>/ { --depth }
+/<base-class / { fact("base", attribute("layout-offset-in-bits") / 8, known[attribute("type-id")]) }
 /<data-member / { offset = attribute("layout-offset-in-bits") }
 /<var-decl / && offset != "" {
-  fields[depth] = add(fields[depth], attribute("name") "@" offset / 8)
+  fact("field", offset / 8, attribute("name"))
   offset = ""
 }
 /<member-function / { slot = attribute("vtable-offset") }
 /<function-decl / && slot != "" {
-  if (slot >= 0) slots[depth] = add(slots[depth], attribute("name") "@" slot)
+  if (slot >= 0) fact("slot", slot, attribute("mangled-name"))
   slot = ""
-}
-/<\/class-decl>/ {
-  name = within()
-  sub(/::$/, "", name)
-  if (pass == 2 && name ~ /^KE(Lib)?::/ && !declared[depth]) {
-    print name " size=" size[depth] part("bases", bases[depth]) part("fields", fields[depth]) \
-      part("slots", slots[depth])
-  }
-  --depth
 }

@@ -26,6 +26,15 @@ foreach(target kecpp kecpp_static)
   set_target_properties(${target} PROPERTIES OUTPUT_NAME kecpp LINKER_LANGUAGE CXX)
 endforeach()
 
+# The shared library also exports what the headers define inline. The compiler keeps every inline
+# function of that one source, and the linker drops those that are not ours.
+target_sources(kecpp PRIVATE kecpp.cpp)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT KECPP_SANITIZE)
+  set_source_files_properties(kecpp.cpp PROPERTIES COMPILE_OPTIONS
+    "-fkeep-inline-functions;-ffunction-sections;-fdata-sections")
+  target_link_options(kecpp PRIVATE -Wl,--gc-sections)
+endif()
+
 # -z nodelete: a detached thread returns through the library's code after its last word, so the
 # code must stay mapped even when the program unloads the library.
 set_target_properties(kecpp PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 1)

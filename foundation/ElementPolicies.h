@@ -22,18 +22,18 @@ namespace KELib {
 // whether the container may overwrite the element's bytes with zeros: true, except for KEString,
 // whose buffer pointer must never become null.
 template <typename T>
-inline bool DeleteVal(T& /*value*/) {
+KECPP_API inline bool DeleteVal(T& /*value*/) {
   return true;
 }
 template <>
-inline bool DeleteVal<KEString>(KEString& /*value*/) {
+KECPP_API inline bool DeleteVal<KEString>(KEString& /*value*/) {
   return false;
 }
 
 // Deletes the object that a pointer element owns, through its virtual destructor where it has one;
 // arithmetic types are arrays from array new. Null is left alone. Always true.
 template <typename T>
-inline bool DeleteVal(T* value) {
+KECPP_API inline bool DeleteVal(T* value) {
   static_assert(sizeof(T) > 0, "the element's type must be complete where it is deleted");
   if constexpr (std::is_arithmetic_v<T>) {
     delete[] value;
@@ -46,48 +46,48 @@ inline bool DeleteVal(T* value) {
 // The hash of a key: unsigned int hashes to itself, texts to their polynomial hash (HashText).
 // Declared only for other types: a specialisation must exist.
 template <typename T>
-unsigned int ComputeHash(T& value);
+KECPP_API unsigned int ComputeHash(T& value);
 
 // The hash of the first `length` characters of a text. A KEString ignores `length` and hashes all.
 template <typename T>
-unsigned int ComputeHash(T& value, unsigned int length);
+KECPP_API unsigned int ComputeHash(T& value, unsigned int length);
 
 // Whether two keys are the same: unsigned int by value, texts by case-sensitive comparison (a null
 // char* equals nothing). Declared only for other types: a specialisation must exist.
 template <typename T>
-bool Equals(T& left, T& right);
+KECPP_API bool Equals(T& left, T& right);
 
 template <>
-inline unsigned int ComputeHash<unsigned int>(unsigned int& value) {
+KECPP_API inline unsigned int ComputeHash<unsigned int>(unsigned int& value) {
   return value;
 }
 template <>
-inline unsigned int ComputeHash<char*>(char*& text, unsigned int length) {
+KECPP_API inline unsigned int ComputeHash<char*>(char*& text, unsigned int length) {
   return text ? HashText(text, length) : 0;
 }
 template <>
-inline unsigned int ComputeHash<char*>(char*& text) {
+KECPP_API inline unsigned int ComputeHash<char*>(char*& text) {
   return text ? HashText(text, static_cast<unsigned int>(std::strlen(text))) : 0;
 }
 template <>
-inline unsigned int ComputeHash<KEString>(KEString& text) {
+KECPP_API inline unsigned int ComputeHash<KEString>(KEString& text) {
   return HashText(text.Cstr(), text.Length());
 }
 template <>
-inline unsigned int ComputeHash<KEString>(KEString& text, unsigned int /*length*/) {
+KECPP_API inline unsigned int ComputeHash<KEString>(KEString& text, unsigned int /*length*/) {
   return ComputeHash<KEString>(text);
 }
 
 template <>
-inline bool Equals<unsigned int>(unsigned int& left, unsigned int& right) {
+KECPP_API inline bool Equals<unsigned int>(unsigned int& left, unsigned int& right) {
   return left == right;
 }
 template <>
-inline bool Equals<char*>(char*& left, char*& right) {
+KECPP_API inline bool Equals<char*>(char*& left, char*& right) {
   return left && right && std::strcmp(left, right) == 0;
 }
 template <>
-inline bool Equals<KEString>(KEString& left, KEString& right) {
+KECPP_API inline bool Equals<KEString>(KEString& left, KEString& right) {
   return std::strcmp(left.Cstr(), right.Cstr()) == 0;
 }
 

@@ -37,14 +37,14 @@ KECPP_API void DeleteManagedObjectReference(KELib::Stub::KEStubBase* r);
 namespace KELib {
 
 template <>
-inline unsigned int ComputeHash<KE::Stub::ManagedObjectReference*>(
+KECPP_API inline unsigned int ComputeHash<KE::Stub::ManagedObjectReference*>(
     KE::Stub::ManagedObjectReference*& r) {
   return ComputeHash<KEString>(r->value);
 }
 
 template <>
-inline bool Equals<KE::Stub::ManagedObjectReference*>(KE::Stub::ManagedObjectReference*& a,
-                                                      KE::Stub::ManagedObjectReference*& b) {
+KECPP_API inline bool Equals<KE::Stub::ManagedObjectReference*>(
+    KE::Stub::ManagedObjectReference*& a, KE::Stub::ManagedObjectReference*& b) {
   return a->value.Equals(b->value);
 }
 
