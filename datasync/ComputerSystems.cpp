@@ -30,9 +30,10 @@ template <typename Stub>
 Stub* FindOrFile(KEDataCache& cache, ManagedObjectReference& object, Stub* (*create)()) {
   if (auto* found = static_cast<Stub*>(Find(cache, object.value))) return found;
   std::unique_ptr<Stub> stub(create());
-  stub->Name = object.value;
+  const unsigned int length = object.value.Length();
+  stub->Name.AssignExact(object.value.Cstr(), length);
   stub->MoRef.type = object.type;
-  stub->MoRef.value = object.value;
+  stub->MoRef.value.AssignExact(object.value.Cstr(), length);
   cache.SetVal(object.value, stub.get());
   return stub.release();
 }
