@@ -53,19 +53,19 @@ class UpdateSetWalk::ObjectLock {
  private:
   void TakeAll() KECPP_NO_THREAD_SAFETY_ANALYSIS {
     taken = true;
-    UpdateInfo& ui = walk.ui;
-    if (ui.syncInfo == nullptr) return;
+    UpdateInfo& info = walk.ui;
+    if (info.syncInfo == nullptr) return;
     table.emplace(walk.sync.GetMutex());
-    ui.syncInfo = walk.sync.FindFilterNoLock(ui.filter);
-    if (ui.syncInfo == nullptr) {
+    info.syncInfo = walk.sync.FindFilterNoLock(info.filter);
+    if (info.syncInfo == nullptr) {
       table.reset();
       return;
     }
-    target.emplace(ui, *walk.sync.GetCache(), walk.room.systems);
+    target.emplace(info, *walk.sync.GetCache(), walk.room.systems);
     if (target->IsComputerSystem()) {
       walk.room.systems.Lock(walk.room.caches);
     } else {
-      walk.room.caches.LockFor(ui.obj.type);
+      walk.room.caches.LockFor(info.obj.type);
     }
   }
 
