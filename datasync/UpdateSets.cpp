@@ -41,7 +41,8 @@ void KEDataSyncImpl::UpdateSetToCache(UpdateInfo& ui, KEXmlReader& r) {
   unknownFilter.value.Clear();
   KEXmlCursor cursor(r);
   try {
-    UpdateSetWalk(*this, ui, cursor, *walkRoom).Run();
+    RoomLoan loan(*walkRoom, *typeCache);
+    UpdateSetWalk(*this, ui, cursor, loan.Room()).Run();
   } catch (...) {
     ui.syncInfo = nullptr;
     FinishUpdateSet(true);

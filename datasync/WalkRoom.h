@@ -3,9 +3,12 @@
 // What the walk over an update set needs besides the set: kept from set to set, so that a small
 // change costs no more allocations than the value that it brings.
 //
-// Thread safety: of the thread that runs a cycle.
+// Thread safety: one walk at a time, see RoomLoan.
 #ifndef KECPP_DATASYNC_WALKROOM_H
 #define KECPP_DATASYNC_WALKROOM_H
+
+#include <atomic>
+#include <optional>
 
 #include "datasync/ComputerSystems.h"
 #include "datasync/UpdateInfo.h"
@@ -48,11 +51,35 @@ struct WalkRoom {
     filterId.GiveBack(ui.filter.value);
   }
 
+  std::atomic<bool> taken{false};  // by a RoomLoan
   ComputerSystems systems;
   KE::Instance::KECacheGuard caches;  // holds something within an object set only
   ReusedText kind, objectType, objectId, filterType, filterId;
   // For texts that comments or sections split.
   KELib::KEStringBuffer propertyText, opText, valueText;
+};
+
+// The use of a room by one walk. A walk that another thread makes meanwhile gets a room of its own.
+class RoomLoan {
+ public:
+  RoomLoan(WalkRoom& shared, KE::Instance::KETypeCache& types) {
+    if (shared.taken.exchange(true)) {
+      own.emplace(types);
+    } else {
+      lent = &shared;
+    }
+  }
+  ~RoomLoan() {
+    if (lent != nullptr) lent->taken = false;
+  }
+  RoomLoan(const RoomLoan&) = delete;
+  RoomLoan& operator=(const RoomLoan&) = delete;
+
+  WalkRoom& Room() { return lent != nullptr ? *lent : *own; }
+
+ private:
+  WalkRoom* lent = nullptr;
+  std::optional<WalkRoom> own;
 };
 
 }  // namespace KE::Service

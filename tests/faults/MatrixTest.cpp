@@ -3,8 +3,10 @@
 // Every call times every fault, as docs/failures.md says.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <iostream>
 
@@ -173,9 +175,12 @@ TEST_P(Matrix, IsAsTheDocumentSays) {
 }
 
 Stage* doomed = nullptr;
+pthread_t user;
+std::atomic<bool> parked{false};  // the user's thread does nothing any more
 
-// A user may free everything when the process ends.
+// A user may free everything when the process ends, on whichever thread that is.
 void FreeAtExit() {
+  if (!pthread_equal(pthread_self(), user)) endtoend::Eventually([] { return parked.load(); });
   delete doomed;
   for (const CapturedLog::Line& line : CapturedLog::Lines()) std::cerr << line.text << '\n';
 }
@@ -183,11 +188,13 @@ void FreeAtExit() {
 // Runs in the child.
 [[noreturn]] void Live(const Cell& cell) {
   alarm(100);
+  user = pthread_self();
   doomed = new Stage(cell.fault.at("Fault"));
-  std::atexit(FreeAtExit);
   cell.scene.prepare(*doomed);
   CapturedLog::Clear();
   doomed->BeginFault(cell.scene.method);
+  std::atexit(
+      FreeAtExit);  // runs before the HTTP client that controls the daemon loses its statics
   cell.scene.act(*doomed);
   if (cell.outcome.at("You see") != kEnd) {
     doomed->EndFault();
@@ -195,6 +202,7 @@ void FreeAtExit() {
     doomed->LogIn();
     doomed->WatchSystems();
   }
+  parked = true;
   for (;;) pause();
 }
 

@@ -221,6 +221,7 @@ std::string Stage::MeetInLoop() {
     RenameAMachine();
     KE::Service::KESyncStatus status;
     sync->GetStatus(status);
+    if (!status.loopRunning) return true;  // the process ends
     return CallsOf(method) > calls + 2 || status.consecutiveFailures > 1;
   });
   return met ? "goes on" : "stands still";
