@@ -37,6 +37,22 @@ TEST_F(SyncLoopTest, TheCachesAreFullWhenSetupReturns) {
   EXPECT_TRUE(CapturedLog::Lines().empty());
 }
 
+// What is remembered of the data caches from set to set must not outlive them.
+TEST_F(SyncLoopTest, ADataCacheMayGoAndComeBackBetweenSets) {
+  WatchMachines();
+  KELib::KEString type(Stub::ZORBEL_VMComputerSystemClass);
+  sync->GetCache()->DeleteDataCache(type);
+  server.Feed(UpdateSet("2", "filter-1", Machine("vm-1", "nowhere")));
+  server.AwaitQuietWait(3);
+  EXPECT_EQ(Status().consecutiveFailures, 1u);
+  EXPECT_EQ(Caches(), "");
+  sync->GetCache()->CreateDataCache(type);
+  server.Feed(UpdateSet("3", "filter-1", Machine("vm-1", "back")));
+  server.AwaitQuietWait(4);
+  EXPECT_EQ(Caches(), "machine vm-1 ElementName=[back]\n");
+  EXPECT_STREQ(Status().lastFailure.Cstr(), "No Data Map found for type :ZORBEL_VMComputerSystem");
+}
+
 TEST_F(SyncLoopTest, AFailedFirstCycleIsRepeated) {
   server.FeedError(SystemException("no route"));
   server.Feed("");
