@@ -25,10 +25,10 @@ using bench::RunName;
 const std::vector<unsigned int> kSizes = {1000, 10000, 100000};
 const std::vector<std::string> kFirst = {"kecpp", "pugixml", "rapidxml"};
 const std::vector<std::string> kOthers = {"rapidxml-in-situ", "libxml2-sax", "xmlTextReader",
-                                          "expat"};
+                                          "expat", "gsoap"};
 const std::vector<std::string> kAll = {
     "kecpp",       "pugixml", "rapidxml",      "rapidxml-in-situ",
-    "libxml2-sax", "expat",   "xmlTextReader", "bare"};
+    "libxml2-sax", "expat",   "xmlTextReader", "gsoap", "bare"};
 
 struct Options {
   std::string output;

@@ -7,7 +7,8 @@ BUILD_PACKAGES="g++ cmake ninja-build pkg-config libcurl4-openssl-dev libssl-dev
   nlohmann-json3-dev libcpp-httplib-dev libpugixml-dev libcrypt-dev libgtest-dev libgmock-dev
   sblim-wbemcli mandoc"
 BROWSER_PACKAGES="chromium chromium-driver python3"
-BENCHMARK_PACKAGES="libpugixml-dev librapidxml-dev libxml2-dev libexpat1-dev gnuplot-nox valgrind"
+BENCHMARK_PACKAGES="libpugixml-dev librapidxml-dev libxml2-dev libexpat1-dev gsoap libgsoap-dev
+  gnuplot-nox valgrind"
 ANALYSIS_PACKAGES="clang abigail-tools"
 FUZZ_PACKAGES="clang libclang-rt-14-dev"
 PACKAGING_PACKAGES="dpkg-dev file mandoc"
