@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "foundation/KEFile.h"
 
+#include <stdio_ext.h>
+
 #include <algorithm>
 #include <cstddef>
 
@@ -30,7 +32,7 @@ struct StreamCloser {
 KEFile::~KEFile() = default;
 
 KEFileImpl::KEFileImpl(KEString& filePath, FileIoMode direction)
-    : path(filePath), mode(direction), stream(nullptr), mutex(new KEMutex), openMode(direction) {}
+    : path(filePath), mode(direction), stream(nullptr), mutex(new KEMutex) {}
 
 KEFileImpl::~KEFileImpl() {
   Close();
@@ -40,12 +42,11 @@ bool KEFileImpl::Init(FileIoMode requested) {
   if (requested != FILE_IO_READ && requested != FILE_IO_WRITE) {
     return false;
   }
-  if (stream && openMode != requested) {
+  if (stream && (__fwritable(stream) != 0) != (requested == FILE_IO_WRITE)) {
     Close();
   }
   if (!stream) {
     stream = std::fopen(path.Cstr(), FileIoModeStr[requested]);
-    openMode = requested;
   }
   return stream != nullptr;
 }
@@ -54,10 +55,9 @@ bool KEFileImpl::Close() {
   if (!stream) {
     return true;
   }
-  const bool flushed = openMode != FILE_IO_WRITE || std::fflush(stream) == 0;
   const bool closed = std::fclose(stream) == 0;
   stream = nullptr;
-  return flushed && closed;
+  return closed;
 }
 
 bool KEFileImpl::Exists() {

@@ -74,7 +74,6 @@ class KECPP_API KEFileImpl : public KEFile {
   FileIoMode mode;
   FILE* stream;
   std::unique_ptr<KEMutex> mutex;
-  FileIoMode openMode;  // the direction that `stream` was opened in
 };
 
 // A file object for `path`, which is copied. Nothing is opened yet. Owned by the caller.

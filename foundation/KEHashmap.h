@@ -168,7 +168,7 @@ class KECPP_API KEHashmap {
   void InvalidateIts() { iterators.UnbindAll(); }
 
   // Binds `iterator` to this map and registers it. An iterator of this map keeps its position; any
-  // other one is put on the first entry. O(1) amortised in the number of iterators.
+  // other one is put on the first entry. O(log n) amortised in the number of iterators.
   void SaveIt(KEHashmapIterator<K, V>* iterator);
 
  private:

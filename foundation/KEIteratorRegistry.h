@@ -12,8 +12,10 @@
 #ifndef KECPP_FOUNDATION_KEITERATORREGISTRY_H
 #define KECPP_FOUNDATION_KEITERATORREGISTRY_H
 
+#include <algorithm>
 #include <memory>
 #include <new>
+#include <utility>
 
 #include "foundation/KEExport.h"
 
@@ -29,36 +31,45 @@ class KECPP_API KEIteratorRegistry {
   KEIteratorRegistry(const KEIteratorRegistry&) = delete;
   KEIteratorRegistry& operator=(const KEIteratorRegistry&) = delete;
 
-  // Registers an iterator that is registered nowhere, in the first free entry. O(1) amortised.
+  // Registers an iterator that is registered nowhere, in the first free entry. O(log n) amortised
+  // in the number of registered iterators.
   void Add(It* iterator) {
+    const unsigned int used = Used();
     if (used == capacity) {
       Grow();
     }
     Place(iterator, used);
-    ++used;
   }
 
   // Takes a registered iterator out. The last one moves into its entry, so that the taken entries
-  // stay without gaps. O(1).
+  // stay without gaps. O(log n).
   void Remove(It* iterator) {
-    --used;
+    const unsigned int last = Used() - 1;
     It** const gap = iterator->slot;
-    Place(entries[used], static_cast<unsigned int>(gap - entries.get()));
-    entries[used] = nullptr;
+    Place(entries[last], static_cast<unsigned int>(gap - entries.get()));
+    entries[last] = nullptr;
     iterator->slot = nullptr;
   }
 
   // Unbinds every iterator and forgets them all; the room is kept.
   void UnbindAll() {
-    while (used > 0) {
-      --used;
-      entries[used]->slot = nullptr;
-      entries[used]->Unbind();
-      entries[used] = nullptr;
+    for (unsigned int i = 0; i < capacity && entries[i]; ++i) {
+      entries[i]->slot = nullptr;
+      entries[i]->Unbind();
+      entries[i] = nullptr;
     }
   }
 
  private:
+  // The taken entries stand first, without gaps. Counting them anew keeps the two fields all there
+  // is: containers are embedded in classes whose layout programs were compiled with.
+  unsigned int Used() const {
+    It* const* const first = entries.get();
+    return static_cast<unsigned int>(
+        std::partition_point(first, first + capacity, [](It* entry) { return entry != nullptr; }) -
+        first);
+  }
+
   void Place(It* iterator, unsigned int index) {
     entries[index] = iterator;
     iterator->slot = &entries[index];
@@ -71,15 +82,14 @@ class KECPP_API KEIteratorRegistry {
     }
     std::unique_ptr<It*[]> old(new It* [wanted] {});
     old.swap(entries);
-    capacity = wanted;
-    for (unsigned int i = 0; i < used; ++i) {
+    const unsigned int oldCapacity = std::exchange(capacity, wanted);
+    for (unsigned int i = 0; i < oldCapacity; ++i) {
       Place(old[i], i);
     }
   }
 
   std::unique_ptr<It*[]> entries;  // null until the first registration; null entries are free
   unsigned int capacity = 0;
-  unsigned int used = 0;  // entries below are taken, all others free
 };
 
 }  // namespace KELib

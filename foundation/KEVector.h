@@ -39,7 +39,8 @@ template <typename T>
 class KECPP_API KEVectorIterator {
  public:
   KEVectorIterator() = default;
-  // Stands on the first element, or at the end of an empty vector. O(1) amortised.
+  // Stands on the first element, or at the end of an empty vector. O(log n) amortised in the
+  // number of iterators.
   explicit KEVectorIterator(KEVector<T>& walked);
   KEVectorIterator(const KEVectorIterator& other) { CopyFrom(other); }
   KEVectorIterator& operator=(const KEVectorIterator& other);
@@ -64,18 +65,20 @@ class KECPP_API KEVectorIterator {
   void Unregister();
   void Unbind() {
     vector = nullptr;
-    invalidated = true;
+    index = INVALIDATED;
   }
   void Check() const {
-    if (invalidated) {
+    if (!vector && index == INVALIDATED) {
       ThrowInvalidVectorIterator();
     }
   }
 
+  // Without a vector: tells a dropped iterator from one that was never bound.
+  static constexpr unsigned int INVALIDATED = UINT_MAX;
+
   KEVector<T>* vector = nullptr;
   unsigned int index = 0;
   KEVectorIterator** slot = nullptr;  // its entry in the vector's registry
-  bool invalidated = false;           // tells a dropped iterator from one that was never bound
 };
 
 template <typename T>
@@ -139,8 +142,9 @@ class KECPP_API KEVector {
   // An iterator on the first element.
   KEVectorIterator<T> Begin() { return KEVectorIterator<T>(*this); }
 
-  // Binds `iterator`, at the position that it has, to this vector and registers it. One that is
-  // registered here already stays as it is; one of another vector leaves that. O(1) amortised.
+  // Binds `iterator`, at the position that it has, to this vector and registers it; an invalidated
+  // one then stands on the first element. One that is registered here already stays as it is; one
+  // of another vector leaves that. O(log n) amortised in the number of iterators.
   void SaveIt(KEVectorIterator<T>* iterator);
 
  private:
@@ -176,7 +180,6 @@ KEVectorIterator<T>& KEVectorIterator<T>::operator=(const KEVectorIterator& othe
 template <typename T>
 void KEVectorIterator<T>::CopyFrom(const KEVectorIterator& other) {
   index = other.index;
-  invalidated = other.invalidated;
   if (other.vector) {
     other.vector->SaveIt(this);
   }
@@ -300,7 +303,9 @@ void KEVector<T>::SaveIt(KEVectorIterator<T>* iterator) {
   iterator->Unregister();
   iterators.Add(iterator);
   iterator->vector = this;
-  iterator->invalidated = false;
+  if (iterator->index == KEVectorIterator<T>::INVALIDATED) {
+    iterator->index = 0;
+  }
 }
 
 }  // namespace KELib

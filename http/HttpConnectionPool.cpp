@@ -10,6 +10,7 @@
 #include "foundation/KEMutexGuard.h"
 #include "http/HttpConstants.h"
 #include "http/HttpException.h"
+#include "http/HttpReceiver.h"
 #include "http/SocketRegistry.h"
 
 namespace KELib {
@@ -43,7 +44,9 @@ bool PrepareShare(void* share, std::mutex* mutex) {
 }  // namespace
 
 HttpConnectionPool::HttpConnectionPool()
-    : mutex(std::make_unique<KEMutex>()), sockets(std::make_unique<SocketRegistry>()) {}
+    : mutex(std::make_unique<KEMutex>()),
+      sockets(std::make_unique<SocketRegistry>()),
+      replyLimit(HttpReceiver::DEFAULT_LIMIT) {}
 
 HttpConnectionPool::~HttpConnectionPool() {
   Release();

@@ -12,6 +12,7 @@
 #ifndef KECPP_HTTP_HTTPCONNECTIONPOOL_H
 #define KECPP_HTTP_HTTPCONNECTIONPOOL_H
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 
@@ -67,6 +68,11 @@ class KECPP_API HttpConnectionPool {
   // How often Interrupt() was called.
   unsigned int Interruptions() const;
 
+  // The largest body of a reply, in bytes, below 2^31. Unless set: 1 GiB, or 512 MB on 32-bit
+  // builds. Concerns transfers that begin afterwards.
+  void SetReplyLimit(unsigned int bytes) { replyLimit = bytes; }
+  unsigned int GetReplyLimit() const { return replyLimit; }
+
  private:
   using Slots = std::unique_ptr<std::unique_ptr<HttpHandle>[]>;
 
@@ -91,6 +97,7 @@ class KECPP_API HttpConnectionPool {
   KEQuietCondition handleFreed;
   std::mutex shareMutex;  // held by the transfer library around its use of the cookie store
   std::unique_ptr<SocketRegistry> sockets;
+  std::atomic<unsigned int> replyLimit;
 };
 
 }  // namespace Http

@@ -22,7 +22,6 @@ HttpTransfer::~HttpTransfer() {
   curl_easy_setopt(handle.handle, CURLOPT_POSTFIELDS, nothing);
   // A handle that cannot be put right is prepared anew for its next user.
   if (limited && !handle.SetTimeout(handle.timeout)) handle.prepared = false;
-  if (filled != nullptr) filled->source = nullptr;
 }
 
 void HttpTransfer::Run(HttpRequest& request, HttpResponse& response) {
@@ -31,7 +30,7 @@ void HttpTransfer::Run(HttpRequest& request, HttpResponse& response) {
   PointAt(request, response);
   const int result = Perform();
   if (result != CURLE_OK) {
-    KEString text = ErrorText(result, response);
+    KEString text = ErrorText(result);
     if (result == CURLE_OPERATION_TIMEDOUT && !interrupted) {
       throw RequestTimedOutException(text.Str(), text.Length());
     }
@@ -72,11 +71,8 @@ void HttpTransfer::PointAt(HttpRequest& request, HttpResponse& response) {
   SetEasyOption(easy, CURLOPT_POSTFIELDS, static_cast<void*>(body),
                 {ERR_HTTP_POST_REQUEST, "0040"});
   SetEasyOption(easy, CURLOPT_POSTFIELDSIZE, length, {ERR_HTTP_POST_REQUEST, "0041"});
-  SetEasyOption(easy, CURLOPT_WRITEDATA, static_cast<void*>(&response),
-                {ERR_HTTP_POST_REQUEST, "0042"});
-  filled = &response;
-  response.source = easy;
-  response.storeError = "";
+  receiver.emplace(response, pool.GetReplyLimit());
+  SetEasyOption(easy, CURLOPT_WRITEDATA, static_cast<void*>(this), {ERR_HTTP_POST_REQUEST, "0042"});
   handle.errorText[0] = '\0';
   SetEasyOption(easy, CURLOPT_ERRORBUFFER, static_cast<void*>(handle.errorText),
                 {ERR_HTTP_POST_REQUEST, "0043"});
@@ -91,42 +87,44 @@ int HttpTransfer::Perform() {
   return interrupted && result == CURLE_OK ? CURLE_ABORTED_BY_CALLBACK : result;
 }
 
-KEString HttpTransfer::ErrorText(int result, const HttpResponse& response) const {
-  if (!response.storeError.Empty()) return response.storeError;
+KEString HttpTransfer::ErrorText(int result) const {
+  if (!storeError.Empty()) return storeError;
   if (handle.errorText[0] != '\0') return handle.errorText;
   if (interrupted) return "Transfer interrupted.";
   return curl_easy_strerror(static_cast<CURLcode>(result));
 }
 
 std::size_t HttpTransfer::StoreChunk(char* data, std::size_t size, std::size_t count,
-                                     void* response) noexcept {
-  auto* reply = static_cast<HttpResponse*>(response);
-  if (reply == nullptr) return 0;
+                                     void* transfer) noexcept {
+  // The library hands over at most some hundred kilobytes at once.
+  const auto length = static_cast<unsigned int>(size * count);
+  return transfer != nullptr ? static_cast<HttpTransfer*>(transfer)->Store(data, length) : 0;
+}
+
+std::size_t HttpTransfer::Store(const char* data, unsigned int length) noexcept {
   try {
-    ExpectAnnounced(*reply);
-    // The library hands over at most some hundred kilobytes at once.
-    return WriteResponse(data, static_cast<unsigned int>(size), static_cast<unsigned int>(count),
-                         response);
+    if (!begun) ExpectAnnounced();
+    receiver->Add(data, length);
+    return length;
   } catch (const Throwable& refusal) {
-    KeepReason(*reply, refusal.What());
+    KeepReason(refusal.What());
   } catch (...) {
-    KeepReason(*reply, "Out of memory for the reply.");
+    KeepReason("Out of memory for the reply.");
   }
   return 0;
 }
 
-// Once, at the first chunk. Without an announcement the length is -1.
-void HttpTransfer::ExpectAnnounced(HttpResponse& response) {
-  if (response.source == nullptr) return;
+// Without an announcement the length is -1.
+void HttpTransfer::ExpectAnnounced() {
+  begun = true;
   curl_off_t length = -1;
-  curl_easy_getinfo(response.source, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
-  response.source = nullptr;
-  if (length > 0) response.ExpectContent(static_cast<unsigned long long>(length));
+  curl_easy_getinfo(handle.handle, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+  if (length > 0) receiver->Expect(static_cast<unsigned long long>(length));
 }
 
-void HttpTransfer::KeepReason(HttpResponse& response, const char* reason) noexcept {
+void HttpTransfer::KeepReason(const char* reason) noexcept {
   try {
-    response.storeError = reason;
+    storeError = reason;
   } catch (...) {
     // The transfer fails all the same, with the library's own text.
   }

@@ -7,10 +7,12 @@
 #define KECPP_HTTP_HTTPTRANSFER_H
 
 #include <cstddef>
+#include <optional>
 
 #include "http/ConnectionInfo.h"
 #include "http/HttpConnectionPool.h"
 #include "http/HttpHandle.h"
+#include "http/HttpReceiver.h"
 #include "http/HttpRequest.h"
 #include "http/HttpResponse.h"
 
@@ -31,26 +33,30 @@ class HttpTransfer {
   void Run(HttpRequest& request, HttpResponse& response);
 
   // The transfer library's write callback: no exception may cross it. A number other than that of
-  // the bytes makes the transfer fail; the response then knows why.
+  // the bytes makes the transfer fail; the transfer, which is the callback's object, then knows
+  // why.
   static std::size_t StoreChunk(char* data, std::size_t size, std::size_t count,
-                                void* response) noexcept;
+                                void* transfer) noexcept;
 
  private:
-  static void ExpectAnnounced(HttpResponse& response);
-  static void KeepReason(HttpResponse& response, const char* reason) noexcept;
+  std::size_t Store(const char* data, unsigned int length) noexcept;
+  void ExpectAnnounced();
+  void KeepReason(const char* reason) noexcept;
 
   bool ChangeTimeout(long long seconds);
   void ApplyTimeLimit();
   void PointAt(HttpRequest& request, HttpResponse& response);
   int Perform();
-  KEString ErrorText(int result, const HttpResponse& response) const;
+  KEString ErrorText(int result) const;
   void RestoreTimeout();
 
   HttpHandle& handle;
   HttpConnectionPool& pool;
   ConnectionInfo& info;
-  HttpResponse* filled = nullptr;  // the response that the handle points to
-  bool limited = false;            // the handle's time-out is that of a HandleWait scope
+  std::optional<HttpReceiver> receiver;
+  bool begun = false;    // the first chunk has come
+  KEString storeError;   // why the last chunk was refused
+  bool limited = false;  // the handle's time-out is that of a HandleWait scope
   bool interrupted = false;
 };
 

@@ -46,7 +46,7 @@ class HttpFixture : public testing::Test {
     KELib::Http::HttpRequest request{KELib::KEString(body)};
     request.SetTimeout(timeout);
     KELib::Http::HttpResponse response;
-    if (sizeLimit > 0) response.SetSizeLimit(sizeLimit);
+    if (sizeLimit > 0) Client().GetSession()->GetPool()->SetReplyLimit(sizeLimit);
     Outcome outcome;
     try {
       Client().Post(&request, &response);
@@ -59,7 +59,7 @@ class HttpFixture : public testing::Test {
       outcome.error = e.What();
     }
     outcome.code = response.GetErrorCode();
-    outcome.content.assign(response.GetContent().Cstr(), response.GetContentLength());
+    outcome.content = response.GetContent().Cstr();
     return outcome;
   }
 
