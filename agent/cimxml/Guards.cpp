@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "agent/cimxml/Guards.h"
 
+#include <strings.h>
+
 #include <charconv>
 
 namespace cimxml {
@@ -12,6 +14,7 @@ constexpr int UNAUTHORIZED = 401;
 constexpr int LENGTH_REQUIRED = 411;
 constexpr int TOO_LARGE = 413;
 constexpr int UNSUPPORTED_MEDIA = 415;
+constexpr int NOT_IMPLEMENTED = 501;
 
 int CheckLength(const httplib::Request& request, std::size_t limit) {
   const std::string text = request.get_header_value("Content-Length");
@@ -23,14 +26,27 @@ int CheckLength(const httplib::Request& request, std::size_t limit) {
   return length > limit ? TOO_LARGE : GOOD;
 }
 
+// Whoever stands between may see another end of the body where there are several lengths, or a
+// coding that is not undone here.
+int CheckFraming(const httplib::Request& request) {
+  const std::size_t codings = request.get_header_value_count("Transfer-Encoding");
+  const std::size_t lengths = request.get_header_value_count("Content-Length");
+  if (codings + lengths > 1) return BAD_REQUEST;
+  if (codings == 0) return GOOD;
+  const std::string coding = request.get_header_value("Transfer-Encoding");
+  return strcasecmp(coding.c_str(), "chunked") == 0 ? GOOD : NOT_IMPLEMENTED;
+}
+
+// Only the bodies of POST are read. Another request's would be taken for the next request.
 int CheckBody(const httplib::Request& request, std::size_t limit) {
-  const bool isChunked = request.has_header("Transfer-Encoding");
-  if (request.get_header_value_count("Content-Length") > (isChunked ? 0 : 1)) return BAD_REQUEST;
+  if (const int status = CheckFraming(request)) return status;
   if (request.has_header("Content-Encoding") || request.is_multipart_form_data()) {
     return UNSUPPORTED_MEDIA;
   }
-  if (request.has_header("Content-Length")) return CheckLength(request, limit);
-  return request.method == "POST" && !isChunked ? LENGTH_REQUIRED : GOOD;
+  const bool isPost = request.method == "POST";
+  if (request.has_header("Transfer-Encoding")) return isPost ? GOOD : BAD_REQUEST;
+  if (!request.has_header("Content-Length")) return isPost ? LENGTH_REQUIRED : GOOD;
+  return CheckLength(request, isPost ? limit : 0);
 }
 
 }  // namespace

@@ -10,9 +10,10 @@
 
 namespace cimxml {
 
-// Refuses requests of nobody's (401; `users` may be null, then everybody may ask), bodies that are
-// too large (413) or of unknown length (411), and those in a form that would have to be unpacked
-// (415): they could grow without a bound. `users` outlives the server.
+// Refuses requests of nobody's (401; `users` may be null, then everybody may ask). Bodies are
+// refused that are too large, as any is that does not belong to a POST (413); whose length is
+// unknown (411), told twice (400) or hidden in a coding other than "chunked" (501); or whose form
+// would have to be unpacked and could grow without a bound (415). `users` outlives the server.
 void AddGuards(HttpServer& server, Users* users, const Limits& limits);
 
 }  // namespace cimxml
