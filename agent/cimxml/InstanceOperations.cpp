@@ -12,7 +12,7 @@ namespace {
 // What a class and those below it hold, copied in one go.
 struct Found {
   std::vector<Rows> objects;
-  std::vector<Link> links;
+  std::vector<std::vector<Link>> links;  // by class
 };
 
 // Without deep inheritance the instances of derived classes are answered as well, but with the
@@ -42,8 +42,7 @@ Found ReadInstances(const Call& call, const ClassRow& asked, bool withProperties
   ReadCaches(call, types, [&](KE::Instance::KETypeCache& cache) {
     for (Rows& rows : found.objects) ReadAll(cache, rows);
     for (const ClassRow* type : types) {
-      if (!type->isAssociation) continue;
-      for (Link& link : ReadAllLinks(cache, *type)) found.links.push_back(std::move(link));
+      if (type->isAssociation) found.links.push_back(ReadAllLinks(cache, *type));
     }
   });
   return found;
@@ -100,11 +99,15 @@ void EnumerateInstances(const Call& call) {
       call.out.Close("VALUE.NAMEDINSTANCE");
     }
   }
-  for (const Link& link : found.links) {
-    call.out.Open("VALUE.NAMEDINSTANCE");
-    elements.Name(link);
-    elements.Instance(link, Columns(call.request, asked, *link.type));
-    call.out.Close("VALUE.NAMEDINSTANCE");
+  for (const std::vector<Link>& links : found.links) {
+    if (links.empty()) continue;
+    const auto columns = Columns(call.request, asked, *links.front().type);
+    for (const Link& link : links) {
+      call.out.Open("VALUE.NAMEDINSTANCE");
+      elements.Name(link);
+      elements.Instance(link, columns);
+      call.out.Close("VALUE.NAMEDINSTANCE");
+    }
   }
 }
 
@@ -114,7 +117,9 @@ void EnumerateInstanceNames(const Call& call) {
   for (const Rows& rows : found.objects) {
     for (std::size_t row = 0; row < rows.Count(); ++row) elements.Name(rows, row);
   }
-  for (const Link& link : found.links) elements.Name(link);
+  for (const std::vector<Link>& links : found.links) {
+    for (const Link& link : links) elements.Name(link);
+  }
 }
 
 void GetInstance(const Call& call) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "agent/cimxml/LinkOperations.h"
 
+#include <algorithm>
+
 #include "agent/cimxml/Errors.h"
 #include "agent/cimxml/ObjectElements.h"
 
@@ -29,11 +31,17 @@ LinkFilter ReferenceFilter(const Request& request) {
   return {FilterClass(request, "ResultClass"), nullptr, request.Text("Role"), ""};
 }
 
-// Partners by class, each class with its own columns.
+// Partners by class, each class with its own columns. They are found out before a mutex is held: a
+// request may ask for very many.
 class Partners {
  public:
-  Partners(const Call& partnerCall, bool withProperties)
-      : call(partnerCall), properties(withProperties) {}
+  Partners(const Request& request, bool withProperties) {
+    for (const ClassRow* type : AllClasses()) {
+      if (type->isAbstract || type->isAssociation) continue;
+      groups.emplace_back(
+          *type, withProperties ? WantedProperties(request, *type) : std::vector<ClassProperty>());
+    }
+  }
 
   void Add(const ClassRow& type, KELib::Stub::KEStubBase& stub) { RowsOf(type).Add(stub); }
 
@@ -46,21 +54,15 @@ class Partners {
 
  private:
   Rows& RowsOf(const ClassRow& type) {
-    for (Rows& rows : groups) {
-      if (&rows.Type() == &type) return rows;
-    }
-    groups.emplace_back(
-        type, properties ? WantedProperties(call.request, type) : std::vector<ClassProperty>());
-    return groups.back();
+    return *std::find_if(groups.begin(), groups.end(),
+                         [&](const Rows& rows) { return &rows.Type() == &type; });
   }
 
-  const Call& call;
-  bool properties;
   std::vector<Rows> groups;
 };
 
 Partners ReadPartners(const Call& call, bool withProperties) {
-  Partners partners(call, withProperties);
+  Partners partners(call.request, withProperties);
   CopyLinks(call, PartnerFilter(call.request),
             [&](const Link&, const ClassRow& type, KELib::Stub::KEStubBase& partner) {
               partners.Add(type, partner);
@@ -106,10 +108,14 @@ void AssociatorNames(const Call& call) {
 void References(const Call& call) {
   const std::vector<Link> links = ReadReferences(call);
   ObjectElements elements = Elements(call);
+  const ClassRow* type = nullptr;
+  std::vector<ClassProperty> columns;
   for (const Link& link : links) {
+    if (link.type != type) columns = WantedProperties(call.request, *link.type);
+    type = link.type;
     call.out.Open("VALUE.OBJECTWITHPATH");
     elements.Path(link);
-    elements.Instance(link, WantedProperties(call.request, *link.type));
+    elements.Instance(link, columns);
     call.out.Close("VALUE.OBJECTWITHPATH");
   }
 }
