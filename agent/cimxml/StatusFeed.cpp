@@ -125,22 +125,26 @@ std::string StatusFeed::Next(View& view) {
   } else if (!state.WaitForChange(view.seen, HEARTBEAT)) {
     return state.Ended() ? "" : ": nothing new\n\n";
   }
-  std::shared_ptr<const StatusRows> now = Rows();
+  std::shared_ptr<const StatusRows> now = Rows(view.seen);
   const Difference difference(*view.rows, *now);
   view.rows = std::move(now);
   return StateEvent(state.Report()) + (difference.IsEmpty() ? "" : difference.Event());
 }
 
-// What changes while a page waits for its turn is in the copy, and is reported once more.
-std::shared_ptr<const StatusRows> StatusFeed::Rows() {
+// The rows after so many reports, or later. The pages that wait while one of them copies find a
+// copy that is new enough, so that each of them does not take another half second.
+std::shared_ptr<const StatusRows> StatusFeed::Rows(unsigned long long reports) {
   std::lock_guard<std::mutex> lock(mutex);
+  if (reports <= reportsCopied) return rows;
   std::this_thread::sleep_until(copiedAt + COPY_INTERVAL);
-  if (!state.Report().connected) return rows;  // the last known ones
+  const SyncReport report = state.Report();
+  if (!report.connected) return rows;  // the last known ones
   try {
     inventory::ComputerSystems systems;
     gate.Read(
         [&](const Caches& caches) { systems = inventory::ReadComputerSystems(*caches.cache); });
     rows = std::make_shared<StatusRows>(RowsOf(systems));
+    reportsCopied = report.times;
     copiedAt = Clock::now();
   } catch (const NotReady&) {  // lost just now
   }

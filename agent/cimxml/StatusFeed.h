@@ -42,12 +42,13 @@ class StatusFeed {
   std::string Next(View& view);
 
  private:
-  std::shared_ptr<const StatusRows> Rows();
+  std::shared_ptr<const StatusRows> Rows(unsigned long long reports);
 
   CacheGate& gate;
   SyncState& state;
   std::mutex mutex;
   std::shared_ptr<const StatusRows> rows;          // the last copy; guarded by `mutex`
+  unsigned long long reportsCopied = 0;            // what it shows at least; likewise
   std::chrono::steady_clock::time_point copiedAt;  // likewise
 };
 

@@ -14,7 +14,7 @@ long long Now() {
 
 // The caller holds the mutex.
 void SyncState::Note() {
-  ++times;
+  ++report.times;
   changed.notify_all();
 }
 
@@ -58,9 +58,9 @@ SyncReport SyncState::Report() {
 
 bool SyncState::WaitForChange(unsigned long long& seen, std::chrono::milliseconds limit) {
   std::unique_lock<std::mutex> lock(mutex);
-  changed.wait_for(lock, limit, [&] { return ended || times > seen; });
-  if (ended || times <= seen) return false;
-  seen = times;
+  changed.wait_for(lock, limit, [&] { return ended || report.times > seen; });
+  if (ended || report.times <= seen) return false;
+  seen = report.times;
   return true;
 }
 

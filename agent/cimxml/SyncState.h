@@ -24,6 +24,7 @@ struct SyncReport {
   long long lastFailure = 0;           // likewise
   std::string lastFailureText;
   std::string version;
+  unsigned long long times = 0;  // how often something was reported
 };
 
 class SyncState {
@@ -35,7 +36,7 @@ class SyncState {
   SyncReport Report();
 
   // Waits until something was reported after the `seen`th time (start with 0), at most for `limit`.
-  // True when it was: `seen` then holds the number of times. False at once after End.
+  // True when it was: `seen` is then the report's `times`. False at once after End.
   bool WaitForChange(unsigned long long& seen, std::chrono::milliseconds limit);
   void End();
   bool Ended();
@@ -46,7 +47,6 @@ class SyncState {
   std::mutex mutex;
   std::condition_variable changed;
   SyncReport report;  // guarded by `mutex`, like all below
-  unsigned long long times = 0;
   bool ended = false;
 };
 
