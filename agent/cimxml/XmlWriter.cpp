@@ -56,7 +56,7 @@ const char* Replaced(char c) {
 }
 
 bool IsPlain(char c) {
-  return c >= 0x20 && c != '&' && c != '<' && c != '>' && c != '"';
+  return c >= 0x20 && c < 0x7F && c != '&' && c != '<' && c != '>' && c != '"';
 }
 
 // Appends the character at `at`, which is not plain, and gives the place of the next one.
