@@ -5,6 +5,9 @@
 #include <gtest/gtest.h>
 #include <kecpp.h>
 
+#include <atomic>
+#include <thread>
+
 #include "agent/AgentProcess.h"
 #include "agent/WbemClient.h"
 #include "endtoend/Simulator.h"
@@ -239,6 +242,28 @@ TEST_F(Client, FollowsADaemonThatNeverRests) {
     }
   }
   simulator.Control("churn", {{"rate", 0}});
+  ExpectTruth();
+}
+
+TEST_F(Client, SeesAllOrNothingWhileTheDaemonRestarts) {
+  const Names machines = client.GetNames("ein", MACHINE);
+  std::atomic<bool> done{false};
+  std::thread polling([&] {
+    while (!done) {
+      try {
+        EXPECT_EQ(client.GetNames("ein", MACHINE), machines);
+      } catch (const std::runtime_error& error) {
+        EXPECT_THAT(error.what(), HasSubstr("not read yet"));
+      }
+    }
+  });
+  for (int logins = 2; logins < 5; ++logins) {
+    simulator.Control("restart", {{"pid", logins}});
+    EXPECT_TRUE(endtoend::Eventually([&] { return simulator.Stats()["sessions"] == 1; }));
+  }
+  done = true;
+  polling.join();
+  simulator.Control("machine", {{"do", "remove"}, {"id", "vm-1"}});
   ExpectTruth();
 }
 

@@ -124,6 +124,23 @@ TEST(Life, ItEndsWithinTwoSecondsWhateverHangs) {
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5 * 2));
 }
 
+TEST(Life, ItEndsWithinTwoSecondsBeforeTheFirstFill) {
+  for (const char* method : {"RetrieveServiceContent", "Login", "CreateFilter", "WaitForUpdates",
+                             "RetrieveAllPermissions"}) {
+    SCOPED_TRACE(method);
+    Simulator simulator({"--machines", "3"});
+    simulator.Control("fault", {{"method", method}, {"kind", "hang"}, {"count", 1000}});
+    AgentProcess agent(simulator.Config());
+    RawClient waiting(agent.Port());
+    waiting.Send(Post("EnumerateInstances", "CIM_System"));
+    EXPECT_TRUE(Eventually([&] { return simulator.Stats()["calls"].contains(method); }));
+    const auto start = std::chrono::steady_clock::now();
+    agent.Signal(SIGTERM);
+    EXPECT_EQ(agent.Wait(), 0) << agent.Errors();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5 * 2));
+  }
+}
+
 TEST(Life, SlowClientsHoldNobodyUp) {
   Simulator simulator({"--machines", "2000"});
   AgentProcess agent(simulator.Config());
