@@ -23,6 +23,7 @@ class Simulator {
   // The configuration document that leads an agent to it: by local ticket, or as a user.
   std::string Config() const;
   std::string Config(const std::string& user, const std::string& password) const;
+  const std::string& TicketFolder() const { return folder.path; }
   // A document in a file, for programs that take a path.
   std::string ConfigFile(const std::string& config) const;
 

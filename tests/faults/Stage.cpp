@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 
 #include "agent/CacheReader.h"
 #include "agent/InventoryJson.h"
@@ -18,7 +19,9 @@ using endtoend::Eventually;
 using endtoend::Json;
 using KELib::KEString;
 
-constexpr const char* USER = "root";
+constexpr const char* USER = "watchman";
+constexpr const char* PASSWORD = "s3cr&t";
+constexpr const char* ESCAPED_PASSWORD = "s3cr&amp;t";
 
 // A reply of 100 MB takes a moment on a slow machine; a call that hangs is to be over soon.
 std::string TimeoutFor(const std::string& fault) {
@@ -34,9 +37,8 @@ int DelayFor(const std::string& fault, const std::string& method) {
 }
 
 std::vector<std::string> Options(bool tls, const std::string& pidFile) {
-  std::vector<std::string> options = {"--hosts",    "1",    "--machines", "3",
-                                      "--user",     USER,   "--password", Stage::PASSWORD,
-                                      "--pid-file", pidFile};
+  std::vector<std::string> options = {"--hosts", "1",          "--machines", "3",          "--user",
+                                      USER,      "--password", PASSWORD,     "--pid-file", pidFile};
   if (tls) options.push_back("--https");
   return options;
 }
@@ -46,6 +48,10 @@ std::string Replaced(std::string text, const std::string& from, const std::strin
     text.replace(at, from.size(), to);
   }
   return text;
+}
+
+std::string UserText() {
+  return std::string(">") + USER + "<";
 }
 
 template <typename Step>
@@ -75,13 +81,11 @@ std::unique_ptr<KE::Stub::ManagedObjectReference> Reference(const char* type, co
 
 }  // namespace
 
-const char* const Stage::PASSWORD = "s3cr&t";
-
 bool Matches(const std::string& text, const std::string& pattern) {
   return fnmatch(pattern.c_str(), text.c_str(), FNM_NOESCAPE) == 0;
 }
 
-Stage::Stage(const std::string& kind)
+Stage::Stage(const std::string& kind, Credentials credentials)
     : fault(kind),
       tls(kind == "certificates-gone"),
       daemonGoes(kind == "restart" || kind == "pid-gone"),
@@ -93,7 +97,9 @@ Stage::Stage(const std::string& kind)
   KE::Service::GetMgmtdWatchSeams().pidFile = pidFile.c_str();
   KELib::Logging::GetDefaultLogger()->SetLevelByName("verbose");
   std::filesystem::copy_file(KECPP_TEST_CERTIFICATE, certificate);
-  config = Replaced(simulator.Config(), KECPP_TEST_CERTIFICATE, certificate);
+  config = credentials == Credentials::Ticket ? Replaced(simulator.Config(), ">root<", UserText())
+                                              : simulator.Config(USER, ESCAPED_PASSWORD);
+  config = Replaced(config, KECPP_TEST_CERTIFICATE, certificate);
   config = Replaced(config, "<timeout>60<", "<timeout>" + TimeoutFor(fault) + "<");
 }
 
@@ -253,6 +259,7 @@ bool Stage::Holds(const std::string& statement, const std::vector<std::string>& 
       {"no failure in GetStatus", [&] { return status.lastFailureTime == 0; }},
       {"daemon: no session", [&] { return stats("sessions") == 0; }},
       {"daemon: a session", [&] { return stats("sessions") == 1; }},
+      {"daemon: sessions left over", [&] { return stats("sessions") > 0; }},
       {"daemon: no filter", [&] { return stats("filters") == 0; }},
       {"daemon: a filter", [&] { return stats("filters") == 1; }},
       {"daemon: filters left over", [&] { return stats("filters") > 0; }},
@@ -266,6 +273,20 @@ bool Stage::CachesBecomeTrue() {
     return is["machines"] == truth["machines"] && is["hosts"] == truth["hosts"] &&
            (!watchesAuthorization || is["roles"] == truth["roles"]);
   });
+}
+
+// A ticket's file is there until the daemon goes.
+std::vector<std::string> Stage::Secrets() const {
+  std::vector<std::string> secrets = {USER, PASSWORD, ESCAPED_PASSWORD, "<password>",
+                                      "pxa_session"};
+  for (const auto& entry : std::filesystem::directory_iterator(simulator.TicketFolder())) {
+    if (entry.path().filename().string().compare(0, 7, "ticket-") != 0) continue;
+    std::ifstream file(entry.path());
+    std::string ticket;
+    std::getline(file, ticket);
+    secrets.push_back(ticket.substr(0, ticket.find('<')));  // the part that is never escaped
+  }
+  return secrets;
 }
 
 Json Stage::Read() {

@@ -20,9 +20,9 @@ namespace faults {
 
 class Stage {
  public:
-  static const char* const PASSWORD;  // of the daemon's user
+  enum class Credentials { Ticket, Password };
 
-  explicit Stage(const std::string& fault);
+  Stage(const std::string& fault, Credentials credentials);
   ~Stage();
   Stage(const Stage&) = delete;
   Stage& operator=(const Stage&) = delete;
@@ -55,6 +55,9 @@ class Stage {
 
   bool LoggedIn();
   bool CachesBecomeTrue();
+
+  // What no log line may tell: the user's name and password, tickets, the session's cookie.
+  std::vector<std::string> Secrets() const;
 
  private:
   void AskForSync();
