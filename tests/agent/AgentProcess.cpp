@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "agent/AgentProcess.h"
 
+#include <gtest/gtest.h>
+#include <signal.h>
+
 #include <stdexcept>
 
 namespace agenttest {
@@ -28,6 +31,14 @@ AgentProcess::AgentProcess(const std::string& config, std::vector<std::string> o
     return !address.empty() || !IsRunning();
   });
   if (address.empty()) throw std::runtime_error("no agent: " + Errors());
+}
+
+AgentProcess::~AgentProcess() {
+  if (IsRunning()) {
+    Signal(SIGTERM);
+    EXPECT_EQ(Wait(), 0);
+  }
+  EXPECT_EQ(Errors().find("Sanitizer"), std::string::npos) << Errors();
 }
 
 int AgentProcess::Port() const {

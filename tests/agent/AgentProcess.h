@@ -17,6 +17,9 @@ class AgentProcess : public endtoend::ChildProcess {
   // it listens. Throws when it does not.
   explicit AgentProcess(const std::string& config, std::vector<std::string> options = {});
 
+  // Ends it, if it still runs, and expects that it ends well and that no sanitizer complained.
+  ~AgentProcess();
+
   const std::string& Address() const { return address; }  // "127.0.0.1:PORT"
   int Port() const;
 
