@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
 // What libcurl alone needs for a call: the floor under the library's transport. The same options
-// and header lines, a kept connection, the request's text prepared.
+// (cookies that a share keeps, with its locks, among them), the same header lines and the same
+// request, a kept connection.
 #ifndef KECPP_BENCHMARKS_BAREPOST_H
 #define KECPP_BENCHMARKS_BAREPOST_H
 
 #include <cstddef>
 #include <memory>
+#include <mutex>
 #include <string>
 
 namespace bench {
@@ -31,6 +33,9 @@ class BarePost {
 
   std::string url;
   void* easy;
+  void* share;
+  std::mutex shareMutex;
+  char errorText[256] = "";
   void* headers = nullptr;
   std::unique_ptr<char[]> body;
   std::size_t room = 0;

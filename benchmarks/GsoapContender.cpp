@@ -9,7 +9,8 @@
 #include "benchH.h"
 #include "benchmarks/StoreContender.h"
 
-SOAP_NMAC struct Namespace namespaces[] = {{nullptr, nullptr, nullptr, nullptr}};
+// gSOAP's library looks for this name.
+__attribute__((visibility("default"))) SOAP_NMAC struct Namespace namespaces[] = {{nullptr, nullptr, nullptr, nullptr}};
 
 namespace bench {
 
