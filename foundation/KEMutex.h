@@ -26,21 +26,27 @@ class KECPP_CAPABILITY("mutex") KECPP_API KEMutex {
   ~KEMutex();
 
   // Waits for the mutex and makes the calling thread its owner.
-  void Lock() KECPP_ACQUIRE();
+  void Lock() KECPP_ACQUIRE() {
+    pthread_mutex_lock(&mutex);
+    SetOwner();
+  }
 
   // Gives it back. The caller holds it.
-  void Unlock() KECPP_RELEASE();
+  void Unlock() KECPP_RELEASE() {
+    ClearOwner();
+    pthread_mutex_unlock(&mutex);
+  }
 
   // Whether the calling thread holds it; another thread's hold is reported as false.
-  bool IsLocked() const;
+  bool IsLocked() const { return owner.load(std::memory_order_relaxed) == pthread_self(); }
 
  private:
   // Their waits give the mutex up and take it back inside the system library.
   friend class KEConditionImpl;
   friend class KEQuietCondition;
 
-  void SetOwner();
-  void ClearOwner();
+  void SetOwner() { owner.store(pthread_self(), std::memory_order_relaxed); }
+  void ClearOwner() { owner.store(0, std::memory_order_relaxed); }
 
   pthread_mutex_t mutex;
   // Read by threads that do not hold the mutex, for which only "is it me" matters: no order needed.

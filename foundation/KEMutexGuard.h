@@ -19,14 +19,21 @@ namespace KELib {
 class KECPP_SCOPED_CAPABILITY KECPP_API KEMutexGuard {
  public:
   // Locks `mutex` unless the calling thread holds it. Null: the guard does nothing.
-  explicit KEMutexGuard(KEMutex* mutex) KECPP_ACQUIRE(mutex) KECPP_NO_THREAD_SAFETY_ANALYSIS;
+  explicit KEMutexGuard(KEMutex* mutex) KECPP_ACQUIRE(mutex) KECPP_NO_THREAD_SAFETY_ANALYSIS
+      : locked(mutex != nullptr && !mutex->IsLocked() ? mutex : nullptr) {
+    if (locked != nullptr) locked->Lock();
+  }
   KEMutexGuard(const KEMutexGuard&) = delete;
   KEMutexGuard& operator=(const KEMutexGuard&) = delete;
   // Unlocks what the constructor locked, unless Release() did.
-  ~KEMutexGuard() KECPP_RELEASE() KECPP_NO_THREAD_SAFETY_ANALYSIS;
+  ~KEMutexGuard() KECPP_RELEASE() KECPP_NO_THREAD_SAFETY_ANALYSIS { Release(); }
 
   // Unlocks what the constructor locked before the scope ends; a second call does nothing.
-  void Release() KECPP_RELEASE() KECPP_NO_THREAD_SAFETY_ANALYSIS;
+  void Release() KECPP_RELEASE() KECPP_NO_THREAD_SAFETY_ANALYSIS {
+    if (locked == nullptr) return;
+    locked->Unlock();
+    locked = nullptr;
+  }
 
  private:
   KEMutex* locked;  // what this guard has to unlock; null when it has nothing to do

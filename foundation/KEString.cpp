@@ -213,10 +213,6 @@ KEString KEString::Substring(unsigned int start, unsigned int end) const {
   return KEString(buffer + start, end - start);
 }
 
-void KEString::Clear() {
-  if (!IsShared()) buffer[0] = '\0';
-}
-
 void KEString::Erase(unsigned int from, unsigned int to) {
   if ((from == 0 && to == 0) || from > to) return;
   const unsigned int length = Length();
@@ -227,13 +223,6 @@ void KEString::Erase(unsigned int from, unsigned int to) {
     return;
   }
   std::memmove(buffer + from, buffer + to, length - to + std::size_t{1});
-}
-
-void KEString::Transfer(KEString& other) {
-  if (this == &other) return;
-  Free();
-  buffer = other.buffer;
-  other.buffer = SharedEmpty();
 }
 
 void KEString::Attach(char* text) {

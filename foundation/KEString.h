@@ -88,14 +88,20 @@ class KECPP_API KEString {
   KEString Substring(unsigned int start, unsigned int end) const;
 
   // Empties the text; keeps the buffer.
-  void Clear();
+  void Clear() {
+    if (!IsShared()) buffer[0] = '\0';
+  }
 
   // Removes the characters from `from` up to, not including, `to` (clamped to the length). Nothing
   // for 0 and 0, for from > to and for `from` beyond the end.
   void Erase(unsigned int from, unsigned int to);
 
   // Takes the other's buffer over; the argument is left empty.
-  void Transfer(KEString& other);
+  void Transfer(KEString& other) {
+    if (this == &other) return;
+    Adopt(other.buffer);
+    other.buffer = SharedEmpty();
+  }
 
   // Owns `text` from now on, which comes from array new. Null and empty texts leave the string
   // empty; an empty buffer stays the caller's.
