@@ -93,8 +93,11 @@ bool IsRemoval(const XmlSlice& op) {
 ObjectTarget::ObjectTarget(UpdateInfo& update, KE::Instance::KETypeCache& cache,
                            ComputerSystems& computers)
     : ui(update), types(cache), systems(computers), kind(ObjectKind::other) {
-  if (ui.obj.type.Equals(TypeVirtualMachine)) kind = ObjectKind::machine;
-  if (ui.obj.type.Equals(TypeHostSystem)) kind = ObjectKind::host;
+  if (ui.obj.type.Equals(TypeVirtualMachine)) {
+    kind = ObjectKind::machine;
+  } else if (ui.obj.type.Equals(TypeHostSystem)) {
+    kind = ObjectKind::host;
+  }
 }
 
 void ObjectTarget::Apply(const XmlSlice& property, const XmlSlice& op, const XmlSlice& value) {

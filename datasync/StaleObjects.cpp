@@ -36,8 +36,7 @@ void StaleObjects::BeginWait(KE::Instance::KETypeCache& cache) {
   phase = machines.empty() && hosts.empty() ? Phase::none : Phase::begun;
 }
 
-void StaleObjects::Name(const KE::Stub::ManagedObjectReference& object) {
-  if (phase != Phase::begun && phase != Phase::partial) return;
+void StaleObjects::Count(const KE::Stub::ManagedObjectReference& object) {
   Ids* ids = object.type.Equals(TypeVirtualMachine) ? &machines
              : object.type.Equals(TypeHostSystem)   ? &hosts
                                                     : nullptr;

@@ -36,7 +36,9 @@ class StaleObjects {
   void BeginWait(KE::Instance::KETypeCache& cache);
 
   // The server has named an object.
-  void Name(const KE::Stub::ManagedObjectReference& object);
+  void Name(const KE::Stub::ManagedObjectReference& object) {
+    if (phase == Phase::begun || phase == Phase::partial) Count(object);
+  }
 
   // A set was applied whole. True when the report is over.
   bool EndSet();
@@ -49,6 +51,8 @@ class StaleObjects {
 
  private:
   enum class Phase { none, expected, begun, partial };
+
+  void Count(const KE::Stub::ManagedObjectReference& object);
 
   Phase phase = Phase::none;
   Ids machines, hosts;

@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "datasync/UpdateSetWalk.h"
 
-#include <optional>
-
 #include "datasync/DataSyncConstants.h"
 #include "datasync/KEDataSyncImpl.h"
 #include "datasync/ListValue.h"
 #include "datasync/ObjectTarget.h"
 #include "datasync/StaleObjects.h"
-#include "foundation/KEMutexGuard.h"
 #include "foundation/Logger.h"
 
 namespace KE::Service {
@@ -53,14 +50,11 @@ class UpdateSetWalk::ObjectLock {
  private:
   void TakeAll() KECPP_NO_THREAD_SAFETY_ANALYSIS {
     taken = true;
+    if (walk.ui.syncInfo == nullptr) return;
+    if (walk.tableServed) RetakeTable();
+    walk.tableServed = true;
     UpdateInfo& info = walk.ui;
     if (info.syncInfo == nullptr) return;
-    table.emplace(walk.sync.GetMutex());
-    info.syncInfo = walk.sync.FindFilterNoLock(info.filter);
-    if (info.syncInfo == nullptr) {
-      table.reset();
-      return;
-    }
     target.emplace(info, *walk.sync.GetCache(), walk.room.systems);
     if (target->IsComputerSystem()) {
       walk.room.systems.Lock(walk.room.caches);
@@ -69,33 +63,42 @@ class UpdateSetWalk::ObjectLock {
     }
   }
 
+  void RetakeTable() KECPP_NO_THREAD_SAFETY_ANALYSIS {
+    walk.table.reset();
+    walk.table.emplace(walk.sync.GetMutex());
+    walk.ui.syncInfo = walk.sync.FindFilterNoLock(walk.ui.filter);
+  }
+
   UpdateSetWalk& walk;
   bool taken = false;
-  std::optional<KEMutexGuard> table;
   std::optional<ObjectTarget> target;
 };
 
-UpdateSetWalk::UpdateSetWalk(KEDataSyncImpl& owner, UpdateInfo& update,
-                             KELib::Xml::KEXmlCursor& text, WalkRoom& kept)
-    : sync(owner), ui(update), cursor(text), room(kept) {
-  room.Lend(ui);
-}
-
-UpdateSetWalk::~UpdateSetWalk() {
-  room.GiveBack(ui);
+UpdateSetWalk::UpdateSetWalk(KEDataSyncImpl& owner, KELib::Xml::KEXmlCursor& text, WalkRoom& kept)
+    : sync(owner), cursor(text), room(kept), ui(kept.update) {
+  ui.syncInfo = nullptr;  // a walk that threw may have left something here
+  ui.kind.Clear();
+  ClearReference(ui.obj);
 }
 
 void UpdateSetWalk::Run() {
-  while (FindFilterSet() && ApplyFilterSet()) {
+  while (EnterFilterSet() && ApplyFilterSet()) {
   }
 }
 
-bool UpdateSetWalk::FindFilterSet() {
-  XmlSlice name;
+bool UpdateSetWalk::EnterFilterSet() {
+  XmlSlice name, version;
   for (;;) {
+    if (cursor.PassTag("<filterSet>")) return true;
+    if (cursor.PassStartTag("<returnval") ||
+        cursor.TakeText("<version", "</version>", version)) {
+      continue;
+    }
+    if (cursor.PassTag("</returnval>")) return false;
     if (cursor.NextChild(name)) {
-      if (name.Is("filterSet")) return true;
-      if (name.Is("returnval")) {
+      if (name.Is("filterSet")) {
+        if (cursor.Enter()) return true;
+      } else if (name.Is("returnval")) {
         cursor.Enter();
       } else {
         cursor.SkipElement(name);
@@ -106,17 +109,19 @@ bool UpdateSetWalk::FindFilterSet() {
   }
 }
 
+// The cursor stands in the filter set's content.
 bool UpdateSetWalk::ApplyFilterSet() {
-  if (!cursor.Enter()) return true;
   XmlSlice name, type, id;
-  bool begun = false;
+  bool begun = false, closed = false;
   if (cursor.TakeText("<filter type=\"", "</filter>", type, id)) {
     begun = true;
     if (!BeginFilter(type, id)) return false;
   }
-  for (;;) {
+  while (!closed) {
     if (begun && cursor.PassTag("<objectSet>")) {
       ApplyObjectSet();
+    } else if (cursor.PassTag("</filterSet>")) {
+      closed = true;
     } else if (!cursor.NextChild(name)) {
       break;
     } else if (name.Is("filter")) {
@@ -134,28 +139,30 @@ bool UpdateSetWalk::ApplyFilterSet() {
       cursor.SkipElement(name);
     }
   }
-  cursor.Leave("filterSet");
+  if (!closed) cursor.Leave("filterSet");
   EndFilter();
   return true;
 }
 
-bool UpdateSetWalk::BeginFilter(const XmlSlice& type, const XmlSlice& id) {
-  room.filterType.Set(ui.filter.type, type);
-  room.filterId.Set(ui.filter.value, id);
-  KEMutexGuard guard(sync.GetMutex());
+// Outside the analysis, as all that concerns the table mutex here: the guard outlives the call.
+bool UpdateSetWalk::BeginFilter(const XmlSlice& type, const XmlSlice& id)
+    KECPP_NO_THREAD_SAFETY_ANALYSIS {
+  room.filterType.Set(type);
+  room.filterId.Set(id);
+  if (!table) table.emplace(sync.GetMutex());
   ui.syncInfo = sync.FindFilterNoLock(ui.filter);
   if (ui.syncInfo == nullptr) {
     LogSkipped(ui.filter);
     sync.NoteUnknownFilter(ui.filter);
     return false;
   }
-  ui.syncInfo->received = true;
+  if (ui.syncInfo->waiter != nullptr) ui.syncInfo->received = true;
   return true;
 }
 
-void UpdateSetWalk::EndFilter() {
-  KEMutexGuard guard(sync.GetMutex());
-  DataSyncInfo* info = ui.syncInfo != nullptr ? sync.FindFilterNoLock(ui.filter) : nullptr;
+// The table mutex is held since the filter was last looked up.
+void UpdateSetWalk::EndFilter() KECPP_NO_THREAD_SAFETY_ANALYSIS {
+  DataSyncInfo* info = ui.syncInfo;
   if (info != nullptr && !info->taskPending) sync.ReleaseWaiterNoLock(info->waiter);
   ui.syncInfo = nullptr;
   ClearReference(ui.filter);
@@ -166,9 +173,12 @@ void UpdateSetWalk::ApplyObjectSet() {
   ObjectLock lock(*this);
   TakeHead();
   XmlSlice name;
-  for (;;) {
+  bool closed = false;
+  while (!closed) {
     if (cursor.PassTag("<changeSet>")) {
       ApplyChangeSet(lock);
+    } else if (cursor.PassTag("</objectSet>")) {
+      closed = true;
     } else if (!cursor.NextChild(name)) {
       break;
     } else if (name.Is("kind")) {
@@ -181,7 +191,7 @@ void UpdateSetWalk::ApplyObjectSet() {
       ApplyChangeSet(lock);
     }
   }
-  cursor.Leave("objectSet");
+  if (!closed) cursor.Leave("objectSet");
   if (ui.syncInfo != nullptr) sync.Stale().Name(ui.obj);
   if (leaves && lock.Take()) lock.Target().Remove();
   leaves = false;
@@ -262,12 +272,12 @@ void UpdateSetWalk::TakeHead() {
 }
 
 void UpdateSetWalk::SetObject(const XmlSlice& type, const XmlSlice& id) {
-  room.objectType.Set(ui.obj.type, type);
-  room.objectId.Set(ui.obj.value, id);
+  room.objectType.Set(type);
+  room.objectId.Set(id);
 }
 
 void UpdateSetWalk::SetKind(const XmlSlice& kind) {
-  room.kind.Set(ui.kind, kind);
+  room.kind.Set(kind);
   leaves = kind.Is("leave");
 }
 

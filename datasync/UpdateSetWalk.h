@@ -7,13 +7,17 @@
 // next.
 //
 // Locks: for every object set, and for every missing object, the filter-table mutex and then the
-//   data caches of the object's type, once. In between both are free, so that readers and callers
-//   wait for one object at most.
+//   data caches of the object's type, once. Between two objects both are free, so that readers and
+//   callers wait for one object at most. A set of one object takes the table mutex once: it is kept
+//   from the filter to the object, and from the object until the walk is destroyed.
 #ifndef KECPP_DATASYNC_UPDATESETWALK_H
 #define KECPP_DATASYNC_UPDATESETWALK_H
 
+#include <optional>
+
 #include "datasync/UpdateInfo.h"
 #include "datasync/WalkRoom.h"
+#include "foundation/KEMutexGuard.h"
 #include "xml/KEXmlCursor.h"
 
 namespace KE::Service {
@@ -22,10 +26,8 @@ class KEDataSyncImpl;
 
 class UpdateSetWalk {
  public:
-  // `cursor` stands anywhere in front of the filter sets. All four outlive the walk.
-  UpdateSetWalk(KEDataSyncImpl& sync, UpdateInfo& ui, KELib::Xml::KEXmlCursor& cursor,
-                WalkRoom& room);
-  ~UpdateSetWalk();
+  // `cursor` stands anywhere in front of the filter sets. All three outlive the walk.
+  UpdateSetWalk(KEDataSyncImpl& sync, KELib::Xml::KEXmlCursor& cursor, WalkRoom& room);
   UpdateSetWalk(const UpdateSetWalk&) = delete;
   UpdateSetWalk& operator=(const UpdateSetWalk&) = delete;
 
@@ -37,7 +39,7 @@ class UpdateSetWalk {
  private:
   class ObjectLock;
 
-  bool FindFilterSet();
+  bool EnterFilterSet();
   bool ApplyFilterSet();
   bool BeginFilter(const KELib::Xml::XmlSlice& type, const KELib::Xml::XmlSlice& id);
   void EndFilter();
@@ -54,9 +56,11 @@ class UpdateSetWalk {
   KELib::Xml::XmlSlice ReadType();
 
   KEDataSyncImpl& sync;
-  UpdateInfo& ui;
   KELib::Xml::KEXmlCursor& cursor;
   WalkRoom& room;
+  UpdateInfo& ui;  // the room's
+  std::optional<KELib::KEMutexGuard> table;  // has a value while the filter-table mutex is held
+  bool tableServed = false;  // an object was applied since it was taken
   bool leaves = false;  // the object set's kind is "leave"
 };
 

@@ -39,23 +39,24 @@ XmlSlice SliceOf(const char* text) {
 void KEDataSyncImpl::UpdateSetToCache(UpdateInfo& ui, KEXmlReader& r) {
   unknownFilter.type.Clear();
   unknownFilter.value.Clear();
-  KEXmlCursor cursor(r);
+  ui.syncInfo = nullptr;
   try {
     RoomLoan loan(*walkRoom, *typeCache);
-    UpdateSetWalk(*this, ui, cursor, loan.Room()).Run();
+    KEXmlCursor cursor(r, &loan.Room().tags);
+    UpdateSetWalk walk(*this, cursor, loan.Room());
+    walk.Run();
+    cursor.MoveReader();
+    FinishUpdateSet(false);
   } catch (...) {
-    ui.syncInfo = nullptr;
     FinishUpdateSet(true);
     throw;
   }
-  cursor.MoveReader();
-  ui.syncInfo = nullptr;
-  FinishUpdateSet(false);
 }
 
 // A watch whose set was cut short hears everything again, of its task too; who waits for its first
 // data is not kept until a server that goes on like that sends a whole set.
 void KEDataSyncImpl::FinishUpdateSet(bool cutShort) {
+  if (WaiterHolder::Count() == 0) return;
   KEMutexGuard guard(mutex.get());
   for (auto it = filters->Begin(); !it.End(); ++it) {
     DataSyncInfo* info = it->value;

@@ -5,6 +5,8 @@
 
 namespace KE::Service {
 
+std::atomic<unsigned int> WaiterHolder::count{0};
+
 void WaiterHolder::Release(SyncState& state) {
   if (waiter != nullptr) waiter->Signal();
   waiter = nullptr;

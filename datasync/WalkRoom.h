@@ -11,6 +11,7 @@
 #include <optional>
 
 #include "datasync/ComputerSystems.h"
+#include "datasync/DataSyncConstants.h"
 #include "datasync/UpdateInfo.h"
 #include "foundation/KEString.h"
 #include "foundation/KEStringBuffer.h"
@@ -19,42 +20,37 @@
 
 namespace KE::Service {
 
-// A text that is set again and again, in a block that is kept.
+// A text that is set again and again, and by Set alone: its block is kept.
 class ReusedText {
  public:
-  // `text` takes the block over for a while; GiveBack ends it, and in between Set fills it.
-  void Lend(KELib::KEString& text) { text.Transfer(block); }
-  void GiveBack(KELib::KEString& text) { block.Transfer(text); }
+  explicit ReusedText(KELib::KEString& set) : text(set) {}
 
-  void Set(KELib::KEString& text, const KELib::Xml::XmlSlice& value) { value.CopyTo(text, room); }
+  void Set(const KELib::Xml::XmlSlice& value) { value.CopyTo(text, room); }
 
  private:
-  KELib::KEString block;
+  KELib::KEString& text;
   unsigned int room = 0;
 };
 
 struct WalkRoom {
-  explicit WalkRoom(KE::Instance::KETypeCache& types) : systems(types), caches(&types) {}
+  explicit WalkRoom(KE::Instance::KETypeCache& types)
+      : update(Val, nullptr),
+        systems(types),
+        caches(&types),
+        kind(update.kind),
+        objectType(update.obj.type),
+        objectId(update.obj.value),
+        filterType(update.filter.type),
+        filterId(update.filter.value) {}
+  WalkRoom(const WalkRoom&) = delete;
+  WalkRoom& operator=(const WalkRoom&) = delete;
 
-  void Lend(UpdateInfo& ui) {
-    kind.Lend(ui.kind);
-    objectType.Lend(ui.obj.type);
-    objectId.Lend(ui.obj.value);
-    filterType.Lend(ui.filter.type);
-    filterId.Lend(ui.filter.value);
-  }
-  void GiveBack(UpdateInfo& ui) {
-    kind.GiveBack(ui.kind);
-    objectType.GiveBack(ui.obj.type);
-    objectId.GiveBack(ui.obj.value);
-    filterType.GiveBack(ui.filter.type);
-    filterId.GiveBack(ui.filter.value);
-  }
-
+  UpdateInfo update;
   std::atomic<bool> taken{false};  // by a RoomLoan
   ComputerSystems systems;
   KE::Instance::KECacheGuard caches;  // holds something within an object set only
   ReusedText kind, objectType, objectId, filterType, filterId;
+  KELib::Xml::KnownTagRests tags;
   // For texts that comments or sections split.
   KELib::KEStringBuffer propertyText, opText, valueText;
 };

@@ -78,10 +78,12 @@ void KECacheGuard::LockTypes(std::initializer_list<const char* const*> names) {
 }
 
 void KECacheGuard::Lock(KEDataCache* cache) {
-  if (cache == nullptr || cache->GetMutex()->IsLocked()) return;
+  if (cache == nullptr) return;
+  KELib::KEMutex* const mutex = cache->GetMutex();
+  if (mutex->IsLocked()) return;
   taken.push_back(nullptr);  // room first: a mutex that is taken must be remembered
-  cache->GetMutex()->Lock();
-  taken.back() = cache->GetMutex();
+  mutex->Lock();
+  taken.back() = mutex;
 }
 
 void KECacheGuard::Unlock() {

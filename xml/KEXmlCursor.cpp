@@ -34,27 +34,32 @@ constexpr NameEnds kNameEnds;
 
 }  // namespace
 
-KEXmlCursor::KEXmlCursor(KEXmlReader& source)
+KEXmlCursor::KEXmlCursor(KEXmlReader& source, KnownTagRests* remembered)
     : reader(source),
       begin(source.Str()),
       end(begin + source.GetInputLength()),
       at(begin + source.Pos()),
-      inTag(source.State().WasLastType(kElementName) || source.State().WasLastType(kAttribute)) {}
+      inTag(source.State().WasLastType(kElementName) || source.State().WasLastType(kAttribute)),
+      known(remembered) {}
 
 void KEXmlCursor::MoveReader() const {
   reader.MoveTo(static_cast<unsigned int>(at - begin), kElementEnded);
 }
 
 // The ">" of the start tag behind whose name `from` stands; null where the name goes on, for an
-// empty-element tag and for a tag without end. Attributes repeat: those that were seen are passed
-// by comparing them. They are remembered by a character inside their first value, where they
-// differ.
+// empty-element tag and for a tag without end. What is known is found by two characters inside the
+// first attribute's value, where tags differ.
 const char* KEXmlCursor::PlainTagEnd(const char* from) {
-  constexpr std::ptrdiff_t kTelling = 11;
-  XmlSlice& tagRest = tagRests[end - from > kTelling ? from[kTelling] & 3 : 0];
-  if (tagRest.length > 0 && static_cast<std::size_t>(end - from) >= tagRest.length &&
-      std::memcmp(from, tagRest.text, tagRest.length) == 0) {
-    return from + tagRest.length - 1;
+  constexpr std::ptrdiff_t kFirst = 11, kSecond = 15;
+  KnownTagRests::Rest* rest = nullptr;
+  if (known != nullptr && end - from > kSecond) {
+    const auto telling = static_cast<unsigned int>(from[kFirst] ^ from[kSecond] >> 1);
+    rest = &known->rests[telling % KnownTagRests::kRests];
+  }
+  if (rest != nullptr && rest->length > 0 &&
+      static_cast<std::size_t>(end - from) >= rest->length &&
+      std::memcmp(from, rest->text, rest->length) == 0) {
+    return from + rest->length - 1;
   }
   const char* stop = from;
   if (!IsBlank(*stop)) return nullptr;
@@ -65,7 +70,10 @@ const char* KEXmlCursor::PlainTagEnd(const char* from) {
     if (stop == nullptr) return nullptr;
   }
   if (stop[-1] == '/') return nullptr;
-  tagRest = {from, static_cast<unsigned int>(stop + 1 - from)};
+  if (rest != nullptr && stop - from < KnownTagRests::kLongest) {
+    rest->length = static_cast<unsigned int>(stop + 1 - from);
+    std::memcpy(rest->text, from, rest->length);
+  }
   return stop;
 }
 

@@ -56,10 +56,24 @@ struct XmlSlice {
   }
 };
 
+// Start tags repeat, most of all their attributes: those that were seen are passed by comparing. May
+// be kept from text to text; of one thread at a time.
+struct KnownTagRests {
+  static constexpr unsigned int kLongest = 96;
+
+  struct Rest {
+    unsigned int length = 0;
+    char text[kLongest];  // what stood behind the name, with the ">"
+  };
+  static constexpr unsigned int kRests = 8;
+
+  Rest rests[kRests];
+};
+
 class KECPP_API KEXmlCursor {
  public:
-  // Starts where the reader stands.
-  explicit KEXmlCursor(KEXmlReader& reader);
+  // Starts where the reader stands. `known`, which may be null, outlives the cursor.
+  explicit KEXmlCursor(KEXmlReader& reader, KnownTagRests* known = nullptr);
 
   // Walks on to the next child of the element that the cursor stands in (or to the next element of
   // the text, on the top level), past text, comments and sections. True: `name` is the child's and
@@ -113,6 +127,19 @@ class KECPP_API KEXmlCursor {
     const char* const from = SkipBlanks(at);
     if (!StandsAt(from, markup)) return false;
     at = from + N - 1;
+    inTag = false;
+    return true;
+  }
+
+  // The same for a start tag that may have attributes: `open` is its begin, such as "<op".
+  template <std::size_t N>
+  bool PassStartTag(const char (&open)[N]) {
+    const char* from = SkipBlanks(at);
+    if (!StandsAt(from, open)) return false;
+    from += N - 1;
+    if (*from != '>') from = PlainTagEnd(from);
+    if (from == nullptr) return false;
+    at = from + 1;
     inTag = false;
     return true;
   }
@@ -200,7 +227,7 @@ class KECPP_API KEXmlCursor {
   const char* end;
   const char* at;
   bool inTag;
-  XmlSlice tagRests[4];  // of start tags that had attributes: what stood behind their names
+  KnownTagRests* known;
 };
 
 }  // namespace KELib::Xml
