@@ -70,7 +70,7 @@ const char* KEXmlCursor::PlainTagEnd(const char* from) {
     if (stop == nullptr) return nullptr;
   }
   if (stop[-1] == '/') return nullptr;
-  if (rest != nullptr && stop - from < KnownTagRests::kLongest) {
+  if (rest != nullptr && static_cast<std::size_t>(stop - from) < KnownTagRests::kLongest) {
     rest->length = static_cast<unsigned int>(stop + 1 - from);
     std::memcpy(rest->text, from, rest->length);
   }
