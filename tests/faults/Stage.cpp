@@ -50,6 +50,11 @@ std::string Replaced(std::string text, const std::string& from, const std::strin
   return text;
 }
 
+// The element of the configuration whose file is removed.
+std::string ElementFor(const std::string& fault) {
+  return fault == "key-gone" ? "<keyFile>" : fault == "ca-gone" ? "<CACertFile>" : "<certFile>";
+}
+
 std::string UserText() {
   return std::string(">") + USER + "<";
 }
@@ -87,19 +92,22 @@ bool Matches(const std::string& text, const std::string& pattern) {
 
 Stage::Stage(const std::string& kind, Credentials credentials)
     : fault(kind),
-      tls(kind == "certificates-gone"),
+      tls(kind == "certificates-gone" || kind == "key-gone" || kind == "ca-gone"),
       daemonGoes(kind == "restart" || kind == "pid-gone"),
       simulator(Options(tls, folder.path + "/pid")),
       pidFile(daemonGoes ? folder.path + "/pid" : folder.path + "/none"),
-      certificate(folder.path + "/client.pem"),
+      removed(folder.path + "/removed.pem"),
       manager(*KE::Service::GetServiceManagerInstance()) {
   KE::Service::ResetMgmtdWatch();
   KE::Service::GetMgmtdWatchSeams().pidFile = pidFile.c_str();
   KELib::Logging::GetDefaultLogger()->SetLevelByName("verbose");
-  std::filesystem::copy_file(KECPP_TEST_CERTIFICATE, certificate);
   config = credentials == Credentials::Ticket ? Replaced(simulator.Config(), ">root<", UserText())
                                               : simulator.Config(USER, ESCAPED_PASSWORD);
-  config = Replaced(config, KECPP_TEST_CERTIFICATE, certificate);
+  if (tls) {
+    if (fault != "ca-gone") std::filesystem::copy_file(KECPP_TEST_CERTIFICATE, removed);
+    config =
+        Replaced(config, ElementFor(fault) + KECPP_TEST_CERTIFICATE, ElementFor(fault) + removed);
+  }
   config = Replaced(config, "<timeout>60<", "<timeout>" + TimeoutFor(fault) + "<");
 }
 
@@ -131,17 +139,18 @@ void Stage::BeginFault(const std::string& methodName) {
   faultBegan = std::chrono::steady_clock::now();
   if (sync != nullptr) before = Read();
   callsBefore = CallsOf(method);
+  if (fault == "ca-gone") return;  // from the beginning
   const bool once = fault == "session-lost" || fault == "restart" || tls;
   simulator.Control("fault", {{"method", method},
                               {"kind", tls ? "close-before" : fault},
                               {"fault", "InvalidRequest"},
                               {"delayMs", DelayFor(fault, method)},
                               {"count", once ? 1 : 1000000}});
-  if (tls) std::filesystem::remove(certificate);
+  if (tls) std::filesystem::remove(removed);
 }
 
 Stage::Attempts Stage::EndFault() {
-  if (tls) std::filesystem::copy_file(KECPP_TEST_CERTIFICATE, certificate);
+  if (tls) std::filesystem::copy_file(KECPP_TEST_CERTIFICATE, removed);
   Patiently([this] { return simulator.Control("fault", {{"kind", "clear"}}); });
   // Pauses of 10 ms and 100 ms, then of a second; the last failure may be on its way yet.
   const auto took = std::chrono::steady_clock::now() - faultBegan;

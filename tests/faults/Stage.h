@@ -74,7 +74,7 @@ class Stage {
   const bool tls, daemonGoes;
   endtoend::TemporaryFolder folder;
   endtoend::Simulator simulator;
-  const std::string pidFile, certificate;
+  const std::string pidFile, removed;
   std::string config, method;
   KE::Service::KEServiceInstManager& manager;
   KE::Service::KEServiceInst* instance = nullptr;
