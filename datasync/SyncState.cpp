@@ -37,8 +37,7 @@ SyncState::CallScope::~CallScope() {
   innermostScope = outer;
   if (state == nullptr) return;
   KEMutexGuard guard(&state->mutex);
-  --state->callersInside;
-  state->changed.Broadcast();
+  if (--state->callersInside == 0) state->changed.Broadcast();
 }
 
 bool SyncState::BeginFirstCycle(const std::atomic<bool>& stopRequested) {
@@ -155,10 +154,13 @@ void SyncState::NoteVersion(const KELib::KEString& version) {
   status.version = version;
 }
 
+// The mutex is free when the readers wake, so that they need not wait a second time. The caller is
+// inside, so the state stays.
 void SyncState::NoteApplied(bool isFill) {
   KEMutexGuard guard(&mutex);
   ++status.setsApplied;
   if (isFill) status.firstFillDone = true;
+  guard.Release();
   changed.Broadcast();
 }
 
