@@ -172,7 +172,8 @@ void ReadFault(SoapResponse& response, SoapFaultInfo& info) {
 // --- requests and replies ------------------------------------------------------------------------
 
 void EncloseMessageContent(SoapRequest& request, Http::HttpRequest& httpRequest) {
-  KEStringBuffer text;
+  const std::size_t around = std::strlen(SOAP_START) + std::strlen(SOAP_END);
+  KEStringBuffer text(static_cast<unsigned int>(around) + request.content.Length());
   text.Append(SOAP_START);
   text.Append(request.content);
   text.Append(SOAP_END);
