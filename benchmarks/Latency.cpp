@@ -3,7 +3,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "benchmarks/BarePost.h"
@@ -62,6 +64,31 @@ double LibraryLatency(const std::string& url) {
   return Median(latencies);
 }
 
+// Milliseconds of processor time that the process spends in a minute, by some seconds of one.
+double QuietMinute(unsigned int seconds) {
+  const timespec settle{0, 200000000};
+  nanosleep(&settle, nullptr);
+  const Clocks begin = Clocks::Now();
+  const timespec quiet{static_cast<time_t>(seconds), 0};
+  nanosleep(&quiet, nullptr);
+  return (Clocks::Now() - begin).cpu / 1000 * 60 / seconds;
+}
+
+// The same while a thread waits by libcurl alone for a reply that does not come.
+double BareQuietMinute(const std::string& url, unsigned int seconds) {
+  std::thread waiting([&url] {
+    try {
+      BarePost(url).Call("WaitForUpdates", "<version>17</version>");
+    } catch (const std::runtime_error&) {
+      // The server ends a cancelled wait without a reply.
+    }
+  });
+  const double spent = QuietMinute(seconds);
+  BarePost(url).Call("CancelWaitForUpdates", "");
+  waiting.join();
+  return spent;
+}
+
 }  // namespace
 
 void RunLatency() {
@@ -77,17 +104,13 @@ void RunLatency() {
 void RunIdle(unsigned int seconds) {
   Inventory inventory;
   inventory.machines = 1000;
-  const ByteServer server(inventory, 0);
-  PublicPath path(server.Url());
+  const ByteServer forBare(inventory, 0), forLibrary(inventory, 0);
+  const double bare = BareQuietMinute(forBare.Url(), seconds);
+  PublicPath path(forLibrary.Url());
   path.Watch();
-  const timespec settle{0, 200000000};
-  nanosleep(&settle, nullptr);
-  const Clocks begin = Clocks::Now();
-  const timespec quiet{static_cast<time_t>(seconds), 0};
-  nanosleep(&quiet, nullptr);
-  const double spent = (Clocks::Now() - begin).cpu / 1000;
-  std::printf("{\"workload\": \"idle\", \"seconds\": %u, \"milliseconds\": %.3f}\n", seconds,
-              spent * 60 / seconds);
+  const double library = QuietMinute(seconds);
+  std::printf("{\"workload\": \"idle\", \"seconds\": %u, \"milliseconds\": %.3f, \"bare\": %.3f}\n",
+              seconds, library, bare);
 }
 
 }  // namespace bench

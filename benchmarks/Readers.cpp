@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include <atomic>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "benchmarks/ByteServer.h"
@@ -22,56 +24,98 @@ constexpr unsigned int kMachines = 10000;
 constexpr long kRunMilliseconds = 300;
 
 struct Reading {
-  double lookUps = 0;      // in a second, of all threads
-  double longestWait = 0;  // microseconds
+  double turns = 0;        // in a second, of all threads
+  double longestWait = 0;  // for the lock, in microseconds
 };
 
-// Look-ups of machines in an order that the processor cannot guess, until told to stop.
-Reading LookUp(KE::Instance::KEDataCache& machines, unsigned int seed,
+using KE::Instance::KEDataCache;
+using Action = std::size_t (*)(KEDataCache& machines, KELib::KEString& key);
+
+std::size_t LookUp(KEDataCache& machines, KELib::KEString& key) {
+  KELib::Stub::KEStubRef ref;
+  machines.GetVal(key, ref);
+  return static_cast<KE::Stub::ZORBEL_VMComputerSystem*>(ref.GetData())->ElementName.Length();
+}
+
+std::size_t Iterate(KEDataCache& machines, KELib::KEString&) {
+  std::size_t lengths = 0;
+  for (auto it = machines.Iterator(); !it.End(); ++it) {
+    lengths += static_cast<KE::Stub::ZORBEL_VMComputerSystem&>(*it->value).ElementName.Length();
+  }
+  return lengths;
+}
+
+// Goes on until told to stop, with machines in an order that the processor cannot guess.
+Reading Repeat(Action action, KEDataCache& machines, unsigned int seed,
                const std::atomic<bool>& stop) {
+  std::vector<KELib::KEString> keys;
+  for (unsigned int i = 0; i < kMachines; ++i) keys.emplace_back(MachineId(i).c_str());
   Reading reading;
   std::size_t lengths = 0;
   while (!stop.load(std::memory_order_relaxed)) {
     seed = seed * 1664525U + 1013904223U;
-    KELib::KEString key(MachineId((seed >> 8) % kMachines).c_str());
+    KELib::KEString& key = keys[(seed >> 8) % kMachines];
     const long long asked = NanosecondsNow();
     KELib::KEMutexGuard guard(machines.GetMutex());
     const double waited = static_cast<double>(NanosecondsNow() - asked) / 1e3;
-    KELib::Stub::KEStubRef ref;
-    machines.GetVal(key, ref);
-    lengths += static_cast<KE::Stub::ZORBEL_VMComputerSystem*>(ref.GetData())->ElementName.Length();
+    lengths += action(machines, key);
     if (waited > reading.longestWait) reading.longestWait = waited;
-    ++reading.lookUps;
+    ++reading.turns;
   }
-  if (lengths == 0) reading.lookUps = 0;
+  if (lengths == 0) reading.turns = 0;
   return reading;
 }
 
-Reading Read(LibraryContender& library, unsigned int threads, bool besideWriter) {
+// The changes are written down beforehand, so that the writer does nothing but apply them.
+void Write(LibraryContender& library, const std::atomic<bool>& stop) {
+  constexpr unsigned int kTexts = 20, kChanges = 500;
+  std::vector<Text> texts;
+  for (unsigned int i = 0; i < kTexts; ++i) {
+    texts.push_back(ChangeSets(i * kChanges, kChanges, i));
+  }
+  for (unsigned int turn = 0; !stop; ++turn) {
+    const Text& text = texts[turn % kTexts];
+    Text copy;
+    copy.length = text.length;
+    copy.characters.reset(new char[text.length + 1]);
+    std::memcpy(copy.characters.get(), text.characters.get(), text.length + 1);
+    library.Apply(std::move(copy));
+  }
+}
+
+Reading Read(LibraryContender& library, Action action, unsigned int threads, bool besideWriter) {
   KELib::KEString type("ZORBEL_VMComputerSystem");
-  KE::Instance::KEDataCache& machines = *library.Cache().GetDataCache(type);
+  KEDataCache& machines = *library.Cache().GetDataCache(type);
   std::atomic<bool> stop{false};
   std::vector<Reading> readings(threads);
   std::vector<std::thread> all;
   for (unsigned int i = 0; i < threads; ++i) {
-    all.emplace_back([&, i] { readings[i] = LookUp(machines, i + 1, stop); });
+    all.emplace_back([&, i] { readings[i] = Repeat(action, machines, i + 1, stop); });
   }
-  std::thread writer([&] {
-    for (unsigned int turn = 0; besideWriter && !stop; ++turn) {
-      library.Apply(ChangeSets(turn * 500 % kMachines, 500, turn));
-    }
-  });
+  if (besideWriter) all.emplace_back([&] { Write(library, stop); });
   const timespec run{0, kRunMilliseconds * 1000000};
   nanosleep(&run, nullptr);
   stop = true;
   for (std::thread& thread : all) thread.join();
-  writer.join();
   Reading sum;
   for (const Reading& reading : readings) {
-    sum.lookUps += reading.lookUps * 1000 / kRunMilliseconds;
+    sum.turns += reading.turns * 1000 / kRunMilliseconds;
     if (reading.longestWait > sum.longestWait) sum.longestWait = reading.longestWait;
   }
   return sum;
+}
+
+void Compare(LibraryContender& library, const char* name, Action action) {
+  std::printf(", \"%s\": {", name);
+  for (unsigned int threads = 1; threads <= 4; ++threads) {
+    const Reading alone = Read(library, action, threads, false);
+    const Reading beside = Read(library, action, threads, true);
+    std::printf(
+        "%s\"%u\": {\"alone\": %.0f, \"beside\": %.0f, \"share\": %.3f, \"longestWait\": %.1f}",
+        threads > 1 ? ", " : "", threads, alone.turns, beside.turns, beside.turns / alone.turns,
+        beside.longestWait);
+  }
+  std::printf("}");
 }
 
 }  // namespace
@@ -82,13 +126,8 @@ void RunReaders() {
   LibraryContender library;
   library.Apply(FirstSet(inventory));
   std::printf("{\"workload\": \"readers\"");
-  for (unsigned int threads = 1; threads <= 4; ++threads) {
-    const Reading alone = Read(library, threads, false);
-    const Reading beside = Read(library, threads, true);
-    if (threads == 1) std::printf(", \"share\": %.3f", beside.lookUps / alone.lookUps);
-    std::printf(", \"%u\": {\"alone\": %.0f, \"beside\": %.0f, \"longestWait\": %.1f}", threads,
-                alone.lookUps, beside.lookUps, beside.longestWait);
-  }
+  Compare(library, "lookUps", LookUp);
+  Compare(library, "iterations", Iterate);
   std::printf("}\n");
 }
 

@@ -8,9 +8,10 @@
 //             receiving the same reply plus filling
 //   latency   from the moment in which a change is sent until a reader sees it, against a libcurl
 //             long poll that only receives it; medians in microseconds
-//   readers   look-ups by 1 to 4 threads, alone and beside a thread that applies changes at full
-//             speed: throughput, and the longest wait for the lock
-//   idle [S]  processor time of S seconds in which nothing changes, for a minute of them
+//   readers   look-ups, and iterations over all machines, by 1 to 4 threads, alone and beside a
+//             thread that applies changes at full speed: throughput, longest wait for the lock
+//   idle [S]  processor time of S seconds in which nothing changes, for a minute of them; and that
+//             of a libcurl long poll
 //
 // Usage: kecpp-bench-path wire|latency|readers|idle [SECONDS]
 #include <cstdio>
