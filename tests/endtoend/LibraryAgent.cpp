@@ -3,9 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "agent/CacheReader.h"
-#include "agent/InventoryJson.h"
 #include "endtoend/ChildProcess.h"
+#include "support/ReadCaches.h"
 
 namespace endtoend {
 
@@ -30,10 +29,7 @@ void LibraryAgent::Connect() {
 }
 
 nlohmann::json LibraryAgent::Read() {
-  inventory::Inventory all;
-  all.systems = inventory::ReadComputerSystems(connection->Cache());
-  all.authorization = inventory::ReadAuthorization(connection->Cache());
-  return nlohmann::json::parse(ToJson(all, options.lists));
+  return ReadCaches(connection->Cache());
 }
 
 void LibraryAgent::ExpectToBecome(const nlohmann::json& truth) {

@@ -7,10 +7,9 @@
 #include <filesystem>
 #include <fstream>
 
-#include "agent/CacheReader.h"
-#include "agent/InventoryJson.h"
 #include "agent/WatchList.h"
 #include "service/call/MgmtdWatchSeams.h"
+#include "support/ReadCaches.h"
 
 namespace faults {
 namespace {
@@ -299,11 +298,7 @@ std::vector<std::string> Stage::Secrets() const {
 }
 
 Json Stage::Read() {
-  if (sync == nullptr) return {};
-  inventory::Inventory all;
-  all.systems = inventory::ReadComputerSystems(*sync->GetCache());
-  all.authorization = inventory::ReadAuthorization(*sync->GetCache());
-  return Json::parse(ToJson(all, {true, true, true, true, true}));
+  return sync == nullptr ? Json() : ReadCaches(*sync->GetCache());
 }
 
 // Without what RenameAMachine changes.

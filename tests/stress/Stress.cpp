@@ -7,13 +7,12 @@
 #include <stdexcept>
 #include <thread>
 
-#include "agent/CacheReader.h"
-#include "agent/InventoryJson.h"
 #include "agent/WatchList.h"
 #include "stress/Actors.h"
 #include "stress/Daemon.h"
 #include "stress/Scene.h"
 #include "stress/Watchdog.h"
+#include "support/ReadCaches.h"
 
 namespace stress {
 namespace {
@@ -49,13 +48,6 @@ void WatchAll(Scene& scene, Seat& seat) {
   seat.Does("sets the lasting watches up");
   Watch(scene, PxaRootFolder, inventory::ListSystems);
   Watch(scene, "authorizationManager", inventory::ListAuthorization);
-}
-
-json Read(KE::Instance::KETypeCache& cache) {
-  inventory::Inventory all;
-  all.systems = inventory::ReadComputerSystems(cache);
-  all.authorization = inventory::ReadAuthorization(cache);
-  return json::parse(ToJson(all, {true, true, true, true, true}));
 }
 
 std::string StatusText(KEDataSync& sync) {
@@ -117,7 +109,7 @@ class Commuter {
       KELib::KEVector<KELib::KEString> list;
       inventory::ListSystems(list);
       sync->SetupDataSync(root.get(), list, nullptr);
-      const json caches = Read(*sync->GetCache());
+      const json caches = ReadCaches(*sync->GetCache());
       tally.Count(caches["machines"].empty() ? "commutes in vain" : "commutes");
     } catch (const KELib::Throwable& error) {
       tally.Count(std::string("commutes that failed: ") + error.What());  // the session was lost
@@ -199,11 +191,11 @@ void Conductor::ExpectTruth(Scene& scene) {
   daemon.Calm();
   const json truth = daemon.Truth();
   const auto end = Clock::now() + TRUTH_LIMIT;
-  while (Read(*scene.sync.GetCache()) != truth) {
+  while (ReadCaches(*scene.sync.GetCache()) != truth) {
     seat.Does("waits for the truth");
     if (Clock::now() > end) {
       return tally.Wrong("the caches differ from the truth; " + StatusText(scene.sync) + "; " +
-                         Difference(Read(*scene.sync.GetCache()), truth));
+                         Difference(ReadCaches(*scene.sync.GetCache()), truth));
     }
     Nap(10);
   }

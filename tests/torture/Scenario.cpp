@@ -5,10 +5,9 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
-#include "agent/CacheReader.h"
-#include "agent/InventoryJson.h"
 #include "agent/WatchList.h"
 #include "endtoend/ChildProcess.h"
+#include "support/ReadCaches.h"
 #include "torture/CapturedLines.h"
 #include "torture/FailingCalls.h"
 #include "torture/HeldLocks.h"
@@ -35,13 +34,6 @@ std::string WithAllSettings(std::string document) {
 
 Reference Find(KE::Service::KEServiceInst& instance, const char* name) {
   return Reference(instance.GetReference(name));
-}
-
-Json Read(KE::Instance::KETypeCache& cache) {
-  inventory::Inventory all;
-  all.systems = inventory::ReadComputerSystems(cache);
-  all.authorization = inventory::ReadAuthorization(cache);
-  return Json::parse(ToJson(all, {true, true, true, true, true}));
 }
 
 }  // namespace
@@ -179,8 +171,8 @@ void Scenario::UseBothHandles() {
 
 void Scenario::CompareCaches() {
   const Json truth = simulator.Truth();
-  if (Eventually([&] { return Read(*sync->GetCache()) == truth; })) return;
-  Complain("the caches differ: " + Json::diff(Read(*sync->GetCache()), truth).dump());
+  if (Eventually([&] { return ReadCaches(*sync->GetCache()) == truth; })) return;
+  Complain("the caches differ: " + Json::diff(ReadCaches(*sync->GetCache()), truth).dump());
 }
 
 void Scenario::LookAtSessions() {

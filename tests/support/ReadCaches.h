@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+//
+// What the caches hold, in the form in which kecpp-inventory prints it and the simulated daemon
+// tells its truth. Takes the caches' mutexes; any thread.
+#ifndef KECPP_TESTS_SUPPORT_READCACHES_H
+#define KECPP_TESTS_SUPPORT_READCACHES_H
+
+#include <nlohmann/json.hpp>
+
+#include "agent/CacheReader.h"
+#include "agent/InventoryJson.h"
+
+inline nlohmann::json ReadCaches(KE::Instance::KETypeCache& cache) {
+  inventory::Inventory all;
+  all.systems = inventory::ReadComputerSystems(cache);
+  all.authorization = inventory::ReadAuthorization(cache);
+  return nlohmann::json::parse(ToJson(all, {true, true, true, true, true}));
+}
+
+#endif
