@@ -188,37 +188,6 @@ TEST_F(SyncLoopTest, ReadersSeeWholeObjects) {
   }
 }
 
-// Watches come and go on several threads while sets flow and a reader walks the caches.
-TEST_F(SyncLoopTest, WatchesComeAndGoUnderLoad) {
-  // Shared: the sync thread still asks when the test's body has ended.
-  const auto version = std::make_shared<std::atomic<int>>(0);
-  server.Always("WaitForUpdates", [version] {
-    const std::string n = std::to_string(++*version);
-    return UpdateSet(n, "filter-1", Machine("vm-1", n));
-  });
-  Watch(kMachines);
-  std::atomic<bool> done{false};
-  std::thread reader([&] {
-    while (!done) Caches();
-  });
-  std::vector<std::thread> agents;
-  for (int agent = 0; agent < 3; ++agent) {
-    agents.emplace_back([&] {
-      for (int i = 0; i < 15; ++i) {
-        CountingWaiter waiter;
-        Stub::ManagedObjectReference* filter = Watch(kMachines, &waiter);
-        waiter.Wait(0);
-        sync->StopDataSync(filter);
-        EXPECT_EQ(waiter.signals, 1);
-      }
-    });
-  }
-  for (std::thread& agent : agents) agent.join();
-  done = true;
-  reader.join();
-  EXPECT_EQ(server.Count("DestroyPropertyFilter"), 45u);
-}
-
 // --- the end of the process ----------------------------------------------------------------------
 
 KEDataSyncImpl* doomed = nullptr;

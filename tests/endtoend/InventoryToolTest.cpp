@@ -82,12 +82,22 @@ TEST(InventoryTool, FailsWithAReasonWhenThereIsNoInventory) {
   }
 }
 
-TEST(InventoryTool, RepeatsAFirstFillThatFails) {
+// The object's key tells the simulated daemon how a task ends.
+TEST(InventoryTool, ItsExitStatusIsTheOutcomeOfATask) {
   Simulator simulator({});
-  simulator.Control("fault", {{"method", "WaitForUpdates"}, {"kind", "http500"}, {"count", 2}});
-  Tool tool(simulator.Config(), {"--format", "json"});
-  EXPECT_EQ(tool.Wait(), 0) << tool.Errors();
-  EXPECT_EQ(tool.LastDocument(), simulator.Truth());
+  Tool success(simulator.Config(), {"--run-task", "StartTask:VirtualMachine:success"});
+  EXPECT_EQ(success.Wait(), 0) << success.Errors();
+  EXPECT_EQ(success.Output(), "StartTask: success\n");
+  for (const char* outcome : {"error", "leave"}) {
+    Tool tool(simulator.Config(),
+              {"--run-task", std::string("StartTask:VirtualMachine:") + outcome});
+    EXPECT_EQ(tool.Wait(), 1) << outcome << tool.Errors();
+    EXPECT_EQ(tool.Output(), "StartTask: no success\n");
+  }
+  Tool forever(simulator.Config(),
+               {"--run-task", "StartTask:VirtualMachine:hang", "--duration", "0.5"});
+  EXPECT_EQ(forever.Wait(), 1) << forever.Errors();
+  EXPECT_EQ(simulator.Stats()["sessions"], 0);
 }
 
 // A private /run, so that the process-id file concerns nobody else. False where that is not
