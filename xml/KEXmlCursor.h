@@ -19,6 +19,7 @@
 #include "foundation/KEExport.h"
 #include "foundation/KEString.h"
 #include "foundation/KEStringBuffer.h"
+#include "xml/FixedText.h"
 
 namespace KELib::Xml {
 
@@ -31,7 +32,7 @@ struct XmlSlice {
 
   template <std::size_t N>
   bool Is(const char (&literal)[N]) const {
-    return length == N - 1 && std::memcmp(text, literal, N - 1) == 0;
+    return length == N - 1 && BeginsWith(text, literal);
   }
   bool Is(const char* other, std::size_t n) const {
     return length == n && std::memcmp(text, other, n) == 0;
@@ -196,7 +197,7 @@ class KECPP_API KEXmlCursor {
 
   template <std::size_t N>
   bool StandsAt(const char* from, const char (&markup)[N]) const {
-    return static_cast<std::size_t>(end - from) >= N - 1 && std::memcmp(from, markup, N - 1) == 0;
+    return static_cast<std::size_t>(end - from) >= N - 1 && BeginsWith(from, markup);
   }
 
   const char* Find(char c, const char* from) const {
