@@ -47,13 +47,13 @@ void KEXmlCursor::MoveReader() const {
 }
 
 // The ">" of the start tag behind whose name `from` stands; null where the name goes on, for an
-// empty-element tag and for a tag without end. What is known is found by two characters inside the
-// first attribute's value, where tags differ.
+// empty-element tag and for a tag without end. What is known is found by the first attribute's
+// first letter and two characters inside its value, where tags differ.
 const char* KEXmlCursor::PlainTagEnd(const char* from) {
   constexpr std::ptrdiff_t kFirst = 11, kSecond = 15;
   KnownTagRests::Rest* rest = nullptr;
   if (known != nullptr && end - from > kSecond) {
-    const auto telling = static_cast<unsigned int>(from[kFirst] ^ from[kSecond] >> 1);
+    const auto telling = static_cast<unsigned int>(from[1] + from[kFirst] + (from[kSecond] >> 2));
     rest = &known->rests[telling % KnownTagRests::kRests];
   }
   if (rest != nullptr && rest->length > 0 &&
