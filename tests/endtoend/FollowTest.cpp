@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// The caches follow the daemon's inventory.
+// kecpp-inventory follows the daemon's inventory.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "endtoend/LibraryAgent.h"
 #include "endtoend/Simulator.h"
 #include "endtoend/Tool.h"
 
@@ -15,30 +14,6 @@ using testing::HasSubstr;
 
 Json Rename(const std::string& id, const std::string& name) {
   return {{"do", "set"}, {"id", id}, {"property", "name"}, {"value", name}};
-}
-
-// Permissions are asked for again when something else has changed.
-TEST(Follow, AnEmptyListOfPermissionsCountsAsNoneButOneOfGroupsLeavesNoIdentity) {
-  Simulator simulator({});
-  LibraryAgent agent(simulator.Config());
-  const std::string id = simulator.Truth()["machines"][0]["Name"];
-  const Json grant = {{"principal", "ann"}, {"roleId", "1"}};
-  const Json group = {{"principal", "staff"}, {"roleId", "1"}, {"group", true}};
-  simulator.Control("permissions", Json::array({grant, group}));
-  simulator.Control("machine", Rename(id, "a change that brings the permissions along"));
-  agent.ExpectToBecome(simulator.Truth());
-
-  const Json granted = agent.Read()["identities"];
-  simulator.Control("permissions", Json::array());
-  const int before = simulator.Stats()["calls"]["RetrieveAllPermissions"];
-  simulator.Control("machine", Rename(id, "a change that brings no permissions along"));
-  ASSERT_TRUE(
-      Eventually([&] { return simulator.Stats()["calls"]["RetrieveAllPermissions"] > before; }));
-  EXPECT_EQ(agent.Read()["identities"], granted);
-  simulator.Control("permissions", Json::array({group}));
-  simulator.Control("machine", Rename(id, "a change that brings a group along"));
-  agent.ExpectToBecome(simulator.Truth());
-  EXPECT_EQ(agent.Read()["identities"].size(), 0u);
 }
 
 TEST(Follow, TheToolPrintsADocumentALineUntilItIsInterrupted) {
