@@ -14,7 +14,7 @@ set(KECPP_PRIVATE_HEADERS
     http/EasyOption.h http/HandleWait.h http/HeaderLines.h http/HttpTransfer.h
     http/SocketRegistry.h instance/HostLinks.h instance/KECacheGuard.h service/call/MgmtdWatchSeams.h
     service/entry/ServiceContent.h stub/base/StubCast.h stub/classes/AssocList.h stub/classes/EndMatch.h
-    stub/classes/RoleLinks.h xml/KEXmlCursor.h)
+    stub/classes/RoleLinks.h xml/FixedText.h xml/KEXmlCursor.h)
 set(KECPP_PUBLIC_HEADERS)
 foreach(layer IN LISTS KECPP_LAYERS)
   file(GLOB headers CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} ${layer}/*.h)

@@ -36,8 +36,8 @@ bool BeginsWith(const char* text, const char (&literal)[N]) {
   if constexpr (kLength < sizeof(std::size_t)) {
     return std::memcmp(text, literal, kLength) == 0;
   } else {
-    return SameWords<kLength>(
-        text, literal, std::make_index_sequence<(kLength - 1) / sizeof(std::size_t)>());
+    return SameWords<kLength>(text, literal,
+                              std::make_index_sequence<(kLength - 1) / sizeof(std::size_t)>());
   }
 }
 
