@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <utility>
-#include <vector>
 
 #include "foundation/KEMutexGuard.h"
 #include "http/HttpConstants.h"
@@ -81,6 +80,7 @@ void HttpConnectionPool::Release() {
 void HttpConnectionPool::ReleaseNoLock() {
   inUse.reset();
   free.reset();
+  holders.clear();
   size = 0;
   if (share != nullptr) curl_share_cleanup(share);
   share = nullptr;
@@ -157,27 +157,25 @@ unsigned int HttpConnectionPool::FindInUseNoLock(const HttpHandle* handle) const
 }
 
 void HttpConnectionPool::GetHandle(ConnectionInfo* info, HttpHandleRef& ref) {
-  HttpHandleRef foreign;  // gives a handle of another pool back when this mutex is free again
-  KEMutexGuard guard(mutex.get());
-  const unsigned int slot = FindFreeNoLock();
-  if (slot == size) return;
-  HttpHandle* handle = free[slot].get();
-  if (!handle->prepared) {
-    InitializeHttpPost(info, handle);
-    handle->prepared = true;
+  HttpConnectionPool* const pool = ref.pool;
+  HttpHandle* const former = ref.handle;
+  {
+    KEMutexGuard guard(mutex.get());
+    const unsigned int slot = FindFreeNoLock();
+    if (slot == size) return;
+    HttpHandle* handle = free[slot].get();
+    if (!handle->prepared) {
+      InitializeHttpPost(info, handle);
+      handle->prepared = true;
+    }
+    holders.reserve(holders.size() + 1);  // from here on nothing fails
+    inUse[slot] = std::move(free[slot]);
+    if (pool == this) GiveBackNoLock(ref, former);
+    HoldNoLock(ref, handle);
+    ref.handle = handle;
+    ref.pool = this;
   }
-  inUse[slot] = std::move(free[slot]);
-  handle->acquisition = ++acquisitions;
-  if (ref.pool == this) {
-    FreeAcquisitionNoLock(ref.handle, ref.acquisition);
-  } else {
-    foreign.handle = ref.handle;
-    foreign.pool = ref.pool;
-    foreign.acquisition = ref.acquisition;
-  }
-  ref.handle = handle;
-  ref.pool = this;
-  ref.acquisition = handle->acquisition;
+  if (pool != nullptr && pool != this) pool->GiveBack(ref, former);
 }
 
 void HttpConnectionPool::FreeHandle(HttpHandle* handle) {
@@ -185,21 +183,53 @@ void HttpConnectionPool::FreeHandle(HttpHandle* handle) {
   FreeSlotNoLock(FindInUseNoLock(handle));
 }
 
-void HttpConnectionPool::FreeHandle(HttpHandle* handle, unsigned long long acquisition) {
-  KEMutexGuard guard(mutex.get());
-  FreeAcquisitionNoLock(handle, acquisition);
-}
-
-// The handle may be gone: it is looked at only when it is found among those in use.
-void HttpConnectionPool::FreeAcquisitionNoLock(HttpHandle* handle, unsigned long long number) {
-  const unsigned int slot = FindInUseNoLock(handle);
-  if (slot < size && handle->acquisition == number) FreeSlotNoLock(slot);
-}
-
 void HttpConnectionPool::FreeSlotNoLock(unsigned int slot) {
   if (slot >= size) return;
+  const HttpHandle* const handle = inUse[slot].get();
+  holders.erase(std::remove_if(holders.begin(), holders.end(),
+                               [&](const auto& holder) { return holder.second == handle; }),
+                holders.end());
   free[slot] = std::move(inUse[slot]);
   handleFreed.Signal();
+}
+
+// --- who holds what ------------------------------------------------------------------------------
+
+bool HttpConnectionPool::IsHeldNoLock(const HttpHandleRef& ref, HttpHandle* handle) const {
+  return std::find(holders.begin(), holders.end(), std::make_pair(&ref, handle)) != holders.end();
+}
+
+void HttpConnectionPool::HoldNoLock(const HttpHandleRef& ref, HttpHandle* handle) {
+  for (auto& [holder, held] : holders) {
+    if (holder == &ref) {
+      held = handle;
+      return;
+    }
+  }
+  holders.emplace_back(&ref, handle);
+}
+
+void HttpConnectionPool::Hold(const HttpHandleRef& ref) {
+  KEMutexGuard guard(mutex.get());
+  if (FindInUseNoLock(ref.handle) < size) HoldNoLock(ref, ref.handle);
+}
+
+void HttpConnectionPool::Share(const HttpHandleRef& ref, const HttpHandleRef& copy) {
+  KEMutexGuard guard(mutex.get());
+  if (IsHeldNoLock(ref, ref.handle)) HoldNoLock(copy, ref.handle);
+}
+
+void HttpConnectionPool::GiveBack(const HttpHandleRef& ref) {
+  GiveBack(ref, ref.handle);
+}
+
+void HttpConnectionPool::GiveBack(const HttpHandleRef& ref, HttpHandle* handle) {
+  KEMutexGuard guard(mutex.get());
+  GiveBackNoLock(ref, handle);
+}
+
+void HttpConnectionPool::GiveBackNoLock(const HttpHandleRef& ref, HttpHandle* handle) {
+  if (IsHeldNoLock(ref, handle)) FreeSlotNoLock(FindInUseNoLock(handle));
 }
 
 bool HttpConnectionPool::WaitForFreeHandle(int milliseconds) {

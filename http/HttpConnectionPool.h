@@ -15,6 +15,8 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
+#include <utility>
+#include <vector>
 
 #include "foundation/KEExport.h"
 #include "foundation/KEMutex.h"
@@ -51,10 +53,15 @@ class KECPP_API HttpConnectionPool {
   // Throws as InitializeHttpPost; the handle is free and `ref` unchanged then.
   void GetHandle(ConnectionInfo* info, HttpHandleRef& ref);
 
-  // Frees the handle's slot; a handle that is not in use is ignored. The second form does so only
-  // if the handle is still in use by that acquisition.
+  // Frees the handle's slot; a handle that is not in use is ignored. No reference holds it then.
   void FreeHandle(HttpHandle* handle);
-  void FreeHandle(HttpHandle* handle, unsigned long long acquisition);
+
+  // For references. Hold: `ref` holds its handle, if that is in use. Share: so does `copy`, if `ref`
+  // does. GiveBack: frees the slot of the handle that `ref` holds, if it holds one. The first two
+  // throw std::bad_alloc; then the reference holds nothing.
+  void Hold(const HttpHandleRef& ref);
+  void Share(const HttpHandleRef& ref, const HttpHandleRef& copy);
+  void GiveBack(const HttpHandleRef& ref);
 
   // Waits for a free slot, at most for `milliseconds`; it may return early. Whether there is one
   // now.
@@ -85,7 +92,10 @@ class KECPP_API HttpConnectionPool {
   unsigned int FindFreeNoLock() const KECPP_REQUIRES(mutex);
   unsigned int FindInUseNoLock(const HttpHandle* handle) const KECPP_REQUIRES(mutex);
   void FreeSlotNoLock(unsigned int slot) KECPP_REQUIRES(mutex);
-  void FreeAcquisitionNoLock(HttpHandle* handle, unsigned long long number) KECPP_REQUIRES(mutex);
+  void HoldNoLock(const HttpHandleRef& ref, HttpHandle* handle) KECPP_REQUIRES(mutex);
+  bool IsHeldNoLock(const HttpHandleRef& ref, HttpHandle* handle) const KECPP_REQUIRES(mutex);
+  void GiveBack(const HttpHandleRef& ref, HttpHandle* handle);
+  void GiveBackNoLock(const HttpHandleRef& ref, HttpHandle* handle) KECPP_REQUIRES(mutex);
 
   void* share KECPP_GUARDED_BY(mutex) = nullptr;
   std::unique_ptr<KEMutex> mutex;
@@ -93,7 +103,8 @@ class KECPP_API HttpConnectionPool {
   Slots free KECPP_GUARDED_BY(mutex);
   unsigned int size KECPP_GUARDED_BY(mutex) = 0;
 
-  unsigned long long acquisitions KECPP_GUARDED_BY(mutex) = 0;
+  // The references that hold a handle which is in use.
+  std::vector<std::pair<const HttpHandleRef*, HttpHandle*>> holders KECPP_GUARDED_BY(mutex);
   KEQuietCondition handleFreed;
   std::mutex shareMutex;  // held by the transfer library around its use of the cookie store
   std::unique_ptr<SocketRegistry> sockets;

@@ -70,11 +70,16 @@ long ClampTimeout(long long seconds) {
   return static_cast<long>(std::clamp(seconds, 0LL, kLongest));
 }
 
+HttpHandleRef::HttpHandleRef(const HttpHandleRef& other) : handle(other.handle), pool(other.pool) {
+  if (pool != nullptr) pool->Share(other, *this);
+}
+
 HttpHandleRef& HttpHandleRef::operator=(const HttpHandleRef& other) {
+  if (this == &other) return *this;
   if (handle != other.handle) GiveBack();
   handle = other.handle;
   pool = other.pool;
-  acquisition = other.acquisition;
+  if (pool != nullptr) pool->Share(other, *this);
   return *this;
 }
 
@@ -86,14 +91,13 @@ void HttpHandleRef::Set(HttpConnectionPool* newPool, HttpHandle* newHandle) {
   if (handle != newHandle) GiveBack();
   handle = newHandle;
   pool = newPool;
-  acquisition = newHandle != nullptr ? newHandle->acquisition : 0;
+  if (pool != nullptr) pool->Hold(*this);
 }
 
 void HttpHandleRef::GiveBack() {
-  if (pool != nullptr && handle != nullptr) pool->FreeHandle(handle, acquisition);
+  if (pool != nullptr) pool->GiveBack(*this);
   handle = nullptr;
   pool = nullptr;
-  acquisition = 0;
 }
 
 }  // namespace Http

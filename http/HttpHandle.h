@@ -41,34 +41,35 @@ class KECPP_API HttpHandle {
   // Sets the time that a transfer may take, in seconds (see ClampTimeout). False when refused.
   bool SetTimeout(long long seconds);
 
-  void* handle = nullptr;              // of the transfer library; null when released
-  bool prepared = false;               // the connection's options are applied
-  curl_slist* headers = nullptr;       // owned; in use by the handle
-  long timeout = 0;                    // seconds, as last set
-  unsigned long long acquisition = 0;  // number of the pool's acquisition that took it last
-  char errorText[256] = "";            // written by the transfer library during a transfer
+  void* handle = nullptr;        // of the transfer library; null when released
+  bool prepared = false;         // the connection's options are applied
+  curl_slist* headers = nullptr;  // owned; in use by the handle
+  long timeout = 0;              // seconds, as last set
+  char errorText[256] = "";      // written by the transfer library during a transfer
 };
 
 // A thread's hold on a pool's handle, given back when the reference dies. Copies refer to the same
 // acquisition and do not count: the first one that dies gives the handle back; what the others do
-// later does not touch a handle that somebody else has taken since.
+// later does not touch a handle that somebody else has taken since. The pool knows by their
+// addresses which references hold a handle: programs keep them on their stacks, in two pointers.
 //
-// Thread safety: a reference belongs to one thread. The pool outlives it.
+// Thread safety: a reference belongs to one thread. The pool outlives it. Not to be copied, set or
+//   destroyed under the pool's mutex.
 class KECPP_API HttpHandleRef {
  public:
   HttpHandleRef() = default;
-  HttpHandleRef(const HttpHandleRef& other) = default;
-  // Unless both hold the same handle, gives the own one back first.
+  // Throws std::bad_alloc.
+  HttpHandleRef(const HttpHandleRef& other);
+  // Unless both hold the same handle, gives the own one back first. Throws std::bad_alloc.
   HttpHandleRef& operator=(const HttpHandleRef& other);
   ~HttpHandleRef();
 
   // Gives the current handle back, unless it is the same, and holds this one, which is in use, in
-  // its present acquisition. Not under the pool's mutex.
+  // its present acquisition. Throws std::bad_alloc.
   void Set(HttpConnectionPool* pool, HttpHandle* handle);
 
   HttpHandle* handle = nullptr;
   HttpConnectionPool* pool = nullptr;
-  unsigned long long acquisition = 0;
 
  private:
   void GiveBack();
