@@ -8,7 +8,7 @@
 #define KECPP_DATASYNC_WALKROOM_H
 
 #include <atomic>
-#include <optional>
+#include <memory>
 
 #include "datasync/ComputerSystems.h"
 #include "datasync/DataSyncConstants.h"
@@ -60,7 +60,7 @@ class RoomLoan {
  public:
   RoomLoan(WalkRoom& shared, KE::Instance::KETypeCache& types) {
     if (shared.taken.exchange(true)) {
-      own.emplace(types);
+      own = std::make_unique<WalkRoom>(types);
     } else {
       lent = &shared;
     }
@@ -75,7 +75,7 @@ class RoomLoan {
 
  private:
   WalkRoom* lent = nullptr;
-  std::optional<WalkRoom> own;
+  std::unique_ptr<WalkRoom> own;
 };
 
 }  // namespace KE::Service
