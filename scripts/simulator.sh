@@ -13,6 +13,7 @@ start_simulator() {
   simulator_folder=$(mktemp -d)
   trap stop_simulator EXIT
   trap 'exit 1' INT TERM
+  : > "$simulator_folder/output"
   "$program" --listen-port 0 --ticket-dir "$simulator_folder" "$@" \
     > "$simulator_folder/output" 2>&1 &
   simulator=$!
