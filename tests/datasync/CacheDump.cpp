@@ -21,12 +21,22 @@ using KELib::KEString;
 using KELib::Stub::KEStubBase;
 using Links = std::unique_ptr<KELib::KEVector<KELib::Stub::KEAssocStubBase*>>;
 
+// The text with what would end a line spelt out: the daemon's words may hold anything. By default
+// without spaces too, so that lines sort by their keys whatever follows.
+std::string Spelt(const KEString& raw, char last = ' ') {
+  std::string text;
+  for (char c : std::string(raw.Cstr())) {
+    text += c >= 0 && c <= last ? "\\" + std::to_string(int{c}) : std::string(1, c);
+  }
+  return text;
+}
+
 std::string KeyOf(KEStubBase* stub) {
-  if (auto* system = dynamic_cast<CIM_System*>(stub)) return system->Name.Cstr();
-  if (auto* role = dynamic_cast<Zorbel_Role*>(stub)) return role->Name.Cstr();
-  if (auto* privilege = dynamic_cast<Zorbel_Privilege*>(stub)) return privilege->InstanceID.Cstr();
-  if (auto* identity = dynamic_cast<Zorbel_Identity*>(stub)) return identity->InstanceID.Cstr();
-  if (auto* task = dynamic_cast<TaskInfo*>(stub)) return task->task.value.Cstr();
+  if (auto* system = dynamic_cast<CIM_System*>(stub)) return Spelt(system->Name);
+  if (auto* role = dynamic_cast<Zorbel_Role*>(stub)) return Spelt(role->Name);
+  if (auto* privilege = dynamic_cast<Zorbel_Privilege*>(stub)) return Spelt(privilege->InstanceID);
+  if (auto* identity = dynamic_cast<Zorbel_Identity*>(stub)) return Spelt(identity->InstanceID);
+  if (auto* task = dynamic_cast<TaskInfo*>(stub)) return Spelt(task->task.value);
   return "nobody";
 }
 
@@ -34,12 +44,12 @@ std::string KeyOf(KEStubBase* stub) {
 class Line {
  public:
   Line(const char* kind, const KEString& key, KEStubBase& described)
-      : text(std::string(kind) + " " + key.Cstr()), stub(described) {
-    if (KeyOf(&stub) != key.Cstr()) text += " ODD";
+      : text(std::string(kind) + " " + Spelt(key)), stub(described) {
+    if (KeyOf(&stub) != Spelt(key)) text += " ODD";
   }
 
   Line& Text(const char* name, const KEString& value) {
-    if (!value.Empty()) text += std::string(" ") + name + "=[" + value.Cstr() + "]";
+    if (!value.Empty()) text += std::string(" ") + name + "=[" + Spelt(value, '\n') + "]";
     return *this;
   }
   Line& Status(unsigned short status) {
@@ -47,7 +57,7 @@ class Line {
     return *this;
   }
   Line& Reference(const ManagedObjectReference& reference, const char* type) {
-    const bool sound = reference.type.Equals(type) && KeyOf(&stub) == reference.value.Cstr();
+    const bool sound = reference.type.Equals(type) && KeyOf(&stub) == Spelt(reference.value);
     return sound ? *this : Text("ODD", reference.type);
   }
   Line& Partners(const char* name, Links& links) {
