@@ -28,16 +28,18 @@ std::vector<FakeServer::Call> FakeServer::Calls(const std::string& method) {
 
 void FakeServer::AwaitCalls(const std::string& method, std::size_t number) {
   std::unique_lock<std::mutex> lock(mutex);
-  auto isOne = [&](const Call& call) { return call.method == method; };
-  changed.wait(lock, [&] {
-    return std::count_if(calls.begin(), calls.end(), isOne) >= static_cast<std::ptrdiff_t>(number);
-  });
+  changed.wait(lock, [&] { return CountNoLock(method) >= number; });
 }
 
-void FakeServer::AwaitQuietWait(std::size_t number) {
-  AwaitCalls("WaitForUpdates", number);
-  std::unique_lock<std::mutex> lock(mutex);
-  changed.wait(lock, [&] { return waiting && !cancelled && scripts["WaitForUpdates"].empty(); });
+bool FakeServer::IsQuiet(std::size_t waits) {
+  std::lock_guard<std::mutex> guard(mutex);
+  return waiting && !cancelled && scripts["WaitForUpdates"].empty() &&
+         CountNoLock("WaitForUpdates") >= waits;
+}
+
+std::size_t FakeServer::CountNoLock(const std::string& method) const {
+  return static_cast<std::size_t>(
+      std::count_if(calls.begin(), calls.end(), [&](const Call& c) { return c.method == method; }));
 }
 
 void FakeServer::Invoke(const char*, const char* method, KELib::Xml::KEXmlBuffer& body,

@@ -47,10 +47,12 @@ class FakeServer : public KE::Service::KEMethod {
     Then("WaitForUpdates", Throw(error));
   }
 
-  // Blocks until at least that many calls, or waits, were sent; then, for waits, until one has used
-  // up all answers and waits itself: whatever was fed is applied.
+  // Blocks until at least that many calls were sent.
   void AwaitCalls(const std::string& method, std::size_t number);
-  void AwaitQuietWait(std::size_t number = 0);
+
+  // Whether at least that many waits were sent, and the last has used up all answers and waits
+  // itself: whatever was fed is applied.
+  bool IsQuiet(std::size_t waits);
 
   // The calls so far; of every method when none is named.
   std::vector<Call> Calls(const std::string& method);
@@ -69,6 +71,7 @@ class FakeServer : public KE::Service::KEMethod {
   Answer NextAnswer(const std::string& method);
   Answer WaitForAnswer(std::unique_lock<std::mutex>& lock);
   void Cancel();
+  std::size_t CountNoLock(const std::string& method) const;
 
   std::mutex mutex;
   std::condition_variable changed;

@@ -133,7 +133,7 @@ class SyncFixture : public testing::Test {
   Stub::ManagedObjectReference* WatchMachines() {
     server.Feed(UpdateSet("1", "filter-1", Machine("vm-1", "first")));
     Stub::ManagedObjectReference* filter = Watch(kMachines);
-    server.AwaitQuietWait(2);
+    AwaitQuietWait(2);
     return filter;
   }
 
@@ -153,6 +153,12 @@ class SyncFixture : public testing::Test {
     return status;
   }
 
+  // Waits until that many waits were sent and the loop waits for what comes next, or has ended.
+  void AwaitQuietWait(std::size_t waits = 0) {
+    while (!server.IsQuiet(waits) && Status().loopRunning) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  }
   void AwaitLoopEnd() {
     while (Status().loopRunning) std::this_thread::yield();
   }

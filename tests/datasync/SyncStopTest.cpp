@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Stopping a data sync: who is let go, what is forgotten, and that it can be used again.
+// Stopping a data sync from other threads: who is let go, what is refused, and what ends at once.
 #include <functional>
 #include <vector>
 
@@ -12,46 +12,6 @@ namespace {
 using KELib::SystemException;
 
 class SyncStopTest : public SyncFixture {};
-
-TEST_F(SyncStopTest, AStopCancelsTheWaitAndIsNoFailure) {
-  WatchMachines();
-  sync->RequestStop();
-  AwaitLoopEnd();
-  EXPECT_EQ(server.Count("CancelWaitForUpdates"), 1u);
-  EXPECT_TRUE(CapturedLog::Lines().empty());
-  EXPECT_EQ(Status().consecutiveFailures, 0u);
-  unsigned long long seen = 0;
-  EXPECT_FALSE(sync->WaitForChange(seen, 0));
-  EXPECT_EQ(seen, 0u);
-  sync->RequestStop();  // nothing is out any more
-  EXPECT_EQ(server.Count("CancelWaitForUpdates"), 1u);
-}
-
-// The server has forgotten its filters at a stop, so the next watch begins with nothing.
-TEST_F(SyncStopTest, TheNextWatchAfterAStopBeginsAnew) {
-  WatchMachines();
-  for (const char* filter : {"filter-2", "filter-3"}) {
-    filter == std::string("filter-2") ? sync->RequestStop() : sync->Cleanup();
-    const std::size_t waits = server.Count("WaitForUpdates");
-    server.Feed(UpdateSet("9", filter, Machine(filter, "b")));
-    Watch(kMachines);
-    EXPECT_EQ(Caches(), std::string("machine ") + filter + " ElementName=[b]\n");
-    EXPECT_EQ(server.Calls("WaitForUpdates")[waits].argument, "");
-    server.AwaitQuietWait(waits + 2);
-  }
-  EXPECT_EQ(server.Count("DestroyPropertyFilter"), 0u);
-}
-
-TEST_F(SyncStopTest, CleanupForgetsEverything) {
-  CountingWaiter waiter;
-  WatchMachines();
-  Watch("_p_ _o_ HostSystem name", &waiter);
-  sync->Cleanup();
-  EXPECT_EQ(Caches(), "");
-  EXPECT_FALSE(Status().firstFillDone || Status().loopRunning);
-  sync->Cleanup();
-  EXPECT_EQ(waiter.signals, 1);
-}
 
 // A caller in the first cycle, one that waits for it, and ones that wait for a task and a change.
 TEST_F(SyncStopTest, CleanupLetsBlockedCallersGo) {
@@ -70,19 +30,6 @@ TEST_F(SyncStopTest, CleanupLetsBlockedCallersGo) {
   for (std::thread& caller : callers) caller.join();
   EXPECT_EQ(waiters[0].signals, 1);
   EXPECT_EQ(waiters[1].signals, 1);
-}
-
-TEST_F(SyncStopTest, ACallerBlockedForItsTaskIsLetGo) {
-  WatchMachines();
-  CountingWaiter waiter;
-  std::thread caller([&] { EXPECT_FALSE(WaitForTask("task-1", &waiter)); });
-  server.AwaitCalls("CreateFilter", 2);
-  server.Feed(UpdateSet("2", "filter-2", Task("task-1", "running")));
-  server.AwaitQuietWait(3);
-  EXPECT_EQ(waiter.signals, 0);
-  sync->RequestStop();
-  caller.join();
-  EXPECT_EQ(waiter.signals, 1);
 }
 
 TEST_F(SyncStopTest, NobodyComesInWhileItEnds) {
@@ -114,7 +61,7 @@ TEST_F(SyncStopTest, ACancelThatWasLostIsSentAgain) {
 
   server.Feed(UpdateSet("2", "filter-2"));
   Watch(kMachines);
-  server.AwaitQuietWait(4);
+  AwaitQuietWait(4);
   server.Then("CancelWaitForUpdates", FakeServer::Throw(SystemException("no free handle")));
   sync->RequestStop();
   server.Then("CreateFilter", [&] {  // sent when the loop has left
@@ -147,9 +94,25 @@ TEST_F(SyncStopTest, WaitForChangeTellsChangesAndTimeouts) {
   EXPECT_EQ(seen, 1u);
   server.Feed(UpdateSet("2", "filter-1"));
   server.Feed(UpdateSet("3", "filter-1"));
-  server.AwaitQuietWait(4);
+  AwaitQuietWait(4);
   EXPECT_TRUE(sync->WaitForChange(seen, 0));
   EXPECT_EQ(seen, 3u);
+  sync->RequestStop();
+  EXPECT_FALSE(sync->WaitForChange(seen = 0, 0));
+  EXPECT_EQ(seen, 0u);
+}
+
+TEST_F(SyncStopTest, AMethodsAnswerThatComesAfterTheStopIsDropped) {
+  Stub::ManagedObjectReference* reference =
+      Watch("_m_ RetrieveAllPermissions _co_ Zorbel_Identity");
+  AwaitQuietWait(1);
+  server.Then("RetrieveAllPermissions", [&] {
+    sync->StopDataSync(reference);
+    return "<returnval><principal>late</principal></returnval>";
+  });
+  server.FeedError(KELib::RequestTimedOutException("x"));
+  AwaitLoopEnd();
+  EXPECT_EQ(Caches(), "");
 }
 
 }  // namespace

@@ -1,26 +1,37 @@
 // SPDX-License-Identifier: MIT
 //
-// Runs the files of cases/: what watches, update sets and failures make of a data sync. A file is a
-// sequence of sections, each headed by a line "== NAME [ARGUMENT]"; text before the first one says
-// what it is for. These do something:
-//   watch FILTER    sets a watch up with this property list; the server names its filter FILTER
+// Runs the files of cases/, what watches, update sets and failures make of a data sync, each in
+// several writing styles (to the caches they are all the same), and those of loop/, how its loop
+// begins, fails, goes on and ends, once. A file is a sequence of sections, each headed by a line
+// "== NAME [ARGUMENT]"; text before the first one says what it is for. These do something:
+//   watch FILTER    sets a watch up with this property list; the server names its filter FILTER.
+//                   Without an argument the server answers what "next" says
 //   set             the update set that arrives next; "returnval" and a version are put around
 //                   filter sets that stand alone
 //   again           the last set arrives once more
 //   throw KIND      the next wait ends with this exception and this text
+//   next METHOD [KIND]   the method's next call gives this answer, or ends so
 //   answer METHOD   a property method gives this answer from now on; a wait times out
-// and these tell what is then true:
+//   stop FILTER     ends the watch
+//   task TASK       another thread waits for the task, whose filter has the same name
+//   request-stop, cleanup           end it all
+//   delete-cache TYPE, create-cache TYPE
+// What arrives before the first watch is what the first cycle meets; else it ends with a time-out.
+// These tell what is then true:
 //   cache           what the caches hold (CacheDump.h)
 //   signalled       the filters whose waiters were signalled so far, in order
 //   version         the version that the wait named which is now out
 //   request         the body of the last "CreateFilter"
-//   calls           what else was called since the last arrival
+//   calls           what else was called since the last section that did something
 //   failures        the number of failed cycles in a row
-//   log, error      what was logged since the last arrival or watch, and the exception of the
-//   watch;
-//                   without such a section there must be none
-// Every case runs in several writing styles: to the caches they are all the same.
+//   status          all that the data sync says of itself but the version
+//   outcome TASK    whether the task has succeeded, when the thread has come back
+//   log, error      what that section made it log, and the exception of the watch; without such a
+//                   section there must be none
 #include <filesystem>
+#include <functional>
+#include <future>
+#include <map>
 #include <regex>
 #include <sstream>
 #include <stdexcept>
@@ -35,7 +46,7 @@ namespace fs = std::filesystem;
 using std::regex_replace;
 
 struct Section {
-  std::string name, argument, text;
+  std::string name, argument, second, text;
 };
 
 std::vector<Section> ReadCase(const fs::path& file) {
@@ -43,9 +54,8 @@ std::vector<Section> ReadCase(const fs::path& file) {
   std::vector<Section> sections;
   for (std::string line; std::getline(in, line);) {
     if (line.compare(0, 3, "== ") == 0) {
-      std::istringstream words(line.substr(3));
-      sections.emplace_back();
-      words >> sections.back().name >> sections.back().argument;
+      Section& section = sections.emplace_back();
+      std::istringstream(line.substr(3)) >> section.name >> section.argument >> section.second;
     } else if (!sections.empty() && !line.empty()) {
       sections.back().text += line + "\n";
     }
@@ -78,11 +88,13 @@ FakeServer::Answer Failure(const std::string& kind, const std::string& text) {
   return FakeServer::Throw(7);
 }
 
-class NamedWaiter : public KELib::KEWaiter {
+class NamedWaiter : public CountingWaiter {
  public:
   NamedWaiter(std::string filter, std::string& all) : name(std::move(filter)), signalled(all) {}
-  bool Wait(int) override { return true; }
-  void Signal() override { signalled += name + "\n"; }
+  void Signal() override {
+    signalled += name + "\n";
+    CountingWaiter::Signal();
+  }
 
  private:
   std::string name;
@@ -93,79 +105,119 @@ class UpdateSetCaseTest : public SyncFixture, public testing::WithParamInterface
  protected:
   void Run(const std::vector<Section>& sections) {
     signalled = error = log = "";
-    timeoutFed = false;
+    queued = timeoutFed = false;
     for (const Section& section : sections) {
-      if (section.name == "watch") {
-        ExpectNoMore();
-        SetUpWatch(section);
-      } else if (section.name == "set") {
-        const bool bare = section.text.compare(0, 10, "<filterSet") == 0;
-        const std::string intro = "<returnval>\n<version>1</version>\n";
-        set = bare ? intro + section.text + "</returnval>\n" : section.text;
-        Arrive(FakeServer::Text(Styled(set)));
-      } else if (section.name == "again") {
-        Arrive(FakeServer::Text(Styled(set)));
-      } else if (section.name == "throw") {
-        Arrive(Failure(section.argument, section.text.substr(0, section.text.size() - 1)));
-      } else if (section.name == "answer") {
-        server.Always(section.argument, FakeServer::Text(Styled(section.text)));
-        Arrive(Failure("TimedOut", ""));
-        log.clear();
-      } else {
-        Expect(section);
+      SCOPED_TRACE("in section " + section.name + " " + section.argument);
+      if (Tells(section)) continue;
+      EXPECT_EQ(error + log, "");
+      error = log = "";
+      CapturedLog::Clear();
+      callsBefore = server.Count("");
+      Do(section);
+      if (section.name == "task") continue;  // its thread logs at any time
+      for (const CapturedLog::Line& line : CapturedLog::Lines()) {
+        log += regex_replace(line.text, std::regex("\n$"), "") + "\n";
       }
     }
-    ExpectNoMore();
+    EXPECT_EQ(error + log, "");
     server.Always("RetrieveAllPermissions", nullptr);
     MakeSync();
+    references.clear();
   }
 
   std::string pattern, replacement;
 
  private:
-  std::string Styled(const std::string& text) {
-    return regex_replace(text, std::regex(pattern), replacement);
+  FakeServer::Answer Styled(const std::string& text) {
+    return FakeServer::Text(regex_replace(text, std::regex(pattern), replacement));
   }
 
-  // The first cycle of the loop ends with a time-out, so that the first set is a section as well.
-  void SetUpWatch(const Section& section) {
-    server.Then("CreateFilter", FakeServer::Text(Styled("<returnval type=\"PropertyFilter\">" +
-                                                        section.argument + "</returnval>")));
-    if (!timeoutFed) server.FeedError(KELib::RequestTimedOutException("first cycle"));
-    timeoutFed = true;
-    CapturedLog::Clear();
-    waiters.push_back(std::make_unique<NamedWaiter>(section.argument, signalled));
+  void Do(const Section& section) {
+    const std::string &name = section.name, &argument = section.argument;
+    const std::string line = section.text.substr(0, section.text.find('\n'));
+    KELib::KEString type(argument.c_str());
+    if (name == "watch") {
+      SetUpWatch(argument, section.text);
+    } else if (name == "set") {
+      const bool bare = section.text.compare(0, 10, "<filterSet") == 0;
+      const std::string intro = "<returnval>\n<version>1</version>\n";
+      set = bare ? intro + section.text + "</returnval>\n" : section.text;
+      Arrive(Styled(set));
+    } else if (name == "again") {
+      Arrive(Styled(set));
+    } else if (name == "throw") {
+      Arrive(Failure(argument, line));
+    } else if (name == "next") {
+      const std::string& kind = section.second;
+      server.Then(argument, kind.empty() ? Styled(section.text) : Failure(kind, line));
+    } else if (name == "answer") {
+      server.Always(argument, Styled(section.text));
+      if (Status().loopRunning) Arrive(Failure("TimedOut", ""));
+      CapturedLog::Clear();
+    } else if (name == "stop") {
+      const bool isMethod = argument.find('/') != std::string::npos;
+      const char* kind = isMethod ? "PropertyMethod" : "PropertyFilter";
+      sync->StopDataSync(Reference(kind, argument).get());
+      references.erase(argument);
+    } else if (name == "task") {
+      NameNextFilter(argument);
+      const std::size_t filters = server.Count("CreateFilter");
+      tasks[argument] = std::async(std::launch::async, [this, argument, waiter = Waiter(argument)] {
+        return WaitForTask(argument, waiter);
+      });
+      server.AwaitCalls("CreateFilter", filters + 1);
+    } else if (name == "request-stop" || name == "cleanup") {
+      name == "cleanup" ? sync->Cleanup() : sync->RequestStop();
+      AwaitLoopEnd();
+      references.clear();
+    } else if (name == "delete-cache") {
+      sync->GetCache()->DeleteDataCache(type);
+    } else if (name == "create-cache") {
+      sync->GetCache()->CreateDataCache(type);
+    } else {
+      ADD_FAILURE() << "no such section";
+    }
+  }
+
+  KELib::KEWaiter* Waiter(const std::string& name) {
+    return waiters.emplace_back(std::make_unique<NamedWaiter>(name, signalled)).get();
+  }
+
+  void NameNextFilter(const std::string& name) {
+    server.Then("CreateFilter",
+                Styled("<returnval type=\"PropertyFilter\">" + name + "</returnval>"));
+  }
+
+  void SetUpWatch(const std::string& name, const std::string& elements) {
+    const bool hasFilter = elements.find("_p_") != std::string::npos;
+    if (hasFilter && !name.empty()) NameNextFilter(name);
+    if (hasFilter && !name.empty() && !queued && !timeoutFed && !Status().loopRunning) {
+      server.FeedError(KELib::RequestTimedOutException("first cycle"));
+      timeoutFed = true;
+    }
     error = TextOf([&] {
-              PropertyTexts list(section.text);
-              const RefPtr root = Reference("Folder", "root");
-              if (PropertyList(list).IsTaskWatch()) {  // without waiting for the task
-                sync->CreatePropFilter(root.get(), list, waiters.back().get());
-                sync->StartSyncData();
-              } else {
-                sync->SetupDataSync(root.get(), list, waiters.back().get());
-              }
-              server.AwaitQuietWait();
-              CapturedLog::Clear();
-            }) +
-            "\n";
-    if (error == "no exception\n") error.clear();
-    TakeLog();
+      PropertyTexts list(elements);
+      const RefPtr root = Reference("Folder", "root");
+      const bool isTask = PropertyList(list).IsTaskWatch();  // then without waiting for the task
+      const auto reference = isTask ? sync->CreatePropFilter(root.get(), list, Waiter(name))
+                                    : sync->SetupDataSync(root.get(), list, Waiter(name));
+      if (isTask) sync->StartSyncData();
+      EXPECT_EQ(reference->value.Cstr(), name);
+      EXPECT_EQ(references.emplace(name, reference).first->second, reference);
+      AwaitQuietWait();
+      if (timeoutFed) CapturedLog::Clear();
+      queued = timeoutFed = false;
+    });
+    error = error == "no exception" ? "" : error + "\n";
   }
 
   void Arrive(const FakeServer::Answer& answer) {
-    ExpectNoMore();
-    CapturedLog::Clear();
     const std::size_t waits = server.Count("WaitForUpdates");
-    callsBefore = server.Count("");
     server.Then("WaitForUpdates", answer);
-    server.AwaitQuietWait(waits + 1);
-    TakeLog();
-  }
-
-  void TakeLog() {
-    log.clear();
-    for (const CapturedLog::Line& line : CapturedLog::Lines()) {
-      log += regex_replace(line.text, std::regex("\n$"), "") + "\n";
+    if (Status().loopRunning) {
+      AwaitQuietWait(waits + 1);
+    } else {
+      queued = true;
     }
   }
 
@@ -174,34 +226,49 @@ class UpdateSetCaseTest : public SyncFixture, public testing::WithParamInterface
     const auto calls = server.Calls("");
     for (std::size_t i = callsBefore; i < calls.size(); ++i) {
       if (calls[i].method == "WaitForUpdates") continue;
-      text += calls[i].method + " " + calls[i].type + " " + calls[i].value + "\n";
+      text += calls[i].method;
+      if (!calls[i].type.empty()) text += " " + calls[i].type + " " + calls[i].value;
+      text += "\n";
     }
     return text;
   }
 
-  void Expect(const Section& section) {
-    std::string actual = "no such section";
-    if (section.name == "cache") actual = Caches();
-    if (section.name == "signalled") actual = signalled;
-    if (section.name == "version") actual = "[" + LastVersion() + "]\n";
-    if (section.name == "request") actual = server.Calls("CreateFilter").back().argument;
-    if (section.name == "calls") actual = OtherCalls();
-    if (section.name == "failures") actual = std::to_string(Status().consecutiveFailures) + "\n";
-    if (section.name == "error") actual = std::move(error);
-    if (section.name == "log") actual = std::move(log);
-    EXPECT_EQ(actual, section.text) << "in section " << section.name;
+  std::string StatusText() {
+    const KESyncStatus status = Status();
+    EXPECT_EQ(status.lastFailureTime > 0, !status.lastFailure.Empty());
+    std::ostringstream text;
+    text << (status.firstFillDone ? "filled" : "empty")
+         << (status.loopRunning ? " running " : " ended ") << status.setsApplied << " applied "
+         << status.consecutiveFailures << " failures [" << status.lastFailure.Cstr() << "]\n";
+    return text.str();
   }
 
-  void ExpectNoMore() {
-    EXPECT_EQ(error, "");
-    EXPECT_EQ(log, "");
-    error = log = "";
+  // Compares if the section is one that tells what is true.
+  bool Tells(const Section& section) {
+    const std::map<std::string, std::function<std::string()>> tellers = {
+        {"cache", [&] { return Caches(); }},
+        {"signalled", [&] { return signalled; }},
+        {"version", [&] { return "[" + LastVersion() + "]\n"; }},
+        {"request", [&] { return server.Calls("CreateFilter").back().argument; }},
+        {"calls", [&] { return OtherCalls(); }},
+        {"failures", [&] { return std::to_string(Status().consecutiveFailures) + "\n"; }},
+        {"status", [&] { return StatusText(); }},
+        {"outcome", [&] { return tasks[section.argument].get() ? "success\n" : "no success\n"; }},
+        {"error", [&] { return std::exchange(error, ""); }},
+        {"log", [&] { return std::exchange(log, ""); }},
+    };
+    const auto teller = tellers.find(section.name);
+    if (teller == tellers.end()) return false;
+    EXPECT_EQ(teller->second(), section.text);
+    return true;
   }
 
   std::string signalled, set, error, log;
   std::vector<std::unique_ptr<NamedWaiter>> waiters;
+  std::map<std::string, Stub::ManagedObjectReference*> references;  // of what is watched
+  std::map<std::string, std::future<bool>> tasks;
   std::size_t callsBefore = 0;
-  bool timeoutFed = false;
+  bool queued = false, timeoutFed = false;  // for the first cycle to meet
 };
 
 TEST_P(UpdateSetCaseTest, EndsAsWritten) {
@@ -212,13 +279,16 @@ TEST_P(UpdateSetCaseTest, EndsAsWritten) {
     pattern = style.pattern;
     replacement = style.replacement;
     Run(sections);
+    if (GetParam().parent_path().stem() == "loop") break;
   }
 }
 
 std::vector<fs::path> CaseFiles() {
   std::vector<fs::path> files;
-  for (const auto& entry : fs::directory_iterator(KECPP_TEST_DATA "/cases")) {
-    if (entry.path().extension() == ".case") files.push_back(entry.path());
+  for (const char* folder : {"/cases", "/loop"}) {
+    for (const auto& entry : fs::directory_iterator(KECPP_TEST_DATA + std::string(folder))) {
+      files.push_back(entry.path());
+    }
   }
   std::sort(files.begin(), files.end());
   return files;
