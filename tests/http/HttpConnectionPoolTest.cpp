@@ -9,28 +9,27 @@
 #include "http/ConnectionInfo.h"
 #include "http/HttpException.h"
 #include "http/HttpService.h"
+#include "support/Thrown.h"
 
+namespace KELib::Http {
 namespace {
-
-using KELib::Http::ConnectionInfo;
-using KELib::Http::HttpConnectionPool;
-using KELib::Http::HttpException;
-using KELib::Http::HttpHandle;
-using KELib::Http::HttpHandleRef;
-using KELib::Http::SSLInfo;
 
 class HttpConnectionPoolTest : public testing::Test {
  protected:
   HttpConnectionPoolTest() {
-    KELib::Http::GetHttpService();
+    GetHttpService();
     pool.Init();
+  }
+
+  HttpHandle* Take(HttpHandleRef& ref) {
+    pool.GetHandle(&info, ref);
+    return ref.handle;
   }
 
   // Takes a handle and gives it back, to learn which one is the lowest free one.
   HttpHandle* Lowest() {
     HttpHandleRef ref;
-    pool.GetHandle(&info, ref);
-    return ref.handle;
+    return Take(ref);
   }
 
   ConnectionInfo info{nullptr, "http://127.0.0.1:1/", true};
@@ -40,18 +39,13 @@ class HttpConnectionPoolTest : public testing::Test {
 TEST_F(HttpConnectionPoolTest, TakesTheLowestFreeSlotAndLeavesTheReferenceAloneWhenBusy) {
   auto first = std::make_unique<HttpHandleRef>();
   HttpHandleRef second, third;
-  pool.GetHandle(&info, *first);
-  pool.GetHandle(&info, second);
-  pool.GetHandle(&info, third);
-  EXPECT_NE(first->handle, second.handle);
-  EXPECT_EQ(nullptr, third.handle);
+  HttpHandle* const lowest = Take(*first);
+  EXPECT_NE(lowest, Take(second));
+  EXPECT_EQ(nullptr, Take(third));
   EXPECT_FALSE(pool.WaitForFreeHandle(1));
-  HttpHandle* lowest = first->handle;
-  pool.GetHandle(&info, *first);
-  EXPECT_EQ(lowest, first->handle);
+  EXPECT_EQ(lowest, Take(*first));
   first.reset();
-  pool.GetHandle(&info, third);
-  EXPECT_EQ(lowest, third.handle);
+  EXPECT_EQ(lowest, Take(third));
   pool.FreeHandle(second.handle);
   EXPECT_TRUE(pool.WaitForFreeHandle(0));
   pool.FreeHandle(nullptr);
@@ -62,14 +56,10 @@ TEST_F(HttpConnectionPoolTest, ResizesUpToFourAndNeverDropsAHandleInUse) {
   EXPECT_EQ(2u, pool.GetSize());
   pool.SetSize(4);
   HttpHandleRef kept, last;
-  pool.GetHandle(&info, kept);
-  pool.GetHandle(&info, last);
-  try {
-    pool.SetSize(1);
-    ADD_FAILURE() << "dropped a handle in use";
-  } catch (const HttpException& e) {
-    EXPECT_STREQ("Unable to resize Connection Pool. In Use.", e.What());
-  }
+  Take(kept);
+  Take(last);
+  EXPECT_EQ("HttpException: Unable to resize Connection Pool. In Use.",
+            Thrown([this] { pool.SetSize(1); }));
   EXPECT_EQ(4u, pool.GetSize());
   pool.SetSize(2);
   pool.FreeHandle(last.handle);
@@ -81,20 +71,16 @@ TEST_F(HttpConnectionPoolTest, ResizesUpToFourAndNeverDropsAHandleInUse) {
 }
 
 TEST_F(HttpConnectionPoolTest, TakingAnotherHandleGivesTheHeldOneBack) {
-  HttpHandleRef ref;
-  pool.GetHandle(&info, ref);
-  HttpHandle* lowest = ref.handle;
-  pool.GetHandle(&info, ref);
-  EXPECT_NE(lowest, ref.handle);
+  HttpHandleRef ref, both[2];
+  HttpHandle* const lowest = Take(ref);
+  HttpHandle* const second = Take(ref);
+  EXPECT_NE(lowest, second);
   EXPECT_EQ(lowest, Lowest());
   HttpConnectionPool other;
   other.Init();
-  HttpHandle* second = ref.handle;
   other.GetHandle(&info, ref);
-  HttpHandleRef both[2];
-  pool.GetHandle(&info, both[0]);
-  pool.GetHandle(&info, both[1]);
-  EXPECT_EQ(second, both[1].handle);
+  Take(both[0]);
+  EXPECT_EQ(second, Take(both[1]));
   ref = HttpHandleRef();
 }
 
@@ -103,11 +89,10 @@ TEST_F(HttpConnectionPoolTest, AStaleCopyDoesNotFreeAnotherThreadsHandle) {
   HttpHandleRef owner;
   {
     HttpHandleRef copy;
-    pool.GetHandle(&info, copy);
+    Take(copy);
     HttpHandleRef stale(copy);
     copy.Set(nullptr, nullptr);
-    pool.GetHandle(&info, owner);
-    EXPECT_EQ(stale.handle, owner.handle);
+    EXPECT_EQ(stale.handle, Take(owner));
   }
   EXPECT_EQ(nullptr, Lowest());
   HttpHandleRef dangling(owner);
@@ -120,17 +105,12 @@ TEST_F(HttpConnectionPoolTest, AHandleThatCouldNotBePreparedStaysFreeAndIsPrepar
   ConnectionInfo secure(new SSLInfo("c", "", "k", "a", "DER"), "https://h", true);
   for (int attempt = 0; attempt < 2; ++attempt) {
     HttpHandleRef ref;
-    try {
-      pool.GetHandle(&secure, ref);
-      ADD_FAILURE() << "accepted a certificate type";
-    } catch (const KELib::InvalidArgumentException& e) {
-      EXPECT_STREQ("Invalid Certificate type. Expected PEM. Got : DER", e.What());
-    }
+    EXPECT_EQ("InvalidArgumentException: Invalid Certificate type. Expected PEM. Got : DER",
+              Thrown([&] { pool.GetHandle(&secure, ref); }));
     EXPECT_EQ(nullptr, ref.handle);
   }
-  HttpHandle* handle = Lowest();
-  ASSERT_NE(nullptr, handle);
-  EXPECT_TRUE(handle->prepared);
+  ASSERT_NE(nullptr, Lowest());
+  EXPECT_TRUE(Lowest()->prepared);
 }
 
 TEST_F(HttpConnectionPoolTest, WithoutAShareNoHandleCanBeMade) {
@@ -144,9 +124,10 @@ TEST_F(HttpConnectionPoolTest, WithoutAShareNoHandleCanBeMade) {
 }
 
 TEST(HttpHandleTest, ClampsTheTimeoutToWhatFitsInMilliseconds) {
-  EXPECT_EQ(0, KELib::Http::ClampTimeout(-1));
-  EXPECT_EQ(2147483, KELib::Http::ClampTimeout(2147483));
-  EXPECT_EQ(2147483, KELib::Http::ClampTimeout(0x7fffffffffffffffLL));
+  EXPECT_EQ(0, ClampTimeout(-1));
+  EXPECT_EQ(2147483, ClampTimeout(2147483));
+  EXPECT_EQ(2147483, ClampTimeout(0x7fffffffffffffffLL));
 }
 
 }  // namespace
+}  // namespace KELib::Http

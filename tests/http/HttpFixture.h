@@ -9,58 +9,47 @@
 #include <future>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "http/ConnectionInfo.h"
 #include "http/HttpClient.h"
 #include "http/HttpService.h"
 #include "support/RawServer.h"
+#include "support/Thrown.h"
+
+namespace KELib::Http {
 
 class HttpFixture : public testing::Test {
  protected:
   // What a post came to.
   struct Outcome {
-    int code = 0;
-    std::string error;  // of the response, or the text of what was thrown
+    int code;
+    std::string error;  // of the response
     std::string content;
-    std::string thrown;  // "", "time-out", "http" or "other"
+    std::string thrown;  // as Thrown() says
   };
 
-  HttpFixture() : info(NewInfo(server.Url("/sdk").c_str())) {}
-  ~HttpFixture() override { delete info; }  // settings that no client took over
-
-  static KELib::Http::ConnectionInfo* NewInfo(const char* url) {
-    return new KELib::Http::ConnectionInfo(nullptr, url, true);
-  }
+  HttpFixture() : info(new ConnectionInfo(nullptr, server.Url("/sdk").c_str(), true)) {}
 
   // The client of `info`, made at its first use, so that a test can change the settings before.
-  KELib::Http::HttpClientImpl& Client() {
+  HttpClientImpl& Client() {
     if (client == nullptr) {
-      client.reset(dynamic_cast<KELib::Http::HttpClientImpl*>(
-          KELib::Http::GetHttpService()->CreateHttpClient(info)));
-      info = nullptr;
+      HttpClient* const made = GetHttpService()->CreateHttpClient(info.get());
+      info.release();  // a client owns its settings
+      client.reset(dynamic_cast<HttpClientImpl*>(made));
     }
     return *client;
   }
 
-  Outcome Post(const char* body = "<a/>", long long timeout = -1, unsigned int sizeLimit = 0) {
-    KELib::Http::HttpRequest request{KELib::KEString(body)};
+  HttpConnectionPool& Pool() { return *Client().GetSession()->GetPool(); }
+
+  Outcome Post(const char* body = "<a/>", long long timeout = -1) {
+    HttpRequest request{KEString(body)};
     request.SetTimeout(timeout);
-    KELib::Http::HttpResponse response;
-    if (sizeLimit > 0) Client().GetSession()->GetPool()->SetReplyLimit(sizeLimit);
-    Outcome outcome;
-    try {
-      Client().Post(&request, &response);
-      outcome.error = response.GetErrorString().Cstr();
-    } catch (const KELib::RequestTimedOutException& e) {
-      outcome.thrown = "time-out";
-      outcome.error = e.What();
-    } catch (const KELib::Http::HttpException& e) {
-      outcome.thrown = "http";
-      outcome.error = e.What();
-    }
-    outcome.code = response.GetErrorCode();
-    outcome.content = response.GetContent().Cstr();
-    return outcome;
+    HttpResponse response;
+    const std::string thrown = Thrown([&] { Client().Post(&request, &response); });
+    return {response.GetErrorCode(), response.GetErrorString().Cstr(), response.GetContent().Cstr(),
+            thrown};
   }
 
   // On a thread of its own. The client exists already.
@@ -69,9 +58,23 @@ class HttpFixture : public testing::Test {
     return std::async(std::launch::async, [this] { return Post(); });
   }
 
+  // Posts that hang until the server lets them go, when all have arrived there.
+  std::vector<std::future<Outcome>> HangingPosts(std::size_t count) {
+    std::vector<std::future<Outcome>> posts;
+    const std::size_t before = server.Requests().size();
+    for (std::size_t i = 0; i < count; ++i) {
+      server.Push(Reply::Ok("late").Hanging());
+      posts.push_back(PostAside());
+    }
+    EXPECT_TRUE(server.WaitForRequests(before + count));
+    return posts;
+  }
+
   RawServer server;
-  KELib::Http::ConnectionInfo* info;
-  std::unique_ptr<KELib::Http::HttpClientImpl> client;
+  std::unique_ptr<ConnectionInfo> info;
+  std::unique_ptr<HttpClientImpl> client;
 };
+
+}  // namespace KELib::Http
 
 #endif

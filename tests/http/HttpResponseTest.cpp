@@ -9,13 +9,8 @@
 #include "http/HttpReceiver.h"
 #include "http/HttpRequest.h"
 
+namespace KELib::Http {
 namespace {
-
-using KELib::KEString;
-using KELib::Http::HttpException;
-using KELib::Http::HttpReceiver;
-using KELib::Http::HttpRequest;
-using KELib::Http::HttpResponse;
 
 std::string Content(HttpResponse& response, unsigned int length) {
   return std::string(response.GetContent().Cstr(), length);
@@ -74,9 +69,9 @@ TEST(HttpResponseTest, AppendsToWhateverTextItHolds) {
   HttpResponse response;
   EXPECT_FALSE(response.IsRequestError());
   char text[] = "abcdef";
-  EXPECT_EQ(0u, KELib::Http::WriteResponse(text, 0, 6, &response));
-  EXPECT_EQ(6u, KELib::Http::WriteResponse(text, 2, 3, &response));
-  EXPECT_ANY_THROW(KELib::Http::WriteResponse(text, 0xffffffffU, 0xffffffffU, &response));
+  EXPECT_EQ(0u, WriteResponse(text, 0, 6, &response));
+  EXPECT_EQ(6u, WriteResponse(text, 2, 3, &response));
+  EXPECT_ANY_THROW(WriteResponse(text, 0xffffffffU, 0xffffffffU, &response));
   KEString taken;
   taken.Transfer(response.GetContent());
   EXPECT_STREQ("abcdef", taken.Cstr());
@@ -88,3 +83,4 @@ TEST(HttpResponseTest, AppendsToWhateverTextItHolds) {
 }
 
 }  // namespace
+}  // namespace KELib::Http

@@ -6,11 +6,12 @@
 
 #include <atomic>
 #include <cstdarg>
-#include <fstream>
+#include <memory>
 #include <string>
+#include <utility>
 
-#include "http/HttpException.h"
 #include "http/HttpFixture.h"
+#include "support/Answers.h"
 
 namespace {
 
@@ -34,78 +35,59 @@ CURLcode SetOptionUnlessRefused(CURL* easy, int option, ...) {
   return original(easy, static_cast<CURLoption>(option), value);
 }
 
+namespace KELib::Http {
 namespace {
-
-using KELib::Http::ConnectionInfo;
-using KELib::Http::HttpException;
-using KELib::Http::SSLInfo;
-
-struct Refusal {
-  CURLoption option;
-  const char* text;
-};
 
 class SetupErrorsTest : public HttpFixture {
  protected:
-  SetupErrorsTest() { refusedOption = -1; }
   ~SetupErrorsTest() override { refusedOption = -1; }
-
-  // The text of what is thrown from making a client of `settings` to a post.
-  static std::string Refused(ConnectionInfo* settings, CURLoption option) {
-    KELib::Http::HttpService* service = KELib::Http::GetHttpService();
-    KELib::Http::HttpRequest request;
-    KELib::Http::HttpResponse response;
-    request.SetTimeout(5);
-    refusedOption = option;
-    std::string text;
-    std::unique_ptr<KELib::Http::HttpClient> client;
-    try {
-      client.reset(service->CreateHttpClient(settings));
-      client->Post(&request, &response);
-    } catch (const HttpException& e) {
-      text = e.What();
-    }
-    refusedOption = -1;
-    if (client == nullptr) delete settings;
-    return text;
-  }
 };
 
-// A line of the file is an option and what its refusal is reported as.
-TEST_F(SetupErrorsTest, ARefusedOptionIsReportedWithItsCode) {
-  std::ifstream cases(KECPP_TEST_DATA "/cases/setup-refusals.txt");
-  int refused = 0;
-  for (std::string name, text; cases >> name && std::getline(cases >> std::ws, text); ++refused) {
-    const curl_easyoption* option = curl_easy_option_by_name(name.c_str());
-    ASSERT_NE(option, nullptr) << name;
-    auto* settings =
-        new ConnectionInfo(new SSLInfo("c", "p", "k", "a"), "https://127.0.0.1:1", true);
-    settings->EnableSettingProxy();
-    settings->AddHeader("A: ", "1");
-    EXPECT_EQ(text + "\n", Refused(settings, option->id)) << name;
-  }
-  EXPECT_EQ(23, refused);
+// What comes of making a client and posting when an option is refused.
+std::string Refused(const Row& row) {
+  const curl_easyoption* option = curl_easy_option_by_name(row[1].c_str());
+  HttpService* const service = GetHttpService();
+  auto settings = std::make_unique<ConnectionInfo>(new SSLInfo("c", "p", "k", "a"),
+                                                   "https://127.0.0.1:1", true);
+  settings->EnableSettingProxy();
+  settings->AddHeader("A: ", "1");
+  HttpRequest request;
+  HttpResponse response;
+  request.SetTimeout(5);
+  refusedOption = option != nullptr ? option->id : -1;
+  const std::string thrown = Thrown([&] {
+    const std::unique_ptr<HttpClient> client(service->CreateHttpClient(settings.get()));
+    settings.release();
+    client->Post(&request, &response);
+  });
+  refusedOption = -1;
+  return thrown;
+}
+
+TEST(SetupErrors, AnswerTheCases) {
+  ExpectAnswers(KECPP_TEST_DATA "/cases/setup-refusals.txt", {{"refused", Refused}});
 }
 
 // Options that are set twice in a handle's life: refused the second time.
 TEST_F(SetupErrorsTest, ARefusalWhileAConnectionIsPreparedLeavesTheHandleUsable) {
   info->EnableVerboseHttpLog();
   Client();
-  const Refusal refusals[] = {{CURLOPT_VERBOSE, "Unable to setup HTTP. 0023\n"},
-                              {CURLOPT_NOPROGRESS, "Unable to setup HTTP. 0024\n"},
-                              {CURLOPT_TIMEOUT, "Unable to initialize HTTP connection. 0026\n"}};
-  for (const Refusal& refusal : refusals) {
-    refusedOption = refusal.option;
-    EXPECT_EQ(refusal.text, Post().error);
+  const std::pair<CURLoption, const char*> refusals[] = {
+      {CURLOPT_VERBOSE, "HttpException: Unable to setup HTTP. 0023\n"},
+      {CURLOPT_NOPROGRESS, "HttpException: Unable to setup HTTP. 0024\n"},
+      {CURLOPT_TIMEOUT, "HttpException: Unable to initialize HTTP connection. 0026\n"}};
+  for (const auto& [option, text] : refusals) {
+    refusedOption = option;
+    EXPECT_EQ(text, Post().thrown);
   }
   refusedOption = -1;
   Client().GetConnectionInfo()->DisableVerboseHttpLog();
-  EXPECT_EQ("", Post().error);
+  EXPECT_EQ("nothing", Post().thrown);
   EXPECT_EQ(1u, server.Requests().size());
   refusedOption = CURLOPT_TIMEOUT;
-  EXPECT_EQ("Unable to set request timeout.", Post("", 5).error);
+  EXPECT_EQ("HttpException: Unable to set request timeout.", Post("", 5).thrown);
   refusedOption = CURLOPT_POST;  // its result does not count
-  EXPECT_EQ("", Post().error);
+  EXPECT_EQ("nothing", Post().thrown);
 }
 
 TEST_F(SetupErrorsTest, WithoutSocketCallbacksTransfersStillWork) {
@@ -115,3 +97,4 @@ TEST_F(SetupErrorsTest, WithoutSocketCallbacksTransfersStillWork) {
 }
 
 }  // namespace
+}  // namespace KELib::Http

@@ -22,11 +22,11 @@ std::string Enveloped(const std::string& body) {
   return SOAP_START + body + SOAP_END;
 }
 
-// The message of the SoapException that a call ends in, or the content of its reply.
+// What a call ends in, after "Fault: " when its reply was one, or the content of its reply.
 std::string Call(const std::string& url) {
   InitSoapService();
-  auto* settings = new Http::ConnectionInfo(nullptr, url.c_str(), true);
-  const std::unique_ptr<SoapClient> client(CreateSoapClient(settings));
+  const std::unique_ptr<SoapClient> client(
+      CreateSoapClient(new Http::ConnectionInfo(nullptr, url.c_str(), true)));
   Xml::KEXmlBuffer body;
   body.AddElementTagAndValue("Ping", "1");
   SoapRequest request("urn:pxa25", "Ping", body);

@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "soap/SoapMessage.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "http/HttpResponse.h"
 #include "soap/SoapConstants.h"
-#include "soap/SoapException.h"
 #include "soap/SoapResponse.h"
+#include "support/Answers.h"
 
 namespace KELib::Soap {
 namespace {
@@ -21,15 +17,15 @@ std::string Enveloped(const std::string& body) {
          body + "</soapenv:Body>\r\n</soapenv:Envelope>\r\n";
 }
 
-std::string FailureOf(const std::string& reply) {
+// The parts that were cut out of a whole reply, without copying it.
+std::string Extracted(const std::string& reply) {
   KEString content(reply.c_str());
+  const char* const buffer = content.Cstr();
   SoapResponse response;
-  try {
-    ExtractMessageContent(content, response);
-  } catch (const SoapException& e) {
-    return e.What();
-  }
-  return "nothing was thrown; content: " + std::string(response.content.Cstr());
+  ExtractMessageContent(content, response);
+  EXPECT_EQ(buffer, response.content.Cstr()) << "the reply was copied";
+  return std::string("[") + response.ns.Cstr() + "] [" + response.name.Cstr() + "] [" +
+         response.content.Cstr() + "]";
 }
 
 TEST(SoapMessage, TheEnvelopeIsKnownToTheByte) {
@@ -43,56 +39,21 @@ TEST(SoapMessage, TheEnvelopeIsKnownToTheByte) {
   EXPECT_STREQ("\n</soapenv:Body>\n</soapenv:Envelope>", SOAP_END);
 }
 
-TEST(SoapMessage, CutsTheReplyOut) {
-  const struct {
-    const char *body, *ns, *name, *content;
-  } cases[] = {
-      {"<LoginResponse xmlns=\"urn:pxa25\"><r>a</r></LoginResponse>", "urn:pxa25", "Login",
-       "<r>a</r>"},
-      {"\r\n <!-- <XResponse> -->\n<LoginResponse\n xmlns = 'u' a=\"b\" >\r\n <r/>\r\n"
-       "</LoginResponse\n>\r\n",
-       "u", "Login", "\r\n <r/>\r\n"},
-      {"<LogoutResponse xmlns=\"urn:pxa25\"/>", "urn:pxa25", "Logout", ""},
-      {"<LogoutResponse>\r\n\t</LogoutResponse>", "", "Logout", ""},
-      // What looks like the end is content: a section, a nested element, a longer name.
-      {"<AResponse x=\"1\" xmlns=\"u\"><![CDATA[</AResponse>]]><AResponse></AResponse>"
-       "</AResponse><AResponseX></AResponseX>",
-       "1", "A", "<![CDATA[</AResponse>]]><AResponse></AResponse>"},
-      {"<GetResponseNowResponse>1</GetResponseNowResponse>", "", "Get", "1"},
-      {"<Ping>&lt;</Ping>", "", "Ping", "&lt;"},
-      {"<soapenv:Fault xmlns=\"u\"><a>1</a></soapenv:Fault>", "", "soapenv:Fault", "<a>1</a>"},
-  };
-  for (const auto& c : cases) {
-    KEString content(Enveloped(c.body).c_str());
-    const char* const buffer = content.Cstr();
-    SoapResponse response;
-    ExtractMessageContent(content, response);
-    EXPECT_STREQ(c.ns, response.ns.Cstr()) << c.body;
-    EXPECT_STREQ(c.name, response.name.Cstr()) << c.body;
-    EXPECT_STREQ(c.content, response.content.Cstr()) << c.body;
-    EXPECT_EQ(buffer, response.content.Cstr()) << "the reply was copied";
-  }
+TEST(SoapMessage, AnswersTheCases) {
+  ExpectAnswers(KECPP_TEST_DATA "/cases/replies.txt",
+                {{"body", [](const Row& row) { return Extracted(Enveloped(row[1])); }},
+                 {"reply", [](const Row& row) { return Extracted(row[1]); }}});
 }
 
-TEST(SoapMessage, RefusesWhatIsNoReply) {
-  const std::string noBody = "No Soap Body found in Response";
-  const std::string empty = "Response Content is empty";
-  EXPECT_EQ(empty, FailureOf(""));
-  EXPECT_EQ(empty, FailureOf(Enveloped("")));
-  EXPECT_EQ(empty, FailureOf("<e><soapenv:Body/></e>"));
-  EXPECT_EQ(noBody, FailureOf("<html><p>a < b & \"c</html>"));
-  EXPECT_EQ(noBody, FailureOf("<"));
-  EXPECT_EQ(noBody, FailureOf("<env:Envelope><env:Body><A/></env:Body></env:Envelope>"));
-  EXPECT_EQ(noBody, FailureOf("<e><!-- <soapenv:Body> --></e>"));
-
-  // Wherever the reply breaks off before the end tag of its element, it is no reply.
+TEST(SoapMessage, IsRefusedWhereverItBreaksOff) {
   const std::string whole = Enveloped("<AResponse xmlns=\"u\"><r>1</r></AResponse>");
   const std::size_t end = whole.find("</soapenv:Body>");
   for (std::size_t size = whole.find("<soapenv:Body id") + 13; size < end; ++size) {
     const std::string cut = whole.substr(0, size);
-    EXPECT_EQ("Malformed XML. Missing element end.", FailureOf(cut)) << cut;
+    EXPECT_EQ("SoapException: Malformed XML. Missing element end.", Thrown([&] { Extracted(cut); }))
+        << cut;
   }
-  EXPECT_EQ("nothing was thrown; content: <r>1</r>", FailureOf(whole.substr(0, end)));
+  EXPECT_EQ("[u] [A] [<r>1</r>]", Extracted(whole.substr(0, end)));
 }
 
 TEST(SoapMessage, ATransfersErrorComesBeforeItsContent) {
@@ -100,12 +61,8 @@ TEST(SoapMessage, ATransfersErrorComesBeforeItsContent) {
   response.SetErrorCode(56);
   response.SetErrorString("100%s lost");
   response.AddContent("<part", 5);
-  try {
-    ThrowExceptionOnRequestError(response);
-    FAIL() << "nothing was thrown";
-  } catch (const SoapException& e) {
-    EXPECT_STREQ("HTTP Request Error. Code: 56 Message: 100%s lost", e.What());
-  }
+  EXPECT_EQ("SoapException: HTTP Request Error. Code: 56 Message: 100%s lost",
+            Thrown([&] { ThrowExceptionOnRequestError(response); }));
 }
 
 }  // namespace

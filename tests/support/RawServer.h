@@ -16,26 +16,26 @@
 // came: expect repeated requests there.
 //
 // Thread safety: every operation from any thread. The handler is called on connection threads, one
-// per
-//   connection. The destructor ends all connections, hanging ones too, and joins all threads.
+//   per connection. The destructor ends all connections, hanging ones too, and joins all threads.
 #ifndef KECPP_TESTS_SUPPORT_RAWSERVER_H
 #define KECPP_TESTS_SUPPORT_RAWSERVER_H
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <strings.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cctype>
 #include <chrono>
 #include <condition_variable>
-#include <cstdio>
 #include <cstdlib>
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <set>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -43,30 +43,12 @@
 #include <vector>
 
 // What to answer, and how.
-class Reply {
- public:
-  // A complete reply of status 200 with a Content-Length; `headers` are complete lines.
-  static Reply Ok(const std::string& body, const std::string& headers = "") {
-    return Status("200 OK", body, headers);
-  }
-
-  static Reply Status(const std::string& status, const std::string& body,
-                      const std::string& headers = "") {
-    return Raw("HTTP/1.1 " + status + "\r\nContent-Type: text/xml; charset=utf-8\r\n" + headers +
-               "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
-  }
-
-  // In chunked coding, `chunkSize` bytes a chunk.
-  static Reply Chunked(const std::string& body, std::size_t chunkSize) {
-    std::string bytes = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
-    for (std::size_t at = 0; at < body.size(); at += chunkSize) {
-      const std::string chunk = body.substr(at, chunkSize);
-      char head[32];
-      snprintf(head, sizeof head, "%zx\r\n", chunk.size());
-      bytes += head + chunk + "\r\n";
-    }
-    return Raw(bytes + "0\r\n\r\n");
-  }
+struct Reply {
+  std::string bytes;
+  bool close = false;  // after the last byte
+  bool hangs = false;  // behind the first `hangAfter` bytes
+  std::size_t hangAfter = 0;
+  std::size_t step = 0;  // bytes sent at a time; 0: all
 
   // These bytes, whatever they are.
   static Reply Raw(std::string bytes) {
@@ -75,41 +57,48 @@ class Reply {
     return reply;
   }
 
-  // Sends only the first `count` bytes and closes.
-  Reply&& CutAfter(std::size_t count) && {
-    bytes.resize(std::min(count, bytes.size()));
-    close = true;
-    return std::move(*this);
+  // A complete reply with a Content-Length; `headers` are complete lines.
+  static Reply Status(const std::string& status, const std::string& body,
+                      const std::string& headers = "") {
+    return Raw("HTTP/1.1 " + status + "\r\nContent-Type: text/xml; charset=utf-8\r\n" + headers +
+               "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
+  }
+  static Reply Ok(const std::string& body, const std::string& headers = "") {
+    return Status("200 OK", body, headers);
   }
 
-  // Closes after the last byte.
-  Reply&& AndClose() && {
+  // In chunked coding, `chunkSize` bytes a chunk.
+  static Reply Chunked(const std::string& body, std::size_t chunkSize) {
+    std::ostringstream bytes;
+    bytes << "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n" << std::hex;
+    for (std::size_t at = 0; at < body.size(); at += chunkSize) {
+      const std::string chunk = body.substr(at, chunkSize);
+      bytes << chunk.size() << "\r\n" << chunk << "\r\n";
+    }
+    return Raw(bytes.str() + "0\r\n\r\n");
+  }
+
+  // Sends only the first `count` bytes and closes.
+  Reply CutAfter(std::size_t count) const { return Raw(bytes.substr(0, count)).AndClose(); }
+
+  Reply AndClose() && {
     close = true;
     return std::move(*this);
   }
 
   // Sends `count` bytes at a time.
-  Reply&& Dripping(std::size_t count) && {
+  Reply Dripping(std::size_t count) && {
     step = count;
     return std::move(*this);
   }
 
   // Sends nothing until ReleaseHanging(), the client's leaving or the server's end. With `after`
   // the first bytes are sent before that.
-  Reply&& Hanging(std::size_t after = 0) && {
+  Reply Hanging(std::size_t after = 0) && {
     hangs = true;
     hangAfter = std::min(after, bytes.size());
     return std::move(*this);
   }
-
- private:
-  friend class RawServer;
-
-  std::string bytes;
-  bool close = false;
-  bool hangs = false;
-  std::size_t hangAfter = 0;
-  std::size_t step = 0;
 };
 
 class RawServer {
@@ -121,18 +110,20 @@ class RawServer {
 
     // The value of the first header of that name, letter case ignored; empty without one.
     std::string Header(const std::string& name) const {
-      const std::string lines = Lower(head), key = "\r\n" + Lower(name) + ":";
-      const std::size_t at = lines.find(key);
-      if (at == std::string::npos) return "";
-      const std::size_t end = head.find("\r\n", at + key.size());
-      const std::size_t begin = head.find_first_not_of(' ', at + key.size());
-      return head.substr(begin, end - begin);
+      for (std::size_t at = head.find("\r\n"); at + 2 < head.size();
+           at = head.find("\r\n", at + 2)) {
+        const char* const line = head.c_str() + at + 2;
+        if (::strncasecmp(line, (name + ":").c_str(), name.size() + 1) != 0) continue;
+        const std::size_t begin = head.find_first_not_of(' ', at + 3 + name.size());
+        return head.substr(begin, head.find("\r\n", begin) - begin);
+      }
+      return "";
     }
   };
 
   using Handler = std::function<Reply(const Request&)>;
 
-  RawServer() : listener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+  RawServer() {
     sockaddr_in address = {};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -185,12 +176,9 @@ class RawServer {
 
   // Waits until so many requests have arrived. False after ten seconds.
   bool WaitForRequests(std::size_t count) {
-    return WaitFor([this, count] { return requests.size() >= count; });
-  }
-
-  // Waits until no connection is open. False after ten seconds.
-  bool WaitForNoConnection() {
-    return WaitFor([this] { return clients.empty(); });
+    std::unique_lock<std::mutex> lock(mutex);
+    return changed.wait_for(lock, std::chrono::seconds(10),
+                            [&] { return requests.size() >= count; });
   }
 
   // Lets all replies that hang now, and later ones, go on.
@@ -201,18 +189,6 @@ class RawServer {
   }
 
  private:
-  static std::string Lower(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(::tolower(c)); });
-    return text;
-  }
-
-  template <typename Predicate>
-  bool WaitFor(Predicate predicate) {
-    std::unique_lock<std::mutex> lock(mutex);
-    return changed.wait_for(lock, std::chrono::seconds(10), predicate);
-  }
-
   void Accept() {
     for (int number = 0;; ++number) {
       const int client = ::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
@@ -222,7 +198,7 @@ class RawServer {
         return;
       }
       if (client < 0) continue;
-      clients.push_back(client);
+      clients.insert(client);
       threads.emplace_back([this, client, number] { Serve(client, number); });
     }
   }
@@ -236,60 +212,56 @@ class RawServer {
     while (Read(client, pending, request) && Answer(client, Next(request))) {
     }
     std::lock_guard<std::mutex> guard(mutex);
-    clients.erase(std::find(clients.begin(), clients.end(), client));
+    clients.erase(client);
     ::close(client);
-    changed.notify_all();
   }
 
-  static bool Fill(int client, std::string& pending) {
+  // Receives until `enough` is true. False when the client is gone before.
+  template <typename Enough>
+  static bool Fill(int client, std::string& pending, Enough enough) {
     char buffer[65536];
-    const ssize_t count = ::recv(client, buffer, sizeof buffer, 0);
-    if (count > 0) pending.append(buffer, static_cast<std::size_t>(count));
-    return count > 0;
+    while (!enough()) {
+      const ssize_t count = ::recv(client, buffer, sizeof buffer, 0);
+      if (count <= 0) return false;
+      pending.append(buffer, static_cast<std::size_t>(count));
+    }
+    return true;
   }
 
   // One request off the connection; what arrived behind it stays pending.
   static bool Read(int client, std::string& pending, Request& request) {
-    std::size_t end;
-    while ((end = pending.find("\r\n\r\n")) == std::string::npos) {
-      if (!Fill(client, pending)) return false;
-    }
+    std::size_t end = 0;
+    const auto wholeHead = [&] { return (end = pending.find("\r\n\r\n")) != std::string::npos; };
+    if (!Fill(client, pending, wholeHead)) return false;
     request.head = pending.substr(0, end + 2);
     pending.erase(0, end + 4);
-    if (Lower(request.Header("Expect")) == "100-continue") {
-      Send(client, "HTTP/1.1 100 Continue\r\n\r\n");
-    }
     const std::size_t length = std::strtoul(request.Header("Content-Length").c_str(), nullptr, 10);
-    while (pending.size() < length) {
-      if (!Fill(client, pending)) return false;
-    }
+    if (!Fill(client, pending, [&] { return pending.size() >= length; })) return false;
     request.body = pending.substr(0, length);
     pending.erase(0, length);
     return true;
   }
 
   Reply Next(const Request& request) {
-    Handler answer;
-    {
-      std::lock_guard<std::mutex> guard(mutex);
-      requests.push_back(request);
-      changed.notify_all();
-      if (!script.empty()) {
-        Reply reply = std::move(script.front());
-        script.pop_front();
-        return reply;
-      }
-      answer = handler;
+    std::unique_lock<std::mutex> lock(mutex);
+    requests.push_back(request);
+    changed.notify_all();
+    if (!script.empty()) {
+      Reply reply = std::move(script.front());
+      script.pop_front();
+      return reply;
     }
+    const Handler answer = handler;
+    lock.unlock();
     return answer ? answer(request) : Reply::Ok("");
   }
 
   // False when the connection is to be closed.
   bool Answer(int client, const Reply& reply) {
     const std::size_t first = reply.hangs ? reply.hangAfter : reply.bytes.size();
-    if (!SendSteps(client, reply.bytes.substr(0, first), reply.step)) return false;
+    if (!Send(client, reply.bytes.substr(0, first), reply.step)) return false;
     if (reply.hangs && !Hang(client)) return false;
-    return SendSteps(client, reply.bytes.substr(first), reply.step) && !reply.close;
+    return Send(client, reply.bytes.substr(first), reply.step) && !reply.close;
   }
 
   // Looks after the client every few milliseconds: it may leave, which no condition tells.
@@ -303,32 +275,25 @@ class RawServer {
     return !stopping;
   }
 
-  static bool SendSteps(int client, const std::string& bytes, std::size_t step) {
-    if (step == 0) return Send(client, bytes);
-    for (std::size_t at = 0; at < bytes.size(); at += step) {
-      if (!Send(client, bytes.substr(at, step))) return false;
-      std::this_thread::yield();
-    }
-    return true;
-  }
-
-  static bool Send(int client, const std::string& bytes) {
-    for (std::size_t sent = 0; sent < bytes.size();) {
-      const ssize_t count = ::send(client, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+  static bool Send(int client, const std::string& bytes, std::size_t step) {
+    for (std::size_t sent = 0; sent < bytes.size(); std::this_thread::yield()) {
+      const std::size_t left = bytes.size() - sent;
+      const ssize_t count =
+          ::send(client, bytes.data() + sent, step > 0 ? std::min(step, left) : left, MSG_NOSIGNAL);
       if (count <= 0) return false;
       sent += static_cast<std::size_t>(count);
     }
     return true;
   }
 
-  const int listener;
+  const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   int port = 0;
   std::thread acceptor;
 
   mutable std::mutex mutex;  // guards all below
   std::condition_variable changed;
   std::vector<std::thread> threads;
-  std::vector<int> clients;
+  std::set<int> clients;
   std::deque<Reply> script;
   Handler handler;
   std::vector<Request> requests;

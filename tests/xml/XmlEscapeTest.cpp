@@ -1,43 +1,32 @@
 // SPDX-License-Identifier: MIT
 #include "xml/XmlEscape.h"
 
-#include <gtest/gtest.h>
-
+#include "support/Answers.h"
 #include "xml/XmlException.h"
 
 namespace KELib::Xml {
 namespace {
 
-TEST(XmlEscape, EscapesAndDecodes) {
-  const struct {
-    void (*convert)(const char*, KEString&);
-    const char *text, *expected;
-  } cases[] = {{EscapeText, nullptr, ""},
-               {EscapeText, "a&lt;<b>\"'", "a&amp;lt;&lt;b&gt;\"'"},
-               {EscapeStray, "&lt;&#x41;&#65;& &foo; &#; &#x110000; <>",
-                "&lt;&#x41;&#65;&amp; &amp;foo; &amp;#; &amp;#x110000; &lt;&gt;"},
-               {DecodeEntities, "&amp;lt;&lt;&gt;&quot;&apos;", "&lt;<>\"'"},
-               {DecodeEntities, "&#228;&#x20AC;&#x1F600;\xc3\xa4",
-                "\xc3\xa4\xe2\x82\xac\xf0\x9f\x98\x80\xc3\xa4"},
-               {DecodeEntities, "&#0; &#xD800; &#x; &#99999999999; &nbsp; &am",
-                "&#0; &#xD800; &#x; &#99999999999; &nbsp; &am"},
-               {DecodeEntities, "&", "&"},
-               {DecodeEntities, nullptr, ""}};
-  for (const auto& c : cases) {
-    KEString out("stale");
-    c.convert(c.text, out);
-    EXPECT_STREQ(c.expected, out.Cstr());
-  }
+std::string Converted(void (*convert)(const char*, KEString&), const char* text) {
+  KEString out("stale");
+  convert(text, out);
+  return out.Cstr();
+}
+
+TEST(XmlEscape, AnswersTheCases) {
+  ExpectAnswers(
+      KECPP_TEST_DATA "/cases/escapes.txt",
+      {{"escape", [](const Row& row) { return Converted(EscapeText, row[1].c_str()); }},
+       {"escape stray", [](const Row& row) { return Converted(EscapeStray, row[1].c_str()); }},
+       {"decode", [](const Row& row) { return Converted(DecodeEntities, row[1].c_str()); }}});
+  EXPECT_EQ("", Converted(EscapeText, nullptr) + Converted(DecodeEntities, nullptr));
 }
 
 TEST(XmlException, JoinsAndCopiesItsTexts) {
-  EXPECT_THROW(ThrowXmlException("fixed"), XmlException);
-  try {
-    KEString gone("a");
-    ThrowXmlException(gone, "b");
-  } catch (const Exception& e) {
-    EXPECT_STREQ("ab", e.What());
-  }
+  EXPECT_EQ("XmlException: ab", Thrown([] {
+              KEString gone("a");
+              ThrowXmlException(gone, "b");
+            }));
 }
 
 }  // namespace
