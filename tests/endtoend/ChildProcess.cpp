@@ -9,7 +9,8 @@
 
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
+#include <regex>
 #include <stdexcept>
 #include <thread>
 
@@ -18,9 +19,7 @@ namespace {
 
 std::string ReadFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  text << file.rdbuf();
-  return text.str();
+  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 std::string MakeFolder() {
@@ -56,9 +55,10 @@ TemporaryFolder::~TemporaryFolder() {
   std::filesystem::remove_all(path, ignored);
 }
 
-ChildProcess::ChildProcess(const std::vector<std::string>& command) {
+ChildProcess::ChildProcess(std::vector<std::string> command, const std::vector<std::string>& more) {
+  command.insert(command.end(), more.begin(), more.end());
   std::vector<char*> arguments;
-  for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
+  for (std::string& word : command) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC;
   const int output = open((folder.path + "/out").c_str(), flags, 0600);
@@ -92,6 +92,17 @@ int ChildProcess::Wait() {
   if (!Eventually([this] { return !IsRunning(); })) Signal(SIGKILL);
   Reap(true);
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+std::string ChildProcess::AwaitUrl() {
+  std::smatch url;
+  std::string output;
+  Eventually([&] {
+    output = Output();
+    return std::regex_search(output, url, std::regex("listening on (.*)\n")) || !IsRunning();
+  });
+  if (url.empty()) throw std::runtime_error("it does not listen: " + Errors());
+  return url[1];
 }
 
 std::string ChildProcess::Output() const {

@@ -29,8 +29,9 @@ class TemporaryFolder {
 
 class ChildProcess {
  public:
-  // `command` is the program's path and its arguments.
-  explicit ChildProcess(const std::vector<std::string>& command);
+  // `command` is the program's path and its arguments; `more` are arguments besides.
+  explicit ChildProcess(std::vector<std::string> command,
+                        const std::vector<std::string>& more = {});
   ~ChildProcess();  // kills it if need be
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
@@ -41,6 +42,10 @@ class ChildProcess {
 
   // The exit status, or 128 and the signal's number. Waits up to a minute, then kills it.
   int Wait();
+
+  // Waits until it has written a line "... listening on URL" and gives the URL. Throws when it
+  // ends without.
+  std::string AwaitUrl();
 
   // What it has written so far.
   std::string Output() const;

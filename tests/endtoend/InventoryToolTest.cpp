@@ -82,6 +82,28 @@ TEST(InventoryTool, FailsWithAReasonWhenThereIsNoInventory) {
   }
 }
 
+TEST(Follow, TheToolPrintsADocumentALineAlsoWithANewSessionUntilItIsInterrupted) {
+  Simulator simulator({"--hosts", "2", "--machines", "5"});
+  Tool tool(simulator.Config(), {"--format", "json", "--follow"});
+  ASSERT_TRUE(tool.Becomes(simulator.Truth())) << tool.Errors();
+  const auto follows = [&](const char* name) {
+    simulator.Control("machine",
+                      {{"do", "set"}, {"id", "vm-1"}, {"property", "name"}, {"value", name}});
+    return tool.Becomes(simulator.Truth());
+  };
+  EXPECT_TRUE(follows("renamed"));
+  EXPECT_EQ(tool.Errors(), "");
+  simulator.Control("session-lost");
+  simulator.Control("fault", {{"method", "Login"}, {"kind", "garbage"}});
+  ASSERT_TRUE(Eventually([&] { return simulator.Stats()["sessions"] == 1; }));
+  EXPECT_TRUE(follows("again")) << tool.Errors();
+  EXPECT_THAT(tool.Errors(), HasSubstr("connection lost (NotAuthenticated), connecting again"));
+  EXPECT_THAT(tool.Errors(), HasSubstr("cannot log in"));
+  tool.Signal(SIGINT);
+  EXPECT_EQ(tool.Wait(), 0);
+  EXPECT_EQ(simulator.Stats()["sessions"], 0) << "the tool logs out";
+}
+
 // The object's key tells the simulated daemon how a task ends.
 TEST(InventoryTool, ItsExitStatusIsTheOutcomeOfATask) {
   Simulator simulator({});

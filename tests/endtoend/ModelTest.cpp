@@ -4,250 +4,225 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <map>
+#include <optional>
 #include <random>
 #include <set>
 #include <string>
-#include <vector>
 
-#include "endtoend/LibraryAgent.h"
+#include "agent/Connection.h"
+#include "agent/EndOfRun.h"
+#include "agent/Options.h"
 #include "endtoend/Simulator.h"
+#include "support/ReadCaches.h"
 
 namespace endtoend {
 namespace {
 
 using Ids = std::set<std::string>;
 
-// The inventory as it should be, kept with the simplest means: links are worked out when asked for.
+// The inventory as it should be, kept with the simplest means: objects by key in lists by name. Of
+// a link only one end knows, a machine of its host, a role of its privileges and an identity of its
+// roles, be they there or not; the rest is worked out when asked for.
 struct Model {
-  std::map<std::string, Json> hosts, machines;  // without links
-  std::map<std::string, std::string> hostOf;    // by machine
-  std::map<std::string, Json> roles;            // without members
-  std::map<std::string, Ids> namedPrivileges;   // by role, known or not
-  std::map<std::string, std::string> privileges;
-  std::map<std::string, Ids> rolesOf;  // by identity, as granted
+  explicit Model(const Json& start) {
+    for (const auto& [name, objects] : start.items()) {
+      lists[name] = Json::object();
+      for (const Json& object : objects) {
+        const std::string key = object.contains("Name") ? object["Name"] : object["InstanceID"];
+        lists[name][key] = object;
+      }
+    }
+  }
 
   Json Document() const {
-    Json hostList = Json::array(), machineList = Json::array(), roleList = Json::array(),
-         privilegeList = Json::array(), identityList = Json::array();
-    for (const auto& [id, host] : hosts) {
-      Ids on;
-      for (const auto& [machine, where] : hostOf) {
-        if (where == id) on.insert(machine);
-      }
-      hostList.push_back(host);
-      hostList.back()["machines"] = on;
+    Json document = lists;
+    for (auto& [id, host] : document["hosts"].items()) {
+      host["machines"] = NamedBy("machines", "host", id);
     }
-    for (const auto& [id, machine] : machines) {
-      machineList.push_back(machine);
-      machineList.back()["host"] = hostOf.at(id);
+    for (auto& [id, role] : document["roles"].items()) {
+      role["privileges"] = Known("privileges", role["privileges"]);
+      role["identities"] = NamedBy("identities", "roles", id);
     }
-    for (const auto& [id, role] : roles) {
-      Ids members, holders;
-      for (const std::string& name : namedPrivileges.at(id)) {
-        if (privileges.count(name) > 0) members.insert(name);
-      }
-      for (const auto& [identity, held] : rolesOf) {
-        if (held.count(id) > 0) holders.insert(identity);
-      }
-      roleList.push_back(role);
-      roleList.back()["privileges"] = members;
-      roleList.back()["identities"] = holders;
+    for (auto& [id, privilege] : document["privileges"].items()) {
+      privilege["roles"] = NamedBy("roles", "privileges", id);
     }
-    for (const auto& [id, name] : privileges) {
-      Ids in;
-      for (const auto& [role, named] : namedPrivileges) {
-        if (named.count(id) > 0) in.insert(role);
-      }
-      privilegeList.push_back({{"InstanceID", id}, {"ElementName", name}, {"roles", in}});
+    for (Json& identity : document["identities"]) {
+      identity["roles"] = Known("roles", identity["roles"]);
     }
-    for (const auto& [identity, held] : rolesOf) {
-      Ids known;
-      for (const std::string& role : held) {
-        if (roles.count(role) > 0) known.insert(role);
-      }
-      identityList.push_back({{"InstanceID", identity}, {"roles", known}});
+    for (Json& list : document) {
+      Json objects = Json::array();
+      for (const Json& object : list) objects.push_back(object);
+      list = objects;
     }
-    return {{"hosts", hostList},
-            {"machines", machineList},
-            {"privileges", privilegeList},
-            {"roles", roleList},
-            {"identities", identityList}};
+    return document;
+  }
+
+  Json lists;
+
+ private:
+  // The keys of those objects of `list` whose `field` is `id` or holds it.
+  Ids NamedBy(const char* list, const char* field, const std::string& id) const {
+    Ids keys;
+    for (const auto& [key, object] : lists[list].items()) {
+      const Json& said = object[field];
+      if (said == id || (said.is_array() && said.get<Ids>().count(id) > 0)) keys.insert(key);
+    }
+    return keys;
+  }
+
+  Ids Known(const char* list, const Json& ids) const {
+    Ids known;
+    for (const std::string id : ids) {
+      if (lists[list].contains(id)) known.insert(id);
+    }
+    return known;
   }
 };
 
 class RandomChanges {
  public:
-  RandomChanges(Simulator& daemon, unsigned int seed) : simulator(daemon), random(seed) {
-    const Json start = simulator.Truth();
-    for (const Json& host : start["hosts"]) model.hosts[host["Name"]] = host;
-    for (const Json& machine : start["machines"]) {
-      model.machines[machine["Name"]] = machine;
-      model.hostOf[machine["Name"]] = machine["host"];
-    }
-    for (const Json& role : start["roles"]) {
-      model.roles[role["Name"]] = role;
-      model.namedPrivileges[role["Name"]] = role["privileges"].get<Ids>();
-    }
-    for (const Json& privilege : start["privileges"]) {
-      model.privileges[privilege["InstanceID"]] = privilege["ElementName"];
-    }
-    for (const Json& identity : start["identities"]) {
-      model.rolesOf[identity["InstanceID"]] = identity["roles"].get<Ids>();
-    }
-  }
+  RandomChanges(Simulator& daemon, unsigned int seed)
+      : simulator(daemon), random(seed), model(simulator.Truth()) {}
 
   Json Expected() const { return model.Document(); }
 
   void Step() {
-    switch (random() % 10) {
-      case 0:
-        return CreateMachine();
-      case 1:
-        return model.machines.size() > 2 ? RemoveMachine() : CreateMachine();
-      case 2:
-      case 3:
-        return MoveMachine();
-      case 4:
-        return ChangeHosts();
-      case 5:
-        return SetRole();
-      case 6:
-        return SetPrivilege();
-      case 7:
-        return SetPermissions();
-      default:
-        return ChangeMachine();
-    }
+    using Change = void (RandomChanges::*)();
+    static constexpr Change kChanges[] = {
+        &RandomChanges::CreateMachine, &RandomChanges::RemoveMachine,
+        &RandomChanges::MoveMachine,   &RandomChanges::MoveMachine,
+        &RandomChanges::ChangeHosts,   &RandomChanges::SetRole,
+        &RandomChanges::SetPrivilege,  &RandomChanges::SetPermissions,
+        &RandomChanges::ChangeMachine, &RandomChanges::ChangeMachine};
+    (this->*kChanges[random() % std::size(kChanges)])();
   }
 
  private:
-  template <typename Map>
-  std::string Any(const Map& map) {
-    return std::next(map.begin(), static_cast<long>(random() % map.size()))->first;
+  std::string Any(const Json& list) {
+    return std::next(list.begin(), static_cast<long>(random() % list.size())).key();
   }
   std::string Mark() { return std::to_string(random() % 1000) + " &amp; \xc3\xa4"; }
 
-  void CreateMachine() {
-    const std::string host = Any(model.hosts), name = "new " + Mark();
-    const std::string id =
-        simulator.Control("machine", {{"do", "create"}, {"name", name}, {"host", host}})["id"];
-    const Json truth = simulator.Truth();
-    for (const Json& machine : truth["machines"]) {
-      if (machine["Name"] == id) model.machines[id] = machine;
+  Json Order(const char* kind, const char* what, const std::string& id, Json order = {}) {
+    order["do"] = what;
+    if (!id.empty()) order["id"] = id;
+    return simulator.Control(kind, order);
+  }
+  // What nobody has said of the new object, the daemon has made up.
+  Json& Create(const char* kind, Json& list, const char* listName, const Json& order) {
+    const std::string id = Order(kind, "create", "", order)["id"];
+    const Json truth = simulator.Truth()[listName];
+    for (const Json& object : truth) {
+      if (object["Name"] == id) list[id] = object;
     }
-    model.machines[id]["ElementName"] = name;
-    model.hostOf[id] = host;
+    return list[id];
+  }
+
+  void CreateMachine() {
+    const std::string host = Any(hosts), name = "new " + Mark();
+    Json& made = Create("machine", machines, "machines", {{"name", name}, {"host", host}});
+    made["ElementName"] = name;
+    made["host"] = host;
   }
   void RemoveMachine() {
-    const std::string id = Any(model.machines);
-    simulator.Control("machine", {{"do", "remove"}, {"id", id}});
-    model.machines.erase(id);
-    model.hostOf.erase(id);
+    if (machines.size() <= 2) return CreateMachine();
+    const std::string id = Any(machines);
+    Order("machine", "remove", id);
+    machines.erase(id);
   }
-  void MoveMachine() {
-    const std::string id = Any(model.machines), host = Any(model.hosts);
-    simulator.Control("machine", {{"do", "move"}, {"id", id}, {"host", host}});
-    model.hostOf[id] = host;
+  void MoveMachine() { Move(Any(machines), Any(hosts)); }
+  void Move(const std::string& id, const std::string& host) {
+    Order("machine", "move", id, {{"host", host}});
+    machines[id]["host"] = host;
   }
   void ChangeMachine() {
-    static const std::map<std::string, int> kStates{
+    static const Json kStates = {
         {"poweredOn", 2}, {"poweredOff", 10}, {"suspended", 15}, {"unheardOf", 0}};
-    const std::string id = Any(model.machines);
+    const std::string id = Any(machines);
     if (random() % 2 == 0) {
       const std::string state = Any(kStates);
-      Set("machine", id, "runtime.powerState", state);
-      model.machines[id]["PowerState"] = state;
-      model.machines[id]["OperationalStatus"] = kStates.at(state);
+      Order("machine", "set", id, {{"property", "runtime.powerState"}, {"value", state}});
+      machines[id]["PowerState"] = state;
+      machines[id]["OperationalStatus"] = kStates[state];
     } else {
       const std::string name = random() % 5 == 0 ? "" : "renamed " + Mark();
-      Set("machine", id, "name", name);
-      model.machines[id]["ElementName"] = name;
+      Order("machine", "set", id, {{"property", "name"}, {"value", name}});
+      machines[id]["ElementName"] = name;
     }
   }
   void ChangeHosts() {
-    if (model.hosts.size() < 3) {
-      const std::string id = simulator.Control("host", {{"do", "create"}, {"name", "h"}})["id"];
-      const Json truth = simulator.Truth();
-      for (const Json& host : truth["hosts"]) {
-        if (host["Name"] == id) model.hosts[id] = host;
-      }
+    if (hosts.size() < 3) {
+      Create("host", hosts, "hosts", {{"name", "h"}});
       return;
     }
-    const std::string gone = Any(model.hosts);
+    const std::string gone = Any(hosts);
     std::string other = gone;
-    while (other == gone) other = Any(model.hosts);
-    for (auto& [machine, host] : model.hostOf) {
-      if (host != gone) continue;
-      simulator.Control("machine", {{"do", "move"}, {"id", machine}, {"host", other}});
-      host = other;
+    while (other == gone) other = Any(hosts);
+    for (const auto& [id, machine] : machines.items()) {
+      if (machine["host"] == gone) Move(id, other);
     }
-    simulator.Control("host", {{"do", "remove"}, {"id", gone}});
-    model.hosts.erase(gone);
+    Order("host", "remove", gone);
+    hosts.erase(gone);
   }
   void SetRole() {
     const std::string id = std::to_string(random() % 6);
-    if (random() % 3 == 0 && model.roles.count(id) > 0) {
-      simulator.Control("role", {{"do", "remove"}, {"id", id}});
-      model.roles.erase(id);
-      model.namedPrivileges.erase(id);
+    if (random() % 3 == 0 && roles.contains(id)) {
+      Order("role", "remove", id);
+      roles.erase(id);
       return;
     }
     Ids named;
     for (int i = 0; i < 4; ++i) named.insert("P." + std::to_string(random() % 6));
     const std::string name = "role " + Mark();
     const bool system = random() % 2 == 0;
-    simulator.Control("role", {{"do", "set"},
-                               {"id", id},
-                               {"name", name},
-                               {"label", "L"},
-                               {"summary", "S"},
-                               {"system", system},
-                               {"privileges", named}});
-    model.roles[id] = {{"Name", id},
-                       {"ElementName", name},
-                       {"Caption", "L"},
-                       {"Description", "S"},
-                       {"RoleType", system ? "SystemDefined" : "UserDefined"}};
-    model.namedPrivileges[id] = named;
+    Order("role", "set", id,
+          {{"name", name},
+           {"label", "L"},
+           {"summary", "S"},
+           {"system", system},
+           {"privileges", named}});
+    roles[id] = {{"Name", id},          {"ElementName", name},
+                 {"Caption", "L"},      {"Description", "S"},
+                 {"privileges", named}, {"RoleType", system ? "SystemDefined" : "UserDefined"}};
   }
   void SetPrivilege() {
     const std::string id = "P." + std::to_string(random() % 6);
-    if (random() % 3 == 0 && model.privileges.count(id) > 0 && model.privileges.size() > 1) {
-      simulator.Control("privilege", {{"do", "remove"}, {"id", id}});
-      model.privileges.erase(id);
+    if (random() % 3 == 0 && privileges.contains(id) && privileges.size() > 1) {
+      Order("privilege", "remove", id);
+      privileges.erase(id);
       return;
     }
     const std::string name = "may " + Mark();
-    simulator.Control("privilege", {{"do", "set"}, {"id", id}, {"name", name}});
-    model.privileges[id] = name;
+    Order("privilege", "set", id, {{"name", name}});
+    privileges[id] = {{"InstanceID", id}, {"ElementName", name}};
   }
   void SetPermissions() {
     Json all = Json::array();
-    model.rolesOf.clear();
+    identities.clear();
+    const auto grant = [&](const std::string& who, const std::string& role, bool group) {
+      const std::string principal = group ? "group-" + who : who;
+      all.push_back({{"principal", principal}, {"roleId", role}, {"group", group}});
+      if (group) return;
+      identities[who]["InstanceID"] = who;
+      identities[who]["roles"].push_back(role);
+    };
     for (unsigned int i = 0, n = 1 + random() % 6; i < n; ++i) {
       const std::string who = "user" + std::to_string(random() % 4);
-      const std::string role = std::to_string(random() % 6);
-      const bool group = random() % 4 == 0;
-      all.push_back(
-          {{"principal", group ? "group-" + who : who}, {"roleId", role}, {"group", group}});
-      if (!group) model.rolesOf[who].insert(role);
+      grant(who, std::to_string(random() % 6), random() % 4 == 0);
     }
-    if (model.rolesOf.empty()) {
-      all.push_back({{"principal", "ann"}, {"roleId", "1"}});
-      model.rolesOf["ann"].insert("1");
-    }
+    if (identities.empty()) grant("ann", "1", false);
     simulator.Control("permissions", all);
     ChangeMachine();  // permissions are asked for again when something else has changed
-  }
-  void Set(const char* what, const std::string& id, const char* property,
-           const std::string& value) {
-    simulator.Control(what, {{"do", "set"}, {"id", id}, {"property", property}, {"value", value}});
   }
 
   Simulator& simulator;
   std::mt19937 random;
   Model model;
+  Json& hosts = model.lists["hosts"];
+  Json& machines = model.lists["machines"];
+  Json& roles = model.lists["roles"];
+  Json& privileges = model.lists["privileges"];
+  Json& identities = model.lists["identities"];
 };
 
 TEST(Model, TheCachesEqualThePlainModelAfterEveryChange) {
@@ -257,16 +232,27 @@ TEST(Model, TheCachesEqualThePlainModelAfterEveryChange) {
   SCOPED_TRACE("repeat with KECPP_MODEL_SEED=" + std::to_string(seed));
   constexpr int kSteps = 2000;
   Simulator simulator({"--hosts", "3", "--machines", "8"});
-  LibraryAgent agent(simulator.Config());
+  KELib::Logging::GetDefaultLogger()->SetLevelByName("error");
+  inventory::Options options;
+  options.config = simulator.Config();
+  options.lists = {true, true, true, true, true};
+  options.wantsAuthorization = true;
+  inventory::EndOfRun end(0);
+  std::optional<inventory::Connection> agent(std::in_place,
+                                             *KE::Service::GetServiceManagerInstance(), options);
+  agent->Watch(end);
+  const auto caches = [&] { return ReadCaches(agent->Cache()); };
   RandomChanges changes(simulator, seed);
   for (int step = 0; step < kSteps; ++step) {
     changes.Step();
     const Json expected = changes.Expected();
     unsigned long long seen = 0;
-    bool equal = agent.Read() == expected;
-    while (!equal && agent.Sync().WaitForChange(seen, 20000)) equal = agent.Read() == expected;
-    ASSERT_TRUE(equal) << "step " << step << ": " << Json::diff(agent.Read(), expected).dump(1);
+    bool equal = caches() == expected;
+    while (!equal && agent->Sync().WaitForChange(seen, 20000)) equal = caches() == expected;
+    ASSERT_TRUE(equal) << "step " << step << ": " << Json::diff(caches(), expected).dump(1);
   }
+  agent.reset();
+  KE::Service::FreeServiceManagerInstance();
 }
 
 }  // namespace

@@ -10,47 +10,26 @@
 namespace endtoend {
 namespace {
 
-constexpr const char* GREETING = "listening on ";
-
 // The environment overrides what the build says.
 std::string Program() {
   const char* chosen = std::getenv("KECPP_SIMULATOR");
   return chosen ? chosen : KECPP_SIMULATOR_PROGRAM;
 }
 
-// What stands behind the greeting once its line is complete; else empty.
-std::string UrlIn(const std::string& output) {
-  const std::size_t begin = output.find(GREETING);
-  const std::size_t end = output.find('\n', begin);
-  if (begin == std::string::npos || end == std::string::npos) return {};
-  return output.substr(begin + std::string(GREETING).size(),
-                       end - begin - std::string(GREETING).size());
-}
-
 }  // namespace
 
-Simulator::Simulator(const std::vector<std::string>& options) {
-  std::vector<std::string> command = {Program(), "--listen-port", "0", "--ticket-dir", folder.path};
-  command.insert(command.end(), options.begin(), options.end());
-  process = std::make_unique<ChildProcess>(command);
-  const bool listens = Eventually([this] {
-    url = UrlIn(process->Output());
-    return !url.empty() || !process->IsRunning();
-  });
-  if (!listens || url.empty()) throw std::runtime_error("no simulator: " + process->Errors());
-  host = url.substr(0, url.find('/', url.find("://") + 3));
-}
+Simulator::Simulator(const std::vector<std::string>& options)
+    : process({Program(), "--listen-port", "0", "--ticket-dir", folder.path}, options),
+      url(process.AwaitUrl()),
+      host(url.substr(0, url.find('/', url.find("://") + 3))) {}
 
 std::string Simulator::Document(const std::string& loginInfo) const {
   // The daemon does not ask for a certificate, but the library wants one for https.
   const std::string pem = KECPP_TEST_CERTIFICATE;
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-         "<Config>\n"
-         "<SSLInfo><certFile>" +
-         pem + "</certFile><passPhrase/><keyFile>" + pem + "</keyFile><CACertFile>" + pem +
-         "</CACertFile></SSLInfo>\n"
-         "<ConnectionInfo><url>" +
-         url + "</url><timeout>60</timeout></ConnectionInfo>\n<LoginInfo>" + loginInfo +
+  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Config>\n<SSLInfo><certFile>" + pem +
+         "</certFile><passPhrase/><keyFile>" + pem + "</keyFile><CACertFile>" + pem +
+         "</CACertFile></SSLInfo>\n<ConnectionInfo><url>" + url +
+         "</url><timeout>60</timeout></ConnectionInfo>\n<LoginInfo>" + loginInfo +
          "</LoginInfo>\n<LogInfo><level>error</level></LogInfo>\n</Config>\n";
 }
 
@@ -69,19 +48,9 @@ std::string Simulator::ConfigFile(const std::string& config) const {
   return path;
 }
 
-Json Simulator::Truth() {
-  return Ask("GET", "/control/inventory", "");
-}
-
-Json Simulator::Stats() {
-  return Ask("GET", "/control/stats", "");
-}
-
-Json Simulator::Control(const std::string& name, const Json& body) {
-  return Ask("POST", "/control/" + name, body.dump());
-}
-
-Json Simulator::Ask(const std::string& method, const std::string& path, const std::string& body) {
+Json Simulator::Ask(const std::string& method, const std::string& control,
+                    const std::string& body) {
+  const std::string path = "/control/" + control;
   httplib::Client client(host);
   client.enable_server_certificate_verification(false);
   const auto answer = method == "GET" ? client.Get(path.c_str())

@@ -4,7 +4,6 @@
 #ifndef KECPP_TESTS_ENDTOEND_SIMULATOR_H
 #define KECPP_TESTS_ENDTOEND_SIMULATOR_H
 
-#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -28,20 +27,22 @@ class Simulator {
   std::string ConfigFile(const std::string& config) const;
 
   // The inventory as it is now, in the form in which kecpp-inventory prints it.
-  Json Truth();
+  Json Truth() { return Ask("GET", "inventory"); }
 
   // Asks one of the controls: "POST /control/<name>" with `body`. Throws when it refuses.
-  Json Control(const std::string& name, const Json& body = Json::object());
-  Json Stats();
+  Json Control(const std::string& name, const Json& body = Json::object()) {
+    return Ask("POST", name, body.dump());
+  }
+  Json Stats() { return Ask("GET", "stats"); }
 
  private:
   std::string Document(const std::string& loginInfo) const;
-  Json Ask(const std::string& method, const std::string& path, const std::string& body);
+  Json Ask(const std::string& method, const std::string& control, const std::string& body = "");
 
   TemporaryFolder folder;
-  std::unique_ptr<ChildProcess> process;
-  std::string url;   // of the service
-  std::string host;  // of the controls: scheme, address and port
+  ChildProcess process;
+  const std::string url;   // of the service
+  const std::string host;  // of the controls: scheme, address and port
 };
 
 }  // namespace endtoend

@@ -15,13 +15,23 @@ namespace endtoend {
 class Tool : public ChildProcess {
  public:
   // Starts it with `config` (an XML text) and these options besides.
-  Tool(const std::string& config, std::vector<std::string> options);
+  Tool(const std::string& config, const std::vector<std::string>& options)
+      : ChildProcess({KECPP_TOOL_PROGRAM, "--config", config}, options) {}
 
   // The last complete line of its output as JSON; null when there is none yet.
-  nlohmann::json LastDocument() const;
+  nlohmann::json LastDocument() const {
+    const std::string text = Output();
+    const std::size_t end = text.rfind('\n');
+    if (end == std::string::npos) return nullptr;
+    const std::size_t begin = end == 0 ? 0 : text.rfind('\n', end - 1) + 1;
+    return nlohmann::json::parse(text.substr(begin, end - begin));
+  }
 
   // Waits until the last document is `truth`; gives up when the tool has ended.
-  bool Becomes(const nlohmann::json& truth);
+  bool Becomes(const nlohmann::json& truth) {
+    return Eventually([&] { return LastDocument() == truth || !IsRunning(); }) &&
+           LastDocument() == truth;
+  }
 };
 
 }  // namespace endtoend
