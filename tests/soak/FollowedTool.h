@@ -1,54 +1,107 @@
 // SPDX-License-Identifier: MIT
 //
 // kecpp-inventory following a daemon for a long time. Of its output the last document is kept, of
-// its log the number of lines and the lines themselves in a file.
+// its log the lines in a file.
 //
 // Thread safety: one thread uses it; a thread of its own reads the tool's output.
 #ifndef KECPP_TESTS_SOAK_FOLLOWEDTOOL_H
 #define KECPP_TESTS_SOAK_FOLLOWEDTOOL_H
 
-#include <memory>
+#include <signal.h>
+#include <sys/stat.h>
+
+#include <fstream>
 #include <mutex>
 #include <nlohmann/json.hpp>
+#include <sstream>
+#include <stdexcept>
 #include <string>
 #include <thread>
 
 #include "endtoend/ChildProcess.h"
-#include "soak/ProcessSample.h"
+#include "support/ProcessSample.h"
 
 namespace soak {
 
 class FollowedTool {
  public:
   // Starts it with the configuration file `config`, logging at level verbose.
-  explicit FollowedTool(const std::string& config);
-  ~FollowedTool();
+  explicit FollowedTool(const std::string& config)
+      : process({"/bin/sh", "-c", START, "sh", MakePipe(), LogPath(), KECPP_LOG_TAP,
+                 KECPP_TOOL_PROGRAM, "--config", config, "--follow", "--format", "json",
+                 "--log-level", "verbose"}),
+        reader([this] { KeepLast(); }) {}
+
+  ~FollowedTool() {
+    process.Signal(SIGKILL);  // ends the reader as well
+    reader.join();
+  }
   FollowedTool(const FollowedTool&) = delete;
   FollowedTool& operator=(const FollowedTool&) = delete;
 
-  bool IsRunning() { return process->IsRunning(); }
-  ProcessSample Sample() const { return SampleOf(process->Pid()); }
+  bool IsRunning() { return process.IsRunning(); }
+  ProcessSample Sample() const { return SampleOf("/proc/" + std::to_string(process.Pid())); }
 
   // Waits until the last document is `truth`, at most a minute.
-  bool Becomes(const nlohmann::json& truth);
-  nlohmann::json LastDocument();
-  unsigned long Documents();  // shown so far
+  bool Becomes(const nlohmann::json& truth) {
+    return endtoend::Eventually([&] { return LastDocument() == truth || !IsRunning(); }) &&
+           LastDocument() == truth;
+  }
+  nlohmann::json LastDocument() {
+    const std::lock_guard<std::mutex> lock(mutex);
+    return nlohmann::json::parse(last, nullptr, false);
+  }
+  unsigned long Documents() {  // shown so far
+    const std::lock_guard<std::mutex> lock(mutex);
+    return documents;
+  }
 
-  unsigned long LogLines() const;
-  std::string LogPath() const { return folder.path + "/log"; }
-  unsigned long Reconnections() const;
+  unsigned long LogLines() const { return CountLines(std::ifstream(LogPath()), ""); }
+  unsigned long Reconnections() const {
+    return CountLines(std::istringstream(process.Errors()), "connection lost");
+  }
 
   // Asks it to end; its exit status.
-  int End();
+  int End() {
+    process.Signal(SIGTERM);
+    return process.Wait();
+  }
 
  private:
-  void KeepLast();
+  // Arguments: the pipe, the file for the log, the library that taps it, the program and its own.
+  static constexpr const char* START =
+      "pipe=$1; export KECPP_LOG_TAP=\"$2\" LD_PRELOAD=\"$3\"; shift 3; exec \"$@\" > \"$pipe\"";
+
+  std::string PipePath() const { return folder.path + "/pipe"; }
+  std::string LogPath() const { return folder.path + "/log"; }
+
+  std::string MakePipe() const {
+    if (mkfifo(PipePath().c_str(), 0600) != 0) throw std::runtime_error("mkfifo");
+    return PipePath();
+  }
+
+  void KeepLast() {
+    std::ifstream pipe(PipePath());
+    for (std::string line; std::getline(pipe, line);) {
+      const std::lock_guard<std::mutex> lock(mutex);
+      last.swap(line);
+      ++documents;
+    }
+  }
+
+  static unsigned long CountLines(std::istream&& text, const std::string& holding) {
+    unsigned long found = 0;
+    for (std::string line; std::getline(text, line);) {
+      found += line.find(holding) != std::string::npos ? 1 : 0;
+    }
+    return found;
+  }
 
   endtoend::TemporaryFolder folder;
-  std::mutex mutex;  // guards what follows, up to the process
+  endtoend::ChildProcess process;
+  std::mutex mutex;  // guards what follows
   std::string last;
   unsigned long documents = 0;
-  std::unique_ptr<endtoend::ChildProcess> process;
   std::thread reader;
 };
 

@@ -4,10 +4,12 @@
 #ifndef KECPP_TESTS_SOAK_JUDGEMENT_H
 #define KECPP_TESTS_SOAK_JUDGEMENT_H
 
+#include <algorithm>
+#include <cstdio>
 #include <string>
 #include <vector>
 
-#include "soak/ProcessSample.h"
+#include "support/ProcessSample.h"
 
 namespace soak {
 
@@ -18,12 +20,11 @@ constexpr double LOG_LINES_PER_FAULT = 4;  // at level verbose, averaged over th
 constexpr double LOG_LINES_BESIDES = 50;   // starting, ending
 constexpr double IDLE_CPU_SHARE = 0.002;   // of one core, while nothing changes
 
-// The slope of a straight line through (at, value), values a second, by least squares; 0 for fewer
-// than two points.
-double Slope(const std::vector<ProcessSample>& samples, double (*value)(const ProcessSample&));
-
 struct Rest {  // the tool while nothing changes
   ProcessSample begin, end;
+  double Seconds() const { return end.at - begin.at; }
+  double CpuSeconds() const { return end.cpuSeconds - begin.cpuSeconds; }
+  double CpuShare() const { return Seconds() > 0 ? CpuSeconds() / Seconds() : 1; }
 };
 
 struct Record {
@@ -34,15 +35,58 @@ struct Record {
   unsigned long logLines = 0;
   bool endedEqual = false;  // the caches equalled the truth
   int exitStatus = -1;
+
+  double LogLimit() const {
+    return LOG_LINES_BESIDES + LOG_LINES_PER_FAULT * static_cast<double>(faults);
+  }
+
+  // The growth of the memory over the judged time in kB, by the straight line of least squares; 0
+  // for fewer than two samples.
+  double Growth() const {
+    const auto first = std::find_if(samples.begin(), samples.end(),
+                                    [this](const auto& sample) { return sample.at >= warmUp; });
+    const std::vector<ProcessSample> judged(first, samples.end());
+    if (judged.size() < 2) return 0;
+    double meanAt = 0, meanKb = 0, together = 0, alone = 0;
+    for (const ProcessSample& sample : judged) {
+      meanAt += sample.at / static_cast<double>(judged.size());
+      meanKb += static_cast<double>(sample.residentKb) / static_cast<double>(judged.size());
+    }
+    for (const ProcessSample& sample : judged) {
+      together += (sample.at - meanAt) * (static_cast<double>(sample.residentKb) - meanKb);
+      alone += (sample.at - meanAt) * (sample.at - meanAt);
+    }
+    return together / alone * (judged.back().at - judged.front().at);
+  }
 };
 
 // One line for each breach; none when the run passes.
-std::vector<std::string> Breaches(const Record& run);
-
-// The growth over the judged time in the unit of `value`, by the slope.
-double Growth(const Record& run, double (*value)(const ProcessSample&));
-
-double LogLimit(const Record& run);
+inline std::vector<std::string> Breaches(const Record& run) {
+  std::vector<std::string> breaches;
+  if (!run.endedEqual) breaches.emplace_back("the caches differ from the truth at the end");
+  if (run.exitStatus != 0) breaches.emplace_back("the tool did not end with status 0");
+  const struct {
+    const char* what;
+    double value, limit;
+  } bounds[] = {
+      {"memory grew, kB", run.Growth(), GROWTH_LIMIT_KB},
+      {"descriptors at rest", static_cast<double>(run.after.end.descriptors),
+       static_cast<double>(run.before.end.descriptors)},
+      {"threads at rest", static_cast<double>(run.after.end.threads),
+       static_cast<double>(run.before.end.threads)},
+      {"log lines", static_cast<double>(run.logLines), run.LogLimit()},
+      {"share of a core at rest, begin", run.before.CpuShare(), IDLE_CPU_SHARE},
+      {"share of a core at rest, end", run.after.CpuShare(), IDLE_CPU_SHARE},
+  };
+  for (const auto& bound : bounds) {
+    if (bound.value <= bound.limit) continue;
+    char line[200];
+    std::snprintf(line, sizeof line, "%s: %.3f, at most %.3f wanted", bound.what, bound.value,
+                  bound.limit);
+    breaches.emplace_back(line);
+  }
+  return breaches;
+}
 
 }  // namespace soak
 

@@ -53,9 +53,9 @@ TEST(SoakJudgement, SeesEachBreach) {
 
 TEST(SoakJudgement, SamplesThisProcess) {
   int pipes[2];
-  const ProcessSample before = SampleOf(getpid());
+  const ProcessSample before = SampleOf("/proc/self");
   ASSERT_EQ(pipe(pipes), 0);
-  const ProcessSample after = SampleOf(getpid());
+  const ProcessSample after = SampleOf("/proc/self");
   close(pipes[0]);
   close(pipes[1]);
   EXPECT_EQ(after.descriptors, before.descriptors + 2);

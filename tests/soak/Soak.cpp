@@ -1,16 +1,20 @@
 // SPDX-License-Identifier: MIT
-#include "soak/Soak.h"
-
+//
+// kecpp-soak [MINUTES [SEED]], an endurance run: a rest, a time of changes and faults, a rest; then
+// the judgement.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <random>
 #include <stdexcept>
 #include <thread>
 
 #include "endtoend/Simulator.h"
-#include "soak/Faults.h"
 #include "soak/FollowedTool.h"
 #include "soak/Judgement.h"
+#include "support/Rows.h"
 
 namespace soak {
 namespace {
@@ -22,30 +26,35 @@ constexpr double CHANGES_PER_SECOND = 10;
 
 class Endurance {
  public:
-  explicit Endurance(const Plan& chosen)
-      : plan(chosen),
-        simulator({"--hosts", "3", "--machines", "20", "--seed", std::to_string(plan.seed)}),
-        faults(simulator, plan.seed),
+  Endurance(double minutes, std::uint64_t seed)
+      : total(minutes * 60),
+        random(seed),
+        simulator({"--hosts", "3", "--machines", "20", "--seed", std::to_string(seed)}),
         tool(simulator.ConfigFile(simulator.Config())) {}
 
+  // Prints a table and a summary. True when no bound was breached. Throws std::exception when the
+  // tool ends early.
   bool Go();
 
  private:
   double Now() const { return std::chrono::duration<double>(Clock::now() - start).count(); }
-  double Total() const { return plan.minutes * 60; }
-  double RestSeconds() const { return std::clamp(Total() / 10, 5.0, 60.0); }
+  double RestSeconds() const { return std::clamp(total / 10, 5.0, 60.0); }
   void SleepUntil(double when);
   ProcessSample Sample();
   Rest TakeRest();
+  void Control(const std::string& name, const endtoend::Json& body);
+  void OrderFault();
   void Trouble();
   void PrintRow(const ProcessSample& sample);
   void PrintSummary(const std::vector<std::string>& breaches);
 
-  const Plan plan;
+  const double total;  // seconds
   const Clock::time_point start = Clock::now();
+  const std::vector<Row> orders = ReadRows(KECPP_SOAK_ORDERS);
+  std::mt19937_64 random;
   endtoend::Simulator simulator;
-  Faults faults;
   FollowedTool tool;
+  std::map<std::string, unsigned> ordered;  // by kind
   Record run;
 };
 
@@ -63,24 +72,45 @@ ProcessSample Endurance::Sample() {
 
 // With the caches true and nothing left to do.
 Rest Endurance::TakeRest() {
-  Rest rest;
   SleepUntil(Now() + 1);  // what the last change set off is over
-  rest.begin = Sample();
+  const ProcessSample begin = Sample();
   SleepUntil(Now() + RestSeconds());
-  rest.end = Sample();
-  return rest;
+  return {begin, Sample()};
 }
 
-// Changes all the time, a fault every few seconds, a sample now and then.
+// An earlier fault may keep the daemon's port closed for a while.
+void Endurance::Control(const std::string& name, const endtoend::Json& body) {
+  std::string reason;
+  const bool heard = endtoend::Eventually([&] {
+    try {
+      simulator.Control(name, body);
+      return true;
+    } catch (const std::runtime_error& error) {
+      reason = error.what();
+      return false;
+    }
+  });
+  if (!heard) throw std::runtime_error(reason);
+}
+
+void Endurance::OrderFault() {
+  const Row& order = orders[random() % orders.size()];
+  const auto body = endtoend::Json::parse(order.at(1));
+  Control(order[0], body);
+  ++ordered[body.value("kind", order[0])];
+  ++run.faults;
+}
+
+// Changes all the time, a fault every two to six seconds, a sample now and then.
 void Endurance::Trouble() {
-  const double end = Total() - RestSeconds();
+  const double end = total - RestSeconds();
   double nextFault = Now(), nextSample = Now(), nextRow = Now();
   run.warmUp = Now() + std::clamp((end - Now()) / 6, 5.0, 300.0);
-  faults.Control("churn", {{"rate", CHANGES_PER_SECOND}});
+  Control("churn", {{"rate", CHANGES_PER_SECOND}});
   while (Now() < end) {
     if (Now() >= nextFault) {
-      faults.OrderOne();
-      nextFault = Now() + faults.Pause();
+      OrderFault();
+      nextFault = Now() + 2 + static_cast<double>(random() % 4001) / 1000;
     }
     if (Now() >= nextSample) {
       run.samples.push_back(Sample());
@@ -88,36 +118,32 @@ void Endurance::Trouble() {
     }
     if (Now() >= nextRow) {
       PrintRow(run.samples.back());
-      nextRow += std::max(Total() / 30, SAMPLE_SECONDS);
+      nextRow += std::max(total / 30, SAMPLE_SECONDS);
     }
     SleepUntil(std::min({nextFault, nextSample, end}));
   }
-  faults.Control("fault", {{"kind", "clear"}});
-  faults.Control("churn", {{"rate", 0}});
+  Control("fault", {{"kind", "clear"}});
+  Control("churn", {{"rate", 0}});
 }
 
 void Endurance::PrintRow(const ProcessSample& sample) {
-  std::printf("%8.1f %9ld %5ld %8ld %8.2f %7u %6lu %9lu %10lu\n", sample.at / 60, sample.residentKb,
-              sample.descriptors, sample.threads, sample.cpuSeconds, faults.Total(),
+  std::printf("%8.1f %9ld %5ld %8ld %8.2f %7lu %6lu %9lu %10lu\n", sample.at / 60,
+              sample.residentKb, sample.descriptors, sample.threads, sample.cpuSeconds, run.faults,
               tool.Reconnections(), tool.LogLines(), tool.Documents());
   std::fflush(stdout);
 }
 
 void Endurance::PrintSummary(const std::vector<std::string>& breaches) {
-  for (const auto& kind : faults.Ordered()) {
-    std::printf("%s %u, ", kind.first.c_str(), kind.second);
-  }
-  std::printf("%u faults in all\n", faults.Total());
+  for (const auto& [kind, times] : ordered) std::printf("%s %u, ", kind.c_str(), times);
+  std::printf("%lu faults in all\n", run.faults);
   for (const Rest* rest : {&run.before, &run.after}) {
     std::printf("at rest for %.0f s: %.2f s of CPU, %ld descriptors, %ld threads, %ld kB\n",
-                rest->end.at - rest->begin.at, rest->end.cpuSeconds - rest->begin.cpuSeconds,
-                rest->end.descriptors, rest->end.threads, rest->end.residentKb);
+                rest->Seconds(), rest->CpuSeconds(), rest->end.descriptors, rest->end.threads,
+                rest->end.residentKb);
   }
-  const double grown =
-      Growth(run, [](const ProcessSample& s) { return static_cast<double>(s.residentKb); });
-  std::printf("memory: %+.0f kB from minute %.1f on, %.0f allowed\n", grown, run.warmUp / 60,
+  std::printf("memory: %+.0f kB from minute %.1f on, %.0f allowed\n", run.Growth(), run.warmUp / 60,
               GROWTH_LIMIT_KB);
-  std::printf("log: %lu lines at level verbose, %.0f allowed\n", run.logLines, LogLimit(run));
+  std::printf("log: %lu lines at level verbose, %.0f allowed\n", run.logLines, run.LogLimit());
   std::printf("caches at the end: %s\n", run.endedEqual ? "equal the truth" : "wrong");
   for (const std::string& breach : breaches) std::printf("BREACH %s\n", breach.c_str());
   std::printf("%s after %.1f minutes\n", breaches.empty() ? "passed" : "FAILED", Now() / 60);
@@ -137,7 +163,6 @@ bool Endurance::Go() {
   run.after = TakeRest();
   PrintRow(run.after.end);
   run.exitStatus = tool.End();
-  run.faults = faults.Total();
   run.logLines = tool.LogLines();
   const std::vector<std::string> breaches = Breaches(run);
   PrintSummary(breaches);
@@ -145,9 +170,19 @@ bool Endurance::Go() {
 }
 
 }  // namespace
-
-bool Soak(const Plan& plan) {
-  return Endurance(plan).Go();
-}
-
 }  // namespace soak
+
+int main(int argc, char** argv) {
+  const double minutes = argc > 1 ? std::strtod(argv[1], nullptr) : 60;
+  const std::uint64_t seed = argc > 2 ? std::strtoull(argv[2], nullptr, 10) : 1;
+  if (argc > 3 || !(minutes > 0)) {
+    std::fprintf(stderr, "usage: kecpp-soak [MINUTES [SEED]]\n");
+    return 2;
+  }
+  try {
+    return soak::Endurance(minutes, seed).Go() ? EXIT_SUCCESS : EXIT_FAILURE;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "kecpp-soak: %s\n", error.what());
+    return EXIT_FAILURE;
+  }
+}

@@ -16,6 +16,8 @@
 #include <string>
 #include <vector>
 
+#include "support/SystemLog.h"
+
 class CapturedLog {
  public:
   struct Line {
@@ -44,7 +46,7 @@ class CapturedLog {
   }
   static bool Contains(const std::string& text) { return Count(text) > 0; }
 
-  // Captures one line; the entry points below call it.
+  // Captures one line; OnLogLine calls it.
   static void Add(int priority, const char* format, va_list arguments) {
     va_list again;
     va_copy(again, arguments);
@@ -69,36 +71,8 @@ class CapturedLog {
   }
 };
 
-// The symbols are named apart from the functions, since a fortified <syslog.h> has inline bodies
-// for the same names. "used" keeps them although nothing in this source calls them.
-#define CAPTURED_LOG_SYMBOL(name) asm(name) __attribute__((used, visibility("default")))
-
-extern "C" {
-void CapturedSyslog(int priority, const char* format, ...) CAPTURED_LOG_SYMBOL("syslog");
-void CapturedSyslogChk(int priority, int flag, const char* format, ...)
-    CAPTURED_LOG_SYMBOL("__syslog_chk");
-void CapturedVsyslog(int priority, const char* format, va_list arguments)
-    CAPTURED_LOG_SYMBOL("vsyslog");
-
-inline void CapturedSyslog(int priority, const char* format, ...) {
-  va_list arguments;
-  va_start(arguments, format);
-  CapturedLog::Add(priority, format, arguments);
-  va_end(arguments);
-}
-
-inline void CapturedSyslogChk(int priority, int /*flag*/, const char* format, ...) {
-  va_list arguments;
-  va_start(arguments, format);
-  CapturedLog::Add(priority, format, arguments);
-  va_end(arguments);
-}
-
-inline void CapturedVsyslog(int priority, const char* format, va_list arguments) {
+inline void OnLogLine(int priority, const char* format, va_list arguments) {
   CapturedLog::Add(priority, format, arguments);
 }
-}
-
-#undef CAPTURED_LOG_SYMBOL
 
 #endif
