@@ -10,28 +10,34 @@
 #ifndef KECPP_TESTS_TORTURE_FAILINGCALLS_H
 #define KECPP_TESTS_TORTURE_FAILINGCALLS_H
 
+#include <optional>
+
 namespace torture {
 
 enum class Call { allocate, setOption, easyInit, share, open, read, startThread, timeOfDay };
-constexpr int CALLS = 8;
-const char* NameOf(Call call);
+constexpr const char* NAMES[] = {
+    "operator new", "curl_easy_setopt", "curl_easy_init", "curl_share", "fopen",
+    "fread",        "pthread_create",   "gettimeofday"};
+constexpr int CALLS = sizeof NAMES / sizeof NAMES[0];
+constexpr const char* NameOf(Call call) {
+  return NAMES[static_cast<int>(call)];
+}
 
 // What was refused: enough to tell which error must follow.
 struct Refusal {
-  Call call{};
+  Call call;
+  const char* what = "";   // share: "a new one" or "one that is"; open, read: "a ticket" or nothing
   int option = 0;          // setOption: the option, and the one that was set before it
   int previousOption = 0;  // by the same thread
   long value = 0;
-  bool shareExists = false;  // share: an existing share was being prepared
-  bool isTicket = false;     // open, read: the file is a ticket, whose name tells
 };
 
 // Counts from now on; the `first`th call of that kind and the `burst` - 1 after it are refused.
 // 0 refuses none.
 void Arm(Call call, unsigned long first, unsigned long burst);
 void Disarm();
-unsigned long CountOf(Call call);  // since Arm
-bool Refused(Refusal& first);      // since Arm
+unsigned long CountOf(Call call);       // since Arm
+std::optional<Refusal> FirstRefusal();  // since Arm
 
 // The calling thread runs the library. Scopes nest; a foreign one interrupts.
 class LibraryScope {
@@ -46,14 +52,22 @@ class LibraryScope {
 };
 
 // What exists now, of the whole process: blocks of operator new; of the library: easy handles,
-// shares, threads.
+// shares that could be destroyed, threads.
 struct Living {
   long blocks, handles, shares, threads;
 };
 Living CountLiving();
 
-// A share was to be destroyed that a handle still used.
-unsigned long SharesInUseAtEnd();
+// --- locks: this executable's own versions of the calls that lock --------------------------------
+
+// Mutexes and read-write locks that the calling thread holds.
+int HeldLocks();
+
+// To be called at the end of a thread: what it holds then stays locked for ever.
+void NoteThreadEnd();
+
+// Since the start of the process: held at the end of a thread, or locked when destroyed.
+unsigned long LostLocks();
 
 }  // namespace torture
 

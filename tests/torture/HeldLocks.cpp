@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: MIT
-#include "torture/HeldLocks.h"
-
 #include <dlfcn.h>
 #include <pthread.h>
 
 #include <atomic>
 #include <cerrno>
 
+#include "support/ReplacedSymbol.h"
+#include "torture/FailingCalls.h"
+
 namespace torture {
 namespace {
 
 thread_local int held = 0;
-std::atomic<unsigned long> heldAtThreadEnd{0}, destroyedLocked{0};
+std::atomic<unsigned long> lost{0};
 
 using Function = int (*)(void*);
 using Original = std::atomic<Function>;
@@ -34,7 +35,7 @@ int Unlock(Original& original, const char* name, void* lock) {
 
 int Destroy(Original& original, const char* name, void* lock) {
   const int result = Call(original, name, lock);
-  destroyedLocked += result == EBUSY ? 1 : 0;
+  lost += result == EBUSY ? 1 : 0;
   return result;
 }
 
@@ -45,28 +46,20 @@ int HeldLocks() {
 }
 
 void NoteThreadEnd() {
-  if (held > 0) heldAtThreadEnd += static_cast<unsigned long>(held);
+  if (held > 0) lost += static_cast<unsigned long>(held);
 }
 
-unsigned long LocksHeldAtThreadEnd() {
-  return heldAtThreadEnd;
+unsigned long LostLocks() {
+  return lost;
 }
-
-unsigned long MutexesDestroyedLocked() {
-  return destroyedLocked;
-}
-
-}  // namespace torture
 
 // No guard of a static may be in here: it would lock a mutex.
-#define TORTURE_LOCK(function, name, how)                                          \
-  int function(void* lock) asm(name) __attribute__((used, visibility("default"))); \
-  int function(void* lock) {                                                       \
-    static torture::Original original{nullptr};                                    \
-    return torture::how(original, name, lock);                                     \
+#define TORTURE_LOCK(function, name, how)              \
+  REPLACED_SYMBOL(int, function, name, (void* lock)) { \
+    static Original original{nullptr};                 \
+    return how(original, name, lock);                  \
   }
 
-extern "C" {
 TORTURE_LOCK(TortureLock, "pthread_mutex_lock", Lock)
 TORTURE_LOCK(TortureTryLock, "pthread_mutex_trylock", Lock)
 TORTURE_LOCK(TortureUnlock, "pthread_mutex_unlock", Unlock)
@@ -74,6 +67,5 @@ TORTURE_LOCK(TortureReadLock, "pthread_rwlock_rdlock", Lock)
 TORTURE_LOCK(TortureWriteLock, "pthread_rwlock_wrlock", Lock)
 TORTURE_LOCK(TortureRwUnlock, "pthread_rwlock_unlock", Unlock)
 TORTURE_LOCK(TortureDestroy, "pthread_mutex_destroy", Destroy)
-}
 
-#undef TORTURE_LOCK
+}  // namespace torture

@@ -1,23 +1,31 @@
 // SPDX-License-Identifier: MIT
 #include "torture/Scenario.h"
 
+#include <cstdio>
 #include <exception>
-#include <nlohmann/json.hpp>
+#include <mutex>
 #include <stdexcept>
+#include <utility>
 
-#include "agent/WatchList.h"
-#include "endtoend/ChildProcess.h"
 #include "support/ReadCaches.h"
-#include "torture/CapturedLines.h"
+#include "support/SystemLog.h"
+#include "support/Watches.h"
 #include "torture/FailingCalls.h"
-#include "torture/HeldLocks.h"
 
 namespace torture {
 namespace {
 
 using endtoend::Eventually;
 using endtoend::Json;
-using Reference = std::unique_ptr<KE::Stub::ManagedObjectReference>;
+
+std::mutex logMutex;
+std::string logLines;  // guarded by it
+
+// All lines since the last call, each with a line end.
+std::string TakeLog() {
+  const std::lock_guard<std::mutex> guard(logMutex);
+  return std::exchange(logLines, {});
+}
 
 // Every option that the transport knows is set: a proxy that is none, a pass phrase nobody asks
 // for, a time-out other than the standard one.
@@ -32,10 +40,6 @@ std::string WithAllSettings(std::string document) {
   return document;
 }
 
-Reference Find(KE::Service::KEServiceInst& instance, const char* name) {
-  return Reference(instance.GetReference(name));
-}
-
 }  // namespace
 
 Scenario::Scenario(endtoend::Simulator& sim)
@@ -44,34 +48,35 @@ Scenario::Scenario(endtoend::Simulator& sim)
 Findings Scenario::Run() {
   findings = {};
   sync = nullptr;
-  firstData.reset(KELib::CreateKEWaiter());
+  KE::Stub::ManagedObjectReference *systems = nullptr, *authorization = nullptr;  // the data sync's
+  std::unique_ptr<KELib::KEWaiter> firstData(KELib::CreateKEWaiter());
   Step("start", [this] { manager = KE::Service::GetServiceManagerInstance(); });
   Step("connect", [this] { Connect(); });
-  Step("watch hosts and machines", [this] { WatchSystems(); });
-  Step("watch roles", [this] { WatchAuthorization(); });
-  AwaitFirstData();
+  Step("watch hosts and machines", [&] { systems = WatchSystems(*instance, *sync); });
+  Step("watch roles",
+       [&] { authorization = WatchAuthorization(*instance, *sync, firstData.get()); });
+  if (!firstData->Wait(20000)) findings.complaints.push_back("the waiter was not signalled");
   Rename();
   Step("await a change", [this] { AwaitChange(); });
   Step("use both handles", [this] { UseBothHandles(); });
-  CompareCaches();
-  Step("stop watching roles", [this] { sync->StopDataSync(authorization); });
-  Step("stop watching hosts and machines", [this] { sync->StopDataSync(systems); });
+  const Json truth = simulator.Truth();
+  if (!Eventually([&] { return ReadCaches(*sync->GetCache()) == truth; })) {
+    findings.complaints.push_back("the caches differ: " +
+                                  Json::diff(ReadCaches(*sync->GetCache()), truth).dump());
+  }
+  Step("stop watching roles", [&] { sync->StopDataSync(authorization); });
+  Step("stop watching hosts and machines", [&] { sync->StopDataSync(systems); });
   End("free the instance", [this] { manager->FreeServiceInstance(instance); });
   instance = nullptr;
   End("free the manager", [] { KE::Service::FreeServiceManagerInstance(); });
   firstData.reset();
-  LookAtSessions();
+  findings.orphaned = simulator.Stats()["sessions"] != 0;
+  if (findings.orphaned) simulator.Control("session-lost");
   findings.errors += TakeLog();
   return std::move(findings);
 }
 
-// --- steps ---------------------------------------------------------------------------------------
-
-void Scenario::Complain(const std::string& text) {
-  findings.complaints.push_back(text);
-}
-
-bool Scenario::Attempt(const char* name, const std::function<void()>& action) {
+bool Scenario::Attempt(const std::string& name, const Action& action) {
   std::string error;
   try {
     const LibraryScope inside;
@@ -83,20 +88,22 @@ bool Scenario::Attempt(const char* name, const std::function<void()>& action) {
     error = e.what();
   }
   Disarm();
-  if (error.empty() || error == "Unknown Exception") Complain(std::string(name) + ": no text");
-  if (HeldLocks() != 0) Complain(std::string(name) + ": a lock is held after " + error);
+  if (error.empty() || error == "Unknown Exception") {
+    findings.complaints.push_back(name + ": no text");
+  }
+  if (HeldLocks() != 0) findings.complaints.push_back(name + ": a lock is held after " + error);
   findings.errors += error + "\n";
   return false;
 }
 
-void Scenario::Step(const char* name, const std::function<void()>& action) {
+void Scenario::Step(const std::string& name, const Action& action) {
   if (Attempt(name, action) || Attempt(name, action)) return;
-  throw std::runtime_error(std::string(name) + ": fails again: " + findings.errors + TakeLog());
+  throw std::runtime_error(name + ": fails again: " + findings.errors + TakeLog());
 }
 
 // Nobody can do anything about an end that fails.
-void Scenario::End(const char* name, const std::function<void()>& action) {
-  if (!Attempt(name, action)) Complain(std::string(name) + ": must not fail");
+void Scenario::End(const std::string& name, const Action& action) {
+  if (!Attempt(name, action)) findings.complaints.push_back(name + ": must not fail");
 }
 
 void Scenario::Connect() {
@@ -110,33 +117,12 @@ void Scenario::Connect() {
   sync = session->GetDataSync();
 }
 
-void Scenario::WatchSystems() {
-  const Reference root = Find(*instance, KE::Service::PxaRootFolder);
-  KELib::KEVector<KELib::KEString> list;
-  inventory::ListSystems(list);
-  systems = sync->SetupDataSync(root.get(), list, nullptr);
-}
-
-void Scenario::WatchAuthorization() {
-  const Reference root = Find(*instance, "authorizationManager");
-  KELib::KEVector<KELib::KEString> list;
-  inventory::ListAuthorization(list);
-  authorization = sync->SetupDataSync(root.get(), list, firstData.get());
-}
-
-// --- what follows --------------------------------------------------------------------------------
-
-void Scenario::AwaitFirstData() {
-  if (!firstData->Wait(20000)) Complain("the waiter was not signalled");
-}
-
 // The cycle after the change fails.
 void Scenario::Rename() {
   waitsBefore = simulator.Stats()["calls"]["WaitForUpdates"];
   simulator.Control("fault", {{"method", "WaitForUpdates"}, {"kind", "http500"}});
-  const std::string id = simulator.Truth()["machines"][0]["Name"];
   simulator.Control("machine", {{"do", "set"},
-                                {"id", id},
+                                {"id", simulator.Truth()["machines"][0]["Name"]},
                                 {"property", "name"},
                                 {"value", "name " + std::to_string(++runs)}});
 }
@@ -155,29 +141,29 @@ void Scenario::AwaitChange() {
   sync->GetStatus(status);
 }
 
+void Scenario::Call() {
+  using namespace KE::Service;
+  KELib::KEString response;
+  instance->GetMethod()->Invoke(targetNamespace, methodName, svcInst, svcInst, response);
+}
+
 // The loop waits with one handle of the pool, the call takes the other.
 void Scenario::UseBothHandles() {
-  KELib::KEString response;
-  instance->GetMethod()->Invoke(KE::Service::targetNamespace, KE::Service::methodName,
-                                KE::Service::svcInst, KE::Service::svcInst, response);
+  Call();
   const LibraryScope outside(false);
   if (!Eventually([this] { return simulator.Stats()["waits"] == 1; })) {
     throw std::runtime_error("the loop does not wait");
   }
   const LibraryScope inside;
-  instance->GetMethod()->Invoke(KE::Service::targetNamespace, KE::Service::methodName,
-                                KE::Service::svcInst, KE::Service::svcInst, response);
-}
-
-void Scenario::CompareCaches() {
-  const Json truth = simulator.Truth();
-  if (Eventually([&] { return ReadCaches(*sync->GetCache()) == truth; })) return;
-  Complain("the caches differ: " + Json::diff(ReadCaches(*sync->GetCache()), truth).dump());
-}
-
-void Scenario::LookAtSessions() {
-  findings.orphaned = simulator.Stats()["sessions"] != 0;
-  if (findings.orphaned) simulator.Control("session-lost");
+  Call();
 }
 
 }  // namespace torture
+
+void OnLogLine(int /*priority*/, const char* format, va_list arguments) {
+  const torture::LibraryScope outside(false);  // a system log allocates nothing with operator new
+  char line[8192];
+  std::vsnprintf(line, sizeof line, format, arguments);
+  const std::lock_guard<std::mutex> guard(torture::logMutex);
+  torture::logLines.append(line).append("\n");
+}

@@ -33,24 +33,19 @@ class Scenario {
   Findings Run();
 
  private:
-  void Step(const char* name, const std::function<void()>& action);
-  bool Attempt(const char* name, const std::function<void()>& action);
-  void Complain(const std::string& text);
-  void End(const char* name, const std::function<void()>& action);
+  using Action = std::function<void()>;
+  bool Attempt(const std::string& name, const Action& action);
+  void Step(const std::string& name, const Action& action);
+  void End(const std::string& name, const Action& action);
 
   void Connect();
-  void WatchSystems();
-  void WatchAuthorization();
-  void AwaitFirstData();
-  void AwaitChange();
-  void UseBothHandles();
   void Rename();
-  void CompareCaches();
-  void LookAtSessions();
+  void AwaitChange();
+  void Call();
+  void UseBothHandles();
 
   endtoend::Simulator& simulator;
-  std::string document;
-  std::string file;
+  const std::string document, file;
   unsigned int runs = 0;
   int waitsBefore = 0;  // that the simulator had seen before the change
 
@@ -58,9 +53,6 @@ class Scenario {
   KE::Service::KEServiceInstManager* manager = nullptr;
   KE::Service::KEServiceInst* instance = nullptr;
   KE::Service::KEDataSync* sync = nullptr;
-  KE::Stub::ManagedObjectReference* systems = nullptr;        // the data sync's
-  KE::Stub::ManagedObjectReference* authorization = nullptr;  // likewise
-  std::unique_ptr<KELib::KEWaiter> firstData;
 };
 
 }  // namespace torture
