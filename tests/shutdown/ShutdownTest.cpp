@@ -1,21 +1,25 @@
 // SPDX-License-Identifier: MIT
 //
-// Freeing a service instance is bounded at every moment of its life, and leaves nothing behind. The
-// medians are printed at the end; KECPP_SHUTDOWN_ROUNDS says how often each cell is measured.
+// Freeing a service instance is bounded at every moment of its life, and leaves nothing behind.
+// Each moment's median is printed; KECPP_SHUTDOWN_ROUNDS says how often it is measured.
 #include <gtest/gtest.h>
+#include <kecpp.h>
 #include <malloc.h>
 
 #include <algorithm>
+#include <array>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <map>
+#include <future>
 #include <tuple>
 #include <vector>
 
-#include "endtoend/ChildProcess.h"
 #include "endtoend/Simulator.h"
 #include "service/call/MgmtdWatchSeams.h"
-#include "shutdown/Client.h"
+#include "support/ProcessSample.h"
+#include "support/Watches.h"
+#include "torture/FailingCalls.h"
 
 namespace shutdowntest {
 namespace {
@@ -23,13 +27,73 @@ namespace {
 using endtoend::Eventually;
 using endtoend::Json;
 using endtoend::Simulator;
+using Clock = std::chrono::steady_clock;
 
 constexpr long PROMISED_LIVE_MS = 2000, PROMISED_HANGING_MS = 5000;
 constexpr long SLACK = 5;  // a loaded machine is no broken promise
 
-int Calls(Simulator& simulator, const char* method) {
-  const Json calls = simulator.Stats()["calls"];
-  return calls.contains(method) ? calls[method].get<int>() : 0;
+// One service instance of the library in this process.
+class Client {
+ public:
+  // Connects and logs in; `timeout` in seconds is the configuration's.
+  Client(Simulator& simulator, int timeout) : manager(KE::Service::GetServiceManagerInstance()) {
+    KELib::Logging::GetDefaultLogger()->SetLevelByName("error");
+    std::string config = simulator.Config();
+    config.replace(config.find(">60<"), 4, ">" + std::to_string(timeout) + "<");
+    instance = manager->GetServiceInstance(config.c_str(), KE::Service::DEFAULT_CONFIG_CONTENT);
+    if (instance == nullptr) throw std::runtime_error("no service instance");
+    sync = instance->GetSession()->GetDataSync();
+  }
+  ~Client() {
+    if (instance != nullptr) FreeMilliseconds();
+    KE::Service::FreeServiceManagerInstance();
+  }
+  Client(const Client&) = delete;
+  Client& operator=(const Client&) = delete;
+
+  KE::Service::KEDataSync& Sync() { return *sync; }
+
+  // Sets up the watch of hosts and machines. False when it was not to be.
+  bool Watch() {
+    try {
+      return WatchSystems(*instance, *sync) != nullptr;
+    } catch (const KELib::Throwable&) {
+      return false;
+    }
+  }
+  // The same on a thread of its own, which freeing lets go of.
+  void WatchElsewhere() {
+    elsewhere = std::async(std::launch::async, [this] { return Watch(); });
+  }
+
+  // Frees the instance and waits for the other thread. Returns how long the freeing took.
+  long FreeMilliseconds() {
+    const auto begin = Clock::now();
+    manager->FreeServiceInstance(instance);
+    const auto took = Clock::now() - begin;
+    instance = nullptr;
+    if (elsewhere.valid()) elsewhere.get();
+    return static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(took).count());
+  }
+
+ private:
+  KE::Service::KEServiceInstManager* const manager;
+  KE::Service::KEServiceInst* instance = nullptr;
+  KE::Service::KEDataSync* sync = nullptr;
+  std::future<bool> elsewhere;
+};
+
+// Threads, descriptors and blocks of operator new that the process has. Equal before and after,
+// once the last thread is gone.
+using Belongings = std::array<long, 3>;
+Belongings CountBelongings() {
+  const ProcessSample now = SampleOf("/proc/self");
+  return {now.threads, now.descriptors, torture::CountLiving().blocks};
+}
+
+void ExpectToHave(const Belongings& wanted) {
+  Eventually([&] { return CountBelongings() == wanted; });
+  EXPECT_EQ(CountBelongings(), wanted);
 }
 
 void Order(Simulator& simulator, const char* method, const char* kind, int count = 1) {
@@ -37,33 +101,15 @@ void Order(Simulator& simulator, const char* method, const char* kind, int count
                     {{"method", method}, {"kind", kind}, {"count", count}, {"delayMs", 600000}});
 }
 
-// Brings a client to a moment; false when it did not get there.
-using Reach = bool (*)(Simulator&, Client&);
-struct Moment {
-  const char* name;
-  int machines;
-  Reach reach;
-};
+// Somebody watches, the fault `kind` meets the method if one is given, and the call is under way.
+bool ReachCall(Simulator& simulator, Client& client, const char* method, const char* kind) {
+  if (kind != nullptr) Order(simulator, method, kind);
+  client.WatchElsewhere();
+  return Eventually([&] { return simulator.Stats()["calls"].value(method, 0) > 0; });
+}
 
 bool ReachWait(Simulator& simulator, Client& client) {
   return client.Watch() && Eventually([&] { return simulator.Stats()["waits"] == 1; });
-}
-
-bool ReachCreateFilter(Simulator& simulator, Client& client) {
-  Order(simulator, "CreateFilter", "hang");
-  client.WatchElsewhere();
-  return Eventually([&] { return Calls(simulator, "CreateFilter") > 0; });
-}
-
-bool ReachFirstCycle(Simulator& simulator, Client& client) {
-  Order(simulator, "WaitForUpdates", "hang");
-  client.WatchElsewhere();
-  return Eventually([&] { return Calls(simulator, "WaitForUpdates") > 0; });
-}
-
-bool ReachApplying(Simulator& simulator, Client& client) {
-  client.WatchElsewhere();
-  return Eventually([&] { return Calls(simulator, "WaitForUpdates") > 0; });
 }
 
 // The loop's second wait fails; then it looks for a restarted daemon, twice with ten seconds
@@ -80,74 +126,57 @@ bool ReachDaemonWatch(Simulator& simulator, Client& client) {
   });
 }
 
-const Moment MOMENTS[] = {{"waiting for updates", 10, ReachWait},
-                          {"inside CreateFilter", 10, ReachCreateFilter},
-                          {"first cycle of another thread", 10, ReachFirstCycle},
-                          {"applying the first answer", 20000, ReachApplying},
-                          {"ten-second daemon watch", 10, ReachDaemonWatch}};
-
-std::map<std::string, std::vector<long>>& Measured() {
-  static auto* const measured = new std::map<std::string, std::vector<long>>;
-  return *measured;
-}
-
-class Medians : public testing::Environment {
- public:
-  void TearDown() override {
-    for (auto& [cell, times] : Measured()) {
-      std::sort(times.begin(), times.end());
-      std::printf("%-60s median %5ld ms, longest %5ld ms of %zu\n", cell.c_str(),
-                  times[times.size() / 2], times.back(), times.size());
-    }
-  }
+struct Moment {
+  const char* name;
+  int machines;
+  bool (*reach)(Simulator&, Client&);  // false when the client did not get there
 };
-const auto* const medians = testing::AddGlobalTestEnvironment(new Medians);
+const Moment MOMENTS[] = {
+    {"waiting for updates", 10, ReachWait},
+    {"inside CreateFilter", 10,
+     [](Simulator& s, Client& c) { return ReachCall(s, c, "CreateFilter", "hang"); }},
+    {"first cycle of another thread", 10,
+     [](Simulator& s, Client& c) { return ReachCall(s, c, "WaitForUpdates", "hang"); }},
+    {"applying the first answer", 20000,
+     [](Simulator& s, Client& c) { return ReachCall(s, c, "WaitForUpdates", nullptr); }},
+    {"ten-second daemon watch", 10, ReachDaemonWatch}};
 
 int Rounds() {
   const char* rounds = std::getenv("KECPP_SHUTDOWN_ROUNDS");
   return rounds != nullptr ? std::atoi(rounds) : 1;
 }
 
-class Freeing : public testing::TestWithParam<std::tuple<Moment, bool, int>> {
- protected:
-  Freeing() : pidFile(folder.path + "/pid") {}
-
-  // From connecting to the end of everything.
-  long Measure(Simulator& simulator) {
-    const auto& [moment, hangs, timeout] = GetParam();
-    KE::Service::GetMgmtdWatchSeams().pidFile = pidFile.c_str();
-    long took;
-    {
-      Client client(simulator, timeout);
-      EXPECT_TRUE(moment.reach(simulator, client)) << simulator.Stats();
-      if (hangs) Order(simulator, "*", "hang", 1000);
-      took = client.FreeMilliseconds();
-    }
-    KE::Service::ResetMgmtdWatch();  // the next simulator has another process id
-    return took;
-  }
-
-  const endtoend::TemporaryFolder folder;
-  const std::string pidFile;
-};
+class Freeing : public testing::TestWithParam<std::tuple<Moment, bool, int>> {};
 
 TEST_P(Freeing, IsBoundedAndLeavesNothing) {
   const auto& [moment, hangs, timeout] = GetParam();
-  const std::string cell = std::string(moment.name) + (hangs ? ", daemon hangs" : "") +
-                           ", time-out " + std::to_string(timeout);
-  std::vector<long>& times = Measured()[cell];
+  const endtoend::TemporaryFolder folder;
+  const std::string pidFile = folder.path + "/pid";
+  std::vector<long> times;
   times.reserve(1000);
   // The first one is not counted: it makes what is made once and kept.
   for (int round = -1; round < Rounds(); ++round) {
     Simulator simulator({"--machines", std::to_string(moment.machines), "--pid-file", pidFile});
+    KE::Service::GetMgmtdWatchSeams().pidFile = pidFile.c_str();
     const Belongings before = CountBelongings();
-    const long took = Measure(simulator);
-    if (round < 0) continue;
-    times.push_back(took);
-    EXPECT_LT(took, SLACK * (hangs ? PROMISED_HANGING_MS : PROMISED_LIVE_MS)) << cell;
-    EXPECT_TRUE(Eventually([&] { return CountBelongings() == before; }))
-        << before << "; now " << CountBelongings();
+    {
+      Client client(simulator, timeout);
+      EXPECT_TRUE(moment.reach(simulator, client)) << simulator.Stats();
+      if (hangs) Order(simulator, "*", "hang", 1000);
+      times.push_back(client.FreeMilliseconds());
+    }
+    KE::Service::ResetMgmtdWatch();  // the next simulator has another process id
+    if (round < 0) {
+      times.clear();
+      continue;
+    }
+    EXPECT_LT(times.back(), SLACK * (hangs ? PROMISED_HANGING_MS : PROMISED_LIVE_MS));
+    ExpectToHave(before);
   }
+  std::sort(times.begin(), times.end());
+  std::printf("%s%s, time-out %d: median %ld ms, longest %ld ms of %zu\n", moment.name,
+              hangs ? ", daemon hangs" : "", timeout, times[times.size() / 2], times.back(),
+              times.size());
 }
 
 INSTANTIATE_TEST_SUITE_P(Moments, Freeing,
@@ -178,8 +207,7 @@ TEST(Shutdown, TwoHundredLivesAreFlat) {
     early = CountBelongings();
     earlyBytes = AllocatedBytes();
   }
-  EXPECT_TRUE(Eventually([&] { return CountBelongings() == early; }))
-      << early << "; now " << CountBelongings();
+  ExpectToHave(early);
   // The allocator's own room grows at first and then no more: 24 KB after 200 lives, 46 KB after
   // 1000. Half a kilobyte lost in each life would show.
   EXPECT_LT(AllocatedBytes() - earlyBytes, 90 * 1024);
