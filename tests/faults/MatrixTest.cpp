@@ -6,82 +6,92 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <iostream>
 
-#include "faults/Scenes.h"
+#include "faults/Stage.h"
 #include "faults/Tables.h"
 #include "support/CapturedLog.h"
 
 namespace faults {
 namespace {
 
-const char kEnd[] = "the process ends";
+const char END[] = "the process ends";
 
 struct Cell {
-  const Scene& scene;
-  Row fault, outcome;
+  Row scene;  // of scenes.txt: the call, its method, what comes before, the step, the next attempt
+  Entry fault, outcome;
 
   bool EndsTheProcess() const {
-    return outcome.at("You see") == kEnd || outcome.at("Next attempt") == kEnd;
+    return outcome.at("You see") == END || outcome.at("Next attempt") == END;
   }
 };
 
-const std::vector<Row>& Table(const std::string& title) {
-  static auto& tables = *new std::map<std::string, std::vector<Row>>;
-  auto& rows = tables[title];
-  if (rows.empty()) rows = ReadTable(KECPP_FAILURES, title);
-  return rows;
+const std::vector<Entry>& Table(const std::string& title) {
+  static auto& tables = *new std::map<std::string, std::vector<Entry>>;
+  auto& entries = tables[title];
+  if (entries.empty()) entries = ReadTable(KECPP_FAILURES, title);
+  return entries;
 }
 
-// What is expected of a call that meets a fault.
-Cell FindCell(const std::string& call, const Row& matrixRow) {
-  const auto found = [](const std::string& title, const auto& wanted) {
-    for (const Row& row : Table(title)) {
-      if (wanted(row)) return row;
-    }
-    throw std::runtime_error("no row in the table " + title);
-  };
-  const std::string& kind = matrixRow.at("Met by");
-  const std::string& outcome = matrixRow.at(call);
-  return {FindScene(call), found("Fault", [&](const Row& row) { return row.at("Fault") == kind; }),
-          found("Call", [&](const Row& row) {
-            return row.at("Call") == call && row.at("Outcome") == outcome;
-          })};
+template <typename Rows, typename Wanted>
+const auto& Find(const Rows& rows, Wanted wanted) {
+  const auto found = std::find_if(rows.begin(), rows.end(), wanted);
+  if (found == rows.end()) throw std::runtime_error("a row is missing");
+  return *found;
+}
+
+// What is expected of a call that meets each fault.
+std::vector<Cell> CellsOf(const std::string& call) {
+  static const auto& scenes = *new std::vector<Row>(ReadRows(KECPP_SCENES));
+  const Row& scene = Find(scenes, [&](const Row& row) { return row[0] == call; });
+  std::vector<Cell> cells;
+  for (const Entry& met : Table("Met by")) {
+    const auto isFault = [&](const Entry& row) { return row.at("Fault") == met.at("Met by"); };
+    const auto isOutcome = [&](const Entry& row) {
+      return row.at("Call") == call && row.at("Outcome") == met.at(call);
+    };
+    cells.push_back({scene, Find(Table("Fault"), isFault), Find(Table("Call"), isOutcome)});
+  }
+  return cells;
 }
 
 // --- patterns ------------------------------------------------------------------------------------
 
 // The alternatives of a pattern that speaks of the failure's text.
-std::vector<std::string> Alternatives(const std::string& pattern, const Row& fault) {
+Row Alternatives(const std::string& pattern, const Entry& fault) {
   const std::size_t at = pattern.find("TEXT");
   if (at == std::string::npos) return {pattern};
-  std::vector<std::string> all;
-  for (const std::string& text : Split(fault.at("TEXT") + " ", " or ")) {
-    all.push_back(std::string(pattern).replace(at, 4, text));
-  }
-  if (all.empty()) all.push_back(std::string(pattern).replace(at, 4, ""));
-  return all;
+  Row texts = Parts(fault.at("TEXT"), " or ");
+  if (texts.empty()) texts = {""};
+  for (std::string& text : texts) text = std::string(pattern).replace(at, 4, text);
+  return texts;
 }
 
-std::string OneLine(std::string text) {
-  while (!text.empty() && text.find_last_of(" \n") == text.size() - 1) text.pop_back();
-  return text;
+std::string OneLine(const std::string& text) {
+  return text.substr(0, text.find_last_not_of(" \n") + 1);
 }
 
-bool MatchesAny(const std::string& text, const std::string& pattern, const Row& fault) {
-  for (const std::string& alternative : Alternatives(pattern, fault)) {
-    if (Matches(text, OneLine(alternative))) return true;
-  }
-  return false;
+bool MatchesAny(const std::string& text, const std::string& pattern, const Entry& fault) {
+  const Row all = Alternatives(pattern, fault);
+  return std::any_of(all.begin(), all.end(), [&](const std::string& alternative) {
+    return Matches(text, OneLine(alternative));
+  });
 }
 
 // --- checks --------------------------------------------------------------------------------------
 
-void CheckReadable(const std::string& line) {
-  EXPECT_LT(line.size(), 600u) << line.substr(0, 600);
-  EXPECT_EQ(line.find('\n'), std::string::npos) << line;
+// Does steps and awaits statements. What does not go as it should comes back, or nothing.
+std::string Perform(Stage& stage, const std::string& script, const Entry& fault) {
+  for (const std::string& part : Parts(script, ";")) {
+    const bool works = stage.IsStep(part) ? stage.Do(part) == "returns" : Eventually([&] {
+      return stage.Holds(part, Alternatives("TEXT", fault));
+    });
+    if (!works) return part;
+  }
+  return {};
 }
 
 void CheckSecrets(const Stage& stage) {
@@ -99,25 +109,25 @@ struct Expected {
 // A line comes once. "each": for each failed cycle; "maybe": or not.
 std::vector<Expected> ExpectedLines(const Cell& cell, const Stage::Attempts& attempts) {
   std::vector<Expected> lines;
-  for (const std::string& entry : Split(cell.outcome.at("Log"), "<br>")) {
-    if (entry.compare(0, 6, "each: ") == 0) {
-      lines.push_back({entry.substr(6), 1, attempts.cycles});
-    } else if (entry.compare(0, 7, "maybe: ") == 0) {
-      lines.push_back({entry.substr(7), 0, 1});
-    } else {
-      lines.push_back({entry, 1, 1});
-    }
+  for (const std::string& entry : Parts(cell.outcome.at("Log"), "<br>")) {
+    const bool each = entry.compare(0, 6, "each: ") == 0;
+    const bool maybe = entry.compare(0, 7, "maybe: ") == 0;
+    const std::size_t prefix = each ? 6 : maybe ? 7 : 0;
+    lines.push_back({entry.substr(prefix), maybe ? 0 : 1, each ? attempts.cycles : 1});
   }
-  for (const std::string& entry : Split(cell.fault.at("Also in the log"), "<br>")) {
+  for (const std::string& entry : Parts(cell.fault.at("Also in the log"), "<br>")) {
     lines.push_back({entry, 1, attempts.calls});
   }
   return lines;
 }
 
 void CheckLog(const Cell& cell, const Stage::Attempts& attempts) {
-  std::vector<std::string> lines;
-  for (const CapturedLog::Line& line : CapturedLog::Lines()) lines.push_back(OneLine(line.text));
-  for (const std::string& line : lines) CheckReadable(line);
+  Row lines;
+  for (const CapturedLog::Line& line : CapturedLog::Lines()) {
+    lines.push_back(OneLine(line.text));
+    EXPECT_LT(lines.back().size(), 600u) << lines.back().substr(0, 600);
+    EXPECT_EQ(lines.back().find('\n'), std::string::npos) << lines.back();
+  }
   for (const Expected& expected : ExpectedLines(cell, attempts)) {
     int count = 0;
     for (std::string& line : lines) {
@@ -131,41 +141,24 @@ void CheckLog(const Cell& cell, const Stage::Attempts& attempts) {
   for (const std::string& line : lines) EXPECT_EQ(line, "") << "not expected in the log";
 }
 
-void CheckState(Stage& stage, const Cell& cell) {
-  for (const std::string& statement : Split(cell.outcome.at("Afterwards"), ";")) {
-    EXPECT_TRUE(endtoend::Eventually([&] {
-      return stage.Holds(statement, Alternatives("TEXT", cell.fault));
-    })) << statement;
-  }
-}
-
-void CheckNextAttempt(Stage& stage, const Cell& cell) {
-  const std::string& next = cell.outcome.at("Next attempt");
-  if (next == "works after a new login") {
-    stage.LogOut();
-    EXPECT_EQ(stage.LogIn(), "returns");
-    EXPECT_EQ(stage.WatchSystems(), "returns");
-  } else if (next == "works with a new instance") {
-    EXPECT_EQ(stage.Enter(), "returns");
-    EXPECT_EQ(stage.WatchSystems(), "returns");
-  } else {
-    ASSERT_EQ(next, "works");
-  }
-  EXPECT_TRUE(cell.scene.again(stage)) << next;
-}
-
-void Meet(const Cell& cell, Stage::Credentials credentials) {
+void Meet(const Cell& cell, bool hasPassword) {
+  static const auto& next =
+      *new Entry{{"works", ""},
+                 {"works after a new login", "log out; log in; watch systems"},
+                 {"works with a new instance", "enter; watch systems"}};
+  SCOPED_TRACE(cell.scene[0] + " met by " + cell.fault.at("Fault"));
   CapturedLog::Clear();
-  Stage stage(cell.fault.at("Fault"), credentials);
-  cell.scene.prepare(stage);
+  Stage stage(cell.fault.at("Fault"), hasPassword);
+  EXPECT_EQ(Perform(stage, cell.scene[2], cell.fault), "");
   CheckSecrets(stage);
   CapturedLog::Clear();
-  stage.BeginFault(cell.scene.method);
-  const std::string seen = cell.scene.act(stage);
+  stage.BeginFault(cell.scene[1]);
+  const std::string seen = stage.Do(cell.scene[3]);
   EXPECT_TRUE(MatchesAny(OneLine(seen), cell.outcome.at("You see"), cell.fault)) << seen;
-  CheckState(stage, cell);
+  EXPECT_EQ(Perform(stage, cell.outcome.at("Afterwards"), cell.fault), "");
   CheckLog(cell, stage.EndFault());
-  CheckNextAttempt(stage, cell);
+  EXPECT_EQ(Perform(stage, next.at(cell.outcome.at("Next attempt")), cell.fault), "");
+  EXPECT_EQ(Perform(stage, cell.scene[4], cell.fault), "");
   CheckSecrets(stage);
 }
 
@@ -174,20 +167,14 @@ void Meet(const Cell& cell, Stage::Credentials credentials) {
 class Matrix : public testing::TestWithParam<std::string> {};
 
 TEST_P(Matrix, IsAsTheDocumentSays) {
-  for (const Row& row : Table("Met by")) {
-    const Cell cell = FindCell(GetParam(), row);
-    SCOPED_TRACE(GetParam() + " met by " + cell.fault.at("Fault"));
-    if (!cell.EndsTheProcess()) Meet(cell, Stage::Credentials::Ticket);
+  for (const Cell& cell : CellsOf(GetParam())) {
+    if (!cell.EndsTheProcess()) Meet(cell, false);
   }
 }
 
 TEST_P(Matrix, IsTheSameForAUserWithAPassword) {
   if (GetParam() != "Login" && GetParam() != "Logout") return;
-  for (const Row& row : Table("Met by")) {
-    const Cell cell = FindCell(GetParam(), row);
-    SCOPED_TRACE(GetParam() + " met by " + cell.fault.at("Fault"));
-    Meet(cell, Stage::Credentials::Password);
-  }
+  for (const Cell& cell : CellsOf(GetParam())) Meet(cell, true);
 }
 
 Stage* doomed = nullptr;
@@ -205,54 +192,50 @@ void FreeAtExit() {
 [[noreturn]] void Live(const Cell& cell) {
   alarm(100);
   user = pthread_self();
-  doomed = new Stage(cell.fault.at("Fault"), Stage::Credentials::Ticket);
-  cell.scene.prepare(*doomed);
+  doomed = new Stage(cell.fault.at("Fault"), false);
+  Perform(*doomed, cell.scene[2], cell.fault);
   CapturedLog::Clear();
-  doomed->BeginFault(cell.scene.method);
-  std::atexit(
-      FreeAtExit);  // runs before the HTTP client that controls the daemon loses its statics
-  cell.scene.act(*doomed);
-  if (cell.outcome.at("You see") != kEnd) {
+  doomed->BeginFault(cell.scene[1]);
+  // Runs before the HTTP client that controls the daemon loses its statics.
+  std::atexit(FreeAtExit);
+  doomed->Do(cell.scene[3]);
+  if (cell.outcome.at("You see") != END) {
     doomed->EndFault();
-    doomed->LogOut();
-    doomed->LogIn();
-    doomed->WatchSystems();
+    for (const char* step : {"log out", "log in", "watch systems"}) doomed->Do(step);
   }
   parked = true;
   for (;;) pause();
 }
 
 bool HasLines(const std::string& errors, const Cell& cell) {
-  for (const std::string& pattern : Split(cell.outcome.at("Log"), "<br>")) {
-    if (!MatchesAny(errors, "*" + pattern + "*", cell.fault)) return false;
-  }
-  return true;
+  const Row patterns = Parts(cell.outcome.at("Log"), "<br>");
+  return std::all_of(patterns.begin(), patterns.end(), [&](const std::string& pattern) {
+    return MatchesAny(errors, "*" + pattern + "*", cell.fault);
+  });
 }
 
 TEST_P(Matrix, SaysWhatEndsTheProcess) {
   testing::FLAGS_gtest_death_test_style = "threadsafe";
-  for (const Row& row : Table("Met by")) {
-    const Cell cell = FindCell(GetParam(), row);
-    SCOPED_TRACE(GetParam() + " met by " + cell.fault.at("Fault"));
+  for (const Cell& cell : CellsOf(GetParam())) {
     if (!cell.EndsTheProcess()) continue;
+    SCOPED_TRACE(GetParam() + " met by " + cell.fault.at("Fault"));
     EXPECT_EXIT(Live(cell), testing::ExitedWithCode(0),
                 testing::Truly([&](const std::string& errors) { return HasLines(errors, cell); }));
   }
 }
 
-std::vector<std::string> Calls() {
-  std::vector<std::string> calls;
-  for (const auto& [title, outcome] : Table("Met by").front()) {
-    if (title != "Met by") calls.push_back(title);
+Row Calls() {
+  Row calls;
+  for (const auto& column : Table("Met by").front()) {
+    if (column.first != "Met by") calls.push_back(column.first);
   }
   return calls;
 }
 
 INSTANTIATE_TEST_SUITE_P(Call, Matrix, testing::ValuesIn(Calls()), [](const auto& made) {
-  std::string name;
-  for (char c : made.param) {
-    if (std::isalpha(static_cast<unsigned char>(c))) name += c;
-  }
+  std::string name = made.param;
+  name.erase(std::remove_if(name.begin(), name.end(), [](char c) { return !std::isalpha(c); }),
+             name.end());
   return name;
 });
 

@@ -1,22 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "faults/Stage.h"
 
-#include <fnmatch.h>
-
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
-
-#include "agent/WatchList.h"
-#include "service/call/MgmtdWatchSeams.h"
-#include "support/ReadCaches.h"
-
 namespace faults {
 namespace {
-
-using endtoend::Eventually;
-using endtoend::Json;
-using KELib::KEString;
 
 constexpr const char* USER = "watchman";
 constexpr const char* PASSWORD = "s3cr&t";
@@ -35,6 +21,18 @@ int DelayFor(const std::string& fault, const std::string& method) {
   return method == "Logout" || method == "CancelWaitForUpdates" ? 10 : 1;
 }
 
+std::string CertificateFor(const std::string& fault) {
+  return fault == "certificates-gone" ? "<certFile>"
+         : fault == "key-gone"        ? "<keyFile>"
+         : fault == "ca-gone"         ? "<CACertFile>"
+                                      : "";
+}
+
+void Replace(std::string& text, const std::string& from, const std::string& to) {
+  const std::size_t at = text.find(from);
+  if (at != std::string::npos) text.replace(at, from.size(), to);
+}
+
 std::vector<std::string> Options(bool tls, const std::string& pidFile) {
   std::vector<std::string> options = {"--hosts", "1",          "--machines", "3",          "--user",
                                       USER,      "--password", PASSWORD,     "--pid-file", pidFile};
@@ -42,72 +40,23 @@ std::vector<std::string> Options(bool tls, const std::string& pidFile) {
   return options;
 }
 
-std::string Replaced(std::string text, const std::string& from, const std::string& to) {
-  for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
-    text.replace(at, from.size(), to);
-  }
-  return text;
-}
-
-// The element of the configuration whose file is removed.
-std::string ElementFor(const std::string& fault) {
-  return fault == "key-gone" ? "<keyFile>" : fault == "ca-gone" ? "<CACertFile>" : "<certFile>";
-}
-
-std::string UserText() {
-  return std::string(">") + USER + "<";
-}
-
-template <typename Step>
-std::string Seen(Step step) {
-  const auto thrown = [](const char* type, const KELib::Exception& e) {
-    return std::string("throws ") + type + ": " + e.What();
-  };
-  try {
-    step();
-    return "returns";
-  } catch (const KELib::NoPermissionException& e) {
-    return thrown("NoPermissionException", e);
-  } catch (const KELib::RequestTimedOutException& e) {
-    return thrown("RequestTimedOutException", e);
-  } catch (const KELib::SystemException& e) {
-    return thrown("SystemException", e);
-  } catch (const KELib::Exception& e) {
-    return thrown("Exception", e);
-  }
-}
-
-std::unique_ptr<KE::Stub::ManagedObjectReference> Reference(const char* type, const char* value) {
-  KEString typeText(type), valueText(value);
-  return std::unique_ptr<KE::Stub::ManagedObjectReference>(
-      KE::Stub::CreateManagedObjectReference(typeText, valueText));
-}
-
 }  // namespace
 
-bool Matches(const std::string& text, const std::string& pattern) {
-  return fnmatch(pattern.c_str(), text.c_str(), FNM_NOESCAPE) == 0;
-}
-
-Stage::Stage(const std::string& kind, Credentials credentials)
+Stage::Stage(const std::string& kind, bool hasPassword)
     : fault(kind),
-      tls(kind == "certificates-gone" || kind == "key-gone" || kind == "ca-gone"),
-      daemonGoes(kind == "restart" || kind == "pid-gone"),
-      simulator(Options(tls, folder.path + "/pid")),
-      pidFile(daemonGoes ? folder.path + "/pid" : folder.path + "/none"),
-      removed(folder.path + "/removed.pem"),
-      manager(*KE::Service::GetServiceManagerInstance()) {
+      certificate(CertificateFor(kind)),
+      pidFile(folder.path + (kind == "restart" || kind == "pid-gone" ? "/pid" : "/none")),
+      simulator(Options(!certificate.empty(), folder.path + "/pid")) {
   KE::Service::ResetMgmtdWatch();
   KE::Service::GetMgmtdWatchSeams().pidFile = pidFile.c_str();
   KELib::Logging::GetDefaultLogger()->SetLevelByName("verbose");
-  config = credentials == Credentials::Ticket ? Replaced(simulator.Config(), ">root<", UserText())
-                                              : simulator.Config(USER, ESCAPED_PASSWORD);
-  if (tls) {
+  config = hasPassword ? simulator.Config(USER, ESCAPED_PASSWORD) : simulator.Config();
+  Replace(config, ">root<", std::string(">") + USER + "<");
+  if (!certificate.empty()) {
     if (fault != "ca-gone") std::filesystem::copy_file(KECPP_TEST_CERTIFICATE, removed);
-    config =
-        Replaced(config, ElementFor(fault) + KECPP_TEST_CERTIFICATE, ElementFor(fault) + removed);
+    Replace(config, certificate + KECPP_TEST_CERTIFICATE, certificate + removed);
   }
-  config = Replaced(config, "<timeout>60<", "<timeout>" + TimeoutFor(fault) + "<");
+  Replace(config, "<timeout>60<", "<timeout>" + TimeoutFor(fault) + "<");
 }
 
 Stage::~Stage() {
@@ -115,11 +64,7 @@ Stage::~Stage() {
   KE::Service::ResetMgmtdWatch();
 }
 
-// --- the fault -----------------------------------------------------------------------------------
-
-// Asks the daemon, whose port may be closed for a moment.
-template <typename Question>
-Json Stage::Patiently(Question question) {
+Json Stage::Patiently(const std::function<Json()>& question) {
   Json answer;
   Eventually([&] {
     try {
@@ -136,9 +81,10 @@ Json Stage::Patiently(Question question) {
 void Stage::BeginFault(const std::string& methodName) {
   method = methodName;
   faultBegan = std::chrono::steady_clock::now();
-  if (sync != nullptr) before = Read();
+  before = Read();
   callsBefore = CallsOf(method);
   if (fault == "ca-gone") return;  // from the beginning
+  const bool tls = !certificate.empty();
   const bool once = fault == "session-lost" || fault == "restart" || tls;
   simulator.Control("fault", {{"method", method},
                               {"kind", tls ? "close-before" : fault},
@@ -149,7 +95,7 @@ void Stage::BeginFault(const std::string& methodName) {
 }
 
 Stage::Attempts Stage::EndFault() {
-  if (tls) std::filesystem::copy_file(KECPP_TEST_CERTIFICATE, removed);
+  if (!certificate.empty()) std::filesystem::copy_file(KECPP_TEST_CERTIFICATE, removed);
   Patiently([this] { return simulator.Control("fault", {{"kind", "clear"}}); });
   // Pauses of 10 ms and 100 ms, then of a second; the last failure may be on its way yet.
   const auto took = std::chrono::steady_clock::now() - faultBegan;
@@ -157,79 +103,56 @@ Stage::Attempts Stage::EndFault() {
   return {CallsOf(method) - callsBefore, 5 + static_cast<int>(seconds)};
 }
 
-void Stage::AwaitWait() {
-  Eventually([this] { return Stats()["waits"] == 1; });
-}
-
 // --- what the user does --------------------------------------------------------------------------
 
-std::string Stage::Enter() {
+std::string Stage::Do(const std::string& step) {
+  const auto thrown = [](const char* type, const KELib::Exception& e) {
+    return std::string("throws ") + type + ": " + e.What();
+  };
+  seen = "returns";
+  try {
+    steps.at(step)();
+    return seen;
+  } catch (const KELib::NoPermissionException& e) {
+    return thrown("NoPermissionException", e);
+  } catch (const KELib::RequestTimedOutException& e) {
+    return thrown("RequestTimedOutException", e);
+  } catch (const KELib::SystemException& e) {
+    return thrown("SystemException", e);
+  } catch (const KELib::Exception& e) {
+    return thrown("Exception", e);
+  }
+}
+
+void Stage::Enter() {
   manager.FreeServiceInstance(instance);
   session = nullptr;
   sync = nullptr;
   watchesAuthorization = false;
   instance = manager.GetServiceInstance(config.c_str(), KE::Service::DEFAULT_CONFIG_CONTENT);
-  if (instance == nullptr) return "returns null";
+  if (instance == nullptr) {
+    seen = "returns null";
+    return;
+  }
   session = instance->GetSession();
-  AskForSync();
-  return "returns";
+  if (LoggedIn()) sync = session->GetDataSync();
 }
 
-void Stage::AskForSync() {
+void Stage::LogIn() {
+  KELib::KEString user(USER), password(PASSWORD);
+  session->Login(user, password);
   sync = LoggedIn() ? session->GetDataSync() : nullptr;
 }
 
 bool Stage::LoggedIn() {
-  return session != nullptr && Seen([this] { session->GetDataSync(); }) == "returns";
+  try {
+    return session != nullptr && session->GetDataSync() != nullptr;
+  } catch (const KELib::Exception&) {
+    return false;
+  }
 }
 
-std::string Stage::LogIn() {
-  return Seen([this] {
-    KEString user(USER), password(PASSWORD);
-    session->Login(user, password);
-    AskForSync();
-  });
-}
-
-std::string Stage::LogOut() {
-  watchesAuthorization = false;
-  return Seen([this] { session->Logout(); });
-}
-
-std::string Stage::WatchSystems() {
-  return Seen([this] {
-    KELib::KEVector<KEString> list;
-    inventory::ListSystems(list);
-    watch = sync->SetupDataSync(Reference("Folder", "group-d1").get(), list, nullptr);
-  });
-}
-
-std::string Stage::WatchAuthorization() {
-  return Seen([this] {
-    KELib::KEVector<KEString> list;
-    inventory::ListAuthorization(list);
-    sync->SetupDataSync(Reference("AuthorizationManager", "authmgr-1").get(), list, nullptr);
-    watchesAuthorization = true;
-  });
-}
-
-std::string Stage::StopWatching() {
-  return Seen([this] { sync->StopDataSync(watch); });
-}
-
-std::string Stage::StopAll() {
-  return Seen([this] { sync->Cleanup(); });
-}
-
-std::string Stage::CallMethod() {
-  return Seen([this] {
-    KEString response;
-    instance->GetMethod()->Invoke(KE::Service::targetNamespace, "StartTask", "VirtualMachine",
-                                  "success", response);
-  });
-}
-
-std::string Stage::MeetInLoop() {
+void Stage::MeetInLoop() {
   const int calls = CallsOf(method);
   const bool met = Eventually([&] {
     RenameAMachine();
@@ -238,7 +161,15 @@ std::string Stage::MeetInLoop() {
     if (!status.loopRunning) return true;  // the process ends
     return CallsOf(method) > calls + 2 || status.consecutiveFailures > 1;
   });
-  return met ? "goes on" : "stands still";
+  seen = met ? "goes on" : "stands still";
+}
+
+void Stage::RenameAMachine() {
+  const Json order = {{"do", "set"},
+                      {"id", Truth()["machines"][0]["Name"]},
+                      {"property", "name"},
+                      {"value", "renamed " + std::to_string(++names)}};
+  Patiently([&] { return simulator.Control("machine", order); });
 }
 
 // --- what is the case ----------------------------------------------------------------------------
@@ -253,6 +184,13 @@ bool Stage::Holds(const std::string& statement, const std::vector<std::string>& 
              return Matches(status.lastFailure.Cstr(), text);
            });
   };
+  const auto kept = [&] {
+    Json is = Read();
+    for (Json* systems : {&is, &before}) {  // but for what RenameAMachine changes
+      for (Json& machine : (*systems)["machines"]) machine["ElementName"] = "";
+    }
+    return is == before;
+  };
   const std::map<std::string, std::function<bool()>> statements = {
       {"no instance", [&] { return instance == nullptr; }},
       {"logged in", [&] { return LoggedIn(); }},
@@ -262,9 +200,10 @@ bool Stage::Holds(const std::string& statement, const std::vector<std::string>& 
       {"nothing filled", [&] { return !status.firstFillDone; }},
       {"filled", [&] { return status.firstFillDone; }},
       {"caches true", [&] { return CachesBecomeTrue(); }},
-      {"caches kept", [&] { return Blurred(Read()) == Blurred(before); }},
+      {"caches kept", kept},
       {"failure in GetStatus", failed},
       {"no failure in GetStatus", [&] { return status.lastFailureTime == 0; }},
+      {"daemon: a wait", [&] { return stats("waits") == 1; }},
       {"daemon: no session", [&] { return stats("sessions") == 0; }},
       {"daemon: a session", [&] { return stats("sessions") == 1; }},
       {"daemon: sessions left over", [&] { return stats("sessions") > 0; }},
@@ -295,35 +234,6 @@ std::vector<std::string> Stage::Secrets() const {
     secrets.push_back(ticket.substr(0, ticket.find('<')));  // the part that is never escaped
   }
   return secrets;
-}
-
-Json Stage::Read() {
-  return sync == nullptr ? Json() : ReadCaches(*sync->GetCache());
-}
-
-// Without what RenameAMachine changes.
-Json Stage::Blurred(Json systems) {
-  for (Json& machine : systems["machines"]) machine["ElementName"] = "";
-  return systems;
-}
-
-int Stage::CallsOf(const std::string& name) {
-  return Stats()["calls"].value(name, 0);
-}
-
-Json Stage::Stats() {
-  return Patiently([this] { return simulator.Stats(); });
-}
-
-Json Stage::Truth() {
-  return Patiently([this] { return simulator.Truth(); });
-}
-
-void Stage::RenameAMachine() {
-  const std::string id = Truth()["machines"][0]["Name"];
-  const std::string name = "renamed " + std::to_string(++names);
-  const Json order = {{"do", "set"}, {"id", id}, {"property", "name"}, {"value", name}};
-  Patiently([&] { return simulator.Control("machine", order); });
 }
 
 }  // namespace faults

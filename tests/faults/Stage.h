@@ -4,25 +4,37 @@
 #ifndef KECPP_TESTS_FAULTS_STAGE_H
 #define KECPP_TESTS_FAULTS_STAGE_H
 
+#include <fnmatch.h>
 #include <kecpp.h>
 
+#include <algorithm>
 #include <chrono>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "endtoend/ChildProcess.h"
 #include "endtoend/Simulator.h"
+#include "service/call/MgmtdWatchSeams.h"
+#include "support/ReadCaches.h"
+#include "support/Watches.h"
 
 namespace faults {
 
+using endtoend::Eventually;
+using endtoend::Json;
+
+// "*" in a pattern: any characters.
+inline bool Matches(const std::string& text, const std::string& pattern) {
+  return fnmatch(pattern.c_str(), text.c_str(), FNM_NOESCAPE) == 0;
+}
+
 class Stage {
  public:
-  enum class Credentials { Ticket, Password };
-
-  Stage(const std::string& fault, Credentials credentials);
+  // The user logs in with a local ticket, or with a password.
+  Stage(const std::string& kind, bool hasPassword);
   ~Stage();
   Stage(const Stage&) = delete;
   Stage& operator=(const Stage&) = delete;
@@ -35,60 +47,81 @@ class Stage {
   void BeginFault(const std::string& method);
   Attempts EndFault();
 
-  void AwaitWait();  // until the daemon holds a call that waits for updates
-
-  // --- what the user does, and what that looks like: "returns", or "throws CLASS: TEXT" ----------
-
-  std::string Enter();  // a new service instance, which logs in; "returns null" without one
-  std::string LogIn();  // the session's own
-  std::string LogOut();
-  std::string WatchSystems();
-  std::string WatchAuthorization();
-  std::string StopWatching();  // what WatchSystems set up
-  std::string StopAll();
-  std::string CallMethod();  // an agent's own call
-  std::string MeetInLoop();  // changes machines until the loop has met the fault twice
+  // Does the step and tells what that looks like: "returns", or "throws CLASS: TEXT". Throws
+  // std::out_of_range for an unknown one.
+  std::string Do(const std::string& step);
+  bool IsStep(const std::string& name) const { return steps.count(name) > 0; }
 
   // Whether a statement about the state is true now. Throws std::out_of_range for an unknown one;
   // `texts` are patterns for the failure's text.
   bool Holds(const std::string& statement, const std::vector<std::string>& texts);
 
-  bool LoggedIn();
-  bool CachesBecomeTrue();
-
   // What no log line may tell: the user's name and password, tickets, the session's cookie.
   std::vector<std::string> Secrets() const;
 
  private:
-  void AskForSync();
-  template <typename Question>
-  endtoend::Json Patiently(Question question);
-  endtoend::Json Stats();
-  endtoend::Json Truth();
-  endtoend::Json Read();
-  int CallsOf(const std::string& method);
+  void Enter();
+  void LogIn();
+  void MeetInLoop();
+  bool LoggedIn();
+  bool CachesBecomeTrue();
+
+  // Asks the daemon, whose port may be closed for a moment.
+  Json Patiently(const std::function<Json()>& question);
+  Json Stats() {
+    return Patiently([this] { return simulator.Stats(); });
+  }
+  Json Truth() {
+    return Patiently([this] { return simulator.Truth(); });
+  }
+  int CallsOf(const std::string& name) { return Stats()["calls"].value(name, 0); }
   void RenameAMachine();
-  endtoend::Json Blurred(endtoend::Json systems);
+  Json Read() { return sync == nullptr ? Json() : ReadCaches(*sync->GetCache()); }
+
+  const std::map<std::string, std::function<void()>> steps = {
+      {"enter", [this] { Enter(); }},  // a new service instance, which logs in
+      {"log in", [this] { LogIn(); }},
+      {"log in unless in",
+       [this] {
+         if (!LoggedIn()) LogIn();
+       }},
+      {"log out",
+       [this] {
+         watchesAuthorization = false;
+         session->Logout();
+       }},
+      {"watch systems", [this] { watch = WatchSystems(*instance, *sync); }},
+      {"watch authorization",
+       [this] { watchesAuthorization = WatchAuthorization(*instance, *sync) != nullptr; }},
+      {"stop watching systems", [this] { sync->StopDataSync(watch); }},
+      {"stop all", [this] { sync->Cleanup(); }},
+      {"call a method",
+       [this] {
+         KELib::KEString response;
+         instance->GetMethod()->Invoke(KE::Service::targetNamespace, "StartTask", "VirtualMachine",
+                                       "success", response);
+       }},
+      {"change machines until the loop has met the fault", [this] { MeetInLoop(); }},
+  };
 
   const std::string fault;
-  const bool tls, daemonGoes;
+  const std::string certificate;  // the element of the configuration whose file is removed
   endtoend::TemporaryFolder folder;
+  const std::string removed = folder.path + "/removed.pem", pidFile;
   endtoend::Simulator simulator;
-  const std::string pidFile, removed;
   std::string config, method;
-  KE::Service::KEServiceInstManager& manager;
+  KE::Service::KEServiceInstManager& manager = *KE::Service::GetServiceManagerInstance();
   KE::Service::KEServiceInst* instance = nullptr;
   KE::Service::KESession* session = nullptr;
   KE::Service::KEDataSync* sync = nullptr;
   KE::Stub::ManagedObjectReference* watch = nullptr;
-  endtoend::Json before;  // the caches when the fault began
+  std::string seen;  // of the step
+  Json before;       // the caches when the fault began
   std::chrono::steady_clock::time_point faultBegan;
   int callsBefore = 0;
   bool watchesAuthorization = false;
   int names = 0;
 };
-
-bool Matches(const std::string& text, const std::string& pattern);  // "*": any characters
 
 }  // namespace faults
 

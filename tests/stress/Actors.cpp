@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "stress/Actors.h"
-
-#include <algorithm>
-#include <chrono>
 #include <cstring>
-#include <fstream>
-#include <string>
+#include <memory>
 
-#include "agent/WatchList.h"
-#include "stress/Walk.h"
+#include "stress/Scene.h"
+#include "support/ProcessSample.h"
+#include "support/Watches.h"
 
 namespace stress {
 namespace {
@@ -16,14 +12,11 @@ namespace {
 using namespace KE::Service;
 using KELib::KEString;
 using KELib::KEVector;
+using Waiter = std::unique_ptr<KELib::KEWaiter>;
 
 constexpr const char* BUSY = "Unable to connect. Busy.";
 constexpr const char* IN_TASK = "is in WaitForTask for a task without end";
 constexpr const char* IN_CHANGE = "is in WaitForChange for a change that never comes";
-
-void Nap(int milliseconds) {
-  std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
-}
 
 void Read(Scene& scene, Seat& seat) {
   WalkSystems(*scene.sync.GetCache(), seat, scene.tally);
@@ -32,15 +25,16 @@ void Read(Scene& scene, Seat& seat) {
 }
 
 // Sets up a watch, waits for its first data and stops it.
-void WatchForAWhile(Scene& scene, Seat& seat, const char* rootName, KEVector<KEString>& list,
+template <typename Fill>
+void WatchForAWhile(Scene& scene, Seat& seat, const char* rootName, Fill fill,
                     const char* counter) {
   seat.Rests("waits while the session is out");
-  const Turnstile::Stay stay(scene.watches);
-  seat.Does("asks for the root of a watch (instance's mutex)");
-  const Reference root(scene.instance.GetReference(rootName));
+  std::unique_lock<std::mutex> door(scene.door);
+  const std::shared_lock<std::shared_mutex> stay(scene.watches);
+  door.unlock();
   const Waiter waiter(KELib::CreateKEWaiter());
-  seat.Does("is in SetupDataSync (filter-table mutex, network)");
-  auto* watch = scene.sync.SetupDataSync(root.get(), list, waiter.get());
+  seat.Does("is in SetupDataSync (instance's mutex, filter-table mutex, network)");
+  auto* watch = Watch(scene.instance, scene.sync, rootName, fill, waiter.get());
   seat.Does("waits for the first data of a watch");
   waiter->Wait(0);
   seat.Does("is in StopDataSync (filter-table mutex, network)");
@@ -49,20 +43,19 @@ void WatchForAWhile(Scene& scene, Seat& seat, const char* rootName, KEVector<KES
 }
 
 void ChangeFilters(Scene& scene, Seat& seat) {
-  KEVector<KEString> list;
-  inventory::ListSystems(list);
-  WatchForAWhile(scene, seat, PxaRootFolder, list, "filters");
+  WatchForAWhile(scene, seat, PxaRootFolder, inventory::ListSystems, "filters");
 }
 
 // Named twice, the method makes a record of its own beside that of the lasting watch.
 void ChangeMethods(Scene& scene, Seat& seat) {
-  KEVector<KEString> list;
-  for (const char* word :
-       {MethodSep, "RetrieveAllPermissions", "RetrieveAllPermissions", CacheObjectSep,
-        KE::Stub::Zorbel_RoleClass, KE::Stub::Zorbel_IdentityClass}) {
-    list.Add(KEString(word));
-  }
-  WatchForAWhile(scene, seat, "authorizationManager", list, "property methods");
+  const auto fill = [](KEVector<KEString>& list) {
+    for (const char* word :
+         {MethodSep, "RetrieveAllPermissions", "RetrieveAllPermissions", CacheObjectSep,
+          KE::Stub::Zorbel_RoleClass, KE::Stub::Zorbel_IdentityClass}) {
+      list.Add(KEString(word));
+    }
+  };
+  WatchForAWhile(scene, seat, "authorizationManager", fill, "property methods");
   Nap(20);
 }
 
@@ -70,6 +63,11 @@ void StartTask(Scene& scene, Seat& seat, const char* outcome, KEString& response
   seat.Does("starts a task (network)");
   scene.instance.GetMethod()->Invoke(targetNamespace, "StartTask", "VirtualMachine", outcome,
                                      response);
+}
+
+// What began when so many disturbances were over may fail.
+bool IsDisturbed(const Scene& scene, unsigned before) {
+  return before % 2 == 1 || before != scene.disturbances || scene.park;
 }
 
 void RunTask(Scene& scene, Seat& seat) {
@@ -83,9 +81,9 @@ void RunTask(Scene& scene, Seat& seat) {
   scene.tally.Count(succeeded ? "tasks" : "tasks let go");
   KESyncStatus status;
   scene.sync.GetStatus(status);  // failures in a row let go
-  const bool mayFail = before % 2 == 1 || before != scene.disturbances || scene.park ||
-                       status.lastFailureTime >= begin;
-  if (!succeeded && !mayFail) scene.tally.Wrong("a task was not seen to succeed");
+  if (!succeeded && !IsDisturbed(scene, before) && status.lastFailureTime < begin) {
+    scene.tally.Wrong("a task was not seen to succeed");
+  }
 }
 
 void WaitForChanges(Scene& scene, Seat& seat) {
@@ -108,30 +106,35 @@ void RestartWaits(Scene& scene, Seat& seat) {
   Nap(50);
 }
 
-// A call may find both connections taken, and fail while the session is out or the instance ends.
-void NoteFailure(Scene& scene, unsigned before, const char* step, const char* text) {
-  const bool disturbed = before % 2 == 1 || before != scene.disturbances || scene.park;
-  if (std::strcmp(text, BUSY) == 0 || disturbed) {
-    scene.tally.Count(std::string("failed: ") + text);
-  } else {
-    scene.tally.Wrong(std::string("who ") + step + " got: " + text);
-  }
-}
+using Step = void (*)(Scene&, Seat&);
+constexpr struct {
+  const char* name;
+  Step step;
+} ACTORS[] = {{"reader 1", Read},
+              {"reader 2", Read},
+              {"reader 3", Read},
+              {"filter changer", ChangeFilters},
+              {"method changer", ChangeMethods},
+              {"task waiter 1", RunTask},
+              {"task waiter 2", RunTask},
+              {"change waiter", WaitForChanges},
+              {"wait restarter", RestartWaits}};
 
-// True when the thread sleeps at that step at several looks in a row.
-bool IsAsleepAt(Board& board, const char* step) {
-  for (int look = 0; look < 5; ++look, Nap(2)) {
-    const std::vector<Posture> all = board.Look();
-    const auto at = std::find_if(all.begin(), all.end(),
-                                 [step](const Posture& posture) { return posture.step == step; });
-    if (at == all.end()) return false;
-    std::ifstream file("/proc/self/task/" + std::to_string(at->thread) + "/stat");
-    std::string text;
-    std::getline(file, text);
-    const std::size_t name = text.rfind(')');
-    if (name == std::string::npos || text.compare(name, 3, ") S") != 0) return false;
+// A call may find both connections taken, and fail while the session is out or the instance ends.
+bool Act(Scene& scene, Seat& seat, Step step) {
+  const unsigned before = scene.disturbances;
+  try {
+    step(scene, seat);
+  } catch (const KELib::Throwable& error) {
+    if (std::strcmp(error.What(), BUSY) == 0 || IsDisturbed(scene, before)) {
+      scene.tally.Count(std::string("failed: ") + error.What());
+    } else {
+      scene.tally.Wrong(std::string("who ") + seat.Step() + " got: " + error.What());
+    }
+    seat.Does("pauses after a failure");
+    Nap(5);
   }
-  return true;
+  return !scene.park;
 }
 
 void WaitForEndlessTask(Scene& scene, Seat& seat) {
@@ -154,65 +157,46 @@ void WaitForNoChange(Scene& scene, Seat& seat) {
   if (scene.sync.WaitForChange(seen, 0)) scene.tally.Wrong("a change came that nobody made");
 }
 
+// True when a thread sleeps at that step at several looks in a row.
+bool IsAsleepAt(Board& board, const char* step) {
+  for (int look = 0; look < 5; ++look, Nap(2)) {
+    const std::vector<Posture> all = board.Look();
+    const bool sleeps = std::any_of(all.begin(), all.end(), [step](const Posture& posture) {
+      const std::string folder = "/proc/self/task/" + std::to_string(posture.thread);
+      return posture.step == step && SampleOf(folder).state == 'S';
+    });
+    if (!sleeps) return false;
+  }
+  return true;
+}
+
 }  // namespace
 
-Actors::Actors(Board& where, Scene& shared) : board(where), scene(shared) {
-  for (const char* name : {"reader 1", "reader 2", "reader 3"}) Add(name, Read);
-  Add("filter changer", ChangeFilters);
-  Add("method changer", ChangeMethods);
-  Add("task waiter 1", RunTask);
-  Add("task waiter 2", RunTask);
-  Add("change waiter", WaitForChanges);
-  Add("wait restarter", RestartWaits);
+std::list<Player> PlayersOf(Board& board, Scene& scene) {
+  std::list<Player> players;
+  for (const auto& [name, step] : ACTORS) {
+    players.emplace_back(board, name,
+                         [&scene, action = step](Seat& seat) { return Act(scene, seat, action); });
+  }
+  return players;
 }
 
-Actors::~Actors() {
-  Park();
-}
-
-void Actors::Add(const char* name, Step step) {
-  threads.emplace_back([this, name, step] {
-    Seat seat(board, name);
-    while (!scene.park) {
-      const unsigned before = scene.disturbances;
-      try {
-        step(scene, seat);
-      } catch (const KELib::Throwable& error) {
-        NoteFailure(scene, before, seat.Look().step, error.What());
-        seat.Does("pauses after a failure");
-        Nap(5);
-      }
-    }
-  });
-}
-
-void Actors::Park() {
-  scene.park = true;
-  for (std::thread& thread : threads) thread.join();
-  threads.clear();
-}
-
-BlockedCallers::BlockedCallers(Board& board, Scene& scene) {
-  for (auto call : {WaitForEndlessTask, WaitForNoChange}) {
-    threads.emplace_back([&board, &scene, call] {
-      Seat seat(board, call == WaitForNoChange ? "endless change waiter" : "endless task waiter");
+std::list<Player> BlockedCallersOf(Board& board, Scene& scene) {
+  std::list<Player> players;
+  for (const Step call : {WaitForEndlessTask, WaitForNoChange}) {
+    players.emplace_back(board, "blocked caller", [&scene, call](Seat& seat) {
+      std::string how;
       try {
         call(scene, seat);
-        scene.tally.Count("blocked callers let go");
       } catch (const KELib::Throwable& error) {
-        scene.tally.Count(std::string("blocked callers let go: ") + error.What());
+        how = std::string(": ") + error.What();
       }
+      scene.tally.Count("blocked callers let go" + how);
+      return false;
     });
   }
-  AwaitInside(board);
-}
-
-BlockedCallers::~BlockedCallers() {
-  for (std::thread& thread : threads) thread.join();
-}
-
-void BlockedCallers::AwaitInside(Board& board) const {
   while (!IsAsleepAt(board, IN_TASK) || !IsAsleepAt(board, IN_CHANGE)) Nap(1);
+  return players;
 }
 
 }  // namespace stress

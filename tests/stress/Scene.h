@@ -1,43 +1,42 @@
 // SPDX-License-Identifier: MIT
 //
-// What the actors on one service instance share.
+// What the actors on one service instance share, and who they are.
 #ifndef KECPP_TESTS_STRESS_SCENE_H
 #define KECPP_TESTS_STRESS_SCENE_H
 
 #include <kecpp.h>
 
 #include <atomic>
-#include <condition_variable>
-#include <memory>
+#include <list>
+#include <map>
 #include <mutex>
+#include <shared_mutex>
+#include <string>
 
 #include "stress/Board.h"
-#include "stress/Tally.h"
 
 namespace stress {
 
-// Lets actors in, but not while it is closed; whoever closes it waits until all are out.
-class Turnstile {
+// What the actors did and found. Thread safety: any thread.
+class Tally {
  public:
-  class Stay {
-   public:
-    explicit Stay(Turnstile& turnstile);
-    ~Stay();
-    Stay(const Stay&) = delete;
-    Stay& operator=(const Stay&) = delete;
+  using Counts = std::map<std::string, unsigned long>;
 
-   private:
-    Turnstile& turnstile;
-  };
+  void Count(const std::string& what, unsigned long times = 1) { Add(counts, what, times); }
+  void Wrong(const std::string& what) { Add(wrongs, what, 1); }  // something that must not be
 
-  void Close();
-  void Open();
+  // Once all actors have ended.
+  const Counts& All() const { return counts; }
+  const Counts& Wrongs() const { return wrongs; }
 
  private:
+  void Add(Counts& where, const std::string& what, unsigned long times) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    where[what] += times;
+  }
+
   std::mutex mutex;
-  std::condition_variable changed;
-  unsigned inside = 0;
-  bool closed = false;
+  Counts counts, wrongs;
 };
 
 struct Scene {
@@ -52,12 +51,25 @@ struct Scene {
   std::atomic<bool> park{false};  // everybody ends
   // Odd while the session is out and what is under way may fail.
   std::atomic<unsigned> disturbances{0};
-  // For those who hold the reference of a watch: it ends with the login.
-  Turnstile watches;
+
+  // Those who hold the reference of a watch share it: the reference ends with the login. Everybody
+  // enters through the door, so that who wants nobody inside does not wait for ever.
+  std::mutex door;
+  std::shared_mutex watches;
 };
 
-using Reference = std::unique_ptr<KE::Stub::ManagedObjectReference>;
-using Waiter = std::unique_ptr<KELib::KEWaiter>;
+// Readers, watchers who come and go, task waiters, one that waits for changes and one that restarts
+// the pending wait, until the scene is parked.
+std::list<Player> PlayersOf(Board& board, Scene& scene);
+
+// Two threads inside calls that only a stop ends: a task that never does and a change that never
+// comes. On return both are inside.
+std::list<Player> BlockedCallersOf(Board& board, Scene& scene);
+
+// Walk through the caches as a careful reader does, and check on the way what must hold at every
+// moment: each object whole, both ends of each link agreeing, each key found again.
+void WalkSystems(KE::Instance::KETypeCache& cache, Seat& seat, Tally& tally);
+void WalkAuthorization(KE::Instance::KETypeCache& cache, Seat& seat, Tally& tally);
 
 }  // namespace stress
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "stress/Walk.h"
+#include "stress/Scene.h"
 
 namespace stress {
 namespace {
@@ -10,18 +10,44 @@ using KELib::KEString;
 using KELib::Stub::KEAssocStubBase;
 using KELib::Stub::KEStubBase;
 
-KEDataCache* Find(KETypeCache& cache, const char* type) {
-  KEString name(type);
-  return cache.GetDataCache(name);
-}
-
-KELib::KEMutex* MutexOf(KEDataCache* cache) {
-  return cache ? cache->GetMutex() : nullptr;
-}
-
 void Expect(bool holds, const char* what, Tally& tally) {
   if (!holds) tally.Wrong(what);
 }
+
+// The caches of some types, all found and then locked in this order.
+class HeldCaches {
+ public:
+  HeldCaches(KETypeCache& all, Seat& seat, const std::vector<const char*>& named)
+      : cache(all), types(named), found(Find()) {
+    for (std::size_t i = 0; i < types.size(); ++i) {
+      guards.emplace_back(seat, types[i], found[i] ? found[i]->GetMutex() : nullptr);
+    }
+  }
+  KEDataCache* operator[](std::size_t index) const { return found[index]; }
+  std::size_t SizeOf(std::size_t index) const { return found[index] ? found[index]->Size() : 0; }
+
+  // Whether no login has put others in their place.
+  bool AreCurrent(Tally& tally) const {
+    const bool same = Find() == found;
+    if (!same) tally.Count("walks through caches that a login replaced");
+    return same;
+  }
+
+ private:
+  std::vector<KEDataCache*> Find() const {
+    std::vector<KEDataCache*> caches;
+    for (const char* type : types) {
+      KEString name(type);
+      caches.push_back(cache.GetDataCache(name));
+    }
+    return caches;
+  }
+
+  KETypeCache& cache;
+  const std::vector<const char*> types;
+  const std::vector<KEDataCache*> found;
+  std::list<ShownGuard> guards;
+};
 
 // Calls `look` with every stub. Each is of class `Stub`, filed under its `key` and found by it.
 template <class Stub, class KeyOwner, class Look>
@@ -55,26 +81,10 @@ unsigned Links(KEStubBase& stub, const char* linkClass, Tally& tally, Agrees agr
 }
 
 bool IsWhole(const ZORBEL_VMComputerSystem& machine) {
-  const char* state = machine.PowerState.Cstr();
-  const unsigned status = machine.OperationalStatus;
-  return machine.PowerState.Empty() || status == (std::string(state) == "poweredOn"    ? 2u
-                                                  : std::string(state) == "poweredOff" ? 10u
-                                                                                       : 15u);
-}
-
-unsigned LinksOfMachine(ZORBEL_VMComputerSystem& machine, Tally& tally) {
-  Expect(IsWhole(machine), "a machine's state and status differ", tally);
-  return Links<ZORBEL_HostedDependency>(
-      machine, ZORBEL_HostedDependencyClass, tally, [&](const ZORBEL_HostedDependency& link) {
-        return link.Dependent == &machine && link.Antecedent && !link.Antecedent->Name.Empty();
-      });
-}
-
-unsigned LinksOfHost(ZORBEL_ORXComputerSystem& host, Tally& tally) {
-  return Links<ZORBEL_HostedDependency>(
-      host, ZORBEL_HostedDependencyClass, tally, [&](const ZORBEL_HostedDependency& link) {
-        return link.Antecedent == &host && link.Dependent && !link.Dependent->Name.Empty();
-      });
+  const std::string state = machine.PowerState.Cstr();
+  return state.empty() || machine.OperationalStatus == (state == "poweredOn"    ? 2u
+                                                        : state == "poweredOff" ? 10u
+                                                                                : 15u);
 }
 
 template <class Link>
@@ -83,64 +93,66 @@ unsigned LinksOfRole(Zorbel_Role& role, const char* linkClass, Tally& tally) {
                      [&](const Link& link) { return link.Collection == &role && link.Member; });
 }
 
+// Of all the members in a cache.
 template <class Link, class Member>
-unsigned LinksOfMember(Member& member, const char* linkClass, Tally& tally) {
-  return Links<Link>(member, linkClass, tally,
-                     [&](const Link& link) { return link.Member == &member && link.Collection; });
+unsigned LinksOfMembers(KEDataCache* cache, KEString Member::*key, const char* linkClass,
+                        Tally& tally) {
+  unsigned count = 0;
+  ForEach<Member>(cache, key, tally, [&](Member& member) {
+    count += Links<Link>(member, linkClass, tally, [&](const Link& link) {
+      return link.Member == &member && link.Collection;
+    });
+  });
+  return count;
 }
 
 }  // namespace
 
 void WalkSystems(KETypeCache& cache, Seat& seat, Tally& tally) {
+  using Hosted = ZORBEL_HostedDependency;
   seat.Does("walks through machines and hosts");
-  KEDataCache* machines = Find(cache, ZORBEL_VMComputerSystemClass);
-  KEDataCache* hosts = Find(cache, ZORBEL_ORXComputerSystemClass);
-  const ShownGuard machinesGuard(seat, ZORBEL_VMComputerSystemClass, MutexOf(machines));
-  const ShownGuard hostsGuard(seat, ZORBEL_ORXComputerSystemClass, MutexOf(hosts));
-  if (Find(cache, ZORBEL_VMComputerSystemClass) != machines ||
-      Find(cache, ZORBEL_ORXComputerSystemClass) != hosts)
-    return tally.Count("walks through caches that a login replaced");
+  const HeldCaches held(cache, seat, {ZORBEL_VMComputerSystemClass, ZORBEL_ORXComputerSystemClass});
+  if (!held.AreCurrent(tally)) return;
   unsigned fromMachines = 0, fromHosts = 0;
   ForEach<ZORBEL_VMComputerSystem>(
-      machines, &ZORBEL_VMComputerSystem::Name, tally,
-      [&](ZORBEL_VMComputerSystem& stub) { fromMachines += LinksOfMachine(stub, tally); });
+      held[0], &ZORBEL_VMComputerSystem::Name, tally, [&](ZORBEL_VMComputerSystem& machine) {
+        Expect(IsWhole(machine), "a machine's state and status differ", tally);
+        fromMachines +=
+            Links<Hosted>(machine, ZORBEL_HostedDependencyClass, tally, [&](const Hosted& link) {
+              return link.Dependent == &machine && link.Antecedent &&
+                     !link.Antecedent->Name.Empty();
+            });
+      });
   ForEach<ZORBEL_ORXComputerSystem>(
-      hosts, &ZORBEL_ORXComputerSystem::Name, tally,
-      [&](ZORBEL_ORXComputerSystem& stub) { fromHosts += LinksOfHost(stub, tally); });
+      held[1], &ZORBEL_ORXComputerSystem::Name, tally, [&](ZORBEL_ORXComputerSystem& host) {
+        fromHosts +=
+            Links<Hosted>(host, ZORBEL_HostedDependencyClass, tally, [&](const Hosted& link) {
+              return link.Antecedent == &host && link.Dependent && !link.Dependent->Name.Empty();
+            });
+      });
   Expect(fromMachines == fromHosts, "machines and hosts list different links", tally);
-  tally.Count("machines seen", machines ? machines->Size() : 0);
+  tally.Count("machines seen", held.SizeOf(0));
 }
 
 void WalkAuthorization(KETypeCache& cache, Seat& seat, Tally& tally) {
-  seat.Does("walks through roles, privileges and identities");
   using Privileges = Zorbel_PrivilegeMemberOfCollection;
   using Identities = Zorbel_IdentityMemberOfCollection;
-  KEDataCache* roles = Find(cache, Zorbel_RoleClass);
-  KEDataCache* privileges = Find(cache, Zorbel_PrivilegeClass);
-  KEDataCache* identities = Find(cache, Zorbel_IdentityClass);
-  const ShownGuard rolesGuard(seat, Zorbel_RoleClass, MutexOf(roles));
-  const ShownGuard privilegesGuard(seat, Zorbel_PrivilegeClass, MutexOf(privileges));
-  const ShownGuard identitiesGuard(seat, Zorbel_IdentityClass, MutexOf(identities));
-  if (Find(cache, Zorbel_RoleClass) != roles || Find(cache, Zorbel_PrivilegeClass) != privileges ||
-      Find(cache, Zorbel_IdentityClass) != identities)
-    return tally.Count("walks through caches that a login replaced");
-  unsigned fromRoles = 0, fromMembers = 0;
   const char* const privilegeLink = Zorbel_PrivilegeMemberOfCollectionClass;
   const char* const identityLink = Zorbel_IdentityMemberOfCollectionClass;
-  ForEach<Zorbel_Role>(roles, &Zorbel_Role::Name, tally, [&](Zorbel_Role& role) {
+  seat.Does("walks through roles, privileges and identities");
+  const HeldCaches held(cache, seat,
+                        {Zorbel_RoleClass, Zorbel_PrivilegeClass, Zorbel_IdentityClass});
+  if (!held.AreCurrent(tally)) return;
+  unsigned fromRoles = 0;
+  ForEach<Zorbel_Role>(held[0], &Zorbel_Role::Name, tally, [&](Zorbel_Role& role) {
     fromRoles += LinksOfRole<Privileges>(role, privilegeLink, tally) +
                  LinksOfRole<Identities>(role, identityLink, tally);
   });
-  ForEach<Zorbel_Privilege>(privileges, &Zorbel_Privilege::InstanceID, tally,
-                            [&](Zorbel_Privilege& stub) {
-                              fromMembers += LinksOfMember<Privileges>(stub, privilegeLink, tally);
-                            });
-  ForEach<Zorbel_Identity>(identities, &Zorbel_Identity::InstanceID, tally,
-                           [&](Zorbel_Identity& stub) {
-                             fromMembers += LinksOfMember<Identities>(stub, identityLink, tally);
-                           });
+  const unsigned fromMembers =
+      LinksOfMembers<Privileges>(held[1], &Zorbel_Privilege::InstanceID, privilegeLink, tally) +
+      LinksOfMembers<Identities>(held[2], &Zorbel_Identity::InstanceID, identityLink, tally);
   Expect(fromRoles == fromMembers, "roles and their members list different links", tally);
-  tally.Count("roles seen", roles ? roles->Size() : 0);
+  tally.Count("roles seen", held.SizeOf(0));
 }
 
 }  // namespace stress

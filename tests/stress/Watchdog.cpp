@@ -1,78 +1,91 @@
 // SPDX-License-Identifier: MIT
-#include "stress/Watchdog.h"
+#include <execinfo.h>
+#include <semaphore.h>
+#include <signal.h>
+#include <sys/syscall.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <ctime>
+#include <filesystem>
 
-#include "stress/ThreadStacks.h"
+#include "stress/Board.h"
 
 namespace stress {
 namespace {
 
-using Clock = std::chrono::steady_clock;
+constexpr int DEPTH = 30;
+sem_t printed;
 
-double SecondsSince(Clock::time_point when) {
-  return std::chrono::duration<double>(Clock::now() - when).count();
+void PrintOwnStack(int /*signal*/) {
+  void* frames[DEPTH];
+  backtrace_symbols_fd(frames, backtrace(frames, DEPTH), STDERR_FILENO);
+  sem_post(&printed);
 }
 
-std::string HolderOf(const char* lock, const std::vector<Posture>& all) {
-  for (const Posture& posture : all) {
-    for (const char* held : posture.holds) {
-      if (std::strcmp(held, lock) == 0) return "held by '" + posture.actor + "'";
-    }
+void PrepareThreadStacks() {
+  void* frame[1];
+  backtrace(frame, 1);  // the first call loads a library, which no signal handler may
+  sem_init(&printed, 0, 0);
+  struct sigaction action = {};
+  action.sa_handler = PrintOwnStack;
+  action.sa_flags = SA_RESTART;
+  sigaction(SIGUSR2, &action, nullptr);
+}
+
+// A thread that does not answer within a second is passed over.
+void PrintThreadStacks() {
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task")) {
+    const int thread = std::atoi(entry.path().filename().c_str());
+    std::fprintf(stderr, "thread %d:\n", thread);
+    syscall(SYS_tgkill, getpid(), thread, SIGUSR2);
+    timespec end = {};
+    clock_gettime(CLOCK_REALTIME, &end);
+    ++end.tv_sec;
+    if (sem_timedwait(&printed, &end) != 0) std::fprintf(stderr, "  does not answer\n");
   }
-  return "held by no actor: the library";
 }
 
-std::string Describe(const Posture& posture, const std::vector<Posture>& all) {
+bool Holds(const Posture& posture, const std::string& lock) {
+  return std::any_of(posture.holds.begin(), posture.holds.end(),
+                     [&](const char* held) { return held == lock; });
+}
+
+void Describe(const Posture& posture, const std::vector<Posture>& all) {
   std::string text = "'" + posture.actor + "' (thread " + std::to_string(posture.thread) + ") " +
-                     posture.step + " for " + std::to_string(SecondsSince(posture.since)) + " s";
+                     posture.step + " for " + std::to_string(posture.Seconds()) + " s";
   if (posture.waitsFor) {
-    text += std::string("; waits for ") + posture.waitsFor + ", " + HolderOf(posture.waitsFor, all);
+    const auto holder = std::find_if(all.begin(), all.end(), [&](const Posture& candidate) {
+      return Holds(candidate, posture.waitsFor);
+    });
+    text += std::string("; waits for ") + posture.waitsFor + ", held by " +
+            (holder != all.end() ? "'" + holder->actor + "'" : "no actor: the library");
   }
   for (const char* held : posture.holds) text += std::string("; holds ") + held;
-  return text;
+  std::fprintf(stderr, "  %s\n", text.c_str());
 }
 
-[[noreturn]] void ReportAndAbort(const Posture& stuck, const std::vector<Posture>& all) {
-  std::fprintf(stderr, "watchdog: no progress of '%s'\n", stuck.actor.c_str());
-  for (const Posture& posture : all) {
-    std::fprintf(stderr, "  %s\n", Describe(posture, all).c_str());
-  }
+void Check(const Board& board, double limit) {
+  const std::vector<Posture> all = board.Look();
+  const auto stuck = std::find_if(all.begin(), all.end(), [&](const Posture& posture) {
+    return !posture.resting && posture.Seconds() > limit;
+  });
+  if (stuck == all.end()) return;
+  std::fprintf(stderr, "watchdog: no progress of '%s'\n", stuck->actor.c_str());
+  for (const Posture& posture : all) Describe(posture, all);
   PrintThreadStacks();
   std::abort();
 }
 
 }  // namespace
 
-Watchdog::Watchdog(const Board& watched, std::chrono::milliseconds patience)
-    : board(watched), limit(patience) {
+Watchdog::Watchdog(const Board& board, std::chrono::milliseconds limit) {
   PrepareThreadStacks();
-  thread = std::thread([this] { Run(); });
-}
-
-Watchdog::~Watchdog() {
-  {
-    const std::lock_guard<std::mutex> lock(mutex);
-    stop = true;
-  }
-  woken.notify_all();
-  thread.join();
-}
-
-void Watchdog::Run() {
-  std::unique_lock<std::mutex> lock(mutex);
-  while (!woken.wait_for(lock, limit / 10, [this] { return stop; })) Check();
-}
-
-void Watchdog::Check() const {
-  const std::vector<Posture> all = board.Look();
-  const auto stuck = std::find_if(all.begin(), all.end(), [this](const Posture& posture) {
-    return !posture.resting && Clock::now() - posture.since > limit;
+  thread = std::thread([&board, limit, stopped = stop.get_future()] {
+    while (stopped.wait_for(limit / 10) == std::future_status::timeout) {
+      Check(board, std::chrono::duration<double>(limit).count());
+    }
   });
-  if (stuck != all.end()) ReportAndAbort(*stuck, all);
 }
 
 }  // namespace stress
