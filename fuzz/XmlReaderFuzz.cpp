@@ -19,12 +19,12 @@ void Drive(fuzz::Input operations, const std::string& text) {
   KEXmlReader reader(content, false, 0);
   reader.SetStrict(operations.Byte() % 2 == 1);
   while (!operations.Empty()) {
-    const Movement move = kMovements[operations.Byte() % std::size(kMovements)];
+    const Movement& move = kMovements[operations.Byte() % std::size(kMovements)];
     const char* name = kNames[operations.Byte() % std::size(kNames)];
     const unsigned int before = reader.Pos();
     KEString first, second;
     try {
-      move(reader, name, first, second);
+      move.run(reader, name, first, second);
     } catch (const XmlException&) {
       return;
     }

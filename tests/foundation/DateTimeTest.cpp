@@ -1,33 +1,43 @@
 // SPDX-License-Identifier: MIT
 #include "foundation/DateTime.h"
 
-#include <gtest/gtest.h>
-
 #include <climits>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <memory>
 #include <string>
 
-#include "foundation/KEException.h"
+#include "support/Answers.h"
 
 namespace KELib {
 namespace {
 
-DateTime Parse(const char* text) {
-  return DateTime(text, static_cast<unsigned int>(std::strlen(text)));
+DateTime Parse(const std::string& text) {
+  return DateTime(text.c_str(), static_cast<unsigned int>(text.size()));
 }
 
-std::string Print(const DateTime& time) {
-  return std::unique_ptr<char[]>(time.ToString()).get();
+std::string Owned(char* array) {
+  return std::unique_ptr<char[]>(array).get();
+}
+
+std::string Printed(const Row& row) {
+  try {
+    return Owned(Parse(row[1]).ToString());
+  } catch (const DateTimeFormatException&) {
+    return "refused";
+  }
+}
+
+std::string OfMicroseconds(const Row& row) {
+  const long long micros = std::stoll(row[1]);
+  EXPECT_EQ(micros, DateTime(micros, false).GetUtcTime());
+  EXPECT_EQ(micros, DateTime(micros, true).GetUtcTime());
+  return Owned(DateTime(micros, false).ToString());
 }
 
 TEST(DateTimeTest, PrintsBackWhatItParsed) {
-  for (const char* text : {"2006-01-02T03:04:05Z", "2006-01-02T03:04:05.1+02:00",
-                           "1969-12-31T23:59:59.000001-05:30", "2038-02-01T00:00:00.123456Z"}) {
-    EXPECT_EQ(Print(Parse(text)), text);
-  }
+  ExpectAnswers(KECPP_TEST_DATA "/cases/times.txt",
+                {{"time", Printed}, {"microseconds", OfMicroseconds}});
   const DateTime time = Parse("2006-01-02T03:04:05.1234567+02:00");
   EXPECT_EQ(time.GetBias(), -120);
   EXPECT_EQ(time.GetMillisecond(), 123);
@@ -36,47 +46,22 @@ TEST(DateTimeTest, PrintsBackWhatItParsed) {
   EXPECT_EQ(DateTime::DayOfWeek(2006, 1, 1), 0);
 }
 
-TEST(DateTimeTest, RejectsEveryDeviation) {
-  for (const char* text : {"2006-01-02 03:04:05Z", "2006-01-02T03:04:0", "2006-01-02T03:04:05X",
-                           "2006-01-02T03:04:05Z ", "2006-01-02T03:04:05+0200",
-                           "2006-01-02T03:04:05+02:00:00", "200a-01-02T03:04:05Z"}) {
-    EXPECT_THROW(Parse(text), DateTimeFormatException) << text;
-  }
-}
-
-TEST(DateTimeTest, ConvertsMicrosecondsBothWays) {
-  for (long long micros : {0LL, -1LL, 1700000000123456LL, 4102444800000000LL, -86400000001LL}) {
-    EXPECT_EQ(DateTime(micros, false).GetUtcTime(), micros);
-    EXPECT_EQ(DateTime(micros, true).GetUtcTime(), micros);
-  }
-  EXPECT_EQ(Print(DateTime(-1, false)), "1969-12-31T23:59:59.999999Z");
-}
-
 TEST(DateTimeTest, LocalTimeCarriesItsOffset) {
-  const char* before = std::getenv("TZ");
+  const char* const before = std::getenv("TZ");
   const std::string saved = before != nullptr ? before : "";
   setenv("TZ", "EST5EDT,M3.2.0,M11.1.0", 1);
   tzset();
   const DateTime summer(1688169600000000LL, true), winter(1672531200000000LL, true);
-  EXPECT_EQ(summer.GetBias(), 240);
-  EXPECT_TRUE(summer.IsDST());
-  EXPECT_EQ(winter.GetBias(), 300);
-  EXPECT_FALSE(winter.IsDST());
-  if (before != nullptr) {
-    setenv("TZ", saved.c_str(), 1);
-  } else {
-    unsetenv("TZ");
-  }
+  EXPECT_TRUE(summer.GetBias() == 240 && summer.IsDST());
+  EXPECT_TRUE(winter.GetBias() == 300 && !winter.IsDST());
+  before != nullptr ? setenv("TZ", saved.c_str(), 1) : unsetenv("TZ");
   tzset();
 }
 
 TEST(DateTimeTest, PrintingStaysWithinItsArrays) {
-  const DateTime wild(INT_MIN, INT_MIN, INT_MAX, -1, 99, 61.0);
-  EXPECT_EQ(Print(wild).size(), 20U);
-  const DateTime wilder(99999, 13, 32, 24, 60, 59.9999);
-  EXPECT_EQ(std::strlen(std::unique_ptr<char[]>(wilder.ToShortString()).get()), 23U);
-  EXPECT_STREQ(std::unique_ptr<char[]>(Parse("2006-01-02T03:04:05Z").ToShortString()).get(),
-               "2006-01-02 03:04:05.");
+  EXPECT_EQ(20u, Owned(DateTime(INT_MIN, INT_MIN, INT_MAX, -1, 99, 61.0).ToString()).size());
+  EXPECT_EQ(23u, Owned(DateTime(99999, 13, 32, 24, 60, 59.9999).ToShortString()).size());
+  EXPECT_EQ("2006-01-02 03:04:05.", Owned(Parse("2006-01-02T03:04:05Z").ToShortString()));
 }
 
 }  // namespace

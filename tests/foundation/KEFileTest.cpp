@@ -9,11 +9,8 @@
 #include <memory>
 #include <string>
 
+namespace KELib {
 namespace {
-
-using KELib::FILE_IO_READ;
-using KELib::FILE_IO_WRITE;
-using KELib::KEString;
 
 class KEFileTest : public testing::Test {
  protected:
@@ -29,9 +26,9 @@ class KEFileTest : public testing::Test {
     std::ifstream in(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), {});
   }
-  static std::unique_ptr<KELib::KEFile> Open(const std::filesystem::path& where, int mode) {
+  static std::unique_ptr<KEFile> Open(const std::filesystem::path& where, int mode) {
     KEString name(where.c_str());
-    return std::unique_ptr<KELib::KEFile>(KELib::CreateKEFile(name, mode));
+    return std::unique_ptr<KEFile>(CreateKEFile(name, mode));
   }
 
   std::filesystem::path folder;
@@ -96,3 +93,4 @@ TEST_F(KEFileTest, AReadingObjectNeverTouchesTheFileAndAWritingOneTestsByCreatin
 }
 
 }  // namespace
+}  // namespace KELib

@@ -10,19 +10,10 @@
 #include <vector>
 
 #include "foundation/KEException.h"
+#include "support/Counted.h"
 
+namespace KELib {
 namespace {
-
-using KELib::KEEntry;
-using KELib::KEHashmap;
-using KELib::KEHashmapIterator;
-using KELib::KEString;
-
-struct Counted {
-  explicit Counted(int& counter) : deaths(counter) {}
-  virtual ~Counted() { ++deaths; }
-  int& deaths;
-};
 
 // A record that holds its own key, as filter records do.
 struct Reference {
@@ -35,7 +26,6 @@ struct Record {
 
 }  // namespace
 
-namespace KELib {
 template <>
 unsigned int ComputeHash<Reference*>(Reference*& key) {
   return HashText(key->value.c_str(), static_cast<unsigned int>(key->value.size()));
@@ -44,51 +34,44 @@ template <>
 bool Equals<Reference*>(Reference*& left, Reference*& right) {
   return left->value == right->value;
 }
-}  // namespace KELib
 
 namespace {
 
-void Fill(KEHashmap<unsigned int, bool>& map, unsigned int from, unsigned int to) {
-  for (unsigned int i = from; i < to; ++i) {
-    map.Insert(i, true);
-  }
+using Flags = KEHashmap<unsigned int, bool>;
+
+void Fill(Flags& map, unsigned int from, unsigned int to) {
+  for (unsigned int i = from; i < to; ++i) map.Insert(i, true);
 }
 
-std::vector<unsigned int> Keys(KEHashmap<unsigned int, bool>& map) {
+std::vector<unsigned int> Keys(Flags& map) {
   std::vector<unsigned int> keys;
-  for (auto it = map.Begin(); !it.End(); ++it) {
-    keys.push_back(it->key);
-  }
+  for (auto it = map.Begin(); !it.End(); ++it) keys.push_back(it->key);
   return keys;
 }
 
 TEST(KEHashmapTest, GrowsAtItsThreshold) {
-  KEHashmap<unsigned int, bool> map;
-  const auto shape = [&map] { return std::make_pair(map.BucketCount(), map.Threshold()); };
-  Fill(map, 0, 15);
-  EXPECT_EQ(std::make_pair(20u, 15u), shape());
-  Fill(map, 15, 16);
-  EXPECT_EQ(std::make_pair(42u, 31u), shape());
-  Fill(map, 16, 32);
+  Flags map;
+  const unsigned int expected[][3] = {{15, 20, 15}, {16, 42, 31}, {32, 85, 63}};
+  for (const auto& [count, buckets, threshold] : expected) {
+    Fill(map, map.Count(), count);
+    EXPECT_EQ(buckets, map.BucketCount());
+    EXPECT_EQ(threshold, map.Threshold());
+  }
   map.Clear();
-  EXPECT_EQ(std::make_pair(85u, 63u), shape());
+  EXPECT_EQ(85u, map.BucketCount());
   EXPECT_EQ(0u, map.Count());
   EXPECT_THROW(map.Resize(4000000000u), std::bad_alloc);
-}
-
-TEST(KEHashmapTest, OddRatiosWork) {
   for (const float ratio : {-1.0f, 0.01f, 1e30f}) {
-    KEHashmap<unsigned int, bool> map(1, ratio);
-    Fill(map, 0, 100);
-    EXPECT_EQ(100u, Keys(map).size()) << ratio;
+    Flags odd(1, ratio);
+    Fill(odd, 0, 100);
+    EXPECT_EQ(100u, Keys(odd).size()) << ratio;
   }
 }
 
 TEST(KEHashmapTest, ChainsBeginWithTheNewestEntryAndTurnRoundOnGrowth) {
-  KEHashmap<unsigned int, bool> map(2, 1.0f);
-  for (unsigned int key : {0u, 6u, 12u}) {  // the third makes it 2 * 3 = 6 buckets
-    map.Insert(key, true);
-  }
+  Flags map(2, 1.0f);
+  // The third makes it 2 * 3 = 6 buckets.
+  for (unsigned int key : {0u, 6u, 12u}) map.Insert(key, true);
   EXPECT_EQ((std::vector<unsigned int>{12, 0, 6}), Keys(map));
 
   KEEntry<unsigned int, bool>* previous = nullptr;
@@ -100,31 +83,28 @@ TEST(KEHashmapTest, ChainsBeginWithTheNewestEntryAndTurnRoundOnGrowth) {
 }
 
 TEST(KEHashmapTest, APresentKeyIsFiledTwiceAndItsObjectsDieOnce) {
-  int oldDeaths = 0;
-  int newDeaths = 0;
-  KEString key("key");
-  KEString neighbour("other");
-  KEHashmap<KEString, Counted*> map(1, 100.0f);  // everything in one chain
-  map.Insert(key, new Counted(oldDeaths));
-  map.Insert(neighbour, new Counted(oldDeaths));
-  Counted* const fresh = new Counted(newDeaths);
-  map.Insert(key, fresh);
-  map.Insert(key, fresh);
-  EXPECT_EQ(1, oldDeaths);
-  EXPECT_EQ(0, newDeaths);
+  int old = 0, fresh = 0;
+  KEString key("key"), neighbour("other");
+  KEHashmap<KEString, Counted<>*> map(1, 100.0f);  // everything in one chain
+  map.Insert(key, new Counted<>(old));
+  map.Insert(neighbour, new Counted<>(old));
+  auto* const twice = new Counted<>(fresh);
+  map.Insert(key, twice);
+  map.Insert(key, twice);
+  EXPECT_EQ(1, old);
+  EXPECT_EQ(1, fresh);
   EXPECT_EQ(4u, map.Count());
 
   map.Remove(key);
-  EXPECT_EQ(1, newDeaths);
+  EXPECT_EQ(0, fresh);
   EXPECT_EQ(3u, map.Count());
   EXPECT_FALSE(map.Contains(key));
   EXPECT_TRUE((++map.Begin()).End());
 
-  map.Insert(key, new Counted(newDeaths));
+  map.Insert(key, new Counted<>(fresh));
   EXPECT_TRUE(map.Contains(key));
   map.Clear();
-  EXPECT_EQ(2, oldDeaths);
-  EXPECT_EQ(2, newDeaths);
+  EXPECT_EQ(0, old + fresh);
 }
 
 TEST(KEHashmapTest, KeysThatLiveInTheirValues) {
@@ -160,20 +140,19 @@ TEST(KEHashmapTest, RemovesByAReferenceToTheEntrysOwnKey) {
 }
 
 TEST(KEHashmapIteratorTest, IsUnboundByWhateverMovesEntriesAndByNothingElse) {
-  KEHashmap<unsigned int, bool> map;
-  unsigned int present = 7;
-  unsigned int absent = 19;
+  Flags map;
+  unsigned int present = 7, absent = 19;
   Fill(map, 0, 3);
-  KEHashmapIterator<unsigned int, bool> it = map.Begin();
+  auto it = map.Begin();
   Fill(map, 3, 15);
   map.Remove(absent);
-  KEHashmapIterator<unsigned int, bool> copy = ++it;
+  auto copy = ++it;
   EXPECT_EQ(1u, copy->key);
   Fill(map, 15, 16);
   EXPECT_TRUE(it.End());
   EXPECT_EQ(nullptr, copy.Map());
   EXPECT_TRUE((++copy).End());
-  EXPECT_THROW(*copy, KELib::InvalidIteratorException);
+  EXPECT_THROW(*copy, InvalidIteratorException);
   copy = it = map.Begin();
   map.Remove(present);
   EXPECT_TRUE(it.End() && copy.End());
@@ -197,22 +176,20 @@ TEST(KEHashmapTest, BehavesAsAMap) {
     ASSERT_EQ(model.size(), map.Count());
   }
   std::map<std::string, int> walked;
-  for (auto it = map.Begin(); !it.End(); ++it) {
-    walked[it->key.Cstr()] = it->value;
-  }
+  for (auto it = map.Begin(); !it.End(); ++it) walked[it->key.Cstr()] = it->value;
   EXPECT_EQ(model, walked);
 }
 
 TEST(ElementPoliciesTest, HashesAndComparesTexts) {
   char text[] = "ab";
-  char* pointer = text;
-  char* null = nullptr;
-  EXPECT_EQ(3105u, KELib::ComputeHash<char*>(pointer));
-  EXPECT_EQ(97u, KELib::ComputeHash<char*>(pointer, 1));
-  EXPECT_FALSE(KELib::Equals<char*>(null, null));
+  char *pointer = text, *null = nullptr;
+  EXPECT_EQ(3105u, ComputeHash<char*>(pointer));
+  EXPECT_EQ(97u, ComputeHash<char*>(pointer, 1));
+  EXPECT_FALSE(Equals<char*>(null, null));
   KEString string(text);
-  EXPECT_EQ(3105u, KELib::ComputeHash<KEString>(string, 1));
-  EXPECT_FALSE(KELib::DeleteVal(string));
+  EXPECT_EQ(3105u, ComputeHash<KEString>(string, 1));
+  EXPECT_FALSE(DeleteVal(string));
 }
 
 }  // namespace
+}  // namespace KELib

@@ -14,14 +14,8 @@
 #include "foundation/KEWaiter.h"
 #include "support/CapturedLog.h"
 
+namespace KELib {
 namespace {
-
-using KELib::KECondition;
-using KELib::KEMutex;
-using KELib::KEMutexGuard;
-using KELib::KEQuietCondition;
-using KELib::KEWaiter;
-using KELib::KEWork;
 
 TEST(KEMutexTest, Excludes) {
   KEMutex mutex;
@@ -32,10 +26,9 @@ TEST(KEMutexTest, Excludes) {
       ++counter;
     }
   };
-  std::thread first(count);
-  std::thread second(count);
-  first.join();
-  second.join();
+  std::thread other(count);
+  count();
+  other.join();
   EXPECT_EQ(20000, counter);
 }
 
@@ -54,7 +47,7 @@ TEST(KEMutexGuardTest, LeavesAloneWhatTheThreadHolds) {
 
 TEST(KEConditionTest, ATimedWaitEndsReturnsZeroAndLogs) {
   CapturedLog::Clear();
-  const std::unique_ptr<KECondition> condition(KELib::CreateKECondition());
+  const std::unique_ptr<KECondition> condition(CreateKECondition());
   KEMutex mutex;
   mutex.Lock();
   EXPECT_EQ(0, condition->Wait(&mutex, 1));
@@ -96,7 +89,7 @@ void ExpectHandshake(KEMutex& mutex, WaitOnce waitOnce, WakeUp wakeUp) {
 
 TEST(KEConditionTest, ASignalEndsAnUnboundedWaitSilently) {
   CapturedLog::Clear();
-  const std::unique_ptr<KECondition> condition(KELib::CreateKECondition());
+  const std::unique_ptr<KECondition> condition(CreateKECondition());
   KEMutex mutex;
   ExpectHandshake(
       mutex, [&] { condition->Wait(&mutex, 0); }, [&] { condition->Signal(); });
@@ -113,19 +106,17 @@ TEST(KEQuietConditionTest, TellsWakeUpFromTimeOutAndLogsNothing) {
       mutex, [&] { EXPECT_TRUE(condition.Wait(mutex, 9223372036854775807LL)); },
       [&] { condition.Broadcast(); });
   KEMutexGuard guard(&mutex);
-  bool timedOut = false;
-  while (!timedOut) {
-    timedOut = !condition.Wait(mutex, 1);
+  while (condition.Wait(mutex, 1)) {
   }
   EXPECT_TRUE(mutex.IsLocked());
   EXPECT_TRUE(CapturedLog::Lines().empty());
 }
 
 TEST(KEWaiterTest, ASignalSticksAndMayComeFromAnyThread) {
-  std::unique_ptr<KEWaiter> waiter(KELib::CreateKEWaiter());
+  std::unique_ptr<KEWaiter> waiter(CreateKEWaiter());
   EXPECT_FALSE(waiter->Wait(5));
   for (int milliseconds : {0, -1, 600000}) {
-    waiter.reset(KELib::CreateKEWaiter());
+    waiter.reset(CreateKEWaiter());
     std::thread signaller([&waiter] { waiter->Signal(); });
     EXPECT_TRUE(waiter->Wait(milliseconds));
     signaller.join();
@@ -134,29 +125,30 @@ TEST(KEWaiterTest, ASignalSticksAndMayComeFromAnyThread) {
 }
 
 struct ReportingWork : KEWork {
-  ReportingWork(std::promise<pthread_t>& where, std::promise<int>& end) : ran(where), died(end) {}
   ~ReportingWork() override { died.set_value(returnCode); }
   void Execute() override {
-    returnCode = KELib::WORK_RET_SUCCESS;
+    returnCode = WORK_RET_SUCCESS;
     ran.set_value(pthread_self());  // throws, and so ends the process, when called twice
   }
-  std::promise<pthread_t>& ran;
-  std::promise<int>& died;
+  std::promise<pthread_t> ran;
+  std::promise<int> died;
 };
 
 TEST(KEThreadTest, RunsItsWorkOnceOnAnotherThreadAndDeletesIt) {
-  std::promise<pthread_t> ran;
-  std::promise<int> died;
-  KELib::CreateKEThread(new ReportingWork(ran, died))->Start();
-  EXPECT_NE(pthread_self(), ran.get_future().get());
-  EXPECT_EQ(KELib::WORK_RET_SUCCESS, died.get_future().get());
+  auto* const work = new ReportingWork;
+  auto ran = work->ran.get_future();
+  auto died = work->died.get_future();
+  CreateKEThread(work)->Start();
+  EXPECT_NE(pthread_self(), ran.get());
+  EXPECT_EQ(WORK_RET_SUCCESS, died.get());
 }
 
 TEST(KEThreadTest, WithoutAStartItsCreatorDeletesIt) {
-  std::promise<pthread_t> ran;
-  std::promise<int> died;
-  delete KELib::CreateKEThread(new ReportingWork(ran, died));
-  EXPECT_EQ(KELib::WORK_RET_UNEXECUTED, died.get_future().get());
+  auto* const work = new ReportingWork;
+  auto died = work->died.get_future();
+  delete CreateKEThread(work);
+  EXPECT_EQ(WORK_RET_UNEXECUTED, died.get());
 }
 
 }  // namespace
+}  // namespace KELib

@@ -10,11 +10,11 @@
 
 #include "foundation/KEMutexGuard.h"
 #include "instance/KETypeCache.h"
-#include "stub/CountedStub.h"
+#include "support/Counted.h"
 
 namespace KE::Instance {
 
-using CountedStub = KE::Stub::Counted<KELib::Stub::KEStubBase>;
+using CountedStub = Counted<KELib::Stub::KEStubBase>;
 
 inline KELib::Stub::KEStubBase* Find(KEDataCache& cache, const char* key) {
   KELib::KEString text(key);

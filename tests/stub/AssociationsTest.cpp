@@ -4,7 +4,6 @@
 #include <memory>
 #include <vector>
 
-#include "CountedStub.h"
 #include "stub/classes/AssocList.h"
 #include "stub/classes/RoleLinks.h"
 #include "stub/classes/ZORBEL_HostedDependency.h"
@@ -14,6 +13,7 @@
 #include "stub/classes/Zorbel_MemberOfCollection.h"
 #include "stub/classes/Zorbel_Privilege.h"
 #include "stub/classes/Zorbel_Role.h"
+#include "support/Counted.h"
 
 namespace KE::Stub {
 namespace {
