@@ -31,9 +31,8 @@ const SpeedGoal kSpeedGoals[] = {
 
 }  // namespace
 
-std::string RunName(const std::string& contender, unsigned int bits, unsigned int machines,
-                    const std::string& variant) {
-  return contender + " " + std::to_string(bits) + " " + std::to_string(machines) + variant;
+std::string RunName(const std::string& contender, unsigned int bits, unsigned int machines) {
+  return contender + " " + std::to_string(bits) + " " + std::to_string(machines);
 }
 
 std::string Report::Table(const char* title, const char* path, unsigned int bits,
@@ -61,7 +60,7 @@ std::string Report::Tables(unsigned int bits, const std::vector<std::string>& co
                            const std::vector<unsigned int>& sizes) const {
   std::vector<std::string> stores;
   for (const std::string& contender : contenders) {
-    if (contender != "bare") stores.push_back(contender);
+    if (contender.rfind("bare", 0) != 0) stores.push_back(contender);
   }
   return Table("first fill, us a machine", "/fill/cpu", bits, contenders, sizes) +
          Table("fill after a drop, us a machine", "/refill/cpu", bits, contenders, sizes) +
@@ -112,13 +111,13 @@ void Report::AddMemoryGoals(unsigned int bits, std::vector<Goal>& goals) const {
 
 // The exponent x of time = inventory^x, above that of the bare allocations.
 void Report::AddGrowthGoal(const std::string& variant, std::vector<Goal>& goals) const {
-  const auto exponent = [&](const char* contender) {
-    const double small = rounds.Value(RunName(contender, 64, 1000, variant), "/fill/cpu");
-    const double large = rounds.Value(RunName(contender, 64, 100000, variant), "/fill/cpu");
+  const auto exponent = [&](const std::string& contender) {
+    const double small = rounds.Value(RunName(contender + variant, 64, 1000), "/fill/cpu");
+    const double large = rounds.Value(RunName(contender + variant, 64, 100000), "/fill/cpu");
     return 1 + std::log(large / small) / std::log(100.0);
   };
-  for (const char* contender : {"kecpp", "bare"}) {
-    if (!rounds.Has(RunName(contender, 64, 100000, variant))) return;
+  for (const std::string contender : {"kecpp", "bare"}) {
+    if (!rounds.Has(RunName(contender + variant, 64, 100000))) return;
   }
   goals.push_back({"growth exponent above that of the bare allocations" + variant,
                    exponent("kecpp") - exponent("bare"), 0.04, false});
@@ -149,7 +148,7 @@ void Report::AddWireGoals(std::vector<Goal>& goals) const {
 std::string Report::ChartData(unsigned int bits, const std::vector<std::string>& contenders,
                               const std::vector<unsigned int>& sizes) const {
   std::string data = "machines";
-  for (const std::string& contender : contenders) data += " " + contender;
+  for (const std::string& contender : contenders) data += " \"" + contender + "\"";
   for (unsigned int size : sizes) {
     data += "\n" + std::to_string(size);
     for (const std::string& contender : contenders) {

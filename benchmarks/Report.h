@@ -22,8 +22,7 @@ struct Goal {
 };
 
 // The name under which a contender was run with an inventory, such as "kecpp 64 10000".
-std::string RunName(const std::string& contender, unsigned int bits, unsigned int machines,
-                    const std::string& variant = "");
+std::string RunName(const std::string& contender, unsigned int bits, unsigned int machines);
 
 class Report {
  public:

@@ -17,6 +17,10 @@ add_compile_definitions(_GNU_SOURCE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
 # Goes with -Bsymbolic-functions (Layers.cmake).
 add_compile_options(-fno-semantic-interposition)
 
+# Everything is bound when it is loaded (-z now): the linkage table's detour would only cost, most of
+# all on 32-bit x86.
+add_compile_options(-fno-plt)
+
 if(KECPP_DEVELOPER)
   add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
                       -Werror)

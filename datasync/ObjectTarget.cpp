@@ -14,6 +14,7 @@
 #include "stub/classes/TaskInfo.h"
 #include "stub/classes/ZORBEL_ORXComputerSystem.h"
 #include "stub/classes/ZORBEL_VMComputerSystem.h"
+#include "xml/FixedText.h"
 
 namespace KE::Service {
 
@@ -79,7 +80,7 @@ bool ApplyText(Stub& stub, const TextProperty<Stub> (&table)[N], const ByLength&
                const XmlSlice& property, const XmlSlice& value) {
   if (property.length > kLongestPath || index[property.length] == kNone) return false;
   const TextProperty<Stub>& entry = table[index[property.length]];
-  if (std::memcmp(property.text, entry.path.text, property.length) != 0) return false;
+  if (!KELib::Xml::SameText(property.text, entry.path.text, property.length)) return false;
   value.CopyTo(stub.*entry.field);
   return true;
 }

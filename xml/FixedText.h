@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// Compares with a text whose length is known when the program is compiled, word by word and in
-// line. Tags are a dozen characters long: on 32-bit processors compilers would call memcmp for
-// them, which takes longer to begin than to compare.
+// Compares short texts word by word and in line. Tags and property paths are one or two dozen
+// characters long: memcmp takes longer to begin than to compare them, and on 32-bit processors
+// compilers call it even where the length is known when the program is compiled.
 #ifndef KECPP_XML_FIXEDTEXT_H
 #define KECPP_XML_FIXEDTEXT_H
 
@@ -39,6 +39,23 @@ bool BeginsWith(const char* text, const char (&literal)[N]) {
     return SameWords<kLength>(text, literal,
                               std::make_index_sequence<(kLength - 1) / sizeof(std::size_t)>());
   }
+}
+
+// The same for a length that is known only when the program runs; for texts of a few dozen
+// characters.
+inline bool SameText(const char* left, const char* right, std::size_t length) {
+  using Word = std::size_t;
+  if (length < sizeof(Word)) {
+    for (std::size_t i = 0; i < length; ++i) {
+      if (left[i] != right[i]) return false;
+    }
+    return true;
+  }
+  const std::size_t last = length - sizeof(Word);
+  for (std::size_t i = 0; i < last; i += sizeof(Word)) {
+    if (!SameWord<Word>(left + i, right + i)) return false;
+  }
+  return SameWord<Word>(left + last, right + last);
 }
 
 }  // namespace KELib::Xml

@@ -58,7 +58,7 @@ const char* KEXmlCursor::PlainTagEnd(const char* from) {
   }
   if (rest != nullptr && rest->length > 0 &&
       static_cast<std::size_t>(end - from) >= rest->length &&
-      std::memcmp(from, rest->text, rest->length) == 0) {
+      SameText(from, rest->text, rest->length)) {
     return from + rest->length - 1;
   }
   const char* stop = from;
