@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "support/CapturedLog.h"
 
@@ -58,9 +57,10 @@ TEST_F(LoggerTest, LevelNamesAreExact) {
     logger.SetLevelByName(name);
     EXPECT_STREQ(name, logger.GetLevelByName());
   }
-  logger.SetLevelByName("VERBOSE");
-  logger.SetLevelByName(nullptr);
-  EXPECT_TRUE(logger.IsLevel(Logging::LOG_LEVEL_TRIVIA));
+  for (const char* name : {"VERBOSE", static_cast<const char*>(nullptr)}) {
+    logger.SetLevelByName(name);
+    EXPECT_TRUE(logger.IsLevel(Logging::LOG_LEVEL_TRIVIA));
+  }
   logger.SetLevel(7);
   EXPECT_STREQ("", logger.GetLevelByName());
 }
@@ -81,16 +81,16 @@ TEST_F(LoggerTest, WritesConversionsWithoutArgumentLiterally) {
 }
 
 TEST_F(LoggerTest, ThreadsLogWhileTheDefaultLoggerIsFreed) {
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 3; ++i) {
-    threads.emplace_back([] {
-      for (int line = 0; line < 500; ++line) {
-        Logging::GetDefaultLogger()->Write(Logging::LOG_LEVEL_ERROR, "one %s", "line");
-      }
-    });
-  }
+  const auto log = [] {
+    for (int line = 0; line < 500; ++line) {
+      Logging::GetDefaultLogger()->Write(Logging::LOG_LEVEL_ERROR, "one %s", "line");
+    }
+  };
+  std::thread first(log), second(log);
   for (int i = 0; i < 500; ++i) Logging::FreeDefaultLogger();
-  for (std::thread& thread : threads) thread.join();
+  log();
+  first.join();
+  second.join();
   EXPECT_EQ(1500u, CapturedLog::Count("one line"));
 }
 

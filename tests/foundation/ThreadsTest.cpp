@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <syslog.h>
 
+#include <climits>
+#include <functional>
 #include <future>
 #include <memory>
 #include <thread>
@@ -17,28 +19,10 @@
 namespace KELib {
 namespace {
 
-TEST(KEMutexTest, Excludes) {
-  KEMutex mutex;
-  int counter = 0;
-  const auto count = [&] {
-    for (int i = 0; i < 10000; ++i) {
-      KEMutexGuard guard(&mutex);
-      ++counter;
-    }
-  };
-  std::thread other(count);
-  count();
-  other.join();
-  EXPECT_EQ(20000, counter);
-}
-
 TEST(KEMutexGuardTest, LeavesAloneWhatTheThreadHolds) {
   KEMutex mutex;
   KEMutexGuard outer(&mutex);
-  {
-    KEMutexGuard inner(&mutex);
-    KEMutexGuard nothing(nullptr);
-  }
+  { KEMutexGuard inner(&mutex), nothing(nullptr); }
   EXPECT_TRUE(mutex.IsLocked());
   EXPECT_FALSE(std::async(std::launch::async, [&mutex] { return mutex.IsLocked(); }).get());
   outer.Release();
@@ -63,25 +47,23 @@ TEST(KEConditionTest, ATimedWaitEndsReturnsZeroAndLogs) {
 }
 
 // Waits in another thread until `flag` is set under the mutex; the wait must give the mutex up.
-template <typename WaitOnce, typename WakeUp>
-void ExpectHandshake(KEMutex& mutex, WaitOnce waitOnce, WakeUp wakeUp) {
-  bool waiting = false;
-  bool flag = false;
-  bool ownerAfterWait = false;
+void ExpectHandshake(const std::function<void(KEMutex&)>& waitOnce,
+                     const std::function<void()>& wakeUp) {
+  KEMutex mutex;
+  bool waiting = false, flag = false, ownerAfterWait = false;
   std::thread waiter([&] {
     KEMutexGuard guard(&mutex);
     waiting = true;
     while (!flag) {
-      waitOnce();
+      waitOnce(mutex);
       ownerAfterWait = mutex.IsLocked();
     }
   });
   for (bool signalled = false; !signalled;) {
     KEMutexGuard guard(&mutex);
-    if (waiting) {
-      flag = signalled = true;
-      wakeUp();
-    }
+    if (!waiting) continue;
+    flag = signalled = true;
+    wakeUp();
   }
   waiter.join();
   EXPECT_TRUE(ownerAfterWait);
@@ -90,21 +72,19 @@ void ExpectHandshake(KEMutex& mutex, WaitOnce waitOnce, WakeUp wakeUp) {
 TEST(KEConditionTest, ASignalEndsAnUnboundedWaitSilently) {
   CapturedLog::Clear();
   const std::unique_ptr<KECondition> condition(CreateKECondition());
-  KEMutex mutex;
-  ExpectHandshake(
-      mutex, [&] { condition->Wait(&mutex, 0); }, [&] { condition->Signal(); });
+  ExpectHandshake([&](KEMutex& mutex) { condition->Wait(&mutex, 0); },
+                  [&] { condition->Signal(); });
   EXPECT_TRUE(CapturedLog::Lines().empty());
 }
 
 TEST(KEQuietConditionTest, TellsWakeUpFromTimeOutAndLogsNothing) {
   CapturedLog::Clear();
   KEQuietCondition condition;
+  ExpectHandshake([&](KEMutex& mutex) { EXPECT_TRUE(condition.Wait(mutex, -1)); },
+                  [&] { condition.Signal(); });
+  ExpectHandshake([&](KEMutex& mutex) { EXPECT_TRUE(condition.Wait(mutex, LLONG_MAX)); },
+                  [&] { condition.Broadcast(); });
   KEMutex mutex;
-  ExpectHandshake(
-      mutex, [&] { EXPECT_TRUE(condition.Wait(mutex, -1)); }, [&] { condition.Signal(); });
-  ExpectHandshake(
-      mutex, [&] { EXPECT_TRUE(condition.Wait(mutex, 9223372036854775807LL)); },
-      [&] { condition.Broadcast(); });
   KEMutexGuard guard(&mutex);
   while (condition.Wait(mutex, 1)) {
   }
@@ -134,20 +114,15 @@ struct ReportingWork : KEWork {
   std::promise<int> died;
 };
 
-TEST(KEThreadTest, RunsItsWorkOnceOnAnotherThreadAndDeletesIt) {
-  auto* const work = new ReportingWork;
+TEST(KEThreadTest, RunsItsWorkOnceOnAnotherThreadAndDeletesItOrItsCreatorDoes) {
+  auto *const work = new ReportingWork, *const idle = new ReportingWork;
   auto ran = work->ran.get_future();
-  auto died = work->died.get_future();
+  auto died = work->died.get_future(), idleDied = idle->died.get_future();
   CreateKEThread(work)->Start();
   EXPECT_NE(pthread_self(), ran.get());
   EXPECT_EQ(WORK_RET_SUCCESS, died.get());
-}
-
-TEST(KEThreadTest, WithoutAStartItsCreatorDeletesIt) {
-  auto* const work = new ReportingWork;
-  auto died = work->died.get_future();
-  delete CreateKEThread(work);
-  EXPECT_EQ(WORK_RET_UNEXECUTED, died.get());
+  delete CreateKEThread(idle);
+  EXPECT_EQ(WORK_RET_UNEXECUTED, idleDied.get());
 }
 
 }  // namespace

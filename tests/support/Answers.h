@@ -50,4 +50,12 @@ inline void ExpectAnswers(const std::string& path, const Questions& questions) {
   EXPECT_EQ(questions.size(), asked.size()) << "questions never asked in " << path;
 }
 
+// The answers to steps ("one; another"), joined in the same way.
+template <typename Answer>
+std::string Stepwise(const std::string& steps, Answer answer) {
+  std::string all;
+  for (const std::string& step : Split(steps, ";")) all += "; " + answer(step);
+  return all.substr(2);
+}
+
 #endif

@@ -9,9 +9,11 @@
 #ifndef KECPP_TESTS_SUPPORT_CAPTUREDLOG_H
 #define KECPP_TESTS_SUPPORT_CAPTUREDLOG_H
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
+#include <cstdlib>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -38,25 +40,20 @@ class CapturedLog {
 
   // How many lines contain `text`, and whether one does.
   static std::size_t Count(const std::string& text) {
-    std::size_t found = 0;
-    for (const Line& line : Lines()) {
-      found += line.text.find(text) != std::string::npos;
-    }
-    return found;
+    const std::vector<Line> all = Lines();
+    return std::count_if(all.begin(), all.end(), [&](const Line& line) {
+      return line.text.find(text) != std::string::npos;
+    });
   }
   static bool Contains(const std::string& text) { return Count(text) > 0; }
 
   // Captures one line; OnLogLine calls it.
   static void Add(int priority, const char* format, va_list arguments) {
-    va_list again;
-    va_copy(again, arguments);
-    const int length = std::vsnprintf(nullptr, 0, format, again);
-    va_end(again);
-    std::string text(length > 0 ? static_cast<std::size_t>(length) + 1 : 1, '\0');
-    std::vsnprintf(&text[0], text.size(), format, arguments);
-    text.pop_back();
+    char* text = nullptr;
+    if (::vasprintf(&text, format, arguments) < 0) return;
     std::lock_guard<std::mutex> guard(Get().mutex);
     Get().lines.push_back({priority, text});
+    std::free(text);
   }
 
  private:

@@ -78,9 +78,6 @@ struct Reply {
     return Raw(bytes.str() + "0\r\n\r\n");
   }
 
-  // Sends only the first `count` bytes and closes.
-  Reply CutAfter(std::size_t count) const { return Raw(bytes.substr(0, count)).AndClose(); }
-
   Reply AndClose() && {
     close = true;
     return std::move(*this);

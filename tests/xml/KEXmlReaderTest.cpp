@@ -55,9 +55,7 @@ std::string StepOf(KEXmlReader& reader, const std::string& step) {
 
 std::string StepsThrough(const Row& row) {
   KEXmlReader reader = ReaderOf(row[1]);
-  std::string all;
-  for (const std::string& step : Split(row[2], ";")) all += "; " + StepOf(reader, step);
-  return all.substr(2);
+  return Stepwise(row[2], [&](const std::string& step) { return StepOf(reader, step); });
 }
 
 std::string TokenTypeOf(const Row& row) {
