@@ -15,28 +15,6 @@
 namespace KELib {
 namespace {
 
-// A record that holds its own key, as filter records do.
-struct Reference {
-  std::string value;
-};
-struct Record {
-  explicit Record(const char* name) : reference{name} {}
-  Reference reference;
-};
-
-}  // namespace
-
-template <>
-unsigned int ComputeHash<Reference*>(Reference*& key) {
-  return HashText(key->value.c_str(), static_cast<unsigned int>(key->value.size()));
-}
-template <>
-bool Equals<Reference*>(Reference*& left, Reference*& right) {
-  return left->value == right->value;
-}
-
-namespace {
-
 using Flags = KEHashmap<unsigned int, bool>;
 
 void Fill(Flags& map, unsigned int from, unsigned int to) {
@@ -105,26 +83,6 @@ TEST(KEHashmapTest, APresentKeyIsFiledTwiceAndItsObjectsDieOnce) {
   EXPECT_TRUE(map.Contains(key));
   map.Clear();
   EXPECT_EQ(0, old + fresh);
-}
-
-TEST(KEHashmapTest, KeysThatLiveInTheirValues) {
-  KEHashmap<Reference*, Record*> map;
-  Record* const first = new Record("filter-1");
-  Reference* key = &first->reference;
-  map.Insert(key, first);
-  Record* const second = new Record("filter-1");
-  key = &second->reference;
-  map.Insert(key, second);  // the first record's reference dies here
-  Reference own{"filter-1"};
-  Reference* ownKey = &own;
-  EXPECT_EQ(second, *map.Get(ownKey));
-  KEEntry<Reference*, Record*>& entry = *map.Begin();
-  map.Remove(entry.key);
-  EXPECT_FALSE(map.Contains(ownKey));
-  map.Insert(ownKey, nullptr);  // may look at the entry that lost its key
-  map.Resize(1000);
-  EXPECT_EQ(2u, map.Count());
-  EXPECT_TRUE(map.Begin().End());
 }
 
 TEST(KEHashmapIteratorTest, IsUnboundByWhateverMovesEntriesAndByNothingElse) {

@@ -1,53 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "foundation/KEString.h"
 
-#include <new>
-#include <string>
+#include <gtest/gtest.h>
 
-#include "support/Answers.h"
+#include <new>
+#include <tuple>
 
 namespace KELib {
 namespace {
-
-unsigned int Number(const std::string& field) {
-  return static_cast<unsigned int>(std::stoul(field));
-}
-
-std::string Position(unsigned int found) {
-  return found == KEString::NPos ? "none" : std::to_string(found);
-}
-
-std::string Erased(const Row& row) {
-  KEString text(row[1].c_str());
-  text.Erase(Number(row[2]), Number(row[3]));
-  return text.Cstr();
-}
-
-std::string Substring(const Row& row) {
-  return KEString(row[1].c_str()).Substring(Number(row[2]), Number(row[3])).Cstr();
-}
-
-std::string Found(const Row& row) {
-  return Position(KEString(row[1].c_str()).Find(row[2].c_str(), Number(row[3])));
-}
-
-std::string FoundCharacter(const Row& row) {
-  return Position(KEString(row[1].c_str()).Find(row[2][0], Number(row[3])));
-}
-
-std::string CharacterAt(const Row& row) {
-  const char at[] = {KEString(row[1].c_str()).At(Number(row[2])), '\0'};
-  return at;
-}
-
-TEST(KEStringTest, AnswersTheCases) {
-  ExpectAnswers(KECPP_TEST_DATA "/cases/strings.txt", {{"erase", Erased},
-                                                       {"substring", Substring},
-                                                       {"find", Found},
-                                                       {"find character", FoundCharacter},
-                                                       {"at", CharacterAt}});
-  EXPECT_THROW(KEString("abcdef").Substring(4, 2), std::bad_alloc);
-}
 
 TEST(KEStringTest, LengthArgumentsReserveButNeverTruncate) {
   EXPECT_STREQ(KEString("abcdef", 3).Cstr(), "abcdef");
@@ -82,6 +42,32 @@ TEST(KEStringTest, SelfArgumentsWork) {
   text.Transfer(text);
   text = *&text;
   EXPECT_STREQ(text.Cstr(), "cdefcdef");
+}
+
+TEST(KEStringTest, PositionsAreClampedAndASubstringKeepsTheWholeTail) {
+  const KEString text("abcdef");
+  EXPECT_EQ(text.At(99), 'f');
+  EXPECT_EQ(text[6], '\0');
+  EXPECT_EQ(KEString().At(7), '\0');
+  EXPECT_EQ(text.Find('a', 0), 0U);
+  EXPECT_EQ(text.Find('x', 6), KEString::NPos);
+  EXPECT_EQ(text.Find("bc", 1), 1U);
+  EXPECT_EQ(text.Find("bc", 4294967295U), KEString::NPos);
+  EXPECT_EQ(KEString().Find('a', 0), KEString::NPos);
+  EXPECT_STREQ(text.Substring(1, 3).Cstr(), "bcdef");
+  EXPECT_STREQ(text.Substring(2, 0).Cstr(), "cdef");
+  EXPECT_STREQ(text.Substring(9, 0).Cstr(), "");
+  EXPECT_THROW(text.Substring(4, 2), std::bad_alloc);
+}
+
+TEST(KEStringTest, ErasesWithinTheText) {
+  KEString text("abcdef");
+  const std::tuple<unsigned int, unsigned int, const char*> steps[] = {
+      {1, 3, "adef"}, {9, 12, "adef"}, {3, 1, "adef"}, {0, 0, "adef"}, {2, 99, "ad"}, {0, 2, ""}};
+  for (const auto& [from, to, left] : steps) {
+    text.Erase(from, to);
+    EXPECT_STREQ(text.Cstr(), left) << from;
+  }
 }
 
 TEST(KEStringTest, EmptyStringsShareOneUntouchedBuffer) {

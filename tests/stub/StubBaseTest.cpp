@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 
+#include "foundation/KEHashmap.h"
 #include "stub/base/KEAssocStubBase.h"
 #include "stub/classes/ManagedObjectReference.h"
 
@@ -27,14 +28,40 @@ TEST(AssocStubBase, BorrowsAClassNameAndGivesItBackEvenOnError) {
   EXPECT_STREQ("", KEAssocStubBase().GetKey(static_cast<const char*>(nullptr)));
 }
 
+using Reference = KE::Stub::ManagedObjectReference;
+
 TEST(ManagedObjectReference, IsItsValueWhateverTheType) {
-  KE::Stub::ManagedObjectReference left, right, *a = &left, *b = &right;
+  Reference left, right, *a = &left, *b = &right;
   left.type = "HostSystem";
   left.value = right.value = "ha-1";
   EXPECT_EQ(ComputeHash(a), ComputeHash(b));
   EXPECT_TRUE(Equals(a, b));
   right.value = "HA-1";
   EXPECT_FALSE(Equals(a, b));
+}
+
+// As filter records do.
+struct Record {
+  Record() { reference.value = "filter-1"; }
+  Reference reference;
+};
+
+TEST(ManagedObjectReference, MayBeTheKeyOfTheRecordThatHoldsIt) {
+  KEHashmap<Reference*, Record*> map;
+  Record own, *last = nullptr;
+  for (int i = 0; i < 2; ++i) {  // the first record's reference dies on the way
+    last = new Record;
+    Reference* key = &last->reference;
+    map.Insert(key, last);
+  }
+  Reference* key = &own.reference;
+  EXPECT_EQ(last, *map.Get(key));
+  map.Remove((*map.Begin()).key);
+  EXPECT_FALSE(map.Contains(key));
+  map.Insert(key, nullptr);  // may look at the entry that lost its key
+  map.Resize(1000);
+  EXPECT_EQ(2u, map.Count());
+  EXPECT_TRUE(map.Begin().End());
 }
 
 }  // namespace

@@ -23,7 +23,6 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <strings.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -34,6 +33,7 @@
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -107,14 +107,9 @@ class RawServer {
 
     // The value of the first header of that name, letter case ignored; empty without one.
     std::string Header(const std::string& name) const {
-      for (std::size_t at = head.find("\r\n"); at + 2 < head.size();
-           at = head.find("\r\n", at + 2)) {
-        const char* const line = head.c_str() + at + 2;
-        if (::strncasecmp(line, (name + ":").c_str(), name.size() + 1) != 0) continue;
-        const std::size_t begin = head.find_first_not_of(' ', at + 3 + name.size());
-        return head.substr(begin, head.find("\r\n", begin) - begin);
-      }
-      return "";
+      std::smatch found;
+      const std::regex line("\r\n" + name + ": *([^\r]*)", std::regex::icase);
+      return std::regex_search(head, found, line) ? found[1].str() : "";
     }
   };
 
