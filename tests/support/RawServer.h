@@ -101,9 +101,8 @@ struct Reply {
 class RawServer {
  public:
   struct Request {
-    std::string head;    // request line and headers, each with its line end
-    std::string body;    // as long as its Content-Length says
-    int connection = 0;  // which connection it came on, counted from 0
+    std::string head;  // request line and headers, each with its line end
+    std::string body;  // as long as its Content-Length says
 
     // The value of the first header of that name, letter case ignored; empty without one.
     std::string Header(const std::string& name) const {
@@ -182,7 +181,7 @@ class RawServer {
 
  private:
   void Accept() {
-    for (int number = 0;; ++number) {
+    while (true) {
       const int client = ::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
       std::lock_guard<std::mutex> guard(mutex);
       if (stopping) {
@@ -191,16 +190,15 @@ class RawServer {
       }
       if (client < 0) continue;
       clients.insert(client);
-      threads.emplace_back([this, client, number] { Serve(client, number); });
+      threads.emplace_back([this, client] { Serve(client); });
     }
   }
 
-  void Serve(int client, int number) {
+  void Serve(int client) {
     const int on = 1;
     ::setsockopt(client, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     std::string pending;
     Request request;
-    request.connection = number;
     while (Read(client, pending, request) && Answer(client, Next(request))) {
     }
     std::lock_guard<std::mutex> guard(mutex);
