@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // A TCP server for tests that reads HTTP requests and answers exactly the bytes it is told to, or
-// misbehaves: closes early, drips, hangs.
+// misbehaves: closes early, hangs.
 //
 //   RawServer server;                                      // 127.0.0.1, a free port
 //   server.Push(Reply::Ok("<a/>"));                        // one reply per request, in this order
@@ -22,7 +22,6 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -48,7 +47,6 @@ struct Reply {
   bool close = false;  // after the last byte
   bool hangs = false;  // behind the first `hangAfter` bytes
   std::size_t hangAfter = 0;
-  std::size_t step = 0;  // bytes sent at a time; 0: all
 
   // These bytes, whatever they are.
   static Reply Raw(std::string bytes) {
@@ -80,12 +78,6 @@ struct Reply {
 
   Reply AndClose() && {
     close = true;
-    return std::move(*this);
-  }
-
-  // Sends `count` bytes at a time.
-  Reply Dripping(std::size_t count) && {
-    step = count;
     return std::move(*this);
   }
 
@@ -195,8 +187,6 @@ class RawServer {
   }
 
   void Serve(int client) {
-    const int on = 1;
-    ::setsockopt(client, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     std::string pending;
     Request request;
     while (Read(client, pending, request) && Answer(client, Next(request))) {
@@ -249,9 +239,9 @@ class RawServer {
   // False when the connection is to be closed.
   bool Answer(int client, const Reply& reply) {
     const std::size_t first = reply.hangs ? reply.hangAfter : reply.bytes.size();
-    if (!Send(client, reply.bytes.substr(0, first), reply.step)) return false;
+    if (!Send(client, reply.bytes.substr(0, first))) return false;
     if (reply.hangs && !Hang(client)) return false;
-    return Send(client, reply.bytes.substr(first), reply.step) && !reply.close;
+    return Send(client, reply.bytes.substr(first)) && !reply.close;
   }
 
   // Looks after the client every few milliseconds: it may leave, which no condition tells.
@@ -265,11 +255,9 @@ class RawServer {
     return !stopping;
   }
 
-  static bool Send(int client, const std::string& bytes, std::size_t step) {
-    for (std::size_t sent = 0; sent < bytes.size(); std::this_thread::yield()) {
-      const std::size_t left = bytes.size() - sent;
-      const ssize_t count =
-          ::send(client, bytes.data() + sent, step > 0 ? std::min(step, left) : left, MSG_NOSIGNAL);
+  static bool Send(int client, const std::string& bytes) {
+    for (std::size_t sent = 0; sent < bytes.size();) {
+      const ssize_t count = ::send(client, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
       if (count <= 0) return false;
       sent += static_cast<std::size_t>(count);
     }
