@@ -53,8 +53,12 @@ Json Simulator::Ask(const std::string& method, const std::string& control,
   const std::string path = "/control/" + control;
   httplib::Client client(host);
   client.enable_server_certificate_verification(false);
-  const auto answer = method == "GET" ? client.Get(path.c_str())
-                                      : client.Post(path.c_str(), body, "application/json");
+  httplib::Result answer(nullptr, httplib::Error::Unknown);
+  Eventually([&] {
+    answer = method == "GET" ? client.Get(path.c_str())
+                             : client.Post(path.c_str(), body, "application/json");
+    return answer || !process.IsRunning();
+  });
   if (!answer) throw std::runtime_error(path + ": " + httplib::to_string(answer.error()));
   if (answer->status != 200) throw std::runtime_error(path + ": " + answer->body);
   return answer->body.empty() ? Json() : Json::parse(answer->body);

@@ -29,7 +29,8 @@ class Simulator {
   // The inventory as it is now, in the form in which kecpp-inventory prints it.
   Json Truth() { return Ask("GET", "inventory"); }
 
-  // Asks one of the controls: "POST /control/<name>" with `body`. Throws when it refuses.
+  // Asks one of the controls: "POST /control/<name>" with `body`. Waits while a fault keeps the
+  // daemon's port closed. Throws when it refuses.
   Json Control(const std::string& name, const Json& body = Json::object()) {
     return Ask("POST", name, body.dump());
   }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "faults/Stage.h"
 
+#include "support/Thrown.h"
+
 namespace faults {
 namespace {
 
@@ -64,19 +66,6 @@ Stage::~Stage() {
   KE::Service::ResetMgmtdWatch();
 }
 
-Json Stage::Patiently(const std::function<Json()>& question) {
-  Json answer;
-  Eventually([&] {
-    try {
-      answer = question();
-      return true;
-    } catch (const std::runtime_error&) {
-      return false;
-    }
-  });
-  return answer;
-}
-
 // What happens to the daemon happens once; any other fault lasts.
 void Stage::BeginFault(const std::string& methodName) {
   method = methodName;
@@ -96,7 +85,7 @@ void Stage::BeginFault(const std::string& methodName) {
 
 Stage::Attempts Stage::EndFault() {
   if (!certificate.empty()) std::filesystem::copy_file(KECPP_TEST_CERTIFICATE, removed);
-  Patiently([this] { return simulator.Control("fault", {{"kind", "clear"}}); });
+  simulator.Control("fault", {{"kind", "clear"}});
   // Pauses of 10 ms and 100 ms, then of a second; the last failure may be on its way yet.
   const auto took = std::chrono::steady_clock::now() - faultBegan;
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(took).count();
@@ -106,21 +95,12 @@ Stage::Attempts Stage::EndFault() {
 // --- what the user does --------------------------------------------------------------------------
 
 std::string Stage::Do(const std::string& step) {
-  const auto thrown = [](const char* type, const KELib::Exception& e) {
-    return std::string("throws ") + type + ": " + e.What();
-  };
   seen = "returns";
   try {
     steps.at(step)();
     return seen;
-  } catch (const KELib::NoPermissionException& e) {
-    return thrown("NoPermissionException", e);
-  } catch (const KELib::RequestTimedOutException& e) {
-    return thrown("RequestTimedOutException", e);
-  } catch (const KELib::SystemException& e) {
-    return thrown("SystemException", e);
   } catch (const KELib::Exception& e) {
-    return thrown("Exception", e);
+    return "throws " + Described(e);
   }
 }
 
@@ -165,11 +145,10 @@ void Stage::MeetInLoop() {
 }
 
 void Stage::RenameAMachine() {
-  const Json order = {{"do", "set"},
-                      {"id", Truth()["machines"][0]["Name"]},
-                      {"property", "name"},
-                      {"value", "renamed " + std::to_string(++names)}};
-  Patiently([&] { return simulator.Control("machine", order); });
+  simulator.Control("machine", {{"do", "set"},
+                                {"id", simulator.Truth()["machines"][0]["Name"]},
+                                {"property", "name"},
+                                {"value", "renamed " + std::to_string(++names)}});
 }
 
 // --- what is the case ----------------------------------------------------------------------------
@@ -177,7 +156,7 @@ void Stage::RenameAMachine() {
 bool Stage::Holds(const std::string& statement, const std::vector<std::string>& texts) {
   KE::Service::KESyncStatus status;
   if (sync != nullptr) sync->GetStatus(status);
-  const auto stats = [this](const char* name) { return Stats()[name].get<int>(); };
+  const auto stats = [this](const char* name) { return simulator.Stats()[name].get<int>(); };
   const auto failed = [&] {
     return status.consecutiveFailures > 0 &&
            std::any_of(texts.begin(), texts.end(), [&](const std::string& text) {
@@ -216,7 +195,7 @@ bool Stage::Holds(const std::string& statement, const std::vector<std::string>& 
 
 bool Stage::CachesBecomeTrue() {
   return Eventually([this] {
-    const Json is = Read(), truth = Truth();
+    const Json is = Read(), truth = simulator.Truth();
     return is["machines"] == truth["machines"] && is["hosts"] == truth["hosts"] &&
            (!watchesAuthorization || is["roles"] == truth["roles"]);
   });

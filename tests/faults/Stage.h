@@ -66,15 +66,7 @@ class Stage {
   bool LoggedIn();
   bool CachesBecomeTrue();
 
-  // Asks the daemon, whose port may be closed for a moment.
-  Json Patiently(const std::function<Json()>& question);
-  Json Stats() {
-    return Patiently([this] { return simulator.Stats(); });
-  }
-  Json Truth() {
-    return Patiently([this] { return simulator.Truth(); });
-  }
-  int CallsOf(const std::string& name) { return Stats()["calls"].value(name, 0); }
+  int CallsOf(const std::string& name) { return simulator.Stats()["calls"].value(name, 0); }
   void RenameAMachine();
   Json Read() { return sync == nullptr ? Json() : ReadCaches(*sync->GetCache()); }
 

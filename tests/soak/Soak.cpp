@@ -34,19 +34,105 @@ class Endurance {
 
   // Prints a table and a summary. True when no bound was breached. Throws std::exception when the
   // tool ends early.
-  bool Go();
+  bool Go() {
+    if (!tool.Becomes(simulator.Truth())) throw std::runtime_error("the tool shows no inventory");
+    std::printf(" minutes  RSS [kB]   fds  threads  CPU [s]  faults  lost  loglines  documents\n");
+    run.before = TakeRest();
+    Trouble();
+    const auto truth = simulator.Truth();
+    run.endedEqual = tool.Becomes(truth);
+    if (!run.endedEqual) {
+      std::printf("what would make the caches true: %s\n",
+                  nlohmann::json::diff(tool.LastDocument(), truth).dump().c_str());
+    }
+    run.after = TakeRest();
+    PrintRow(run.after.end);
+    run.exitStatus = tool.End();
+    run.logLines = tool.LogLines();
+    const std::vector<std::string> breaches = Breaches(run);
+    PrintSummary(breaches);
+    return breaches.empty();
+  }
 
  private:
   double Now() const { return std::chrono::duration<double>(Clock::now() - start).count(); }
   double RestSeconds() const { return std::clamp(total / 10, 5.0, 60.0); }
-  void SleepUntil(double when);
-  ProcessSample Sample();
-  Rest TakeRest();
-  void Control(const std::string& name, const endtoend::Json& body);
-  void OrderFault();
-  void Trouble();
-  void PrintRow(const ProcessSample& sample);
-  void PrintSummary(const std::vector<std::string>& breaches);
+
+  void SleepUntil(double when) {
+    std::this_thread::sleep_until(
+        start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(when)));
+    if (!tool.IsRunning()) throw std::runtime_error("the tool has ended");
+  }
+
+  ProcessSample Sample() {
+    ProcessSample sample = tool.Sample();
+    sample.at = Now();
+    return sample;
+  }
+
+  // With the caches true and nothing left to do.
+  Rest TakeRest() {
+    SleepUntil(Now() + 1);  // what the last change set off is over
+    const ProcessSample begin = Sample();
+    SleepUntil(Now() + RestSeconds());
+    return {begin, Sample()};
+  }
+
+  void OrderFault() {
+    const Row& order = orders[random() % orders.size()];
+    const auto body = endtoend::Json::parse(order.at(1));
+    simulator.Control(order[0], body);
+    ++ordered[body.value("kind", order[0])];
+    ++run.faults;
+  }
+
+  // Changes all the time, a fault every two to six seconds, a sample now and then.
+  void Trouble() {
+    const double end = total - RestSeconds();
+    double nextFault = Now(), nextSample = Now(), nextRow = Now();
+    run.warmUp = Now() + std::clamp((end - Now()) / 6, 5.0, 300.0);
+    simulator.Control("churn", {{"rate", CHANGES_PER_SECOND}});
+    while (Now() < end) {
+      if (Now() >= nextFault) {
+        OrderFault();
+        nextFault = Now() + 2 + static_cast<double>(random() % 4001) / 1000;
+      }
+      if (Now() >= nextSample) {
+        run.samples.push_back(Sample());
+        nextSample += SAMPLE_SECONDS;
+      }
+      if (Now() >= nextRow) {
+        PrintRow(run.samples.back());
+        nextRow += std::max(total / 30, SAMPLE_SECONDS);
+      }
+      SleepUntil(std::min({nextFault, nextSample, end}));
+    }
+    simulator.Control("fault", {{"kind", "clear"}});
+    simulator.Control("churn", {{"rate", 0}});
+  }
+
+  void PrintRow(const ProcessSample& sample) {
+    std::printf("%8.1f %9ld %5ld %8ld %8.2f %7lu %6lu %9lu %10lu\n", sample.at / 60,
+                sample.residentKb, sample.descriptors, sample.threads, sample.cpuSeconds,
+                run.faults, tool.Reconnections(), tool.LogLines(), tool.Documents());
+    std::fflush(stdout);
+  }
+
+  void PrintSummary(const std::vector<std::string>& breaches) {
+    for (const auto& [kind, times] : ordered) std::printf("%s %u, ", kind.c_str(), times);
+    std::printf("%lu faults in all\n", run.faults);
+    for (const Rest* rest : {&run.before, &run.after}) {
+      std::printf("at rest for %.0f s: %.2f s of CPU, %ld descriptors, %ld threads, %ld kB\n",
+                  rest->Seconds(), rest->CpuSeconds(), rest->end.descriptors, rest->end.threads,
+                  rest->end.residentKb);
+    }
+    std::printf("memory: %+.0f kB from minute %.1f on, %.0f allowed\n", run.Growth(),
+                run.warmUp / 60, GROWTH_LIMIT_KB);
+    std::printf("log: %lu lines at level verbose, %.0f allowed\n", run.logLines, run.LogLimit());
+    std::printf("caches at the end: %s\n", run.endedEqual ? "equal the truth" : "wrong");
+    for (const std::string& breach : breaches) std::printf("BREACH %s\n", breach.c_str());
+    std::printf("%s after %.1f minutes\n", breaches.empty() ? "passed" : "FAILED", Now() / 60);
+  }
 
   const double total;  // seconds
   const Clock::time_point start = Clock::now();
@@ -57,117 +143,6 @@ class Endurance {
   std::map<std::string, unsigned> ordered;  // by kind
   Record run;
 };
-
-void Endurance::SleepUntil(double when) {
-  std::this_thread::sleep_until(
-      start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(when)));
-  if (!tool.IsRunning()) throw std::runtime_error("the tool has ended");
-}
-
-ProcessSample Endurance::Sample() {
-  ProcessSample sample = tool.Sample();
-  sample.at = Now();
-  return sample;
-}
-
-// With the caches true and nothing left to do.
-Rest Endurance::TakeRest() {
-  SleepUntil(Now() + 1);  // what the last change set off is over
-  const ProcessSample begin = Sample();
-  SleepUntil(Now() + RestSeconds());
-  return {begin, Sample()};
-}
-
-// An earlier fault may keep the daemon's port closed for a while.
-void Endurance::Control(const std::string& name, const endtoend::Json& body) {
-  std::string reason;
-  const bool heard = endtoend::Eventually([&] {
-    try {
-      simulator.Control(name, body);
-      return true;
-    } catch (const std::runtime_error& error) {
-      reason = error.what();
-      return false;
-    }
-  });
-  if (!heard) throw std::runtime_error(reason);
-}
-
-void Endurance::OrderFault() {
-  const Row& order = orders[random() % orders.size()];
-  const auto body = endtoend::Json::parse(order.at(1));
-  Control(order[0], body);
-  ++ordered[body.value("kind", order[0])];
-  ++run.faults;
-}
-
-// Changes all the time, a fault every two to six seconds, a sample now and then.
-void Endurance::Trouble() {
-  const double end = total - RestSeconds();
-  double nextFault = Now(), nextSample = Now(), nextRow = Now();
-  run.warmUp = Now() + std::clamp((end - Now()) / 6, 5.0, 300.0);
-  Control("churn", {{"rate", CHANGES_PER_SECOND}});
-  while (Now() < end) {
-    if (Now() >= nextFault) {
-      OrderFault();
-      nextFault = Now() + 2 + static_cast<double>(random() % 4001) / 1000;
-    }
-    if (Now() >= nextSample) {
-      run.samples.push_back(Sample());
-      nextSample += SAMPLE_SECONDS;
-    }
-    if (Now() >= nextRow) {
-      PrintRow(run.samples.back());
-      nextRow += std::max(total / 30, SAMPLE_SECONDS);
-    }
-    SleepUntil(std::min({nextFault, nextSample, end}));
-  }
-  Control("fault", {{"kind", "clear"}});
-  Control("churn", {{"rate", 0}});
-}
-
-void Endurance::PrintRow(const ProcessSample& sample) {
-  std::printf("%8.1f %9ld %5ld %8ld %8.2f %7lu %6lu %9lu %10lu\n", sample.at / 60,
-              sample.residentKb, sample.descriptors, sample.threads, sample.cpuSeconds, run.faults,
-              tool.Reconnections(), tool.LogLines(), tool.Documents());
-  std::fflush(stdout);
-}
-
-void Endurance::PrintSummary(const std::vector<std::string>& breaches) {
-  for (const auto& [kind, times] : ordered) std::printf("%s %u, ", kind.c_str(), times);
-  std::printf("%lu faults in all\n", run.faults);
-  for (const Rest* rest : {&run.before, &run.after}) {
-    std::printf("at rest for %.0f s: %.2f s of CPU, %ld descriptors, %ld threads, %ld kB\n",
-                rest->Seconds(), rest->CpuSeconds(), rest->end.descriptors, rest->end.threads,
-                rest->end.residentKb);
-  }
-  std::printf("memory: %+.0f kB from minute %.1f on, %.0f allowed\n", run.Growth(), run.warmUp / 60,
-              GROWTH_LIMIT_KB);
-  std::printf("log: %lu lines at level verbose, %.0f allowed\n", run.logLines, run.LogLimit());
-  std::printf("caches at the end: %s\n", run.endedEqual ? "equal the truth" : "wrong");
-  for (const std::string& breach : breaches) std::printf("BREACH %s\n", breach.c_str());
-  std::printf("%s after %.1f minutes\n", breaches.empty() ? "passed" : "FAILED", Now() / 60);
-}
-
-bool Endurance::Go() {
-  if (!tool.Becomes(simulator.Truth())) throw std::runtime_error("the tool shows no inventory");
-  std::printf(" minutes  RSS [kB]   fds  threads  CPU [s]  faults  lost  loglines  documents\n");
-  run.before = TakeRest();
-  Trouble();
-  const auto truth = simulator.Truth();
-  run.endedEqual = tool.Becomes(truth);
-  if (!run.endedEqual) {
-    std::printf("what would make the caches true: %s\n",
-                nlohmann::json::diff(tool.LastDocument(), truth).dump().c_str());
-  }
-  run.after = TakeRest();
-  PrintRow(run.after.end);
-  run.exitStatus = tool.End();
-  run.logLines = tool.LogLines();
-  const std::vector<std::string> breaches = Breaches(run);
-  PrintSummary(breaches);
-  return breaches.empty();
-}
 
 }  // namespace
 }  // namespace soak

@@ -93,18 +93,10 @@ class Seat {
   void Rests(const char* step) { Does(step, true); }  // likewise, one that may last for ever
   const char* Step() const { return posture->step; }  // for the seat's own thread
 
-  void WaitsFor(const char* lockName) {
+  template <typename Edit>
+  void Change(Edit edit) {
     const std::lock_guard<std::mutex> lock(board.mutex);
-    posture->waitsFor = lockName;
-  }
-  void Took(const char* lockName) {
-    const std::lock_guard<std::mutex> lock(board.mutex);
-    posture->waitsFor = nullptr;
-    posture->holds.push_back(lockName);
-  }
-  void Gave(const char* lockName) {
-    const std::lock_guard<std::mutex> lock(board.mutex);
-    posture->holds.erase(std::find(posture->holds.begin(), posture->holds.end(), lockName));
+    edit(*posture);
   }
 
  private:
@@ -112,20 +104,23 @@ class Seat {
   std::list<Posture>::iterator posture;  // guarded by the board's mutex
 };
 
-// Holds a mutex of the library for a scope and shows it. Null: nothing is held.
+// Holds a mutex of the library for a scope and shows it; guards nest. Null: nothing is held.
 class ShownGuard {
  public:
   ShownGuard(Seat& actor, const char* lockName, KELib::KEMutex* lock)
       : seat(actor), name(lockName), mutex(lock) {
     if (!mutex) return;
-    seat.WaitsFor(name);
+    seat.Change([this](Posture& posture) { posture.waitsFor = name; });
     mutex->Lock();
-    seat.Took(name);
+    seat.Change([this](Posture& posture) {
+      posture.waitsFor = nullptr;
+      posture.holds.push_back(name);
+    });
   }
   ~ShownGuard() {
     if (!mutex) return;
     mutex->Unlock();
-    seat.Gave(name);
+    seat.Change([](Posture& posture) { posture.holds.pop_back(); });
   }
   ShownGuard(const ShownGuard&) = delete;
   ShownGuard& operator=(const ShownGuard&) = delete;

@@ -110,100 +110,6 @@ std::string StatusText(KEDataSync& sync) {
          " failures in a row, last: " + status.lastFailure.Cstr();
 }
 
-// Leads one instance after the other from its making to its end.
-class Conductor {
- public:
-  Conductor(Board& where, Daemon& counterpart, KEServiceInstManager& shared, Tally& counts)
-      : board(where), daemon(counterpart), manager(shared), tally(counts) {
-    KELib::Logging::GetDefaultLogger()->SetLevelByName("none");
-  }
-
-  // One life; which of the ways depends on the number.
-  void Lead(unsigned number, bool holdsForEver);
-
- private:
-  KEServiceInst& Connect(bool fallsBack);
-  void Relogin(Scene& scene, bool lost);
-  void ExpectTruth(Scene& scene);
-  void End(Scene& scene, std::list<Player>& players, unsigned number);
-
-  Board& board;
-  Daemon& daemon;
-  KEServiceInstManager& manager;
-  Tally& tally;
-  const std::string config = daemon.simulator.Config("root", "secret");
-  Seat seat{board, "conductor"};
-};
-
-// By the text itself, which gives the same instance again, or by falling back to it as the default,
-// which replaces the instance that was made so before.
-KEServiceInst& Conductor::Connect(bool fallsBack) {
-  seat.Does("connects (manager's mutex, network)");
-  const auto byText = [&] {
-    return manager.GetServiceInstance(config.c_str(), DEFAULT_CONFIG_CONTENT);
-  };
-  KEServiceInst* instance = fallsBack ? manager.GetServiceInstance("", config.c_str()) : byText();
-  if (!instance) throw std::runtime_error("no service instance");
-  if (!fallsBack && byText() != instance) {
-    tally.Wrong("the same configuration gave another instance");
-  }
-  return *instance;
-}
-
-void Conductor::Relogin(Scene& scene, bool lost) {
-  seat.Does("waits until nobody holds a watch");
-  const std::lock_guard<std::mutex> door(scene.door);
-  const std::lock_guard<std::shared_mutex> alone(scene.watches);
-  ++scene.disturbances;
-  if (lost) daemon.simulator.Control("session-lost");
-  seat.Does("is in Logout (session's mutex, network)");
-  scene.session.Logout();
-  seat.Does("is in Login (session's mutex, network)");
-  KELib::KEString user("root"), password("secret");
-  scene.session.Login(user, password);
-  WatchAll(scene, seat);
-  ++scene.disturbances;
-  tally.Count(lost ? "sessions lost" : "sessions renewed");
-}
-
-// The actors go on meanwhile.
-void Conductor::ExpectTruth(Scene& scene) {
-  seat.Does("waits for the truth");
-  daemon.Calm();
-  const Json truth = daemon.simulator.Truth();
-  const auto end = Clock::now() + TRUTH_LIMIT;
-  for (Json is; (is = ReadCaches(*scene.sync.GetCache())) != truth; Nap(10)) {
-    seat.Does("waits for the truth");
-    if (Clock::now() < end) continue;
-    return tally.Wrong(
-        "the caches differ from the truth; " + StatusText(scene.sync) +
-        "; what would make them true: " + Json::diff(is, truth).dump().substr(0, 2000));
-  }
-  tally.Count("times the caches equalled the truth");
-}
-
-void Conductor::End(Scene& scene, std::list<Player>& players, unsigned number) {
-  seat.Does("stops the loop under its users");
-  if (number % 4 == 0) {
-    const std::lock_guard<std::mutex> door(scene.door);
-    const std::lock_guard<std::shared_mutex> alone(scene.watches);
-    scene.park = true;
-    scene.sync.RequestStop();
-  }
-  seat.Does("waits until everybody is parked");
-  scene.park = true;
-  players.clear();
-  std::list<Player> blocked;  // end when the instance has been freed
-  if (number % 2 == 1) blocked = BlockedCallersOf(board, scene);
-  if (number % 3 == 2) {
-    tally.Count("instances replaced");
-    return manager.FreeServiceInstance(&Connect(true));
-  }
-  seat.Does("is in FreeServiceInstance (manager's mutex, waits for the sync thread)");
-  manager.FreeServiceInstance(&scene.instance);
-  tally.Count("instances freed");
-}
-
 // The mutex of the machines, which is the first that a reader wants.
 void HoldForEver(Board& board, Scene& scene, Seat& seat) {
   KELib::KEString type(KE::Stub::ZORBEL_VMComputerSystemClass);
@@ -214,20 +120,107 @@ void HoldForEver(Board& board, Scene& scene, Seat& seat) {
   for (;;) Nap(1000);
 }
 
-void Conductor::Lead(unsigned number, bool holdsForEver) {
-  Scene scene(Connect(number % 3 == 2), tally);
-  WatchAll(scene, seat);
-  if (holdsForEver) HoldForEver(board, scene, seat);
-  std::list<Player> players = PlayersOf(board, scene);
-  daemon.Rave();
-  for (unsigned login = 0; login <= number % 3; ++login) {
-    seat.Rests("lets the others play");
-    Nap(700);
-    if (login > 0) Relogin(scene, login == 2);
+// Leads one instance after the other from its making to its end.
+class Conductor {
+ public:
+  Conductor(Board& where, Daemon& counterpart, KEServiceInstManager& shared, Tally& counts)
+      : board(where), daemon(counterpart), manager(shared), tally(counts) {
+    KELib::Logging::GetDefaultLogger()->SetLevelByName("none");
   }
-  ExpectTruth(scene);
-  End(scene, players, number);
-}
+
+  // One life; which of the ways depends on the number.
+  void Lead(unsigned number, bool holdsForEver) {
+    Scene scene(Connect(number % 3 == 2), tally);
+    WatchAll(scene, seat);
+    if (holdsForEver) HoldForEver(board, scene, seat);
+    std::list<Player> players = PlayersOf(board, scene);
+    daemon.Rave();
+    for (unsigned login = 0; login <= number % 3; ++login) {
+      seat.Rests("lets the others play");
+      Nap(700);
+      if (login > 0) Relogin(scene, login == 2);
+    }
+    ExpectTruth(scene);
+    End(scene, players, number);
+  }
+
+ private:
+  // By the text itself, which gives the same instance again, or by falling back to it as the
+  // default, which replaces the instance that was made so before.
+  KEServiceInst& Connect(bool fallsBack) {
+    seat.Does("connects (manager's mutex, network)");
+    const auto byText = [&] {
+      return manager.GetServiceInstance(config.c_str(), DEFAULT_CONFIG_CONTENT);
+    };
+    KEServiceInst* instance = fallsBack ? manager.GetServiceInstance("", config.c_str()) : byText();
+    if (!instance) throw std::runtime_error("no service instance");
+    if (!fallsBack && byText() != instance) {
+      tally.Wrong("the same configuration gave another instance");
+    }
+    return *instance;
+  }
+
+  void Relogin(Scene& scene, bool lost) {
+    seat.Does("waits until nobody holds a watch");
+    const std::lock_guard<std::mutex> door(scene.door);
+    const std::lock_guard<std::shared_mutex> alone(scene.watches);
+    ++scene.disturbances;
+    if (lost) daemon.simulator.Control("session-lost");
+    seat.Does("is in Logout (session's mutex, network)");
+    scene.session.Logout();
+    seat.Does("is in Login (session's mutex, network)");
+    KELib::KEString user("root"), password("secret");
+    scene.session.Login(user, password);
+    WatchAll(scene, seat);
+    ++scene.disturbances;
+    tally.Count(lost ? "sessions lost" : "sessions renewed");
+  }
+
+  // The actors go on meanwhile.
+  void ExpectTruth(Scene& scene) {
+    seat.Does("waits for the truth");
+    daemon.Calm();
+    const Json truth = daemon.simulator.Truth();
+    const auto end = Clock::now() + TRUTH_LIMIT;
+    for (Json is; (is = ReadCaches(*scene.sync.GetCache())) != truth; Nap(10)) {
+      seat.Does("waits for the truth");
+      if (Clock::now() < end) continue;
+      return tally.Wrong(
+          "the caches differ from the truth; " + StatusText(scene.sync) +
+          "; what would make them true: " + Json::diff(is, truth).dump().substr(0, 2000));
+    }
+    tally.Count("times the caches equalled the truth");
+  }
+
+  void End(Scene& scene, std::list<Player>& players, unsigned number) {
+    seat.Does("stops the loop under its users");
+    if (number % 4 == 0) {
+      const std::lock_guard<std::mutex> door(scene.door);
+      const std::lock_guard<std::shared_mutex> alone(scene.watches);
+      scene.park = true;
+      scene.sync.RequestStop();
+    }
+    seat.Does("waits until everybody is parked");
+    scene.park = true;
+    players.clear();
+    std::list<Player> blocked;  // end when the instance has been freed
+    if (number % 2 == 1) blocked = BlockedCallersOf(board, scene);
+    if (number % 3 == 2) {
+      tally.Count("instances replaced");
+      return manager.FreeServiceInstance(&Connect(true));
+    }
+    seat.Does("is in FreeServiceInstance (manager's mutex, waits for the sync thread)");
+    manager.FreeServiceInstance(&scene.instance);
+    tally.Count("instances freed");
+  }
+
+  Board& board;
+  Daemon& daemon;
+  KEServiceInstManager& manager;
+  Tally& tally;
+  const std::string config = daemon.simulator.Config("root", "secret");
+  Seat seat{board, "conductor"};
+};
 
 struct Plan {
   std::chrono::seconds duration{10};

@@ -20,7 +20,7 @@ class HeldCaches {
   HeldCaches(KETypeCache& all, Seat& seat, const std::vector<const char*>& named)
       : cache(all), types(named), found(Find()) {
     for (std::size_t i = 0; i < types.size(); ++i) {
-      guards.emplace_back(seat, types[i], found[i] ? found[i]->GetMutex() : nullptr);
+      guards.emplace_front(seat, types[i], found[i] ? found[i]->GetMutex() : nullptr);
     }
   }
   KEDataCache* operator[](std::size_t index) const { return found[index]; }
@@ -46,7 +46,7 @@ class HeldCaches {
   KETypeCache& cache;
   const std::vector<const char*> types;
   const std::vector<KEDataCache*> found;
-  std::list<ShownGuard> guards;
+  std::list<ShownGuard> guards;  // the last one first
 };
 
 // Calls `look` with every stub. Each is of class `Stub`, filed under its `key` and found by it.

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "torture/Scenario.h"
 
+#include <kecpp.h>
+
 #include <cstdio>
 #include <exception>
+#include <functional>
+#include <memory>
 #include <mutex>
 #include <stdexcept>
 #include <utility>
@@ -40,122 +44,140 @@ std::string WithAllSettings(std::string document) {
   return document;
 }
 
+// One life.
+class Scenario {
+ public:
+  explicit Scenario(endtoend::Simulator& sim)
+      : simulator(sim), document(WithAllSettings(sim.Config())), file(sim.ConfigFile(document)) {}
+
+  Findings Run() {
+    KE::Stub::ManagedObjectReference* systems = nullptr;        // the data sync's
+    KE::Stub::ManagedObjectReference* authorization = nullptr;  // likewise
+    std::unique_ptr<KELib::KEWaiter> firstData(KELib::CreateKEWaiter());
+    Step("start", [this] { manager = KE::Service::GetServiceManagerInstance(); });
+    Step("connect", [this] { Connect(); });
+    Step("watch hosts and machines", [&] { systems = WatchSystems(*instance, *sync); });
+    Step("watch roles",
+         [&] { authorization = WatchAuthorization(*instance, *sync, firstData.get()); });
+    if (!firstData->Wait(20000)) findings.complaints.push_back("the waiter was not signalled");
+    Rename();
+    Step("await a change", [this] { AwaitChange(); });
+    Step("use both handles", [this] { UseBothHandles(); });
+    const Json truth = simulator.Truth();
+    if (!Eventually([&] { return ReadCaches(*sync->GetCache()) == truth; })) {
+      findings.complaints.push_back("the caches differ: " +
+                                    Json::diff(ReadCaches(*sync->GetCache()), truth).dump());
+    }
+    Step("stop watching roles", [&] { sync->StopDataSync(authorization); });
+    Step("stop watching hosts and machines", [&] { sync->StopDataSync(systems); });
+    End("free the instance", [this] { manager->FreeServiceInstance(instance); });
+    End("free the manager", [] { KE::Service::FreeServiceManagerInstance(); });
+    firstData.reset();
+    findings.orphaned = simulator.Stats()["sessions"] != 0;
+    if (findings.orphaned) simulator.Control("session-lost");
+    findings.errors += TakeLog();
+    return findings;
+  }
+
+ private:
+  using Action = std::function<void()>;
+
+  bool Attempt(const std::string& name, const Action& action) {
+    std::string error;
+    try {
+      const LibraryScope inside;
+      action();
+      return true;
+    } catch (const KELib::Throwable& e) {
+      error = e.What();
+    } catch (const std::exception& e) {
+      error = e.what();
+    }
+    Disarm();
+    if (error.empty() || error == "Unknown Exception") {
+      findings.complaints.push_back(name + ": no text");
+    }
+    if (HeldLocks() != 0) findings.complaints.push_back(name + ": a lock is held after " + error);
+    findings.errors += error + "\n";
+    return false;
+  }
+
+  void Step(const std::string& name, const Action& action) {
+    if (Attempt(name, action) || Attempt(name, action)) return;
+    throw std::runtime_error(name + ": fails again: " + findings.errors + TakeLog());
+  }
+
+  // Nobody can do anything about an end that fails.
+  void End(const std::string& name, const Action& action) {
+    if (!Attempt(name, action)) findings.complaints.push_back(name + ": must not fail");
+  }
+
+  void Connect() {
+    if (instance != nullptr) manager->FreeServiceInstance(instance);
+    instance = nullptr;
+    KELib::KEString path(file.c_str());
+    instance = manager->GetServiceInstance(path, document.c_str());
+    if (instance == nullptr) throw std::runtime_error("no service instance");
+    KE::Service::KESession* session = instance->GetSession();
+    if (session == nullptr) throw std::runtime_error("no session");
+    sync = session->GetDataSync();
+  }
+
+  // The cycle after the change fails.
+  void Rename() {
+    static unsigned runs = 0;
+    waitsBefore = simulator.Stats()["calls"]["WaitForUpdates"];
+    simulator.Control("fault", {{"method", "WaitForUpdates"}, {"kind", "http500"}});
+    simulator.Control("machine", {{"do", "set"},
+                                  {"id", simulator.Truth()["machines"][0]["Name"]},
+                                  {"property", "name"},
+                                  {"value", "name " + std::to_string(++runs)}});
+  }
+
+  // What was noted of the failure cannot be relied on: there may have been no memory for its text.
+  void AwaitChange() {
+    unsigned long long seen = 0;
+    sync->WaitForChange(seen, 20000);
+    const LibraryScope outside(false);
+    const int wanted = waitsBefore + 2;  // the one that fails and the one after it
+    if (!Eventually([&] { return simulator.Stats()["calls"]["WaitForUpdates"] >= wanted; })) {
+      throw std::runtime_error("there was no failed cycle");
+    }
+    const LibraryScope inside;
+    KE::Service::KESyncStatus status;
+    sync->GetStatus(status);
+  }
+
+  void Call() {
+    using namespace KE::Service;
+    KELib::KEString response;
+    instance->GetMethod()->Invoke(targetNamespace, methodName, svcInst, svcInst, response);
+  }
+
+  // The loop waits with one handle of the pool, the call takes the other.
+  void UseBothHandles() {
+    Call();
+    const LibraryScope outside(false);
+    if (!Eventually([this] { return simulator.Stats()["waits"] == 1; })) {
+      throw std::runtime_error("the loop does not wait");
+    }
+    const LibraryScope inside;
+    Call();
+  }
+
+  endtoend::Simulator& simulator;
+  const std::string document, file;
+  int waitsBefore = 0;  // that the simulator had seen before the change
+  Findings findings;
+  KE::Service::KEServiceInstManager* manager = nullptr;
+  KE::Service::KEServiceInst* instance = nullptr;
+  KE::Service::KEDataSync* sync = nullptr;
+};
+
 }  // namespace
 
-Scenario::Scenario(endtoend::Simulator& sim)
-    : simulator(sim), document(WithAllSettings(sim.Config())), file(sim.ConfigFile(document)) {}
-
-Findings Scenario::Run() {
-  findings = {};
-  sync = nullptr;
-  KE::Stub::ManagedObjectReference *systems = nullptr, *authorization = nullptr;  // the data sync's
-  std::unique_ptr<KELib::KEWaiter> firstData(KELib::CreateKEWaiter());
-  Step("start", [this] { manager = KE::Service::GetServiceManagerInstance(); });
-  Step("connect", [this] { Connect(); });
-  Step("watch hosts and machines", [&] { systems = WatchSystems(*instance, *sync); });
-  Step("watch roles",
-       [&] { authorization = WatchAuthorization(*instance, *sync, firstData.get()); });
-  if (!firstData->Wait(20000)) findings.complaints.push_back("the waiter was not signalled");
-  Rename();
-  Step("await a change", [this] { AwaitChange(); });
-  Step("use both handles", [this] { UseBothHandles(); });
-  const Json truth = simulator.Truth();
-  if (!Eventually([&] { return ReadCaches(*sync->GetCache()) == truth; })) {
-    findings.complaints.push_back("the caches differ: " +
-                                  Json::diff(ReadCaches(*sync->GetCache()), truth).dump());
-  }
-  Step("stop watching roles", [&] { sync->StopDataSync(authorization); });
-  Step("stop watching hosts and machines", [&] { sync->StopDataSync(systems); });
-  End("free the instance", [this] { manager->FreeServiceInstance(instance); });
-  instance = nullptr;
-  End("free the manager", [] { KE::Service::FreeServiceManagerInstance(); });
-  firstData.reset();
-  findings.orphaned = simulator.Stats()["sessions"] != 0;
-  if (findings.orphaned) simulator.Control("session-lost");
-  findings.errors += TakeLog();
-  return std::move(findings);
-}
-
-bool Scenario::Attempt(const std::string& name, const Action& action) {
-  std::string error;
-  try {
-    const LibraryScope inside;
-    action();
-    return true;
-  } catch (const KELib::Throwable& e) {
-    error = e.What();
-  } catch (const std::exception& e) {
-    error = e.what();
-  }
-  Disarm();
-  if (error.empty() || error == "Unknown Exception") {
-    findings.complaints.push_back(name + ": no text");
-  }
-  if (HeldLocks() != 0) findings.complaints.push_back(name + ": a lock is held after " + error);
-  findings.errors += error + "\n";
-  return false;
-}
-
-void Scenario::Step(const std::string& name, const Action& action) {
-  if (Attempt(name, action) || Attempt(name, action)) return;
-  throw std::runtime_error(name + ": fails again: " + findings.errors + TakeLog());
-}
-
-// Nobody can do anything about an end that fails.
-void Scenario::End(const std::string& name, const Action& action) {
-  if (!Attempt(name, action)) findings.complaints.push_back(name + ": must not fail");
-}
-
-void Scenario::Connect() {
-  if (instance != nullptr) manager->FreeServiceInstance(instance);
-  instance = nullptr;
-  KELib::KEString path(file.c_str());
-  instance = manager->GetServiceInstance(path, document.c_str());
-  if (instance == nullptr) throw std::runtime_error("no service instance");
-  KE::Service::KESession* session = instance->GetSession();
-  if (session == nullptr) throw std::runtime_error("no session");
-  sync = session->GetDataSync();
-}
-
-// The cycle after the change fails.
-void Scenario::Rename() {
-  waitsBefore = simulator.Stats()["calls"]["WaitForUpdates"];
-  simulator.Control("fault", {{"method", "WaitForUpdates"}, {"kind", "http500"}});
-  simulator.Control("machine", {{"do", "set"},
-                                {"id", simulator.Truth()["machines"][0]["Name"]},
-                                {"property", "name"},
-                                {"value", "name " + std::to_string(++runs)}});
-}
-
-// What was noted of the failure cannot be relied on: there may have been no memory for its text.
-void Scenario::AwaitChange() {
-  unsigned long long seen = 0;
-  sync->WaitForChange(seen, 20000);
-  const LibraryScope outside(false);
-  const int wanted = waitsBefore + 2;  // the one that fails and the one after it
-  if (!Eventually([&] { return simulator.Stats()["calls"]["WaitForUpdates"] >= wanted; })) {
-    throw std::runtime_error("there was no failed cycle");
-  }
-  const LibraryScope inside;
-  KE::Service::KESyncStatus status;
-  sync->GetStatus(status);
-}
-
-void Scenario::Call() {
-  using namespace KE::Service;
-  KELib::KEString response;
-  instance->GetMethod()->Invoke(targetNamespace, methodName, svcInst, svcInst, response);
-}
-
-// The loop waits with one handle of the pool, the call takes the other.
-void Scenario::UseBothHandles() {
-  Call();
-  const LibraryScope outside(false);
-  if (!Eventually([this] { return simulator.Stats()["waits"] == 1; })) {
-    throw std::runtime_error("the loop does not wait");
-  }
-  const LibraryScope inside;
-  Call();
+Findings RunScenario(endtoend::Simulator& simulator) {
+  return Scenario(simulator).Run();
 }
 
 }  // namespace torture

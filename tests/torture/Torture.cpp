@@ -16,6 +16,7 @@
 #include <map>
 
 #include "endtoend/Simulator.h"
+#include "foundation/KEException.h"
 #include "http/HttpConnectionPool.h"
 #include "service/call/MgmtdWatchSeams.h"
 #include "support/ProcessSample.h"
@@ -83,127 +84,120 @@ bool ReachesCodeWithoutShare() {
 
 class Torture {
  public:
-  Torture(endtoend::Simulator& simulator, const Options& choice)
-      : scenario(simulator), options(choice) {
+  Torture(endtoend::Simulator& daemon, const Options& choice) : simulator(daemon), options(choice) {
     for (const Row& row : expected) codes[SetupCode(row.at(3))] = false;
     codes[""] = true;
   }
 
   // True when nothing went wrong.
-  bool Run();
+  bool Run() {
+    for (int warm = 0; warm < 2; ++warm) CountCalls(Call::allocate);
+    for (int index = 0; index < CALLS; ++index) {
+      const Call call = static_cast<Call>(index);
+      if (!options.call.empty() && options.call != NameOf(call)) continue;
+      const unsigned long calls = CountCalls(call);
+      const unsigned long roundsBefore = rounds, failuresBefore = failures;
+      unsigned long taken = 0;
+      for (unsigned long number = options.only != 0 ? options.only : 1; number <= calls;
+           number += number < EVERY_CALL_UP_TO ? 1 : STEP_BEYOND) {
+        if (taken++ % options.sample == 0) Round(call, number);
+        if (options.only != 0) break;
+      }
+      std::printf("%-17s %5lu calls, %4lu rounds, %lu failed\n", NameOf(call), calls,
+                  rounds - roundsBefore, failures - failuresBefore);
+    }
+    std::size_t reached = 0;
+    for (const auto& code : codes) reached += code.second ? 1 : 0;
+    const bool last = ReachesCodeWithoutShare();
+    std::printf(
+        "%lu rounds, %lu failed; %lu sessions left to the server; %zu of %zu set-up codes and %s\n",
+        rounds, failures, orphans, reached - 1, codes.size() - 1,
+        last ? "\"0010\"" : "NOT \"0010\"");
+    const bool whole = options.call.empty() && options.sample == 1 && options.only == 0;
+    return failures == 0 && (!whole || (last && reached == codes.size()));
+  }
 
  private:
-  unsigned long CountCalls(Call call);
-  void Round(Call call, unsigned long number);
-  void Check(const Findings& findings);
-  void CheckNothingIsLeft(const Living& before, long descriptors);
+  unsigned long CountCalls(Call call) {
+    Arm(call, 0, 1);
+    const Findings findings = RunScenario(simulator);
+    for (const std::string& text : findings.complaints) throw std::runtime_error(text);
+    return CountOf(call);
+  }
+
+  void Round(Call call, unsigned long number) {
+    currentCall = call;
+    currentNumber = number;
+    complaints = {};
+    alarm(ROUND_LIMIT_SECONDS);
+    const Living before = CountLiving();
+    const long descriptors = SampleOf("/proc/self").descriptors;
+    try {
+      Arm(call, number, options.burst);
+      const Findings findings = RunScenario(simulator);
+      Disarm();
+      Check(findings);
+    } catch (const std::exception& e) {
+      std::printf("FAILED %s %lu: %s\n", NameOf(call), number, e.what());
+      std::printf("cannot go on\n");
+      _exit(1);
+    }
+    CheckNothingIsLeft(before, descriptors);
+    alarm(0);
+    if (++rounds % 50 == 0) std::printf("... %s %lu\n", NameOf(call), number);
+    failures += complaints.empty() ? 0 : 1;
+    for (const std::string& text : complaints) {
+      std::printf("FAILED %s %lu: %s\n", NameOf(call), number, text.c_str());
+    }
+  }
+
+  void Check(const Findings& findings) {
+    complaints = findings.complaints;
+    const std::optional<Refusal> refusal = FirstRefusal();
+    if (!refusal) return;
+    orphans += findings.orphaned ? 1 : 0;
+    const auto reported = [&](const std::string& text) {
+      return findings.errors.find(text) != std::string::npos;
+    };
+    // Either the logout was lost, or the answer to the login.
+    if (findings.orphaned && !reported("Unable to Log")) {
+      complaints.push_back("a session is orphaned without a word: " + findings.errors);
+    }
+    for (const Row& row : expected) {
+      if (!SpeaksOf(row, *refusal)) continue;
+      if (!reported(row[3])) {
+        complaints.push_back("expected \"" + row[3] + "\", reported: " + findings.errors);
+      }
+      codes[SetupCode(row[3])] = true;
+    }
+  }
+
+  // A detached thread outlives its last word by a moment.
+  void CheckNothingIsLeft(const Living& before, long descriptors) {
+    const bool known = !complaints.empty();  // their texts are blocks
+    const auto openNow = [] { return SampleOf("/proc/self").descriptors; };
+    endtoend::Eventually(
+        [&] { return CountLiving().threads == before.threads && openNow() == descriptors; });
+    const Living now = CountLiving();
+    const auto compare = [this](const char* what, long is, long was) {
+      if (is != was) complaints.push_back(std::to_string(is - was) + " more " + what);
+    };
+    if (!known) compare("blocks", now.blocks, before.blocks);
+    compare("threads", now.threads, before.threads);
+    compare("descriptors", openNow(), descriptors);
+    compare("easy handles", now.handles, before.handles);
+    compare("shares", now.shares, before.shares);
+    if (HeldLocks() != 0) complaints.push_back("a lock is held");
+    if (LostLocks() != 0) complaints.push_back("a thread has ended with a lock, or a mutex locked");
+  }
 
   const std::vector<Row> expected = ReadRows(KECPP_EXPECTED_ERRORS);
-  Scenario scenario;
+  endtoend::Simulator& simulator;
   const Options options;
   std::vector<std::string> complaints;  // of the round
   std::map<std::string, bool> codes;    // reached or not; complete from the start
   unsigned long rounds = 0, failures = 0, orphans = 0;
 };
-
-bool Torture::Run() {
-  for (int warm = 0; warm < 2; ++warm) CountCalls(Call::allocate);
-  for (int index = 0; index < CALLS; ++index) {
-    const Call call = static_cast<Call>(index);
-    if (!options.call.empty() && options.call != NameOf(call)) continue;
-    const unsigned long calls = CountCalls(call);
-    const unsigned long roundsBefore = rounds, failuresBefore = failures;
-    unsigned long taken = 0;
-    for (unsigned long number = options.only != 0 ? options.only : 1; number <= calls;
-         number += number < EVERY_CALL_UP_TO ? 1 : STEP_BEYOND) {
-      if (taken++ % options.sample == 0) Round(call, number);
-      if (options.only != 0) break;
-    }
-    std::printf("%-17s %5lu calls, %4lu rounds, %lu failed\n", NameOf(call), calls,
-                rounds - roundsBefore, failures - failuresBefore);
-  }
-  std::size_t reached = 0;
-  for (const auto& code : codes) reached += code.second ? 1 : 0;
-  const bool last = ReachesCodeWithoutShare();
-  std::printf(
-      "%lu rounds, %lu failed; %lu sessions left to the server; %zu of %zu set-up codes and %s\n",
-      rounds, failures, orphans, reached - 1, codes.size() - 1, last ? "\"0010\"" : "NOT \"0010\"");
-  const bool whole = options.call.empty() && options.sample == 1 && options.only == 0;
-  return failures == 0 && (!whole || (last && reached == codes.size()));
-}
-
-unsigned long Torture::CountCalls(Call call) {
-  Arm(call, 0, 1);
-  const Findings findings = scenario.Run();
-  for (const std::string& text : findings.complaints) throw std::runtime_error(text);
-  return CountOf(call);
-}
-
-void Torture::Round(Call call, unsigned long number) {
-  currentCall = call;
-  currentNumber = number;
-  complaints = {};
-  alarm(ROUND_LIMIT_SECONDS);
-  const Living before = CountLiving();
-  const long descriptors = SampleOf("/proc/self").descriptors;
-  try {
-    Arm(call, number, options.burst);
-    const Findings findings = scenario.Run();
-    Disarm();
-    Check(findings);
-  } catch (const std::exception& e) {
-    std::printf("FAILED %s %lu: %s\n", NameOf(call), number, e.what());
-    std::printf("cannot go on\n");
-    _exit(1);
-  }
-  CheckNothingIsLeft(before, descriptors);
-  alarm(0);
-  if (++rounds % 50 == 0) std::printf("... %s %lu\n", NameOf(call), number);
-  failures += complaints.empty() ? 0 : 1;
-  for (const std::string& text : complaints) {
-    std::printf("FAILED %s %lu: %s\n", NameOf(call), number, text.c_str());
-  }
-}
-
-void Torture::Check(const Findings& findings) {
-  complaints = findings.complaints;
-  const std::optional<Refusal> refusal = FirstRefusal();
-  if (!refusal) return;
-  orphans += findings.orphaned ? 1 : 0;
-  const auto reported = [&](const std::string& text) {
-    return findings.errors.find(text) != std::string::npos;
-  };
-  // Either the logout was lost, or the answer to the login.
-  if (findings.orphaned && !reported("Unable to Log")) {
-    complaints.push_back("a session is orphaned without a word: " + findings.errors);
-  }
-  for (const Row& row : expected) {
-    if (!SpeaksOf(row, *refusal)) continue;
-    if (!reported(row[3])) {
-      complaints.push_back("expected \"" + row[3] + "\", reported: " + findings.errors);
-    }
-    codes[SetupCode(row[3])] = true;
-  }
-}
-
-// A detached thread outlives its last word by a moment.
-void Torture::CheckNothingIsLeft(const Living& before, long descriptors) {
-  const bool known = !complaints.empty();  // their texts are blocks
-  const auto openNow = [] { return SampleOf("/proc/self").descriptors; };
-  endtoend::Eventually(
-      [&] { return CountLiving().threads == before.threads && openNow() == descriptors; });
-  const Living now = CountLiving();
-  const auto compare = [this](const char* what, long is, long was) {
-    if (is != was) complaints.push_back(std::to_string(is - was) + " more " + what);
-  };
-  if (!known) compare("blocks", now.blocks, before.blocks);
-  compare("threads", now.threads, before.threads);
-  compare("descriptors", openNow(), descriptors);
-  compare("easy handles", now.handles, before.handles);
-  compare("shares", now.shares, before.shares);
-  if (HeldLocks() != 0) complaints.push_back("a lock is held");
-  if (LostLocks() != 0) complaints.push_back("a thread has ended with a lock, or a mutex locked");
-}
 
 int Main(const Options& options) {
   setvbuf(stdout, nullptr, _IOLBF, 0);  // what was said stays said when a round crashes
