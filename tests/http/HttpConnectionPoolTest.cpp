@@ -1,126 +1,102 @@
 // SPDX-License-Identifier: MIT
 #include "http/HttpConnectionPool.h"
 
-#include <gtest/gtest.h>
-
-#include <memory>
+#include <map>
 #include <string>
 
 #include "http/ConnectionInfo.h"
 #include "http/HttpException.h"
 #include "http/HttpService.h"
-#include "support/Thrown.h"
+#include "support/Answers.h"
 
 namespace KELib::Http {
 namespace {
 
-class HttpConnectionPoolTest : public testing::Test {
- protected:
-  HttpConnectionPoolTest() {
+class Pools {
+ public:
+  Pools() {
     GetHttpService();
     pool.Init();
+    other.Init();
   }
 
-  HttpHandle* Take(HttpHandleRef& ref) {
-    pool.GetHandle(&info, ref);
-    return ref.handle;
+  // What a step comes to; the case file tells the steps.
+  std::string Do(const std::string& step) {
+    std::string result = "ok";
+    const std::string thrown = Thrown([&] { Do(Split(step, " "), result); });
+    return thrown == "nothing" ? result : thrown;
   }
 
-  // Takes a handle and gives it back, to learn which one is the lowest free one.
-  HttpHandle* Lowest() {
-    HttpHandleRef ref;
-    return Take(ref);
+ private:
+  void Do(const Row& words, std::string& result) {
+    const std::string &what = words[0], argument = words.size() > 1 ? words[1] : "";
+    HttpHandleRef passing;
+    if (what == "take") {
+      result = NumberOf(pool, refs[argument]);
+    } else if (what == "take-other") {
+      result = NumberOf(other, refs[argument]);
+    } else if (what == "lowest") {
+      result = NumberOf(pool, passing);
+    } else if (what == "copy") {
+      refs.emplace(words[2], refs[argument]);
+    } else if (what == "clear") {
+      refs[argument].Set(nullptr, nullptr);
+    } else if (what == "free") {
+      pool.FreeHandle(refs[argument].handle);
+    } else if (what == "end") {
+      refs.erase(argument);
+    } else if (what == "wait") {
+      result = pool.WaitForFreeHandle(std::stoi(argument)) ? "yes" : "no";
+    } else if (what == "size") {
+      result = std::to_string(pool.GetSize());
+    } else if (what == "resize") {
+      pool.SetSize(static_cast<unsigned int>(std::stoi(argument)));
+    } else if (what == "release") {
+      pool.Release();
+    } else if (what == "init") {
+      pool.Init();
+    } else {
+      result = "no such step";
+    }
+  }
+
+  std::string NumberOf(HttpConnectionPool& from, HttpHandleRef& ref) {
+    from.GetHandle(&info, ref);
+    if (ref.handle == nullptr) return "none";
+    return std::to_string(numbers.emplace(ref.handle, numbers.size() + 1).first->second);
   }
 
   ConnectionInfo info{nullptr, "http://127.0.0.1:1/", true};
-  HttpConnectionPool pool;
+  HttpConnectionPool pool, other;
+  std::map<HttpHandle*, std::size_t> numbers;
+  std::map<std::string, HttpHandleRef> refs;
 };
 
-TEST_F(HttpConnectionPoolTest, TakesTheLowestFreeSlotAndLeavesTheReferenceAloneWhenBusy) {
-  auto first = std::make_unique<HttpHandleRef>();
-  HttpHandleRef second, third;
-  HttpHandle* const lowest = Take(*first);
-  EXPECT_NE(lowest, Take(second));
-  EXPECT_EQ(nullptr, Take(third));
-  EXPECT_FALSE(pool.WaitForFreeHandle(1));
-  EXPECT_EQ(lowest, Take(*first));
-  first.reset();
-  EXPECT_EQ(lowest, Take(third));
-  pool.FreeHandle(second.handle);
-  EXPECT_TRUE(pool.WaitForFreeHandle(0));
-  pool.FreeHandle(nullptr);
+TEST(HttpConnectionPoolTest, AnswersTheCases) {
+  ExpectAnswers(KECPP_TEST_DATA "/cases/pool.txt",
+                {{"steps", [](const Row& row) {
+                    Pools pools;
+                    return Stepwise(row[1], [&](const auto& step) { return pools.Do(step); });
+                  }}});
 }
 
-TEST_F(HttpConnectionPoolTest, ResizesUpToFourAndNeverDropsAHandleInUse) {
-  pool.SetSize(5);
-  EXPECT_EQ(2u, pool.GetSize());
-  pool.SetSize(4);
-  HttpHandleRef kept, last;
-  Take(kept);
-  Take(last);
-  EXPECT_EQ("HttpException: Unable to resize Connection Pool. In Use.",
-            Thrown([this] { pool.SetSize(1); }));
-  EXPECT_EQ(4u, pool.GetSize());
-  pool.SetSize(2);
-  pool.FreeHandle(last.handle);
+TEST(HttpConnectionPoolTest, AHandleThatCouldNotBePreparedStaysFreeAndIsPreparedLater) {
+  GetHttpService();
+  HttpConnectionPool pool;
+  EXPECT_THROW(pool.SetSize(1), HttpException) << "without a share";
+  pool.Init();
   pool.SetSize(1);
-  EXPECT_EQ(1u, pool.GetSize());
-  EXPECT_EQ(nullptr, Lowest());
-  pool.FreeHandle(kept.handle);
-  EXPECT_EQ(kept.handle, Lowest());
-}
-
-TEST_F(HttpConnectionPoolTest, TakingAnotherHandleGivesTheHeldOneBack) {
-  HttpHandleRef ref, both[2];
-  HttpHandle* const lowest = Take(ref);
-  HttpHandle* const second = Take(ref);
-  EXPECT_NE(lowest, second);
-  EXPECT_EQ(lowest, Lowest());
-  HttpConnectionPool other;
-  other.Init();
-  other.GetHandle(&info, ref);
-  Take(both[0]);
-  EXPECT_EQ(second, Take(both[1]));
-  ref = HttpHandleRef();
-}
-
-TEST_F(HttpConnectionPoolTest, AStaleCopyDoesNotFreeAnotherThreadsHandle) {
-  pool.SetSize(1);
-  HttpHandleRef owner;
-  {
-    HttpHandleRef copy;
-    Take(copy);
-    HttpHandleRef stale(copy);
-    copy.Set(nullptr, nullptr);
-    EXPECT_EQ(stale.handle, Take(owner));
-  }
-  EXPECT_EQ(nullptr, Lowest());
-  HttpHandleRef dangling(owner);
-  pool.FreeHandle(owner.handle);
-  pool.SetSize(0);  // `dangling` and `owner` must not look at the deleted handle
-}
-
-TEST_F(HttpConnectionPoolTest, AHandleThatCouldNotBePreparedStaysFreeAndIsPreparedLater) {
-  pool.SetSize(1);
+  ConnectionInfo plain(nullptr, "http://127.0.0.1:1/", true);
   ConnectionInfo secure(new SSLInfo("c", "", "k", "a", "DER"), "https://h", true);
+  HttpHandleRef ref;
   for (int attempt = 0; attempt < 2; ++attempt) {
-    HttpHandleRef ref;
     EXPECT_EQ("InvalidArgumentException: Invalid Certificate type. Expected PEM. Got : DER",
               Thrown([&] { pool.GetHandle(&secure, ref); }));
     EXPECT_EQ(nullptr, ref.handle);
   }
-  ASSERT_NE(nullptr, Lowest());
-  EXPECT_TRUE(Lowest()->prepared);
-}
-
-TEST_F(HttpConnectionPoolTest, WithoutAShareNoHandleCanBeMade) {
-  HttpConnectionPool unready;
-  EXPECT_THROW(unready.SetSize(1), HttpException);
-  pool.Release();
-  EXPECT_EQ(0u, pool.GetSize());
-  EXPECT_EQ(nullptr, Lowest());
-  pool.Init();
-  EXPECT_NE(nullptr, Lowest());
+  pool.GetHandle(&plain, ref);
+  ASSERT_NE(nullptr, ref.handle);
+  EXPECT_TRUE(ref.handle->prepared);
 }
 
 TEST(HttpHandleTest, ClampsTheTimeoutToWhatFitsInMilliseconds) {
