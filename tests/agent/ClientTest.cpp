@@ -98,9 +98,8 @@ class Client : public testing::Test {
     for (const auto& [name, properties] : expected) EXPECT_EQ(seen[name], properties) << name;
   }
 
-  Names Linked(const List& list, const std::string& key,
-               const std::vector<std::string>& filter = {}) {
-    return client.GetNames("ain", ObjectPath(list.type, list.key, key), filter);
+  Names Linked(const List& list, const std::string& key) {
+    return client.GetNames("ain", ObjectPath(list.type, list.key, key));
   }
 
   endtoend::Simulator simulator{{"--hosts", "3", "--machines", "30", "--seed", "5"}};
@@ -115,11 +114,12 @@ TEST_F(Client, SeesEveryInstanceByItsClassAndByThoseAbove) {
   EXPECT_EQ(WithoutEmpty(client.GetInstances("ei", "CIM_ComputerSystem")), WithoutEmpty(systems));
   EXPECT_EQ(client.GetNames("ein", "cim_computersystem"), KeysOf(systems)) << "in any letter case";
   for (std::size_t i = 0; i < std::size(LISTS); ++i) {
-    const Instances ofClass = Expected(truth, i, 1);
-    EXPECT_EQ(client.GetNames("ein", LISTS[i].type), KeysOf(ofClass));
-    const std::string key = truth[LISTS[i].name][0][LISTS[i].key];
-    const auto one = client.GetInstances("gi", ObjectPath(LISTS[i].type, LISTS[i].key, key));
-    EXPECT_THAT(WithoutEmpty(Expected(truth, i, 1)), testing::IsSupersetOf(WithoutEmpty(one)));
+    const List& list = LISTS[i];
+    const Instances ofClass = WithoutEmpty(Expected(truth, i, 1));
+    EXPECT_EQ(client.GetNames("ein", list.type), KeysOf(ofClass));
+    const std::string key = truth[list.name][0][list.key];
+    const auto one = WithoutEmpty(client.GetInstances("gi", ObjectPath(list.type, list.key, key)));
+    EXPECT_THAT(ofClass, testing::IsSupersetOf(one));
     EXPECT_EQ(one.size(), 1u);
   }
 }
@@ -157,67 +157,30 @@ TEST_F(Client, WalksFromAMachineToItsHostAndFromARoleToItsMembers) {
   }
 }
 
-TEST_F(Client, FiltersByClassAndRole) {
-  const struct {
-    std::vector<std::string> filter;
-    bool hasHost;
-  } cases[] = {
-      {{"-ac", "ZORBEL_HostedDependency"}, true},
-      {{"-ac", "CIM_HostedDependency", "-arc", "CIM_System"}, true},
-      {{"-ac", "CIM_MemberOfCollection"}, false},
-      {{"-arc", MACHINE}, false},
-      {{"-ar", "dependent", "-arr", "Antecedent"}, true},
-      {{"-ar", "Antecedent"}, false},
-      {{"-arr", "Dependent"}, false},
-  };
-  for (const auto& test : cases) {
-    EXPECT_EQ(Linked(LISTS[1], "vm-1", test.filter).size(), test.hasHost ? 1u : 0u)
-        << testing::PrintToString(test.filter);
-  }
-  const Json role = simulator.Truth()["roles"][0];
-  EXPECT_EQ(Linked(LISTS[2], role["Name"], {"-arc", "Zorbel_Identity"}).size(),
-            role["identities"].size());
-  const std::string path = ObjectPath("Zorbel_Role", "Name", role["Name"]);
-  EXPECT_EQ(client.GetNames("rin", path, {"-arc", "Zorbel_PrivilegeMemberOfCollection"}).size(),
-            role["privileges"].size());
-  EXPECT_EQ(client.GetNames("rin", path, {"-ar", "Member"}).size(), 0u);
-}
-
-TEST_F(Client, IsToldWhatIsWrong) {
-  const std::string nobody = ObjectPath(MACHINE, "Name", "nobody");
-  EXPECT_THAT(client.Run("gi", nobody), HasSubstr("(6) CIM_ERR_NOT_FOUND"));
-  EXPECT_THAT(client.Run("ain", nobody), HasSubstr("(6) CIM_ERR_NOT_FOUND"));
-  EXPECT_THAT(client.Run("ei", "CIM_Nothing"), HasSubstr("(5) CIM_ERR_INVALID_CLASS"));
-  EXPECT_THAT(client.Run("gi", "CIM_System.Name=\"vm-1\""), HasSubstr("Name=\"vm-1\""));
-  EXPECT_THAT(client.Run("gi", std::string(MACHINE) + ".UUID=\"x\""),
-              HasSubstr("(4) CIM_ERR_INVALID_PARAMETER"));
-  EXPECT_THAT(client.Run("di", ObjectPath(MACHINE, "Name", "vm-1")),
-              HasSubstr("(7) CIM_ERR_NOT_SUPPORTED"));
-}
-
-TEST_F(Client, ReadsTheClasses) {
+TEST_F(Client, ReadsClassesAndErrors) {
   const std::string classes = client.Run("ecn", "");
   for (const List& list : LISTS) EXPECT_THAT(classes, HasSubstr(std::string(":") + list.type));
-  EXPECT_THAT(client.Run("gc", MACHINE), HasSubstr("-GuestIPAddress="));
   EXPECT_THAT(client.Run("gc", HOSTED), HasSubstr("-Antecedent="));
+  EXPECT_THAT(client.Run("gi", ObjectPath(MACHINE, "Name", "nobody")),
+              HasSubstr("(6) CIM_ERR_NOT_FOUND"));
 }
 
 // Text goes through two parsers and two writers of XML on its way.
 TEST_F(Client, SeesAnyText) {
-  const std::vector<std::string> texts = {"R&amp;D &lt;b&gt; &quot;q&quot; &apos;a&apos;",
-                                          "&amp;amp;lt;",
-                                          "",
-                                          "Größe 東京 🖥",
-                                          "&#x5b57; &#233;",
-                                          "&unknown; &amp",
-                                          "a  b ",
-                                          "%n%s ]]&gt;"};
+  const char* const texts[] = {"R&amp;D &lt;b&gt; &quot;q&quot; &apos;a&apos;",
+                               "&amp;amp;lt;",
+                               "",
+                               "Größe 東京 🖥",
+                               "&#x5b57; &#233;",
+                               "&unknown; &amp",
+                               "a  b ",
+                               "%n%s ]]&gt;"};
   // First: identities are asked for only after something else has changed.
   simulator.Control(
       "permissions",
       {{{"principal", "ZORBEL\\&#228;nn &amp; co"}, {"roleId", "7"}, {"group", false}}});
-  Json machines = simulator.Truth()["machines"];
-  for (std::size_t i = 0; i < texts.size(); ++i) {
+  const Json machines = simulator.Truth()["machines"];
+  for (std::size_t i = 0; i < std::size(texts); ++i) {
     simulator.Control("machine", {{"do", "set"},
                                   {"id", machines[i]["Name"]},
                                   {"property", i % 2 ? "name" : "config.annotation"},

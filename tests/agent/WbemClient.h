@@ -4,44 +4,114 @@
 #ifndef KECPP_TESTS_AGENT_WBEMCLIENT_H
 #define KECPP_TESTS_AGENT_WBEMCLIENT_H
 
+#include <unistd.h>
+
 #include <map>
+#include <regex>
 #include <set>
+#include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "endtoend/ChildProcess.h"
 
 namespace agenttest {
 
 using Properties = std::map<std::string, std::string>;  // text values without their quotes
 using Instances = std::map<std::string, Properties>;    // by "CLASS KEY"
 using Names = std::set<std::string>;
+using Words = std::vector<std::string>;
 
 class WbemClient {
  public:
   // `server` is "[USER:PASSWORD@]ADDRESS:PORT".
-  explicit WbemClient(const std::string& server, const std::string& scheme = "http");
+  explicit WbemClient(const std::string& server, const std::string& scheme = "http")
+      : prefix(scheme + "://" + server + "/root/cimv2") {}
 
-  static bool IsInstalled();
+  static bool IsInstalled() { return access(PROGRAM, X_OK) == 0; }
 
   // Runs e.g. "ei" on e.g. "CIM_System" (or a class and its keys) and gives the lines of its
   // output; what it says of an error when it fails.
   std::string Run(const std::string& operation, const std::string& object,
-                  const std::vector<std::string>& options = {}) const;
+                  const Words& options = {}) const {
+    Words command = {PROGRAM, operation, "-nl", "-noverify"};
+    command.insert(command.end(), options.begin(), options.end());
+    endtoend::ChildProcess client(command, {prefix + (object.empty() ? "" : ":" + object)});
+    return client.Wait() == 0 ? client.Output() : "failed: " + client.Errors() + client.Output();
+  }
 
-  // The same, read: "CLASS KEY" of each name, and what instances hold. Throws when it fails.
+  // The same, read: "CLASS KEY" of each name, and what instances hold. Throw when it fails.
   Names GetNames(const std::string& operation, const std::string& object,
-                 const std::vector<std::string>& options = {}) const;
-  Instances GetInstances(const std::string& operation, const std::string& object,
-                         const std::vector<std::string>& options = {}) const;
+                 const Words& options = {}) const {
+    Names names;
+    for (const std::string& line : Succeed(operation, object, options)) {
+      if (!names.insert(ShortName(line)).second) throw std::runtime_error("twice: " + line);
+    }
+    return names;
+  }
+  Instances GetInstances(const std::string& operation, const std::string& object) const {
+    Instances instances;
+    Properties* current = nullptr;
+    for (const std::string& line : Succeed(operation, object, {})) {
+      const std::size_t equals = line.find('=');
+      if (equals == std::string::npos) continue;
+      if (line[0] == '-' && current != nullptr) {
+        (*current)[line.substr(1, equals - 1)] = Value(line.substr(equals + 1));
+      } else {
+        current = &instances[ShortName(line)];
+      }
+    }
+    return instances;
+  }
 
  private:
-  std::string Succeed(const std::string& operation, const std::string& object,
-                      const std::vector<std::string>& options) const;
+  static constexpr const char* PROGRAM = "/usr/bin/wbemcli";
 
-  std::string prefix;  // of every object's path
+  Words Succeed(const std::string& operation, const std::string& object,
+                const Words& options) const {
+    const std::string output = Run(operation, object, options);
+    if (output.compare(0, 6, "failed") == 0) throw std::runtime_error(operation + " " + output);
+    std::istringstream text(output);
+    Words lines;
+    for (std::string line; std::getline(text, line);) {
+      if (!line.empty()) lines.push_back(line);
+    }
+    return lines;
+  }
+
+  // The client puts a backslash before quotes and backslashes.
+  static std::string Unescaped(const std::string& text) {
+    return std::regex_replace(text, std::regex(R"(\\(.))"), "$1");
+  }
+
+  // "CLASS KEY" of a path; of a link's path "CLASS ORIGINKEY RESULTKEY".
+  static std::string ShortName(const std::string& path) {
+    static const std::regex kKey(",(?:Name|InstanceID)=\"([^\"]*)\"");
+    const std::string rest = path.substr(path.find("cimv2:") + 6);
+    std::string name = rest.substr(0, rest.find('.'));
+    for (std::sregex_iterator it(rest.begin(), rest.end(), kKey), end; it != end; ++it) {
+      name += " " + Unescaped((*it)[1]);
+    }
+    return name;
+  }
+
+  // The value of a reference is a path without the colon before the class; texts stand in quotes.
+  static std::string Value(const std::string& text) {
+    const std::size_t place = text.find("cimv2ZORBEL");
+    if (place != std::string::npos) return ShortName("cimv2:" + text.substr(place + 5));
+    const bool quoted = text.size() >= 2 && text.front() == '"';
+    return quoted ? Unescaped(text.substr(1, text.size() - 2)) : text;
+  }
+
+  const std::string prefix;  // of every object's path
 };
 
 // CLASS.CreationClassName="CLASS",NAME="KEY"
-std::string ObjectPath(const std::string& type, const std::string& keyName, const std::string& key);
+inline std::string ObjectPath(const std::string& type, const std::string& keyName,
+                              const std::string& key) {
+  return type + ".CreationClassName=\"" + type + "\"," + keyName + "=\"" + key + "\"";
+}
 
 }  // namespace agenttest
 

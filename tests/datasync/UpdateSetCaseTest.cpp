@@ -2,8 +2,7 @@
 //
 // Runs the files of cases/, what watches, update sets and failures make of a data sync, each in
 // several writing styles (to the caches they are all the same), and those of loop/, how its loop
-// begins, fails, goes on and ends, once. A file is a sequence of sections, each headed by a line
-// "== NAME [ARGUMENT]"; text before the first one says what it is for. These do something:
+// begins, fails, goes on and ends, once. These sections do something:
 //   watch FILTER    sets a watch up with this property list; the server names its filter FILTER.
 //                   Without an argument the server answers what "next" says
 //   set             the update set that arrives next; "returnval" and a version are put around
@@ -28,7 +27,6 @@
 //   outcome TASK    whether the task has succeeded, when the thread has come back
 //   log, error      what that section made it log, and the exception of the watch; without such a
 //                   section there must be none
-#include <filesystem>
 #include <functional>
 #include <future>
 #include <map>
@@ -38,30 +36,13 @@
 
 #include "datasync/PropertyList.h"
 #include "datasync/SyncFixture.h"
+#include "support/CaseFile.h"
 
 namespace KE::Service {
 namespace {
 
 namespace fs = std::filesystem;
 using std::regex_replace;
-
-struct Section {
-  std::string name, argument, second, text;
-};
-
-std::vector<Section> ReadCase(const fs::path& file) {
-  std::ifstream in(file);
-  std::vector<Section> sections;
-  for (std::string line; std::getline(in, line);) {
-    if (line.compare(0, 3, "== ") == 0) {
-      Section& section = sections.emplace_back();
-      std::istringstream(line.substr(3)) >> section.name >> section.argument >> section.second;
-    } else if (!sections.empty() && !line.empty()) {
-      sections.back().text += line + "\n";
-    }
-  }
-  return sections;
-}
 
 const struct {
   const char *name, *pattern, *replacement;
@@ -283,18 +264,14 @@ TEST_P(UpdateSetCaseTest, EndsAsWritten) {
   }
 }
 
-std::vector<fs::path> CaseFiles() {
-  std::vector<fs::path> files;
-  for (const char* folder : {"/cases", "/loop"}) {
-    for (const auto& entry : fs::directory_iterator(KECPP_TEST_DATA + std::string(folder))) {
-      files.push_back(entry.path());
-    }
-  }
-  std::sort(files.begin(), files.end());
+std::vector<fs::path> AllCases() {
+  std::vector<fs::path> files = CaseFiles(KECPP_TEST_DATA "/cases");
+  const std::vector<fs::path> loop = CaseFiles(KECPP_TEST_DATA "/loop");
+  files.insert(files.end(), loop.begin(), loop.end());
   return files;
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, UpdateSetCaseTest, testing::ValuesIn(CaseFiles()),
+INSTANTIATE_TEST_SUITE_P(Cases, UpdateSetCaseTest, testing::ValuesIn(AllCases()),
                          [](const testing::TestParamInfo<fs::path>& file) {
                            return regex_replace(file.param.stem().string(), std::regex("-"), "_");
                          });

@@ -7,29 +7,18 @@
 #include <vector>
 
 #include "InstanceFixture.h"
-#include "foundation/KEException.h"
 #include "instance/KECacheGuard.h"
 #include "instance/KEMultiCacheLock.h"
 #include "stub/classes/ClassNames.h"
 #include "stub/classes/RoleLinks.h"
 #include "stub/classes/Zorbel_Privilege.h"
 #include "stub/classes/Zorbel_Role.h"
+#include "support/Thrown.h"
 
 namespace KE::Instance {
 namespace {
 
 using KELib::KEString;
-using KELib::SystemException;
-
-template <typename Call>
-std::string MessageOf(Call call) {
-  try {
-    call();
-  } catch (const SystemException& e) {
-    return e.What();
-  }
-  return "nothing was thrown";
-}
 
 bool Holds(KEDataCache& cache) {
   return cache.GetMutex()->IsLocked();
@@ -39,10 +28,11 @@ TEST(TypeCache, NamesTheTypeThatItDoesNotHave) {
   KETypeCache types;
   KEString type("Zorbel_Role"), key("1"), none;
   KELib::Stub::KEStubRef ref;
-  const std::string expected = "No Data Map found for type :Zorbel_Role";
-  EXPECT_EQ(expected, MessageOf([&] { types.GetVal(type, key, ref); }));
-  EXPECT_EQ(expected, MessageOf([&] { types.RemoveValNoLock(type, key); }));
-  EXPECT_EQ("Unable to find data cache", MessageOf([&] { types.DataIterator(type); }));
+  const std::string expected = "SystemException: No Data Map found for type :Zorbel_Role";
+  EXPECT_EQ(expected, Thrown([&] { types.GetVal(type, key, ref); }));
+  EXPECT_EQ(expected, Thrown([&] { types.RemoveValNoLock(type, key); }));
+  EXPECT_EQ("SystemException: Unable to find data cache",
+            Thrown([&] { types.DataIterator(type); }));
   types.DeleteDataCache(type);
   types.CreateDataCache(none);
   EXPECT_EQ(nullptr, types.GetDataCache(none));
@@ -77,14 +67,12 @@ TEST(TypeCache, DeletingWaitsForReadersOfLinkedCaches) {
   roles.SetVal(key, role);
   privileges.SetVal(key, privilege);
   KE::Stub::LinkMember(*role, *privilege);
-  unsigned int linked = 0;
   RunAgainstHolder(
       *privileges.GetMutex(), [&] { types.DeleteDataCache(roleType); },
       [&] {
         for (int i = 0; i < 1000; ++i) std::this_thread::yield();
-        linked = privilege->MemberOfCollections->Get(0) != nullptr;
+        EXPECT_NE(nullptr, privilege->MemberOfCollections->Get(0));
       });
-  EXPECT_EQ(1u, linked);
   EXPECT_EQ(nullptr, privilege->MemberOfCollections->Get(0));
   // A reader of unrelated objects does not hold it up: this would never end.
   types.CreateDataCache(roleType);
@@ -93,15 +81,13 @@ TEST(TypeCache, DeletingWaitsForReadersOfLinkedCaches) {
 }
 
 TEST(TypeCache, ServesReadersWhileTypesComeAndGo) {
-  constexpr int kRounds = 2000;
   int alive = 0;
-  auto owner = std::make_unique<KETypeCache>();
-  KETypeCache& types = *owner;
+  auto types = std::make_unique<KETypeCache>();
   std::atomic<int> running{2};
   const auto read = [&] {
     KEString type("T");
     while (running > 0) {
-      KEDataCache* cache = types.GetDataCache(type);
+      KEDataCache* cache = types->GetDataCache(type);
       if (cache == nullptr) continue;
       KELib::KEMutexGuard guard(cache->GetMutex());
       for (auto it = cache->Iterator(); !it.End(); ++it) {
@@ -109,30 +95,24 @@ TEST(TypeCache, ServesReadersWhileTypesComeAndGo) {
       }
     }
   };
-  const auto fill = [&] {
-    KEString type("T");
-    for (int i = 0; i < kRounds; ++i) {
-      KEString key(std::to_string(i % 7).c_str());
-      types.CreateDataCache(type);
-      KEDataCache* cache = types.GetDataCache(type);
-      if (cache == nullptr) continue;  // deleted meanwhile
-      KELib::KEMutexGuard guard(cache->GetMutex());
-      if (Find(*cache, key.Cstr()) == nullptr) cache->SetVal(key, new CountedStub(alive));
-    }
-    --running;
-  };
-  const auto drop = [&] {
+  const auto change = [&](bool fills) {
     KEString type("T"), other("U");
-    for (int i = 0; i < kRounds; ++i) {
-      types.CreateDataCache(other);
-      i % 2 == 0 ? types.Clear() : types.DeleteDataCache(type);
+    for (int i = 0; i < 2000; ++i) {
+      KEString key(std::to_string(i % 7).c_str());
+      types->CreateDataCache(fills ? type : other);
+      if (!fills) {
+        i % 2 == 0 ? types->Clear() : types->DeleteDataCache(type);
+      } else if (KEDataCache* cache = types->GetDataCache(type)) {  // not deleted meanwhile
+        KELib::KEMutexGuard guard(cache->GetMutex());
+        if (Find(*cache, key.Cstr()) == nullptr) cache->SetVal(key, new CountedStub(alive));
+      }
     }
     --running;
   };
-  std::thread threads[] = {std::thread(read), std::thread(read), std::thread(drop)};
-  fill();
+  std::thread threads[] = {std::thread(read), std::thread(read), std::thread(change, false)};
+  change(true);
   for (std::thread& thread : threads) thread.join();
-  owner.reset();
+  types.reset();
   EXPECT_EQ(0, alive);
 }
 
@@ -151,18 +131,14 @@ TEST(MultiCacheLock, TakesNothingAndGivesNothingUp) {
 }
 
 TEST(CacheGuard, LocksWhatAnObjectTypeTouchesAndLeavesTheRest) {
-  const char* const names[] = {KE::Stub::Zorbel_RoleClass,
-                               KE::Stub::Zorbel_PrivilegeClass,
-                               KE::Stub::Zorbel_IdentityClass,
-                               KE::Stub::ZORBEL_VMComputerSystemClass,
-                               KE::Stub::ZORBEL_ORXComputerSystemClass,
-                               "Another",
-                               KE::Stub::TaskInfoClass};
   KETypeCache types;
   std::vector<KEDataCache*> caches;
-  for (const char* name : names) caches.push_back(&MakeCache(types, name));
+  for (const char* name :
+       {"Zorbel_Role", "Zorbel_Privilege", "Zorbel_Identity", "ZORBEL_VMComputerSystem",
+        "ZORBEL_ORXComputerSystem", "Another", KE::Stub::TaskInfoClass}) {
+    caches.push_back(&MakeCache(types, name));
+  }
   EXPECT_EQ(caches, types.InLockOrder());
-
   const auto held = [&] {
     std::string all;
     for (KEDataCache* cache : caches) all += Holds(*cache) ? '1' : '0';
