@@ -181,10 +181,7 @@ TEST_F(Client, SeesAnyText) {
       {{{"principal", "ZORBEL\\&#228;nn &amp; co"}, {"roleId", "7"}, {"group", false}}});
   const Json machines = simulator.Truth()["machines"];
   for (std::size_t i = 0; i < std::size(texts); ++i) {
-    simulator.Control("machine", {{"do", "set"},
-                                  {"id", machines[i]["Name"]},
-                                  {"property", i % 2 ? "name" : "config.annotation"},
-                                  {"value", texts[i]}});
+    simulator.SetMachine(machines[i]["Name"], i % 2 ? "name" : "config.annotation", texts[i]);
   }
   ExpectTruth();
   // The key as a person types it: the client sends it as it is.

@@ -7,12 +7,14 @@
 #include <httplib.h>
 #include <signal.h>
 
+#include <algorithm>
 #include <fstream>
 
 #include "agent/AgentProcess.h"
 #include "agent/RawClient.h"
 #include "agent/WbemClient.h"
 #include "endtoend/Simulator.h"
+#include "support/Rows.h"
 
 namespace agenttest {
 namespace {
@@ -140,8 +142,7 @@ TEST(Life, SlowClientsHoldNobodyUp) {
     }
     slow.back()->Receive("HTTP/1.1 200");  // the answer has begun, the rest is not taken
   }
-  simulator.Control("machine",
-                    {{"do", "set"}, {"id", "vm-9"}, {"property", "name"}, {"value", "changed"}});
+  simulator.SetMachine("vm-9", "name", "changed");
   EXPECT_TRUE(Eventually([&] {
     return Ask(agent, "EnumerateInstances", "CIM_System").find(">changed<") != std::string::npos;
   }));
@@ -180,27 +181,13 @@ class Users : public testing::Test {
 TEST_F(Users, OnlyTheyAreAnswered) {
   Allow("ann", "p:äss");
   AgentProcess agent(NO_DAEMON, {"--users", file});
-  const std::string good = "YW5uOnA6w6Rzcw==";  // ann:p:äss
-  const std::vector<std::pair<std::string, int>> rows = {
-      {"Basic " + good, 200},
-      {"basic " + good, 200},   // known by now
-      {"Basic YW5uOnA=", 401},  // ann:p
-      {"Basic YW5uOg==", 401},  // ann:
-      {"Basic YW5u", 401},      // ann
-      {"Basic ", 401},
-      {"Basic Ym9iOnA6w6Rzcw==", 401},      // bob:p:äss
-      {"Basic Og==", 401},                  // :
-      {"Basic IyB3aG8gbWF5IGFzazo=", 401},  // # who may ask:
-      {"", 401},
-      {"Bearer " + good, 401},
-      {"Basic !!!!", 401},
-      {"Basic " + good.substr(1), 401},
-      {"Basic " + std::string(7000, 'A'), 401}};
-  for (const auto& [header, status] : rows) {
+  std::vector<Row> rows = ReadRows(KECPP_AGENT_TESTS "/users.txt");
+  rows.push_back({"Basic " + std::string(7000, 'A'), "401", "too long"});
+  for (const Row& row : rows) {
     httplib::Client client("http://" + agent.Address());
-    const auto answer = client.Get("/", httplib::Headers{{"Authorization", header}});
+    const auto answer = client.Get("/", httplib::Headers{{"Authorization", row[0]}});
     ASSERT_TRUE(answer);
-    EXPECT_EQ(answer->status, status) << header;
+    EXPECT_EQ(std::to_string(answer->status), row[1]) << row[2];
   }
   EXPECT_THAT(Ask(agent, "GetClass", "CIM_System"), HasSubstr("401"));
 }
@@ -222,25 +209,12 @@ TEST_F(Users, MayComeOverTls) {
 
 TEST_F(Users, AndOtherOptionsAreCheckedBeforeAnythingIsServed) {
   std::ofstream(file) << "ann:password\n";
-  const struct {
-    std::vector<std::string> options;
-    int status;
-    const char* message;
-  } cases[] = {
-      {{"--listen", "127.0.0.1"}, 2, ""},
-      {{"--listen", ":80"}, 2, ""},
-      {{"--listen", "a:70000"}, 2, ""},
-      {{"--tls", "cert.pem"}, 2, ""},
-      {{"--config", "/nowhere/at/all"}, 2, ""},
-      {{"--max-connections", "0"}, 2, ""},
-      {{"--time-limit", "0"}, 2, ""},
-      {{"surplus"}, 2, ""},
-      {{"--listen", "127.0.0.1:0", "--tls", "/no:/no"}, 1, "cannot use the certificate /no"},
-      {{"--listen", "127.0.0.1:0", "--users", file}, 1, "no hash that crypt knows for ann"}};
-  for (const auto& test : cases) {
-    endtoend::ChildProcess agent({KECPP_AGENT_PROGRAM}, test.options);
-    EXPECT_EQ(agent.Wait(), test.status) << test.options[0];
-    EXPECT_THAT(agent.Errors(), HasSubstr(test.message));
+  for (const Row& row : ReadRows(KECPP_AGENT_TESTS "/refused-options.txt")) {
+    std::vector<std::string> options = Split(row[0], " ");
+    std::replace(options.begin(), options.end(), std::string("USERS"), file);
+    endtoend::ChildProcess agent({KECPP_AGENT_PROGRAM}, options);
+    EXPECT_EQ(std::to_string(agent.Wait()), row[1]) << row[0];
+    EXPECT_THAT(agent.Errors(), HasSubstr(row[2]));
   }
 }
 

@@ -79,7 +79,7 @@ TEST(Message, IsAnsweredAsTheCasesSay) {
   endtoend::Simulator simulator({"--hosts", "2", "--machines", "6", "--seed", "7"});
   AgentProcess agent(simulator.Config());
   std::size_t cases = 0;
-  for (const auto& file : CaseFiles(KECPP_AGENT_CASES)) {
+  for (const auto& file : CaseFiles(KECPP_AGENT_TESTS "/cases")) {
     SCOPED_TRACE(file.filename().string());
     EXPECT_TRUE(RunCase(file, agent.Port()));
     ASSERT_TRUE(agent.IsRunning()) << agent.Errors();

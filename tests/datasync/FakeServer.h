@@ -10,6 +10,7 @@
 #ifndef KECPP_TESTS_DATASYNC_FAKESERVER_H
 #define KECPP_TESTS_DATASYNC_FAKESERVER_H
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <deque>
@@ -17,9 +18,12 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "foundation/KEException.h"
 #include "service/call/KEMethod.h"
+#include "xml/KEXmlBuffer.h"
 
 class FakeServer : public KE::Service::KEMethod {
  public:
@@ -39,39 +43,95 @@ class FakeServer : public KE::Service::KEMethod {
   }
 
   // Scripts a method's next call, every call from now on, and the next wait.
-  void Then(const std::string& method, const Answer& answer);
-  void Always(const std::string& method, const Answer& answer);
+  void Then(const std::string& method, const Answer& answer) {
+    std::lock_guard<std::mutex> guard(mutex);
+    scripts[method].push_back(answer);
+    changed.notify_all();
+  }
+  void Always(const std::string& method, const Answer& answer) {
+    std::lock_guard<std::mutex> guard(mutex);
+    standing[method] = answer;
+    changed.notify_all();
+  }
   void Feed(const std::string& set) { Then("WaitForUpdates", Text(set)); }
   template <typename E>
   void FeedError(const E& error) {
     Then("WaitForUpdates", Throw(error));
   }
 
+  // The calls so far; of every method when none is named.
+  std::vector<Call> Calls(const std::string& method) {
+    std::lock_guard<std::mutex> guard(mutex);
+    std::vector<Call> found;
+    std::copy_if(calls.begin(), calls.end(), std::back_inserter(found),
+                 [&](const Call& call) { return method.empty() || call.method == method; });
+    return found;
+  }
+  std::size_t Count(const std::string& method) { return Calls(method).size(); }
+
   // Blocks until at least that many calls were sent.
-  void AwaitCalls(const std::string& method, std::size_t number);
+  void AwaitCalls(const std::string& method, std::size_t number) {
+    while (Count(method) < number) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
 
   // Whether at least that many waits were sent, and the last has used up all answers and waits
   // itself: whatever was fed is applied.
-  bool IsQuiet(std::size_t waits);
-
-  // The calls so far; of every method when none is named.
-  std::vector<Call> Calls(const std::string& method);
-  std::size_t Count(const std::string& method) { return Calls(method).size(); }
+  bool IsQuiet(std::size_t waits) {
+    if (Count("WaitForUpdates") < waits) return false;
+    std::lock_guard<std::mutex> guard(mutex);
+    return waiting && !cancelled && scripts["WaitForUpdates"].empty();
+  }
 
   using KEMethod::Invoke;
-  void Invoke(const char* ns, const char* method, KELib::Xml::KEXmlBuffer& body,
-              KELib::KEString& result) override;
-  void Invoke(const char* ns, const char* method, const char* type, const char* value,
-              KELib::KEString& result) override;
-  void Invoke(const char* ns, const char* method, const char* type, const char* value,
-              const char* argName, const char* argValue, KELib::KEString& result) override;
+  void Invoke(const char*, const char* method, KELib::Xml::KEXmlBuffer& body,
+              KELib::KEString& result) override {
+    Serve({method, "", "", body.Str()}, result);
+  }
+  void Invoke(const char*, const char* method, const char* type, const char* value,
+              KELib::KEString& result) override {
+    Serve({method, type, value, ""}, result);
+  }
+  void Invoke(const char*, const char* method, const char* type, const char* value, const char*,
+              const char* argument, KELib::KEString& result) override {
+    Serve({method, type, value, argument}, result);
+  }
 
  private:
-  void Serve(const Call& call, KELib::KEString& result);
-  Answer NextAnswer(const std::string& method);
-  Answer WaitForAnswer(std::unique_lock<std::mutex>& lock);
-  void Cancel();
-  std::size_t CountNoLock(const std::string& method) const;
+  void Serve(const Call& call, KELib::KEString& result) {
+    std::unique_lock<std::mutex> lock(mutex);
+    calls.push_back(call);
+    Answer answer = NextAnswer(call.method);
+    if (!answer && call.method == "WaitForUpdates") answer = AwaitAnswer(lock);
+    if (!answer && call.method == "CreateFilter") {
+      answer = Text("<returnval type=\"PropertyFilter\">filter-" + std::to_string(++filters) +
+                    "</returnval>");
+    }
+    lock.unlock();
+    if (answer) result = answer().c_str();
+    if (call.method != "CancelWaitForUpdates") return;
+    lock.lock();
+    cancelled = waiting;
+    changed.notify_all();
+  }
+
+  Answer NextAnswer(const std::string& method) {
+    std::deque<Answer>& script = scripts[method];
+    if (script.empty()) return standing[method];
+    Answer answer = script.front();
+    script.pop_front();
+    return answer;
+  }
+
+  Answer AwaitAnswer(std::unique_lock<std::mutex>& lock) {
+    Answer answer;
+    waiting = true;
+    changed.wait(lock, [&] {
+      if (!cancelled) answer = NextAnswer("WaitForUpdates");
+      return answer || cancelled;
+    });
+    waiting = cancelled = false;
+    return answer ? answer : Throw(KELib::SystemException("RequestCanceled"));
+  }
 
   std::mutex mutex;
   std::condition_variable changed;

@@ -45,9 +45,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(InventoryTool, ShowsTablesAndOnlyWhatIsAskedFor) {
   Simulator simulator({"--hosts", "1", "--machines", "2"});
-  const std::string id = simulator.Truth()["machines"][0]["Name"];
-  simulator.Control("machine",
-                    {{"do", "set"}, {"id", id}, {"property", "name"}, {"value", "a &lt;b&gt;"}});
+  simulator.SetMachine("vm-1", "name", "a &lt;b&gt;");
   Tool people(simulator.Config(), {});
   EXPECT_EQ(people.Wait(), 0) << people.Errors();
   EXPECT_THAT(people.Output(), HasSubstr("Hosts (1)\n"));
@@ -87,8 +85,7 @@ TEST(Follow, TheToolPrintsADocumentALineAlsoWithANewSessionUntilItIsInterrupted)
   Tool tool(simulator.Config(), {"--format", "json", "--follow"});
   ASSERT_TRUE(tool.Becomes(simulator.Truth())) << tool.Errors();
   const auto follows = [&](const char* name) {
-    simulator.Control("machine",
-                      {{"do", "set"}, {"id", "vm-1"}, {"property", "name"}, {"value", name}});
+    simulator.SetMachine("vm-1", "name", name);
     return tool.Becomes(simulator.Truth());
   };
   EXPECT_TRUE(follows("renamed"));
@@ -142,7 +139,6 @@ TEST(InventoryTool, EndsWithADaemonThatWasRestarted) {
 
 TEST(ExampleAgent, PrintsTheMachinesAgainAfterEachChange) {
   Simulator simulator({"--hosts", "1", "--machines", "3"});
-  const std::string id = simulator.Truth()["machines"][0]["Name"];
   ChildProcess agent({KECPP_EXAMPLE_PROGRAM, simulator.ConfigFile(simulator.Config()), "2"});
   auto lines = [&agent] {
     const std::string text = agent.Output();
@@ -151,9 +147,7 @@ TEST(ExampleAgent, PrintsTheMachinesAgainAfterEachChange) {
   ASSERT_TRUE(Eventually([&] { return lines() == 3; })) << agent.Output() << agent.Errors();
   for (const char* state : {"suspended", "poweredOn"}) {
     const auto before = lines();
-    simulator.Control(
-        "machine",
-        {{"do", "set"}, {"id", id}, {"property", "runtime.powerState"}, {"value", state}});
+    simulator.SetMachine("vm-1", "runtime.powerState", state);
     ASSERT_TRUE(Eventually([&] { return lines() == before + 3; })) << agent.Output();
   }
   EXPECT_THAT(agent.Output(), HasSubstr(": suspended\n"));

@@ -141,12 +141,12 @@ class RandomChanges {
     const std::string id = Any(machines);
     if (random() % 2 == 0) {
       const std::string state = Any(kStates);
-      Order("machine", "set", id, {{"property", "runtime.powerState"}, {"value", state}});
+      simulator.SetMachine(id, "runtime.powerState", state);
       machines[id]["PowerState"] = state;
       machines[id]["OperationalStatus"] = kStates[state];
     } else {
       const std::string name = random() % 5 == 0 ? "" : "renamed " + Mark();
-      Order("machine", "set", id, {{"property", "name"}, {"value", name}});
+      simulator.SetMachine(id, "name", name);
       machines[id]["ElementName"] = name;
     }
   }

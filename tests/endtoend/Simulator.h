@@ -34,6 +34,9 @@ class Simulator {
   Json Control(const std::string& name, const Json& body = Json::object()) {
     return Ask("POST", name, body.dump());
   }
+  void SetMachine(const std::string& id, const std::string& property, const std::string& value) {
+    Control("machine", {{"do", "set"}, {"id", id}, {"property", property}, {"value", value}});
+  }
   Json Stats() { return Ask("GET", "stats"); }
 
  private:

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "service/call/MgmtdWatchSeams.h"
-#include "tests/support/CapturedLog.h"
+#include "support/CapturedLog.h"
 
 namespace KE::Service {
 namespace {
@@ -18,13 +18,9 @@ std::string path;
 std::string duringPause;  // what the file holds after the pause; empty: no change
 std::string happened;     // in order
 
-void Store(const std::string& text) {
-  std::ofstream(path) << text;
-}
-
 void NotePause(long long amount) {
   happened += "pause " + std::to_string(amount) + ",";
-  if (!duringPause.empty()) Store(duringPause);
+  if (!duringPause.empty()) std::ofstream(path) << duringPause;
 }
 
 // A pause that a stop ends.
@@ -61,21 +57,21 @@ class MgmtdWatchTest : public testing::Test {
 
 TEST_F(MgmtdWatchTest, ComparesBeforeAndAfterThePause) {
   EXPECT_EQ("", Check());  // no file: nothing to remember yet
-  Store("1234\n");
+  std::ofstream(path) << "1234\n";
   EXPECT_EQ("", Check());
   EXPECT_EQ("pause 10000000,", Check());
   duringPause = "1240\n";
   EXPECT_EQ("pause 10000000,exit 0,", Check());
   EXPECT_EQ("exit 0,", Check());
   EXPECT_EQ(2u, CapturedLog::Count("KECimProvider Exiting on Mgmtd restart!!"));
-  Store("1234");  // without its line feed it is another text
+  std::ofstream(path) << "1234";  // without its line feed it is another text
   EXPECT_EQ("exit 0,", Check());
   std::remove(path.c_str());
   EXPECT_EQ("exit 0,", Check());
 }
 
 TEST_F(MgmtdWatchTest, AStopEndsTheCheckInThePause) {
-  Store("1");
+  std::ofstream(path) << "1";
   Check();
   duringPause = "2";
   StoppedPause pause;

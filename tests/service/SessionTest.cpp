@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Logging in with a local ticket, whose password stands in a file that the server names.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,6 +21,7 @@ namespace KE::Service {
 namespace {
 
 using KELib::KEString;
+using testing::HasSubstr;
 
 // Hands out a ticket and keeps the login that comes.
 class TicketServer : public KEMethod {
@@ -50,7 +52,8 @@ class SessionTest : public testing::Test {
     std::remove(path.c_str());
   }
 
-  bool LoginContains(const std::string& text) {
+  // What the session sends to log in.
+  std::string Login() {
     KEString source, content(
                          "<returnval><rootFolder type=\"Folder\">f</rootFolder>"
                          "<propertyCollector type=\"PropertyCollector\">p</propertyCollector>"
@@ -59,7 +62,7 @@ class SessionTest : public testing::Test {
         KELib::CreateConfig(source, DEFAULT_CONFIG_CONTENT));
     config->FindParentConfigKey("ConnectionInfo");
     const std::unique_ptr<KESession> session(CreateSession(config.get(), &server, content));
-    return server.login.find(text) != std::string::npos;
+    return server.login;
   }
 
   TicketServer server;
@@ -68,14 +71,12 @@ class SessionTest : public testing::Test {
 
 TEST_F(SessionTest, ATicketsPasswordIsSentAsText) {
   std::ofstream(path) << "a<b&c";
-  EXPECT_TRUE(LoginContains("<userName>local</userName>\n<password>a&lt;b&amp;c</password>"))
-      << server.login;
+  EXPECT_THAT(Login(), HasSubstr("<userName>local</userName>\n<password>a&lt;b&amp;c</password>"));
 }
 
 TEST_F(SessionTest, WhatIsNoRegularFileHoldsNoPassword) {
   ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-  EXPECT_TRUE(LoginContains("<userName>local</userName>\n<password xsi:nil=\"true\"/>"))
-      << server.login;
+  EXPECT_THAT(Login(), HasSubstr("<userName>local</userName>\n<password xsi:nil=\"true\"/>"));
 }
 
 }  // namespace

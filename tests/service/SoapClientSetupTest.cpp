@@ -10,8 +10,8 @@
 #include "service/call/KEMethodImpl.h"
 #include "service/call/KESoapClientImpl.h"
 #include "soap/SoapClient.h"
-#include "tests/support/CapturedLog.h"
-#include "tests/support/RawServer.h"
+#include "support/CapturedLog.h"
+#include "support/RawServer.h"
 
 namespace KE::Service {
 namespace {
@@ -32,11 +32,16 @@ class SoapClientSetupTest : public testing::Test {
     });
   }
 
-  // Makes a client from a document with these elements.
-  void Connect(const std::string& elements) {
+  std::string Proxy() {
+    return Element("proxyHost", "127.0.0.1") + Element("proxyPort", std::to_string(server.Port()));
+  }
+
+  // Makes a client from a document with these elements, or expects that it cannot be made.
+  void Connect(const std::string& elements, bool can = true) {
     KEString source(("<?xml version=\"1.0\"?>\n<Config>\n" + elements + "</Config>\n").c_str());
     config.reset(KELib::CreateConfig(source, DEFAULT_CONFIG_CONTENT));
     client.reset(CreateClient(config.get()));
+    ASSERT_EQ(can, client != nullptr);
     method.Init(client.get());
   }
 
@@ -44,6 +49,11 @@ class SoapClientSetupTest : public testing::Test {
     KEString result;
     method.Invoke("u", "Ping", "T", "v", result);
     return result.Cstr();
+  }
+
+  // The only line that was logged.
+  static std::string LogLine() {
+    return CapturedLog::Lines().size() == 1 ? CapturedLog::Lines()[0].text : "not one line";
   }
 
   // The first request's first line.
@@ -58,9 +68,7 @@ class SoapClientSetupTest : public testing::Test {
 };
 
 TEST_F(SoapClientSetupTest, ConnectsThroughTheProxyToTheUrl) {
-  Connect(Element("url", "http://no-such-host.invalid/a") + Element("host", "ignored") +
-          Element("proxyHost", "127.0.0.1") + Element("proxyPort", std::to_string(server.Port())));
-  ASSERT_NE(nullptr, client);
+  Connect(Element("url", "http://no-such-host.invalid/a") + Element("host", "ignored") + Proxy());
   EXPECT_TRUE(client->Init(config.get()));  // changes nothing: the proxy stays
   EXPECT_EQ("pong", Call());
   EXPECT_EQ("POST http://no-such-host.invalid", FirstLine());
@@ -70,25 +78,19 @@ TEST_F(SoapClientSetupTest, ConnectsToAUrlInParts) {
   Connect(Element("url", "") + Element("proto", "http") + Element("host", "127.0.0.1") +
           Element("port", std::to_string(server.Port())) + Element("path", "Sdk/x") +
           Element("timeout", "soon%s"));
-  ASSERT_NE(nullptr, client);
-  ASSERT_EQ(1u, CapturedLog::Lines().size());
-  EXPECT_EQ("Exception getting timeout value: NumberFormatException", CapturedLog::Lines()[0].text);
+  EXPECT_EQ("Exception getting timeout value: NumberFormatException", LogLine());
   EXPECT_EQ("pong", Call());
   EXPECT_EQ(0u, FirstLine().find("POST /Sdk/x HTTP/1.1\r\n"));
 }
 
 TEST_F(SoapClientSetupTest, AnEmptyAddressMeansTheSecureLocalServer) {
-  Connect(Element("certFile", "/nowhere/a") + Element("keyFile", "/nowhere/b"));
-  EXPECT_EQ(nullptr, client);
-  ASSERT_EQ(1u, CapturedLog::Lines().size());
+  const std::string files = Element("certFile", "/nowhere/a") + Element("keyFile", "/nowhere/b");
+  Connect(files, false);
   EXPECT_EQ("Exception creating soap client: No SSL information available for secure connection.",
-            CapturedLog::Lines()[0].text);
+            LogLine());
   // A proxy tells where the connection was to go.
   server.Push(Reply::Status("403 Forbidden", ""));
-  Connect(Element("certFile", "/nowhere/a") + Element("keyFile", "/nowhere/b") +
-          Element("CACertFile", "/nowhere/c") + Element("proxyHost", "127.0.0.1") +
-          Element("proxyPort", std::to_string(server.Port())));
-  ASSERT_NE(nullptr, client);
+  Connect(files + Element("CACertFile", "/nowhere/c") + Proxy());
   EXPECT_THROW(Call(), KELib::SystemException);
   EXPECT_EQ(0u, FirstLine().find("CONNECT localhost:443 HTTP/1.1\r\n"));
 }

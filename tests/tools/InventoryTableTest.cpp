@@ -11,39 +11,34 @@ namespace {
 
 using testing::HasSubstr;
 using testing::Not;
+using Row = std::vector<std::string>;
+
+std::string Things(std::size_t limit, const Row& columns, const std::vector<Row>& rows) {
+  TextTable table("Things", columns);
+  for (const Row& row : rows) table.AddRow(row);
+  return table.Format(limit);
+}
 
 TEST(TextTable, AlignsByCharactersAndLeavesNoTrailingBlanks) {
-  TextTable table("Things", {"NAME", "SIZE"});
-  table.AddRow({"caf\xc3\xa9", "1"});
-  table.AddRow({"tea", ""});
-  EXPECT_EQ(table.Format(10),
-            "Things (2)\n"
-            "  NAME   SIZE\n"
-            "  caf\xc3\xa9   1\n"
-            "  tea\n");
+  EXPECT_EQ(Things(10, {"NAME", "SIZE"}, {{"caf\xc3\xa9", "1"}, {"tea", ""}}),
+            "Things (2)\n  NAME   SIZE\n  caf\xc3\xa9   1\n  tea\n");
 }
 
 TEST(TextTable, CountsBytesOutsideUtf8AsCharacters) {
   EXPECT_EQ(CountCharacters(""), 0u);
-  EXPECT_EQ(CountCharacters("a\xe2\x82\xac"
-                            "b"),
-            3u);
+  EXPECT_EQ(CountCharacters("a\xe2\x82\xac-"), 3u);
   EXPECT_EQ(CountCharacters("\x80x\xff"), 3u);
 }
 
 TEST(TextTable, TellsHowManyRowsAreNotShown) {
-  TextTable table("Things", {"NAME"});
-  for (int i = 0; i < 5; ++i) table.AddRow({std::to_string(i)});
-  EXPECT_EQ(table.Format(2), "Things (5)\n  NAME\n  0\n  1\n  ... and 3 more\n");
-  EXPECT_THAT(table.Format(5), Not(HasSubstr("more")));
+  const std::vector<Row> rows = {{"0"}, {"1"}, {"2"}, {"3"}, {"4"}};
+  EXPECT_EQ(Things(2, {"NAME"}, rows), "Things (5)\n  NAME\n  0\n  1\n  ... and 3 more\n");
+  EXPECT_THAT(Things(5, {"NAME"}, rows), Not(HasSubstr("more")));
 }
 
 TEST(TextTable, LetsNoServerTextSteerTheTerminal) {
-  TextTable table("Things", {"NAME"});
-  table.AddRow(
-      {"a\x1b[2J\nb\x7f\xc2\x9b"
-       "31m"});
-  EXPECT_EQ(table.Format(1), "Things (1)\n  NAME\n  a?[2J?b??31m\n");
+  EXPECT_EQ(Things(1, {"NAME"}, {{"a\x1b[2J\nb\x7f\xc2\x9b;m"}}),
+            "Things (1)\n  NAME\n  a?[2J?b??;m\n");
 }
 
 TEST(InventoryTable, DecodesEntitiesAndNamesTheHostOfAMachine) {

@@ -3,62 +3,34 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
+#include "support/Answers.h"
 
 namespace inventory {
 namespace {
 
-std::optional<int> Parse(std::vector<const char*> words, Options& options) {
-  words.insert(words.begin(), "kecpp-inventory");
-  return ParseOptions(static_cast<int>(words.size()), words.data(), options);
-}
-
-TEST(Options, ShowsPeopleComputersAndProgramsEverything) {
-  Options people;
-  ASSERT_FALSE(Parse({}, people));
-  EXPECT_TRUE(people.lists.Systems());
-  EXPECT_FALSE(people.lists.Authorization());
-
-  Options program;
-  ASSERT_FALSE(Parse({"--format", "json"}, program));
-  EXPECT_TRUE(program.json);
-  EXPECT_TRUE(program.lists.Systems());
-  EXPECT_TRUE(program.lists.Authorization());
-  EXPECT_FALSE(program.wantsAuthorization);
-
-  Options chosen;
-  ASSERT_FALSE(Parse({"--format=json", "--show", "roles,hosts"}, chosen));
-  EXPECT_TRUE(chosen.lists.hosts && chosen.lists.roles && chosen.wantsAuthorization);
-  EXPECT_FALSE(chosen.lists.machines || chosen.lists.privileges || chosen.lists.identities);
-}
-
-TEST(Options, TakesAnXmlTextAndRefusesAFileThatIsNotThere) {
+std::string Parsed(const std::string& words) {
+  std::vector<const char*> arguments = {"kecpp-inventory"};
+  const Row split = words.empty() ? Row{} : Split(words, " ");
+  for (const std::string& word : split) arguments.push_back(word.c_str());
   Options options;
-  EXPECT_FALSE(Parse({"--config", "<?xml version=\"1.0\"?><Config/>"}, options));
-  EXPECT_EQ(Parse({"--config", "/nowhere/config.xml"}, options), 2);
+  const auto status = ParseOptions(static_cast<int>(arguments.size()), arguments.data(), options);
+  if (status) return std::to_string(*status);
+  const Lists& lists = options.lists;
+  const std::string text = std::string(options.json ? " json" : "") +
+                           (lists.hosts ? " hosts" : "") + (lists.machines ? " machines" : "") +
+                           (lists.privileges ? " privileges" : "") + (lists.roles ? " roles" : "") +
+                           (lists.identities ? " identities" : "") +
+                           (options.wantsAuthorization ? " asked" : "");
+  return text.substr(1);
 }
 
-TEST(Options, RefusesMistakes) {
-  Options options;
-  for (auto words : std::vector<std::vector<const char*>>{{"--format", "xml"},
-                                                          {"--settle", "0"},
-                                                          {"--duration", "-1"},
-                                                          {"--log-level", "VERBOSE"},
-                                                          {"--show", "hosts,things"},
-                                                          {"--run-task", "Start:VirtualMachine"},
-                                                          {"--unknown"}}) {
-    EXPECT_EQ(Parse(words, options), 2) << words.front();
-  }
-}
-
-TEST(Options, SplitsATaskAtTheFirstTwoColons) {
-  auto call = ParseTaskCall("StartTask:VirtualMachine:vm:1");
-  ASSERT_TRUE(call);
-  EXPECT_EQ(call->method, "StartTask");
-  EXPECT_EQ(call->type, "VirtualMachine");
-  EXPECT_EQ(call->value, "vm:1");
-  EXPECT_FALSE(ParseTaskCall("StartTask::vm"));
-  EXPECT_FALSE(ParseTaskCall(""));
+TEST(Options, AreReadAsWritten) {
+  ExpectAnswers(KECPP_TEST_DATA "/options.txt",
+                {{"parse", [](const Row& row) { return Parsed(row[1]); }},
+                 {"task", [](const Row& row) {
+                    const auto call = ParseTaskCall(row[1]);
+                    return call ? call->method + " " + call->type + " " + call->value : "none";
+                  }}});
 }
 
 }  // namespace
