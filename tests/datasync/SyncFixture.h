@@ -19,39 +19,31 @@
 #include "datasync/FakeServer.h"
 #include "datasync/KEDataSyncImpl.h"
 #include "datasync/PropertyTexts.h"
-#include "foundation/KEException.h"
 #include "foundation/KEWaiter.h"
 #include "service/call/MgmtdWatchSeams.h"
 #include "support/CapturedLog.h"
+#include "support/Thrown.h"
 
 namespace KE::Service {
 
 // --- the documents of a server
 
-inline std::string FilterSetOf(const std::string& filter, const std::string& objects) {
-  return "<filterSet><filter type=\"PropertyFilter\">" + filter + "</filter>" + objects +
-         "</filterSet>";
-}
-
 inline std::string UpdateSet(const std::string& version, const std::string& filter,
                              const std::string& objects = "") {
-  return "<returnval><version>" + version + "</version>" + FilterSetOf(filter, objects) +
-         "</returnval>";
+  return "<returnval><version>" + version +
+         "</version><filterSet><filter type=\"PropertyFilter\">" + filter + "</filter>" + objects +
+         "</filterSet></returnval>";
 }
 
 inline std::string Object(const std::string& type, const std::string& id,
                           const std::string& property, const std::string& value) {
   return "<objectSet><kind>modify</kind><obj type=\"" + type + "\">" + id +
-         "</obj><changeSet><name>" + property + "</name><op>assign</op>" + value +
-         "</changeSet></objectSet>";
+         "</obj><changeSet><name>" + property + "</name><op>assign</op><val>" + value +
+         "</val></changeSet></objectSet>";
 }
 
 inline std::string Machine(const std::string& id, const std::string& name) {
-  return Object("VirtualMachine", id, "name", "<val>" + name + "</val>");
-}
-
-inline std::string Task(const std::string& id, const std::string& state) {
-  return Object("Task", id, "info.state", "<val>" + state + "</val>");
+  return Object("VirtualMachine", id, "name", name);
 }
 
 // Counts its signals.
@@ -111,16 +103,6 @@ class SyncFixture : public testing::Test {
   void MakeSync() {
     sync = std::make_unique<KEDataSyncImpl>();
     sync->Init(&server, collector.get());
-  }
-
-  template <typename Call>
-  static std::string TextOf(Call call) {
-    try {
-      call();
-    } catch (const KELib::Exception& e) {
-      return e.What();
-    }
-    return "no exception";
   }
 
   Stub::ManagedObjectReference* Watch(const std::string& elements,
