@@ -18,7 +18,7 @@
 
 namespace agenttest {
 
-using Properties = std::map<std::string, std::string>;  // text values without their quotes
+using Properties = std::map<std::string, std::string>;  // not empty, without quotes
 using Instances = std::map<std::string, Properties>;    // by "CLASS KEY"
 using Names = std::set<std::string>;
 using Words = std::vector<std::string>;
@@ -57,7 +57,8 @@ class WbemClient {
       const std::size_t equals = line.find('=');
       if (equals == std::string::npos) continue;
       if (line[0] == '-' && current != nullptr) {
-        (*current)[line.substr(1, equals - 1)] = Value(line.substr(equals + 1));
+        const std::string value = Value(line.substr(equals + 1));
+        if (!value.empty()) (*current)[line.substr(1, equals - 1)] = value;
       } else {
         current = &instances[ShortName(line)];
       }

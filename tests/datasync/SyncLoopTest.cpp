@@ -102,8 +102,7 @@ TEST_F(SyncLoopTest, ReadersSeeWholeObjects) {
   }
 }
 
-// --- stopping from other threads
-// ------------------------------------------------------------------
+// --- stopping from other threads -----------------------------------------------------------------
 
 class SyncStopTest : public SyncFixture {};
 

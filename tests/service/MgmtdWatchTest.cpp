@@ -81,17 +81,5 @@ TEST_F(MgmtdWatchTest, AStopEndsTheCheckInThePause) {
   EXPECT_EQ("pause 10000,last word,exit 0,", happened);
 }
 
-TEST_F(MgmtdWatchTest, EndsTheRealProcessWithStatusZero) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(
-      {
-        ResetMgmtdWatch();
-        KELib::KEString other("2");
-        ExitIfMgmtdRestarted(other);
-        _exit(1);
-      },
-      testing::ExitedWithCode(0), "");
-}
-
 }  // namespace
 }  // namespace KE::Service
