@@ -19,9 +19,10 @@ constexpr int NOT_IMPLEMENTED = 501;
   throw MessageError(BAD_REQUEST, "request-not-loosely-valid");
 }
 
+// A second one is another request, or another value, which must not be passed over in silence.
 xml_node Child(xml_node parent, const char* name) {
   xml_node child = parent.child(name);
-  if (!child) Invalid();
+  if (!child || child.next_sibling(name)) Invalid();
   return child;
 }
 
@@ -29,6 +30,13 @@ std::string Attribute(xml_node node, const char* name) {
   pugi::xml_attribute attribute = node.attribute(name);
   if (!attribute) Invalid();
   return attribute.value();
+}
+
+// Comments and CDATA sections cut a text into pieces.
+std::string TextOf(xml_node node) {
+  std::string text;
+  for (xml_node piece : node.children()) text += piece.value();
+  return text;
 }
 
 bool Is(xml_node node, const char* name) {
@@ -60,7 +68,7 @@ xml_node ReferencedName(xml_node reference) {
 KeyBinding ReadValueKey(const std::string& name, xml_node holder) {
   KeyBinding key;
   key.name = name;
-  key.value = Child(holder, "KEYVALUE").text().get();
+  key.value = TextOf(Child(holder, "KEYVALUE"));
   return key;
 }
 
@@ -92,7 +100,7 @@ std::vector<KeyBinding> ReadKeys(xml_node instanceName) {
 
 void ReadArray(xml_node array, Parameter& parameter) {
   parameter.kind = Parameter::Kind::Array;
-  for (xml_node value : array.children("VALUE")) parameter.values.push_back(value.text().get());
+  for (xml_node value : array.children("VALUE")) parameter.values.push_back(TextOf(value));
 }
 
 Parameter ReadParameter(xml_node node) {
@@ -102,7 +110,7 @@ Parameter ReadParameter(xml_node node) {
   if (!content) return parameter;
   if (Is(content, "VALUE")) {
     parameter.kind = Parameter::Kind::Value;
-    parameter.value = content.text().get();
+    parameter.value = TextOf(content);
   } else if (Is(content, "VALUE.ARRAY")) {
     ReadArray(content, parameter);
   } else if (Is(content, "CLASSNAME")) {
@@ -121,11 +129,8 @@ void ReadCall(xml_node message, Request& request) {
     throw MessageError(NOT_IMPLEMENTED, "multiple-requests-unsupported");
   }
   const xml_node simple = Child(message, "SIMPLEREQ");
-  xml_node call = simple.child("IMETHODCALL");
-  if (!call) {
-    call = Child(simple, "METHODCALL");
-    request.isExtrinsic = true;
-  }
+  request.isExtrinsic = !simple.child("IMETHODCALL");
+  const xml_node call = Child(simple, request.isExtrinsic ? "METHODCALL" : "IMETHODCALL");
   request.method = Attribute(call, "NAME");
   if (request.isExtrinsic) return;
   request.nameSpace = ReadNamespace(Child(call, "LOCALNAMESPACEPATH"));
@@ -142,7 +147,10 @@ void ReadCall(xml_node message, Request& request) {
 
 Request ParseRequest(std::string_view body) {
   pugi::xml_document document;
-  if (!document.load_buffer(body.data(), body.size())) {
+  // As a fragment, so that what stands before and after the root is seen.
+  constexpr unsigned OPTIONS = pugi::parse_default | pugi::parse_fragment;
+  if (!document.load_buffer(body.data(), body.size(), OPTIONS) || !document.document_element() ||
+      document.first_child().next_sibling()) {
     throw MessageError(BAD_REQUEST, "request-not-well-formed");
   }
   const xml_node cim = Child(document, "CIM");
