@@ -35,23 +35,6 @@ const ClassRow& KnownClass(const std::string& name) {
   return *type;
 }
 
-// True when the keys fit the class; its key's value is then in `value`. A client may leave
-// "CreationClassName" away and, as the key is a single one then, the key's name, too.
-bool KeysFit(const ClassRow& type, const std::vector<KeyBinding>& keys, std::string& value) {
-  bool hasKey = false;
-  for (const KeyBinding& key : keys) {
-    if (SameName(key.name, CREATION_CLASS_NAME)) {
-      if (!SameName(key.value, type.name)) return false;
-    } else if (key.name.empty() || SameName(key.name, type.key->name)) {
-      value = key.value;
-      hasKey = true;
-    } else {
-      return false;
-    }
-  }
-  return hasKey;
-}
-
 bool NamesItsKey(const ClassRow& type, const std::vector<KeyBinding>& keys) {
   return std::any_of(keys.begin(), keys.end(), [&](const KeyBinding& key) {
     return key.name.empty() || SameName(key.name, type.key->name);
@@ -89,6 +72,21 @@ std::vector<ClassProperty> WantedProperties(const Request& request, const ClassR
   properties.erase(std::remove_if(properties.begin(), properties.end(), unwanted),
                    properties.end());
   return properties;
+}
+
+bool KeysFit(const ClassRow& type, const std::vector<KeyBinding>& keys, std::string& value) {
+  bool hasKey = false;
+  for (const KeyBinding& key : keys) {
+    if (SameName(key.name, CREATION_CLASS_NAME)) {
+      if (!SameName(key.value, type.name)) return false;
+    } else if (key.name.empty() || SameName(key.name, type.key->name)) {
+      value = key.value;
+      hasKey = true;
+    } else {
+      return false;
+    }
+  }
+  return hasKey;
 }
 
 std::vector<ObjectName> NamedObjects(const Request& request, const char* parameter) {

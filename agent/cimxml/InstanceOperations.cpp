@@ -61,21 +61,27 @@ bool GetObject(const Call& call, const ObjectName& object) {
   return found;
 }
 
-// The key of the end that a role of the link's name leads to.
-std::string EndKey(const std::vector<KeyBinding>& keys, const PropertyRow& role) {
-  const ClassRow& end = *FindClass(role.reference);
+const KeyBinding& EndName(const std::vector<KeyBinding>& keys, const PropertyRow& role) {
   for (const KeyBinding& key : keys) {
-    if (!key.isReference || !SameName(key.name, role.name)) continue;
-    for (const KeyBinding& inner : key.referenceKeys) {
-      if (inner.name.empty() || SameName(inner.name, end.key->name)) return inner.value;
-    }
+    if (key.isReference && SameName(key.name, role.name)) return key;
   }
   throw OperationError(Status::InvalidParameter, std::string("no key for ") + role.name);
 }
 
+// True when the name can be that of an instance of the end's class; its key is then in `value`.
+bool EndFits(const ClassRow& end, const KeyBinding& name, std::string& value) {
+  const ClassRow* named = FindClass(name.referenceClass);
+  return named && DerivesFrom(end, *named) && KeysFit(end, name.referenceKeys, value);
+}
+
 bool GetLink(const Call& call, const ClassRow& type, const std::vector<KeyBinding>& keys) {
-  const std::string origin = EndKey(keys, type.properties[0]);
-  const std::string result = EndKey(keys, type.properties[1]);
+  const KeyBinding& originName = EndName(keys, type.properties[0]);
+  const KeyBinding& resultName = EndName(keys, type.properties[1]);
+  std::string origin, result;
+  if (keys.size() != type.propertyCount || !EndFits(OriginOf(type), originName, origin) ||
+      !EndFits(ResultOf(type), resultName, result)) {
+    return false;
+  }
   Link link{&type, "", ""};
   bool found = false;
   ReadCaches(call, {&type}, [&](KE::Instance::KETypeCache& cache) {
