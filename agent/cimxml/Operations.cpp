@@ -17,21 +17,68 @@ struct OperationRow {
   const char* name;
   void (*answer)(const Call& call);
   bool readsCaches;
+  const char* parameters[9];  // null after the last
 };
 
 constexpr OperationRow OPERATIONS[] = {
-    {"EnumerateInstances", EnumerateInstances, true},
-    {"EnumerateInstanceNames", EnumerateInstanceNames, true},
-    {"GetInstance", GetInstance, true},
-    {"Associators", Associators, true},
-    {"AssociatorNames", AssociatorNames, true},
-    {"References", References, true},
-    {"ReferenceNames", ReferenceNames, true},
-    {"EnumerateClasses", EnumerateClasses, false},
-    {"EnumerateClassNames", EnumerateClassNames, false},
-    {"GetClass", GetClass, false},
-    {"EnumerateNamespaces", EnumerateNamespaces, false},
+    {"EnumerateInstances",
+     EnumerateInstances,
+     true,
+     {"ClassName", "LocalOnly", "DeepInheritance", "IncludeQualifiers", "IncludeClassOrigin",
+      "PropertyList"}},
+    {"EnumerateInstanceNames", EnumerateInstanceNames, true, {"ClassName"}},
+    {"GetInstance",
+     GetInstance,
+     true,
+     {"InstanceName", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin", "PropertyList"}},
+    {"Associators",
+     Associators,
+     true,
+     {"ObjectName", "AssocClass", "ResultClass", "Role", "ResultRole", "IncludeQualifiers",
+      "IncludeClassOrigin", "PropertyList"}},
+    {"AssociatorNames",
+     AssociatorNames,
+     true,
+     {"ObjectName", "AssocClass", "ResultClass", "Role", "ResultRole"}},
+    {"References",
+     References,
+     true,
+     {"ObjectName", "ResultClass", "Role", "IncludeQualifiers", "IncludeClassOrigin",
+      "PropertyList"}},
+    {"ReferenceNames", ReferenceNames, true, {"ObjectName", "ResultClass", "Role"}},
+    {"EnumerateClasses",
+     EnumerateClasses,
+     false,
+     {"ClassName", "DeepInheritance", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin"}},
+    {"EnumerateClassNames", EnumerateClassNames, false, {"ClassName", "DeepInheritance"}},
+    {"GetClass",
+     GetClass,
+     false,
+     {"ClassName", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin", "PropertyList"}},
+    {"EnumerateNamespaces", EnumerateNamespaces, false, {}},
 };
+
+constexpr const char* FLAGS[] = {"LocalOnly", "DeepInheritance", "IncludeQualifiers",
+                                 "IncludeClassOrigin"};
+
+bool Takes(const OperationRow& row, const std::string& parameter) {
+  for (const char* const* name = row.parameters; *name; ++name) {
+    if (SameName(*name, parameter)) return true;
+  }
+  return false;
+}
+
+// Whoever has misspelt a filter would take an answer without it for the filtered one.
+void CheckParameters(const OperationRow& row, const Request& request) {
+  for (const Parameter& parameter : request.parameters) {
+    const bool isFirst = request.Find(parameter.name) == &parameter;
+    if (isFirst && Takes(row, parameter.name)) continue;
+    throw OperationError(
+        Status::InvalidParameter,
+        parameter.name + (isFirst ? " is no parameter of " : " comes twice in ") + row.name);
+  }
+  for (const char* flag : FLAGS) request.Flag(flag, false);
+}
 
 void CheckNamespace(const Request& request) {
   if (SameName(request.nameSpace, NAMESPACE_NAME)) return;
@@ -53,6 +100,7 @@ void Dispatch(const Call& call) {
     throw OperationError(Status::NotSupported, call.request.method + " is not supported");
   }
   if (row->answer != EnumerateNamespaces) CheckNamespace(call.request);
+  CheckParameters(*row, call.request);
   row->answer(call);
 }
 
