@@ -4,8 +4,22 @@
 namespace cimxml {
 namespace {
 
-void WriteQualifier(XmlWriter& out, const char* name, const char* type, std::string_view value) {
-  out.Open("QUALIFIER", {{"NAME", name}, {"TYPE", type}});
+// How a qualifier goes on to derived classes: as it is or overridden, only as it is, not at all.
+enum class Flavor { Inherited, Fixed, Own };
+
+void WriteQualifier(XmlWriter& out, const char* name, const char* type, std::string_view value,
+                    Flavor flavor) {
+  switch (flavor) {
+    case Flavor::Inherited:
+      out.Open("QUALIFIER", {{"NAME", name}, {"TYPE", type}});
+      break;
+    case Flavor::Fixed:
+      out.Open("QUALIFIER", {{"NAME", name}, {"TYPE", type}, {"OVERRIDABLE", "false"}});
+      break;
+    case Flavor::Own:
+      out.Open("QUALIFIER", {{"NAME", name}, {"TYPE", type}, {"TOSUBCLASS", "false"}});
+      break;
+  }
   out.Open("VALUE");
   out.Text(value);
   out.Close("VALUE");
@@ -25,26 +39,30 @@ void WriteProperty(XmlWriter& out, const ClassRow& type, const ClassProperty& pr
                                       : "PROPERTY";
   const char* kind = isReference ? "REFERENCECLASS" : "TYPE";
   const char* kindName = isReference ? row.reference : TypeName(row.type);
+  const char* propagated = property.isOwn ? "false" : "true";
   if (detail.origins) {
     out.Open(element, {{"NAME", row.name},
                        {kind, kindName},
                        {"CLASSORIGIN", property.origin->name},
-                       {"PROPAGATED", property.isOwn ? "false" : "true"}});
+                       {"PROPAGATED", propagated}});
   } else {
-    out.Open(element, {{"NAME", row.name}, {kind, kindName}});
+    out.Open(element, {{"NAME", row.name}, {kind, kindName}, {"PROPAGATED", propagated}});
   }
   if (detail.qualifiers) {
-    if (row.isKey) WriteQualifier(out, "Key", "boolean", "TRUE");
-    if (Overrides(type, property)) WriteQualifier(out, "Override", "string", row.name);
-    WriteQualifier(out, "Description", "string", row.description);
+    if (row.isKey) WriteQualifier(out, "Key", "boolean", "TRUE", Flavor::Fixed);
+    if (Overrides(type, property)) {
+      WriteQualifier(out, "Override", "string", row.name, Flavor::Own);
+    }
+    WriteQualifier(out, "Read", "boolean", "TRUE", Flavor::Inherited);
+    WriteQualifier(out, "Description", "string", row.description, Flavor::Inherited);
   }
   out.Close(element);
 }
 
 void WriteClassQualifiers(XmlWriter& out, const ClassRow& type) {
-  if (type.isAssociation) WriteQualifier(out, "Association", "boolean", "TRUE");
-  if (type.isAbstract) WriteQualifier(out, "Abstract", "boolean", "TRUE");
-  WriteQualifier(out, "Description", "string", type.description);
+  if (type.isAssociation) WriteQualifier(out, "Association", "boolean", "TRUE", Flavor::Fixed);
+  if (type.isAbstract) WriteQualifier(out, "Abstract", "boolean", "TRUE", Flavor::Own);
+  WriteQualifier(out, "Description", "string", type.description, Flavor::Inherited);
 }
 
 std::string MofDeclaration(const PropertyRow& row) {
