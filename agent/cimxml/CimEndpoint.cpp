@@ -32,8 +32,8 @@ std::string PercentDecoded(const std::string& text) {
 
 // A header that is there must say what the message says: a firewall may have judged by it.
 void CheckHeader(const httplib::Request& http, const char* name, const std::string& expected) {
-  if (!http.has_header(name)) return;
-  if (!SameName(PercentDecoded(http.get_header_value(name)), expected)) {
+  for (std::size_t i = 0; i < http.get_header_value_count(name); ++i) {
+    if (SameName(PercentDecoded(http.get_header_value(name, i)), expected)) continue;
     throw MessageError(BAD_REQUEST, "header-mismatch");
   }
 }

@@ -65,7 +65,8 @@ void Follower::FollowUntilLost(inventory::Connection& connection) {
 
 void Follower::Tell(const std::string& failure) {
   state.Lost(failure);
-  if (failure != told) std::cerr << "kecpp-agent: " << failure << ", connecting again\n";
+  if (failure != told && !end.Ended())
+    std::cerr << "kecpp-agent: " << failure << ", connecting again\n";
   told = failure;
 }
 

@@ -3,6 +3,7 @@
 
 #include <strings.h>
 
+#include <algorithm>
 #include <charconv>
 
 namespace cimxml {
@@ -26,12 +27,19 @@ int CheckLength(const httplib::Request& request, std::size_t limit) {
   return length > limit ? TOO_LARGE : GOOD;
 }
 
+// A name with a blank in it is another name, or a part of the line before, to who stands between.
+bool HasBlankName(const httplib::Request& request) {
+  return std::any_of(request.headers.begin(), request.headers.end(), [](const auto& header) {
+    return header.first.find_first_of(" \t") != std::string::npos;
+  });
+}
+
 // Whoever stands between may see another end of the body where there are several lengths, or a
 // coding that is not undone here.
 int CheckFraming(const httplib::Request& request) {
   const std::size_t codings = request.get_header_value_count("Transfer-Encoding");
   const std::size_t lengths = request.get_header_value_count("Content-Length");
-  if (codings + lengths > 1) return BAD_REQUEST;
+  if (codings + lengths > 1 || HasBlankName(request)) return BAD_REQUEST;
   if (codings == 0) return GOOD;
   const std::string coding = request.get_header_value("Transfer-Encoding");
   return strcasecmp(coding.c_str(), "chunked") == 0 ? GOOD : NOT_IMPLEMENTED;

@@ -18,8 +18,8 @@ constexpr int REQUESTS_PER_CONNECTION = 1000;
 // Set while the listening thread hands over a connection for which there is no thread.
 thread_local bool refusing = false;
 
-// Set when the answer to the request that this thread serves is an error: what the client has sent
-// after it may be the rest of a request that was not read.
+// Set when what the client has sent after the request that this thread serves may be a part of it:
+// when its end is in doubt, or when it was not read to the end, as those that fail.
 thread_local bool endsConnection = false;
 
 // The library's own options would let a second server take the same port.
@@ -34,6 +34,12 @@ void DropCostlyWishes(httplib::Request& request) {
   request.ranges.clear();
   request.headers.erase("Range");
   request.headers.erase("Accept-Encoding");
+}
+
+// The library takes whatever follows a chunk for its end, and no trailer; and it passes lines over
+// that end otherwise than they should, which to others are headers.
+bool HasDoubtfulEnd(const httplib::Request& request, const SocketStream& stream) {
+  return request.has_header("Transfer-Encoding") || stream.HasBareLineEnd();
 }
 
 }  // namespace
@@ -96,7 +102,9 @@ HttpServer::HttpServer(TlsContext context, const Limits& serverLimits)
   set_exception_handler([](const httplib::Request&, httplib::Response& response,
                            std::exception_ptr) { response.status = 500; });
   set_post_routing_handler([](const httplib::Request& request, httplib::Response& response) {
-    endsConnection = response.status >= 400;
+    // A client that begins with the extended method goes on without it when it reads this.
+    if (request.method == "M-POST") response.status = 501;
+    endsConnection = endsConnection || response.status >= 400;
     const bool isSaid = request.get_header_value("Connection") == "close";
     if (endsConnection && !isSaid) response.set_header("Connection", "close");
   });
@@ -181,6 +189,7 @@ void HttpServer::Serve(socket_t socket) {
     const auto setUp = [&](httplib::Request& request) {
       request.ssl = stream.Tls();
       DropCostlyWishes(request);
+      endsConnection = HasDoubtfulEnd(request, stream);
     };
     if (!process_request(stream, left == 1, closed, setUp) || closed || endsConnection) return;
   }

@@ -64,6 +64,7 @@ bool SocketStream::Accept() {
 
 bool SocketStream::AwaitRequest() {
   allowance = HEADER_BYTES + limits.bodyBytes;
+  bareLineEnd = false;
   if (begin == end && !Fill(Clock::now() + limits.time)) return false;
   requestDeadline = Clock::now() + limits.time;
   return true;
@@ -87,6 +88,10 @@ ssize_t SocketStream::read(char* to, size_t size) {
   std::memcpy(to, buffer.data() + begin, count);
   begin += count;
   allowance -= count;
+  if (size == 1) {  // lines are read byte by byte
+    bareLineEnd = bareLineEnd || (*to == '\n' && last != '\r');
+    last = *to;
+  }
   return static_cast<ssize_t>(count);
 }
 

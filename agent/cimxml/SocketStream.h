@@ -34,6 +34,9 @@ class SocketStream final : public httplib::Stream {
   // client has gone or rests for too long.
   bool AwaitRequest();
 
+  // True when a line of the request, of what was read by now, ends with a line feed alone.
+  bool HasBareLineEnd() const { return bareLineEnd; }
+
   SSL* Tls() const { return ssl.get(); }
 
   bool is_readable() const override;
@@ -63,6 +66,8 @@ class SocketStream final : public httplib::Stream {
   std::size_t begin = 0;  // of what was received and not read yet
   std::size_t end = 0;
   std::size_t allowance = 0;  // bytes that the request may still have
+  char last = '\0';           // byte that was read
+  bool bareLineEnd = false;
   Clock::time_point requestDeadline;
 };
 

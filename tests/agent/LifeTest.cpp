@@ -146,6 +146,21 @@ TEST(Life, SlowClientsHoldNobodyUp) {
   }));
 }
 
+// To who stands between, what comes last is a part of the first request.
+TEST(Life, AfterARequestWithoutAClearEndNothingIsARequest) {
+  AgentProcess agent(NO_DAEMON);
+  for (const char* first :
+       {"GET / HTTP/1.1\r\nContent-Length: 50\n\r\n",
+        "GET / HTTP/1.1\r\nX: y\r\n Content-Length: 50\r\n\r\n",
+        "GET / HTTP/1.1\r\nContent-Length : 50\r\n\r\n",
+        "POST /cimom HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n1\r\n<GET / HTTP/1.1\r\n",
+        "POST /cimom HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n0\r\nTrailer: x\r\n"}) {
+    RawClient client(agent.Port());
+    client.Send(first + Head("GET /", ""));
+    EXPECT_EQ(CountOf(client.Receive(), "HTTP/1.1 "), 1u) << first;
+  }
+}
+
 TEST(Life, ConnectionsAndTheirTimeAreLimited) {
   Simulator simulator({"--machines", "1"});
   AgentProcess agent(simulator.Config(), {"--max-connections", "2", "--time-limit", "2"});
@@ -206,7 +221,7 @@ TEST_F(Users, MayComeOverTls) {
 }
 
 TEST_F(Users, AndOtherOptionsAreCheckedBeforeAnythingIsServed) {
-  std::ofstream(file) << "ann:password\n";
+  std::ofstream(file) << "ann:correcthorsebattery\n";
   for (const Row& row : ReadRows(KECPP_AGENT_TESTS "/refused-options.txt")) {
     std::vector<std::string> options = Split(row[0], " ");
     std::replace(options.begin(), options.end(), std::string("USERS"), file);
