@@ -103,6 +103,12 @@ std::vector<ObjectName> NamedObjects(const Request& request, const char* paramet
   return objects;
 }
 
+std::vector<const ClassRow*> TypesOf(const std::vector<ObjectName>& objects) {
+  std::vector<const ClassRow*> types;
+  for (const ObjectName& object : objects) types.push_back(object.type);
+  return types;
+}
+
 void ReadCaches(const Call& call, const std::vector<const ClassRow*>& types,
                 const std::function<void(KE::Instance::KETypeCache&)>& read) {
   call.gate.Read([&](const Caches& caches) {

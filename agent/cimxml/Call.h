@@ -38,6 +38,9 @@ std::vector<ClassProperty> WantedProperties(const Request& request, const ClassR
 // others derive from, one of each of these.
 std::vector<ObjectName> NamedObjects(const Request& request, const char* parameter);
 
+// The classes of these objects.
+std::vector<const ClassRow*> TypesOf(const std::vector<ObjectName>& objects);
+
 // True when the keys fit the class; its key's value is then in `value`. A client may leave
 // "CreationClassName" away and, as the key is a single one then, the key's name, too.
 bool KeysFit(const ClassRow& type, const std::vector<KeyBinding>& keys, std::string& value);

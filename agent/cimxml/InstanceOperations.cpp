@@ -52,10 +52,12 @@ ObjectElements Elements(const Call& call) {
   return {call.out, call.host, call.request.Flag("IncludeClassOrigin", false)};
 }
 
-bool GetObject(const Call& call, const ObjectName& object) {
+// `types` are those that the object's name can mean, its own among them.
+bool GetObject(const Call& call, const std::vector<const ClassRow*>& types,
+               const ObjectName& object) {
   Rows rows(*object.type, WantedProperties(call.request, *object.type));
   bool found = false;
-  ReadCaches(call, {object.type},
+  ReadCaches(call, types,
              [&](KE::Instance::KETypeCache& cache) { found = ReadOne(cache, object.key, rows); });
   if (found) Elements(call).Instance(rows, 0);
   return found;
@@ -136,8 +138,10 @@ void GetInstance(const Call& call) {
       if (GetLink(call, *concrete, name->keys)) return;
     }
   } else {
-    for (const ObjectName& object : NamedObjects(call.request, "InstanceName")) {
-      if (GetObject(call, object)) return;
+    const auto objects = NamedObjects(call.request, "InstanceName");
+    const auto types = TypesOf(objects);
+    for (const ObjectName& object : objects) {
+      if (GetObject(call, types, object)) return;
     }
   }
   throw OperationError(Status::NotFound, "there is no such instance");

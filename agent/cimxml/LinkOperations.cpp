@@ -11,9 +11,11 @@ namespace {
 
 // The links of the object that "ObjectName" names.
 void CopyLinks(const Call& call, const LinkFilter& filter, const CopyLink& copy) {
-  for (const ObjectName& object : NamedObjects(call.request, "ObjectName")) {
+  const auto objects = NamedObjects(call.request, "ObjectName");
+  const auto types = TypesOf(objects);
+  for (const ObjectName& object : objects) {
     bool found = false;
-    ReadCaches(call, {object.type}, [&](KE::Instance::KETypeCache& cache) {
+    ReadCaches(call, types, [&](KE::Instance::KETypeCache& cache) {
       found = ReadLinks(cache, object, filter, copy);
     });
     if (found) return;

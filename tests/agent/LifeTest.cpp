@@ -99,6 +99,11 @@ TEST(Life, AnAccountThatMayNotSeeRolesSeesMachines) {
   for (const char* type : {"Zorbel_Role", "CIM_MemberOfCollection"}) {
     EXPECT_THAT(Ask(agent, "EnumerateInstances", type), HasSubstr("CODE=\"2\"")) << type;
   }
+  if (!WbemClient::IsInstalled()) GTEST_SKIP() << "wbemcli is not installed";
+  const WbemClient client(agent.Address());
+  const std::string machine = "CIM_ManagedElement.Name=\"vm-1\"";  // a role's name, it may be
+  EXPECT_THAT(client.Run("gi", machine), HasSubstr("PowerState="));
+  EXPECT_THAT(client.Run("ain", machine), HasSubstr("ZORBEL_ORXComputerSystem"));
 }
 
 TEST(Life, ItEndsWithinTwoSecondsWhateverHangs) {
