@@ -71,7 +71,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (!opened) return 0;
   try {
     const auto request = cimxml::ParseRequest({reinterpret_cast<const char*>(data), size});
-    const std::string answer = operations.Answer(request, "host");
+    const std::string answer = operations.Answer(request, "host").text;
     pugi::xml_document document;
     if (!document.load_string(answer.c_str()) || !document.child("CIM")) std::abort();
   } catch (const cimxml::MessageError&) {

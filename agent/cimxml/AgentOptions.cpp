@@ -55,6 +55,11 @@ void DeclareLimits(CLI::App& app, AgentOptions& options, long long& seconds, lon
       ->capture_default_str()
       ->type_name("N")
       ->check(CLI::Range(1, 4096));
+  app.add_option("--max-unsent", options.limits.unsentBytes,
+                 "Bytes of answers that wait for their clients before no more are made")
+      ->capture_default_str()
+      ->type_name("BYTES")
+      ->check(CLI::Range(1, 1 << 30));
   app.add_option("--time-limit", seconds, "Seconds in which a request arrives, an answer is taken")
       ->capture_default_str()
       ->type_name("SECONDS")

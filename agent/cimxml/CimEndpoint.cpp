@@ -55,6 +55,16 @@ std::string HostOf(const httplib::Request& http) {
   return host.empty() ? "localhost" : host;
 }
 
+// The reply goes when it was sent.
+void SetContent(Reply reply, httplib::Response& response) {
+  const auto kept = std::make_shared<Reply>(std::move(reply));
+  response.set_content_provider(
+      kept->text.size(), CONTENT_TYPE,
+      [kept](std::size_t from, std::size_t size, httplib::DataSink& sink) {
+        return sink.write(kept->text.data() + from, size);
+      });
+}
+
 void Answer(const Operations& operations, const httplib::Request& http,
             httplib::Response& response) {
   response.set_header("CIMOperation", "MethodResponse");
@@ -63,8 +73,7 @@ void Answer(const Operations& operations, const httplib::Request& http,
     const Request request = ParseRequest(http.body);
     CheckHeaders(http, request);
     operations.Await(request);
-    response.body = operations.Answer(request, HostOf(http));  // may be large: moved
-    response.set_header("Content-Type", CONTENT_TYPE);
+    SetContent(operations.Answer(request, HostOf(http)), response);
   } catch (const MessageError& error) {
     response.status = error.httpStatus;
     response.set_header("CIMError", error.what());

@@ -39,10 +39,10 @@ class MessageError : public std::runtime_error {
   const int httpStatus;
 };
 
-// The caches are not there yet.
+// Cannot be answered now: the caches are not there yet, or too many answers wait to be taken.
 class NotReady : public std::runtime_error {
  public:
-  NotReady() : std::runtime_error("the inventory was not read yet") {}
+  explicit NotReady(const char* why = "the inventory was not read yet") : std::runtime_error(why) {}
 };
 
 }  // namespace cimxml

@@ -145,17 +145,32 @@ void WriteContent(CacheGate& gate, const std::string& host, const Request& reque
 
 }  // namespace
 
-Operations::Operations(CacheGate& cacheGate)
-    : gate(cacheGate), turns(std::max(1u, std::thread::hardware_concurrency())) {}
+Operations::Operations(CacheGate& cacheGate, const Limits& limits)
+    : gate(cacheGate),
+      patience(limits.time),
+      backlog(limits.unsentBytes),
+      turns(std::max(1u, std::thread::hardware_concurrency())) {}
 
 void Operations::Await(const Request& request) const {
   const OperationRow* row = Find(request);
   if (row && row->readsCaches) gate.AwaitOpen();
 }
 
-std::string Operations::Answer(const Request& request, const std::string& host) const {
+// Waits for room without a turn, which others may need to find that there is none.
+Reply Operations::Answer(const Request& request, const std::string& host) const {
+  const auto deadline = Backlog::Clock::now() + patience;
+  while (backlog.AwaitRoom(deadline)) {
+    const Turns::Turn turn(turns);
+    if (!backlog.HasRoom()) continue;  // those before took it
+    std::string text = MakeAnswer(request, host);
+    const std::size_t bytes = text.capacity();
+    return {std::move(text), std::make_unique<Backlog::Share>(backlog, bytes)};
+  }
+  throw NotReady("too many answers wait to be taken");
+}
+
+std::string Operations::MakeAnswer(const Request& request, const std::string& host) const {
   const char* response = request.isExtrinsic ? "METHODRESPONSE" : "IMETHODRESPONSE";
-  const Turns::Turn turn(turns);
   XmlWriter out;
   out.Declare();
   out.Open("CIM", {{"CIMVERSION", "2.0"}, {"DTDVERSION", "2.0"}});

@@ -6,30 +6,43 @@
 #ifndef KECPP_AGENT_CIMXML_OPERATIONS_H
 #define KECPP_AGENT_CIMXML_OPERATIONS_H
 
+#include <memory>
 #include <string>
 
+#include "agent/cimxml/Backlog.h"
 #include "agent/cimxml/CacheGate.h"
+#include "agent/cimxml/Limits.h"
 #include "agent/cimxml/Request.h"
 #include "agent/cimxml/Turns.h"
 
 namespace cimxml {
 
+struct Reply {
+  std::string text;
+  std::unique_ptr<Backlog::Share> share;  // for as long as the text is there
+};
+
 class Operations {
  public:
-  // The gate outlives the object.
-  explicit Operations(CacheGate& gate);
+  // The gate outlives the object, which outlives the replies that it gives.
+  explicit Operations(CacheGate& gate, const Limits& limits = {});
 
   // Waits until the operation can be answered, or never will in time: for the first fill, if it
   // reads caches.
   void Await(const Request& request) const;
 
   // The whole reply message; an operation that fails is answered with its CIM status. `host` is the
-  // name that absolute object paths bear. Throws NotReady. Memory and time are linear in the
-  // instances that are answered.
-  std::string Answer(const Request& request, const std::string& host) const;
+  // name that absolute object paths bear. Throws NotReady, also when the clients have not taken so
+  // many bytes of former replies for so long that there is no room. Memory and time are linear in
+  // the instances that are answered.
+  Reply Answer(const Request& request, const std::string& host) const;
 
  private:
+  std::string MakeAnswer(const Request& request, const std::string& host) const;
+
   CacheGate& gate;
+  const std::chrono::seconds patience;
+  mutable Backlog backlog;
   // Answering is all work and no waiting. More threads at it than processors would only be
   // interrupted while they hold the caches, and let the sync thread wait.
   mutable Turns turns;

@@ -59,7 +59,7 @@ void Run(const AgentOptions& options) {
   WarnOfOpenDoors(options);
   CacheGate gate(options.readyWait);
   SyncState state;
-  const Operations operations(gate);
+  const Operations operations(gate, options.limits);
   StatusFeed feed(gate, state);
   HttpServer server(MakeTls(options), options.limits);
   AddGuards(server, users.get(), options.limits);

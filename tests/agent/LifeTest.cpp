@@ -151,6 +151,20 @@ TEST(Life, SlowClientsHoldNobodyUp) {
   }));
 }
 
+TEST(Life, AnswersThatNobodyTakesAreNotHeapedUp) {
+  Simulator simulator({"--machines", "2000"});
+  AgentProcess agent(simulator.Config(), {"--max-unsent", "1", "--time-limit", "2"});
+  {
+    RawClient slow(agent.Port());
+    for (int i = 0; i < 5; ++i) slow.Send(Post("EnumerateInstances", "CIM_System"));
+    EXPECT_TRUE(Eventually([&] {
+      return Ask(agent, "GetClass", "CIM_System").find("wait to be taken") != std::string::npos;
+    }));
+  }
+  EXPECT_TRUE(
+      Eventually([&] { return Ask(agent, "GetClass", "CIM_System").compare(0, 3, "200") == 0; }));
+}
+
 // To who stands between, what comes last is a part of the first request.
 TEST(Life, AfterARequestWithoutAClearEndNothingIsARequest) {
   AgentProcess agent(NO_DAEMON);
