@@ -200,8 +200,9 @@ class UpdateSetCaseTest : public SyncFixture, public testing::WithParamInterface
 
   void Arrive(const FakeServer::Answer& answer) {
     const std::size_t waits = server.Count("WaitForUpdates");
+    const bool isAwaited = Status().loopRunning;  // the answer may end the loop
     server.Then("WaitForUpdates", answer);
-    if (Status().loopRunning) {
+    if (isAwaited) {
       AwaitQuietWait(waits + 1);
     } else {
       queued = true;
