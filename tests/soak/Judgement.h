@@ -15,7 +15,7 @@ namespace soak {
 
 // The bounds. A leak of 100 bytes for each update set of an hour with ten changes a second would be
 // 3.5 MB.
-constexpr double GROWTH_LIMIT_KB = 1024;   // memory, over the judged time, by a straight line
+constexpr double GROWTH_LIMIT_KB = 1024;   // resident memory, over the judged time
 constexpr double LOG_LINES_PER_FAULT = 4;  // at level verbose, averaged over the run
 constexpr double LOG_LINES_BESIDES = 50;   // starting, ending
 constexpr double IDLE_CPU_SHARE = 0.002;   // of one core, while nothing changes
@@ -40,23 +40,21 @@ struct Record {
     return LOG_LINES_BESIDES + LOG_LINES_PER_FAULT * static_cast<double>(faults);
   }
 
-  // The growth of the memory over the judged time in kB, by the straight line of least squares; 0
-  // for fewer than two samples.
+  // The growth of the memory over the judged time in kB: from the median of its first third to that
+  // of its last, which no sample with a huge answer in hand moves, and half as much again for what
+  // lies before and behind. 0 for fewer than three samples.
   double Growth() const {
-    const auto first = std::find_if(samples.begin(), samples.end(),
-                                    [this](const auto& sample) { return sample.at >= warmUp; });
-    const std::vector<ProcessSample> judged(first, samples.end());
-    if (judged.size() < 2) return 0;
-    double meanAt = 0, meanKb = 0, together = 0, alone = 0;
-    for (const ProcessSample& sample : judged) {
-      meanAt += sample.at / static_cast<double>(judged.size());
-      meanKb += static_cast<double>(sample.residentKb) / static_cast<double>(judged.size());
+    std::vector<double> kilobytes;
+    for (const ProcessSample& sample : samples) {
+      if (sample.at >= warmUp) kilobytes.push_back(static_cast<double>(sample.residentKb));
     }
-    for (const ProcessSample& sample : judged) {
-      together += (sample.at - meanAt) * (static_cast<double>(sample.residentKb) - meanKb);
-      alone += (sample.at - meanAt) * (sample.at - meanAt);
-    }
-    return together / alone * (judged.back().at - judged.front().at);
+    const auto third = static_cast<std::ptrdiff_t>(kilobytes.size() / 3);
+    if (third == 0) return 0;
+    const auto median = [third](auto from) {
+      std::nth_element(from, from + third / 2, from + third);
+      return from[third / 2];
+    };
+    return 1.5 * (median(kilobytes.end() - third) - median(kilobytes.begin()));
   }
 };
 
