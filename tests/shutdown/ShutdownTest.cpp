@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <future>
+#include <ostream>
 #include <tuple>
 #include <vector>
 
@@ -131,6 +132,10 @@ struct Moment {
   int machines;
   bool (*reach)(Simulator&, Client&);  // false when the client did not get there
 };
+void PrintTo(const Moment& moment, std::ostream* out) {
+  *out << moment.name;
+}
+
 const Moment MOMENTS[] = {
     {"waiting for updates", 10, ReachWait},
     {"inside CreateFilter", 10,
