@@ -14,10 +14,10 @@ Record GoodRun() {
   for (int i = 0; i < 720; ++i) {
     const long kilobytes = i < 60 ? 9000 + i * 100 : 15000 + i % 2 * 1000;
     const long huge = i % 20 == 0 && i < 360 ? 100000 : 0;
-    run.samples.push_back({i * 5.0, kilobytes + huge, 6, 2, i * 0.01});
+    run.samples.push_back({i * 5.0, kilobytes + huge, 3 + i % 4, 2, i * 0.01});
   }
   run.warmUp = 300;
-  run.before = {{0, 9000, 6, 2, 1.00}, {60, 9000, 6, 2, 1.02}};
+  run.before = {{0, 9000, 3, 2, 1.00}, {60, 9000, 3, 2, 1.02}};
   run.after = {{3600, 15000, 6, 2, 90.00}, {3660, 15000, 6, 2, 90.02}};
   run.faults = 900;
   run.logLines = 1800;
