@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <charconv>
 
+#include "agent/cimxml/HostName.h"
+
 namespace cimxml {
 namespace {
 
@@ -16,6 +18,13 @@ constexpr int LENGTH_REQUIRED = 411;
 constexpr int TOO_LARGE = 413;
 constexpr int UNSUPPORTED_MEDIA = 415;
 constexpr int NOT_IMPLEMENTED = 501;
+
+// The host goes into the paths of the answer. Only clients of the old version may leave it out.
+int CheckHost(const httplib::Request& request) {
+  const std::size_t hosts = request.get_header_value_count("Host");
+  if (hosts == 0 && request.version == "HTTP/1.0") return GOOD;
+  return hosts == 1 && ReadHost(request.get_header_value("Host")) ? GOOD : BAD_REQUEST;
+}
 
 int CheckLength(const httplib::Request& request, std::size_t limit) {
   const std::string text = request.get_header_value("Content-Length");
@@ -57,20 +66,25 @@ int CheckBody(const httplib::Request& request, std::size_t limit) {
   return CheckLength(request, isPost ? limit : 0);
 }
 
+// Whoever may not ask is not told what there is.
+int CheckRequest(const httplib::Request& request, Users* users, const Limits& limits) {
+  if (const int status = CheckHost(request)) return status;
+  if (users && !users->Accepts(request.get_header_value("Authorization"))) return UNAUTHORIZED;
+  return CheckBody(request, limits.bodyBytes);
+}
+
 }  // namespace
 
 void AddGuards(HttpServer& server, Users* users, const Limits& limits) {
   server.set_pre_routing_handler(
       [users, limits](const httplib::Request& request, httplib::Response& response) {
-        if (users && !users->Accepts(request.get_header_value("Authorization"))) {
-          response.status = UNAUTHORIZED;
+        const int status = CheckRequest(request, users, limits);
+        if (status == GOOD) return httplib::Server::HandlerResponse::Unhandled;
+        response.status = status;
+        if (status == UNAUTHORIZED) {
           response.set_header("WWW-Authenticate", "Basic realm=\"kecpp-agent\", charset=\"UTF-8\"");
-          return httplib::Server::HandlerResponse::Handled;
         }
-        response.status = CheckBody(request, limits.bodyBytes);
-        if (response.status != GOOD) return httplib::Server::HandlerResponse::Handled;
-        response.status = -1;  // the route decides
-        return httplib::Server::HandlerResponse::Unhandled;
+        return httplib::Server::HandlerResponse::Handled;
       });
 }
 

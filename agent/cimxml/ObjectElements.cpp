@@ -126,16 +126,18 @@ void ObjectElements::Property(const ClassProperty& property,
   out.Close(element);
 }
 
+// Without a host: clients compare references, and the same object may be reached by many names.
 void ObjectElements::End(const Link& link, const PropertyRow& role) {
   const bool isOrigin = &role == &link.type->properties[0];
   out.Open("VALUE.REFERENCE");
-  OpenPath();
+  out.Open("LOCALINSTANCEPATH");
+  WriteNamespace(out);
   if (isOrigin) {
     NameOf(OriginOf(*link.type), link.originKey);
   } else {
     NameOf(ResultOf(*link.type), link.resultKey);
   }
-  ClosePath();
+  out.Close("LOCALINSTANCEPATH");
   out.Close("VALUE.REFERENCE");
 }
 

@@ -28,9 +28,13 @@ std::string Call(const std::string& method, const std::string& type) {
       method, "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"" + type + "\"/></IPARAMVALUE>");
 }
 
+// A request line and the headers that every request needs.
+std::string Begin(const std::string& line) {
+  return line + " HTTP/1.1\r\nHost: localhost\r\nContent-Type: application/xml\r\n";
+}
+
 std::string Head(const std::string& line, const std::string& body) {
-  return line + " HTTP/1.1\r\nHost: here\r\nContent-Length: " + std::to_string(body.size()) +
-         "\r\n\r\n";
+  return Begin(line) + "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n";
 }
 
 std::string Post(const std::string& method, const std::string& type) {
@@ -110,7 +114,7 @@ TEST(Life, ItEndsWithinTwoSecondsWhateverHangs) {
   Simulator simulator({"--machines", "2000"});
   AgentProcess agent(simulator.Config());
   RawClient idle(agent.Port()), half(agent.Port()), page(agent.Port()), slow(agent.Port());
-  half.Send("POST /cimom HTTP/1.1\r\nContent-Length: 100\r\n\r\n<CIM");
+  half.Send(Begin("POST /cimom") + "Content-Length: 100\r\n\r\n<CIM");
   page.Send(Head("GET /events", ""));
   EXPECT_THAT(page.Receive("event: rows"), HasSubstr("text/event-stream"));
   for (int i = 0; i < 20; ++i) slow.Send(Post("EnumerateInstances", "CIM_System"));
@@ -168,12 +172,12 @@ TEST(Life, AnswersThatNobodyTakesAreNotHeapedUp) {
 // To who stands between, what comes last is a part of the first request.
 TEST(Life, AfterARequestWithoutAClearEndNothingIsARequest) {
   AgentProcess agent(NO_DAEMON);
-  for (const char* first :
-       {"GET / HTTP/1.1\r\nContent-Length: 50\n\r\n",
-        "GET / HTTP/1.1\r\nX: y\r\n Content-Length: 50\r\n\r\n",
-        "GET / HTTP/1.1\r\nContent-Length : 50\r\n\r\n",
-        "POST /cimom HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n1\r\n<GET / HTTP/1.1\r\n",
-        "POST /cimom HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n0\r\nTrailer: x\r\n"}) {
+  for (const std::string& first :
+       {Begin("GET /") + "Content-Length: 50\n\r\n",
+        Begin("GET /") + "X: y\r\n Content-Length: 50\r\n\r\n",
+        Begin("GET /") + "Content-Length : 50\r\n\r\n",
+        Begin("POST /cimom") + "Transfer-Encoding: chunked\r\n\r\n1\r\n<GET / HTTP/1.1\r\n",
+        Begin("POST /cimom") + "Transfer-Encoding: chunked\r\n\r\n0\r\nTrailer: x\r\n"}) {
     RawClient client(agent.Port());
     client.Send(first + Head("GET /", ""));
     EXPECT_EQ(CountOf(client.Receive(), "HTTP/1.1 "), 1u) << first;
@@ -184,8 +188,8 @@ TEST(Life, ConnectionsAndTheirTimeAreLimited) {
   Simulator simulator({"--machines", "1"});
   AgentProcess agent(simulator.Config(), {"--max-connections", "2", "--time-limit", "2"});
   RawClient first(agent.Port()), second(agent.Port());
-  first.Send("GET / HTTP/1.1\r\nX: ");
-  second.Send("POST /cimom HTTP/1.1\r\nContent-Length: 5\r\n\r\n<");
+  first.Send(Begin("GET /") + "X: ");
+  second.Send(Begin("POST /cimom") + "Content-Length: 5\r\n\r\n<");
   EXPECT_TRUE(Eventually([&] {
     RawClient third(agent.Port());
     return third.Receive().find("503 Service Unavailable") != std::string::npos;

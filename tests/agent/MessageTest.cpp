@@ -2,8 +2,8 @@
 //
 // Requests as nobody's client would send them, and what they are answered: a case is a file. A line
 // "*1000 <a>" stands for a thousand times its text. Sections:
-//   POST /cimom     the request line without the version, and headers; Host, Connection and
-//                   Content-Length are added
+//   POST /cimom     the request line without the version, and headers; Connection is added, and so
+//                   are Host, Content-Type and Content-Length where they are missing
 //   body            of the request
 //   call METHOD     a body that is a call with these parameters
 //   answer STATUS   sends it; the answer holds these lines, headers included, but not those that
@@ -47,6 +47,15 @@ void ExpectAnswer(const Section& expected, const std::string& answer) {
   }
 }
 
+void AddMissing(std::string& head, std::size_t bodyLength) {
+  const auto lacks = [&](const char* name) { return head.find(name) == std::string::npos; };
+  if (lacks("\r\nHost:")) head += "Host: localhost\r\n";
+  if (lacks("Content-Type:")) head += "Content-Type: application/xml\r\n";
+  if (lacks("Content-Length:") && lacks("Transfer-Encoding:")) {
+    head += "Content-Length: " + std::to_string(bodyLength) + "\r\n";
+  }
+}
+
 // False when the file expects nothing.
 bool RunCase(const std::filesystem::path& file, int port) {
   std::string head, body;
@@ -57,18 +66,14 @@ bool RunCase(const std::filesystem::path& file, int port) {
     } else if (section.name == "call") {
       body = CimCall(section.argument, Lines(section.text, ""));
     } else if (section.name == "answer") {
-      const bool saysLength = head.find("Content-Length") != std::string::npos ||
-                              head.find("Transfer-Encoding") != std::string::npos;
-      if (!saysLength) {
-        head += "Content-Length: " + std::to_string(body.size()) + "\r\n";
-      }
+      AddMissing(head, body.size());
       RawClient client(port);
       client.Send(head + "\r\n" + body);
       ExpectAnswer(section, client.Receive());
       answered = true;
     } else {
-      head = section.name + " " + section.argument +
-             " HTTP/1.1\r\nHost: here\r\nConnection: close\r\n" + Lines(section.text, "\r\n");
+      head = section.name + " " + section.argument + " HTTP/1.1\r\nConnection: close\r\n" +
+             Lines(section.text, "\r\n");
       body.clear();
     }
   }

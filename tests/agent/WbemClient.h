@@ -97,10 +97,9 @@ class WbemClient {
     return name;
   }
 
-  // The value of a reference is a path without the colon before the class; texts stand in quotes.
+  // The value of a reference is a path; texts are in quotes.
   static std::string Value(const std::string& text) {
-    const std::size_t place = text.find("cimv2ZORBEL");
-    if (place != std::string::npos) return ShortName("cimv2:" + text.substr(place + 5));
+    if (text.compare(0, 11, "root/cimv2:") == 0) return ShortName(text);
     const bool quoted = text.size() >= 2 && text.front() == '"';
     return quoted ? Unescaped(text.substr(1, text.size() - 2)) : text;
   }
