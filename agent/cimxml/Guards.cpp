@@ -7,6 +7,7 @@
 #include <charconv>
 
 #include "agent/cimxml/HostName.h"
+#include "agent/cimxml/Schema.h"
 
 namespace cimxml {
 namespace {
@@ -14,16 +15,22 @@ namespace {
 constexpr int GOOD = 0;
 constexpr int BAD_REQUEST = 400;
 constexpr int UNAUTHORIZED = 401;
+constexpr int FORBIDDEN = 403;
 constexpr int LENGTH_REQUIRED = 411;
 constexpr int TOO_LARGE = 413;
 constexpr int UNSUPPORTED_MEDIA = 415;
 constexpr int NOT_IMPLEMENTED = 501;
 
-// The host goes into the paths of the answer. Only clients of the old version may leave it out.
-int CheckHost(const httplib::Request& request) {
+// The host goes into the paths of the answer. Only clients of the old version may leave it out, and
+// browsers never do: where everybody may ask, a page whose name was made to lead here sends that
+// name.
+int CheckHost(const httplib::Request& request, const Access& access) {
   const std::size_t hosts = request.get_header_value_count("Host");
   if (hosts == 0 && request.version == "HTTP/1.0") return GOOD;
-  return hosts == 1 && ReadHost(request.get_header_value("Host")) ? GOOD : BAD_REQUEST;
+  const auto host = ReadHost(request.get_header_value("Host"));
+  if (hosts != 1 || !host) return BAD_REQUEST;
+  const bool isOurs = IsLoopback(*host) || SameName(*host, access.address);
+  return isOurs || access.users || !access.isLocal ? GOOD : FORBIDDEN;
 }
 
 int CheckLength(const httplib::Request& request, std::size_t limit) {
@@ -54,35 +61,47 @@ int CheckFraming(const httplib::Request& request) {
   return strcasecmp(coding.c_str(), "chunked") == 0 ? GOOD : NOT_IMPLEMENTED;
 }
 
+// A page of any origin may make a browser send a body of another type, or of none.
+bool HasXml(const httplib::Request& request) {
+  std::string type = request.get_header_value("Content-Type");
+  type.erase(std::min(type.find_first_of("; \t"), type.size()));
+  return request.get_header_value_count("Content-Type") == 1 &&
+         (SameName(type, "application/xml") || SameName(type, "text/xml"));
+}
+
 // Only the bodies of POST are read. Another request's would be taken for the next request.
 int CheckBody(const httplib::Request& request, std::size_t limit) {
   if (const int status = CheckFraming(request)) return status;
-  if (request.has_header("Content-Encoding") || request.is_multipart_form_data()) {
+  const bool isPost = request.method == "POST";
+  if (request.has_header("Content-Encoding") || (isPost && !HasXml(request))) {
     return UNSUPPORTED_MEDIA;
   }
-  const bool isPost = request.method == "POST";
   if (request.has_header("Transfer-Encoding")) return isPost ? GOOD : BAD_REQUEST;
   if (!request.has_header("Content-Length")) return isPost ? LENGTH_REQUIRED : GOOD;
   return CheckLength(request, isPost ? limit : 0);
 }
 
 // Whoever may not ask is not told what there is.
-int CheckRequest(const httplib::Request& request, Users* users, const Limits& limits) {
-  if (const int status = CheckHost(request)) return status;
-  if (users && !users->Accepts(request.get_header_value("Authorization"))) return UNAUTHORIZED;
+int CheckRequest(const httplib::Request& request, const Access& access, const Limits& limits) {
+  if (const int status = CheckHost(request, access)) return status;
+  const std::string credentials = request.get_header_value("Authorization");
+  if (access.users && !access.users->Accepts(credentials)) return UNAUTHORIZED;
   return CheckBody(request, limits.bodyBytes);
 }
 
 }  // namespace
 
-void AddGuards(HttpServer& server, Users* users, const Limits& limits) {
+void AddGuards(HttpServer& server, const Access& access, const Limits& limits) {
   server.set_pre_routing_handler(
-      [users, limits](const httplib::Request& request, httplib::Response& response) {
-        const int status = CheckRequest(request, users, limits);
+      [access, limits](const httplib::Request& request, httplib::Response& response) {
+        const int status = CheckRequest(request, access, limits);
         if (status == GOOD) return httplib::Server::HandlerResponse::Unhandled;
         response.status = status;
         if (status == UNAUTHORIZED) {
           response.set_header("WWW-Authenticate", "Basic realm=\"kecpp-agent\", charset=\"UTF-8\"");
+        } else if (status == FORBIDDEN) {
+          response.set_content("without users this agent is reached by the name localhost only\n",
+                               "text/plain");
         }
         return httplib::Server::HandlerResponse::Handled;
       });

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "agent/cimxml/HttpServer.h"
 
+#include <netdb.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -8,6 +9,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "agent/cimxml/HostName.h"
 #include "agent/cimxml/SocketStream.h"
 
 namespace cimxml {
@@ -122,6 +124,16 @@ int HttpServer::Bind(const std::string& address, int port) {
     return bound;
   }
   throw std::runtime_error("cannot listen on " + address + ":" + std::to_string(port));
+}
+
+bool HttpServer::IsLocal() const {
+  sockaddr_storage storage{};
+  socklen_t length = sizeof storage;
+  auto* address = reinterpret_cast<sockaddr*>(&storage);
+  if (getsockname(svr_sock_, address, &length) != 0) return false;
+  char text[NI_MAXHOST] = {};
+  getnameinfo(address, length, text, sizeof text, nullptr, 0, NI_NUMERICHOST);
+  return IsLoopback(text);
 }
 
 // One request, answered on this thread: tables that the HTTP library makes on first use are then

@@ -34,6 +34,9 @@ class HttpServer final : private httplib::Server {
   // Takes the port, a free one for 0, and gives its number. Throws std::runtime_error.
   int Bind(const std::string& address, int port);
 
+  // Whether only programs of this machine reach the port that was taken.
+  bool IsLocal() const;
+
   // Serves on threads of its own.
   void Start();
 

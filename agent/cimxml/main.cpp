@@ -33,9 +33,6 @@ TlsContext MakeTls(const AgentOptions& options) {
 }
 
 void WarnOfOpenDoors(const AgentOptions& options) {
-  const bool isLocal = options.address.compare(0, 4, "127.") == 0 || options.address == "::1" ||
-                       options.address == "localhost";
-  if (isLocal) return;
   if (options.usersFile.empty()) {
     std::cerr << PROGRAM << ": without --users everybody who reaches " << options.address
               << " may read the inventory\n";
@@ -56,16 +53,16 @@ void Run(const AgentOptions& options) {
   const inventory::EndOfRun end(0);
   const std::unique_ptr<Users> users(
       options.usersFile.empty() ? nullptr : std::make_unique<Users>(options.usersFile));
-  WarnOfOpenDoors(options);
   CacheGate gate(options.readyWait);
   SyncState state;
   const Operations operations(gate, options.limits);
   StatusFeed feed(gate, state);
   HttpServer server(MakeTls(options), options.limits);
-  AddGuards(server, users.get(), options.limits);
+  const int port = server.Bind(options.address, options.port);
+  if (!server.IsLocal()) WarnOfOpenDoors(options);
+  AddGuards(server, {users.get(), options.address, server.IsLocal()}, options.limits);
   AddCimEndpoint(server, operations);
   AddStatusPage(server, feed, options.limits);
-  const int port = server.Bind(options.address, options.port);
   server.Start();
   std::cout << "listening on " << (options.certificateFile.empty() ? "http" : "https") << "://"
             << (options.address.find(':') == std::string::npos ? options.address
