@@ -56,8 +56,7 @@ const char* KEXmlCursor::PlainTagEnd(const char* from) {
     const auto telling = static_cast<unsigned int>(from[1] + from[kFirst] + (from[kSecond] >> 2));
     rest = &known->rests[telling % KnownTagRests::kRests];
   }
-  if (rest != nullptr && rest->length > 0 &&
-      static_cast<std::size_t>(end - from) >= rest->length &&
+  if (rest != nullptr && rest->length > 0 && static_cast<std::size_t>(end - from) >= rest->length &&
       SameText(from, rest->text, rest->length)) {
     return from + rest->length - 1;
   }
@@ -214,24 +213,40 @@ void KEXmlCursor::AppendPiece(KEStringBuffer& joined, XmlSlice& whole, const cha
 XmlSlice KEXmlCursor::Text(const XmlSlice& name, KEStringBuffer& joined) {
   XmlSlice whole;
   if (!Enter()) return whole;
+  bool behindSection = false;
   do {
-    if (whole.length == 0) at = SkipBlanks(at);
-  } while (!TextPiece(joined, whole));
+    if (whole.length == 0) {
+      at = SkipBlanks(at);
+    } else if (behindSection) {
+      at = SkipLayout(at);
+    }
+  } while (!TextPiece(joined, whole, behindSection));
   XmlSlice ended;
   if (!PassEndTag(ended) || !ended.Is(name.text, name.length)) ThrowMalformed();
   return whole;
 }
 
+// Passes the line ends at `from`, and the indentation of markup that follows them.
+const char* KEXmlCursor::SkipLayout(const char* from) {
+  const char* const line = SkipLineEnds(from);
+  if (line == from) return from;
+  const char* const next = SkipBlanks(line);
+  return *next == '<' ? next : line;
+}
+
 // Takes the text up to the next markup, and that markup unless it is the end tag: then true.
-bool KEXmlCursor::TextPiece(KEStringBuffer& joined, XmlSlice& whole) {
+// `behindSection` says whether a section was the last that gave text.
+bool KEXmlCursor::TextPiece(KEStringBuffer& joined, XmlSlice& whole, bool& behindSection) {
   const char* stop = at < end ? Find('<', at) : nullptr;
   if (stop == nullptr || end - stop < 2) ThrowMalformed();
   AppendPiece(joined, whole, at, stop);
+  if (stop != at) behindSection = false;
   at = stop;
   if (at[1] == '/') return true;
   if (IsSection(at)) {
     const char* behind = SkipMarkup(at);
     AppendPiece(joined, whole, at + kSectionStartLength, behind - 3);
+    behindSection = true;
     at = behind;
   } else if (at[1] == '!' || at[1] == '?') {
     at = SkipMarkup(at);

@@ -57,8 +57,8 @@ struct XmlSlice {
   }
 };
 
-// Start tags repeat, most of all their attributes: those that were seen are passed by comparing. May
-// be kept from text to text; of one thread at a time.
+// Start tags repeat, most of all their attributes: those that were seen are passed by comparing.
+// May be kept from text to text; of one thread at a time.
 struct KnownTagRests {
   static constexpr unsigned int kLongest = 96;
 
@@ -108,9 +108,9 @@ class KECPP_API KEXmlCursor {
   void SkipElement(const XmlSlice& name);
 
   // Takes the text of the element `name` whose start tag the cursor stands in, without its leading
-  // line ends and blanks, and passes the element. Nested elements are passed over. The slice form
-  // serves texts in one piece; where sections or comments split the text, `joined` receives the
-  // pieces and the slice points there.
+  // line ends and blanks and without the line ends behind a section, and passes the element. Nested
+  // elements are passed over. The slice form serves texts in one piece; where sections or comments
+  // split the text, `joined` receives the pieces and the slice points there.
   XmlSlice Text(const XmlSlice& name, KEStringBuffer& joined);
 
   // True when the element whose start tag the cursor stands in has child elements. Does not move.
@@ -195,6 +195,12 @@ class KECPP_API KEXmlCursor {
     return from;
   }
 
+  static const char* SkipLineEnds(const char* from) {
+    while (*from == '\n' || *from == '\r') ++from;
+    return from;
+  }
+  static const char* SkipLayout(const char* from);
+
   template <std::size_t N>
   bool StandsAt(const char* from, const char (&markup)[N]) const {
     return static_cast<std::size_t>(end - from) >= N - 1 && BeginsWith(from, markup);
@@ -220,7 +226,7 @@ class KECPP_API KEXmlCursor {
   const char* SkipMarkup(const char* from) const;
   XmlSlice NameAt(const char* from) const;
   bool IsSection(const char* from) const;
-  bool TextPiece(KEStringBuffer& joined, XmlSlice& whole);
+  bool TextPiece(KEStringBuffer& joined, XmlSlice& whole, bool& behindSection);
   void AppendPiece(KEStringBuffer& joined, XmlSlice& whole, const char* from, const char* to) const;
 
   KEXmlReader& reader;
