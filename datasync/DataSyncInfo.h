@@ -9,6 +9,7 @@
 #define KECPP_DATASYNC_DATASYNCINFO_H
 
 #include <memory>
+#include <thread>
 
 #include "datasync/WaiterHolder.h"
 #include "foundation/KEExport.h"
@@ -31,6 +32,8 @@ struct KECPP_API DataSyncInfo {
 
   std::unique_ptr<KE::Stub::ManagedObjectReference>
       reference;  // the filter, as the server named it
+
+  std::thread::id maker = std::this_thread::get_id();  // who set the watch up
 };
 
 }  // namespace KE::Service

@@ -284,7 +284,7 @@ ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* ro
       RunMethodsAtSetup();
     }
     if (filter != nullptr && waiter != nullptr && sections.IsTaskWatch()) {
-      blocked = BlockOnTask(*filter, stopsBefore);
+      blocked = BlockOnTask(filter, stopsBefore);
     }
     StartSyncData();
   } catch (...) {
@@ -296,13 +296,13 @@ ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* ro
 }
 
 // Leaves no record, reference or waiter of a setup that failed behind.
-// A stop may have dropped the records, and their references with them, while the call went on.
+// Another thread may have stopped the watch while the call went on: then `filter` is freed.
 void KEDataSyncImpl::AbandonSetup(ManagedObjectReference* filter, ManagedObjectReference* methods,
                                   unsigned long long stopsBefore) noexcept {
   try {
     KEMutexGuard guard(mutex.get());
     if (state->Stops() != stopsBefore) return;
-    if (filter != nullptr) DestroyPropFilter(filter);
+    if (FindOwnFilterNoLock(filter) != nullptr) DestroyPropFilter(filter);
     if (methods != nullptr) DestroyPropMethod(methods);
   } catch (...) {
     Log(nullptr, LOG_LEVEL_VERBOSE, "Could not take back a watch that failed to start.");
@@ -374,6 +374,19 @@ DataSyncInfo* KEDataSyncImpl::FindFilterNoLock(ManagedObjectReference& filter) {
   ManagedObjectReference* key = &filter;
   DataSyncInfo** found = filters->Get(key);
   return found != nullptr ? *found : nullptr;
+}
+
+// The record that the calling thread made and to which `reference` belongs; null when it has gone.
+// `reference`, which may be freed, is compared only. Another watch may have its address by now, but
+// none that this thread made, since this one was set up.
+DataSyncInfo* KEDataSyncImpl::FindOwnFilterNoLock(const ManagedObjectReference* reference) {
+  if (reference == nullptr) return nullptr;
+  for (auto it = filters->Begin(); !it.End(); ++it) {
+    DataSyncInfo* info = it->value;
+    if (info == nullptr || info->reference.get() != reference) continue;
+    return info->maker == std::this_thread::get_id() ? info : nullptr;
+  }
+  return nullptr;
 }
 
 void KEDataSyncImpl::ReleaseWaiterNoLock(std::unique_ptr<WaiterHolder>& waiter) {

@@ -203,7 +203,9 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   void AbandonSetup(KE::Stub::ManagedObjectReference* filter,
                     KE::Stub::ManagedObjectReference* methods,
                     unsigned long long stopsBefore) noexcept;
-  std::shared_ptr<TaskWait> BlockOnTask(KE::Stub::ManagedObjectReference& filter,
+  DataSyncInfo* FindOwnFilterNoLock(const KE::Stub::ManagedObjectReference* reference)
+      KECPP_REQUIRES(mutex);
+  std::shared_ptr<TaskWait> BlockOnTask(const KE::Stub::ManagedObjectReference* filter,
                                         unsigned long long stopsBefore);
 
   // methods

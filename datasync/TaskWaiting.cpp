@@ -47,32 +47,24 @@ bool KEDataSyncImpl::WaitForTask(KEString& response, KELib::KEWaiter* waiter) {
     list.Add(text);
   }
   const unsigned long long stopsBefore = state->Stops();
-  ManagedObjectReference* setUp = SetupDataSync(&task, list, waiter);
-  ManagedObjectReference filter;
-  {
-    // A stop may have dropped the record, and the reference with it, while this thread waited.
-    KEMutexGuard guard(mutex.get());
-    if (setUp != nullptr && state->Stops() == stopsBefore) {
-      filter.type = setUp->type;
-      filter.value = setUp->value;
-    } else {
-      ForgetWaiterNoLock(waiter);  // the caller may destroy it as soon as this call has returned
-    }
-  }
+  ManagedObjectReference* filter = SetupDataSync(&task, list, waiter);
+  // A stop, of everything or of this filter, may have freed the reference while this thread waited.
+  KEMutexGuard guard(mutex.get());
+  const bool isWatched = FindOwnFilterNoLock(filter) != nullptr && state->Stops() == stopsBefore;
+  if (!isWatched) ForgetWaiterNoLock(waiter);  // the caller may destroy it now
   const bool succeeded = TakeTaskResult(task);
-  if (!filter.value.Empty()) DestroyPropFilter(&filter);
-  TakeTaskResult(task);  // a late second report may have filed the task again
+  if (isWatched) DestroyPropFilter(filter);
   return succeeded;
 }
 
-// Blocks until the record of `filter` has seen its task end. Null when it has done so already, and
-// when a stop has dropped the record, and the reference with it.
-std::shared_ptr<TaskWait> KEDataSyncImpl::BlockOnTask(ManagedObjectReference& filter,
+// What the calling thread blocks on until the record of `filter` has seen its task end. Null when
+// it has done so already, and when the record has gone, and `filter` with it.
+std::shared_ptr<TaskWait> KEDataSyncImpl::BlockOnTask(const ManagedObjectReference* filter,
                                                       unsigned long long stopsBefore) {
   auto wait = std::make_shared<TaskWait>();
   KEMutexGuard guard(mutex.get());
   if (state->Stops() != stopsBefore) return nullptr;
-  DataSyncInfo* info = FindFilterNoLock(filter);
+  DataSyncInfo* info = FindOwnFilterNoLock(filter);
   if (info == nullptr || info->waiter == nullptr) return nullptr;
   info->waiter->blocked = wait;
   return wait;

@@ -208,6 +208,18 @@ TEST_F(SyncStopTest, AMethodsAnswerThatComesAfterTheStopIsDropped) {
   EXPECT_EQ(Caches(), "");
 }
 
+// The setup that fails has nothing left to take back, and looks at nothing of it.
+TEST_F(SyncStopTest, AWatchMayBeStoppedBeforeItsSetupFails) {
+  server.Then("RetrieveAllPermissions", [&]() -> std::string {
+    sync->StopDataSync(Reference("PropertyFilter", "filter-1").get());
+    throw SystemException("down");
+  });
+  EXPECT_EQ(Thrown([&] { Watch(kRoles); }), "SystemException: down");
+  const auto destroyed = server.Calls("DestroyPropertyFilter");
+  ASSERT_EQ(destroyed.size(), 1u);
+  EXPECT_EQ(destroyed[0].value, "filter-1");
+}
+
 // --- the end of the process ----------------------------------------------------------------------
 
 KEDataSyncImpl* doomed = nullptr;
