@@ -46,6 +46,37 @@ bool IsAuthorization(const ClassRow& type) {
   return !DerivesFrom(end, *FindClass("CIM_ComputerSystem"));
 }
 
+const KeyBinding& EndName(const std::vector<KeyBinding>& keys, const PropertyRow& role) {
+  for (const KeyBinding& key : keys) {
+    if (key.isReference && SameName(key.name, role.name)) return key;
+  }
+  InvalidParameter(std::string("no key for ") + role.name);
+}
+
+// True when the name can be that of an instance of the end's class; its key is then in `value`.
+bool EndFits(const ClassRow& end, const KeyBinding& name, std::string& value) {
+  const ClassRow* named = FindClass(name.referenceClass);
+  return named && DerivesFrom(end, *named) && KeysFit(end, name.referenceKeys, value);
+}
+
+// Nothing when the class has no link of that name.
+std::optional<Link> FindLink(const Call& call, const ClassRow& type,
+                             const std::vector<KeyBinding>& keys) {
+  const KeyBinding& originName = EndName(keys, type.properties[0]);
+  const KeyBinding& resultName = EndName(keys, type.properties[1]);
+  std::string origin, result;
+  if (keys.size() != type.propertyCount || !EndFits(OriginOf(type), originName, origin) ||
+      !EndFits(ResultOf(type), resultName, result)) {
+    return {};
+  }
+  Link link{&type, "", ""};
+  bool found = false;
+  ReadCaches(call, {&type}, [&](KE::Instance::KETypeCache& cache) {
+    found = ReadLink(cache, origin, result, link);
+  });
+  return found ? std::optional<Link>(link) : std::nullopt;
+}
+
 }  // namespace
 
 const ClassRow& RequestedClass(const Request& request) {
@@ -101,6 +132,20 @@ std::vector<ObjectName> NamedObjects(const Request& request, const char* paramet
   }
   if (!namesKey) InvalidParameter("the instance name lacks the key of its class");
   return objects;
+}
+
+bool NamesLink(const Request& request, const char* parameter) {
+  const Parameter* name = request.Find(parameter);
+  const ClassRow* type = name ? FindClass(name->value) : nullptr;
+  return type && type->isAssociation && name->kind == Parameter::Kind::Instance;
+}
+
+Link NamedLink(const Call& call, const char* parameter) {
+  const Parameter& name = *call.request.Find(parameter);
+  for (const ClassRow* type : ConcreteClasses(*FindClass(name.value))) {
+    if (const auto link = FindLink(call, *type, name.keys)) return *link;
+  }
+  throw OperationError(Status::NotFound, "there is no such instance");
 }
 
 std::vector<const ClassRow*> TypesOf(const std::vector<ObjectName>& objects) {

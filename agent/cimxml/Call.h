@@ -38,6 +38,11 @@ std::vector<ClassProperty> WantedProperties(const Request& request, const ClassR
 // others derive from, one of each of these.
 std::vector<ObjectName> NamedObjects(const Request& request, const char* parameter);
 
+// Whether the instance name in a parameter is a link's, and then the link that it names: one of
+// that class or of one that derives from it.
+bool NamesLink(const Request& request, const char* parameter);
+Link NamedLink(const Call& call, const char* parameter);
+
 // The classes of these objects.
 std::vector<const ClassRow*> TypesOf(const std::vector<ObjectName>& objects);
 

@@ -51,7 +51,7 @@ void GetClass(const Call& call) {
 void EnumerateNamespaces(const Call& call) {
   call.out.Open("INSTANCENAME", {{"CLASSNAME", "CIM_Namespace"}});
   call.out.Open("KEYBINDING", {{"NAME", "Name"}});
-  call.out.Open("KEYVALUE", {{"VALUETYPE", "string"}});
+  call.out.Open("KEYVALUE", {{"VALUETYPE", "string"}, {"TYPE", "string"}});
   call.out.Text(NAMESPACE_NAME);
   call.out.Close("KEYVALUE");
   call.out.Close("KEYBINDING");

@@ -16,6 +16,8 @@ constexpr int GOOD = 0;
 constexpr int BAD_REQUEST = 400;
 constexpr int UNAUTHORIZED = 401;
 constexpr int FORBIDDEN = 403;
+constexpr int NOT_FOUND = 404;
+constexpr int METHOD_NOT_ALLOWED = 405;
 constexpr int LENGTH_REQUIRED = 411;
 constexpr int TOO_LARGE = 413;
 constexpr int UNSUPPORTED_MEDIA = 415;
@@ -81,28 +83,45 @@ int CheckBody(const httplib::Request& request, std::size_t limit) {
   return CheckLength(request, isPost ? limit : 0);
 }
 
-// Whoever may not ask is not told what there is.
-int CheckRequest(const httplib::Request& request, const Access& access, const Limits& limits) {
+// Before the body is read: what no route takes would be waited for.
+int CheckRoute(const httplib::Request& request, const std::string& methods) {
+  if (methods.empty()) return NOT_FOUND;
+  const bool isServed =
+      (", " + methods + ",").find(", " + request.method + ",") != std::string::npos;
+  return isServed ? GOOD : METHOD_NOT_ALLOWED;
+}
+
+// Who may not ask does not learn what there is.
+int CheckRequest(const httplib::Request& request, const Access& access, const std::string& methods,
+                 const Limits& limits) {
   if (const int status = CheckHost(request, access)) return status;
   const std::string credentials = request.get_header_value("Authorization");
   if (access.users && !access.users->Accepts(credentials)) return UNAUTHORIZED;
+  if (const int status = CheckRoute(request, methods)) return status;
   return CheckBody(request, limits.bodyBytes);
+}
+
+void Explain(int status, const std::string& methods, httplib::Response& response) {
+  if (status == UNAUTHORIZED) {
+    response.set_header("WWW-Authenticate", "Basic realm=\"kecpp-agent\", charset=\"UTF-8\"");
+  } else if (status == METHOD_NOT_ALLOWED) {
+    response.set_header("Allow", methods);
+  } else if (status == FORBIDDEN) {
+    response.set_content("without users this agent is reached by the name localhost only\n",
+                         "text/plain");
+  }
 }
 
 }  // namespace
 
 void AddGuards(HttpServer& server, const Access& access, const Limits& limits) {
   server.set_pre_routing_handler(
-      [access, limits](const httplib::Request& request, httplib::Response& response) {
-        const int status = CheckRequest(request, access, limits);
+      [&server, access, limits](const httplib::Request& request, httplib::Response& response) {
+        const std::string methods = server.Methods(request.path);
+        const int status = CheckRequest(request, access, methods, limits);
         if (status == GOOD) return httplib::Server::HandlerResponse::Unhandled;
         response.status = status;
-        if (status == UNAUTHORIZED) {
-          response.set_header("WWW-Authenticate", "Basic realm=\"kecpp-agent\", charset=\"UTF-8\"");
-        } else if (status == FORBIDDEN) {
-          response.set_content("without users this agent is reached by the name localhost only\n",
-                               "text/plain");
-        }
+        Explain(status, methods, response);
         return httplib::Server::HandlerResponse::Handled;
       });
 }

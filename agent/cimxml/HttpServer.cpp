@@ -116,6 +116,23 @@ HttpServer::~HttpServer() {
   Stop();
 }
 
+void HttpServer::Get(const char* path, Handler handler) {
+  httplib::Server::Get(path, std::move(handler));
+  std::string& list = methods[path];
+  list = list.empty() ? "GET, HEAD" : "GET, HEAD, " + list;
+}
+
+void HttpServer::Post(const char* path, Handler handler) {
+  httplib::Server::Post(path, std::move(handler));
+  std::string& list = methods[path];
+  list += list.empty() ? "POST" : ", POST";
+}
+
+std::string HttpServer::Methods(const std::string& path) const {
+  const auto known = methods.find(path);
+  return known == methods.end() ? "" : known->second;
+}
+
 int HttpServer::Bind(const std::string& address, int port) {
   const int bound =
       port != 0 ? (bind_to_port(address, port) ? port : -1) : bind_to_any_port(address);
@@ -139,7 +156,7 @@ bool HttpServer::IsLocal() const {
 // One request, answered on this thread: tables that the HTTP library makes on first use are then
 // made before several threads could use them first.
 void HttpServer::Rehearse() {
-  static const char REQUEST[] = "GET /rehearsal HTTP/1.0\r\nRange: bytes=0-\r\n\r\n";
+  static const char REQUEST[] = "GET / HTTP/1.0\r\nRange: bytes=0-\r\n\r\n";
   int ends[2];
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) return;
   send(ends[1], REQUEST, sizeof REQUEST - 1, MSG_NOSIGNAL);

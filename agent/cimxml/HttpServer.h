@@ -10,6 +10,7 @@
 
 #include <httplib.h>
 
+#include <map>
 #include <mutex>
 #include <set>
 #include <string>
@@ -26,10 +27,14 @@ class HttpServer final : private httplib::Server {
   HttpServer(TlsContext tls, const Limits& limits);
   ~HttpServer() override;
 
-  using httplib::Server::Get;
-  using httplib::Server::Post;
-  using httplib::Server::set_post_routing_handler;
   using httplib::Server::set_pre_routing_handler;
+
+  // Serve a path; a path may have both.
+  void Get(const char* path, Handler handler);
+  void Post(const char* path, Handler handler);
+
+  // The methods that a path serves, as an Allow header lists them; empty for an unknown path.
+  std::string Methods(const std::string& path) const;
 
   // Takes the port, a free one for 0, and gives its number. Throws std::runtime_error.
   int Bind(const std::string& address, int port);
@@ -54,6 +59,7 @@ class HttpServer final : private httplib::Server {
 
   const TlsContext tls;
   const Limits limits;
+  std::map<std::string, std::string> methods;  // by path; constant once it serves
   std::mutex mutex;
   std::set<socket_t> connections;  // guarded by `mutex`
   bool stopping = false;           // guarded by `mutex`

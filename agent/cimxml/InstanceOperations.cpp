@@ -63,36 +63,6 @@ bool GetObject(const Call& call, const std::vector<const ClassRow*>& types,
   return found;
 }
 
-const KeyBinding& EndName(const std::vector<KeyBinding>& keys, const PropertyRow& role) {
-  for (const KeyBinding& key : keys) {
-    if (key.isReference && SameName(key.name, role.name)) return key;
-  }
-  throw OperationError(Status::InvalidParameter, std::string("no key for ") + role.name);
-}
-
-// True when the name can be that of an instance of the end's class; its key is then in `value`.
-bool EndFits(const ClassRow& end, const KeyBinding& name, std::string& value) {
-  const ClassRow* named = FindClass(name.referenceClass);
-  return named && DerivesFrom(end, *named) && KeysFit(end, name.referenceKeys, value);
-}
-
-bool GetLink(const Call& call, const ClassRow& type, const std::vector<KeyBinding>& keys) {
-  const KeyBinding& originName = EndName(keys, type.properties[0]);
-  const KeyBinding& resultName = EndName(keys, type.properties[1]);
-  std::string origin, result;
-  if (keys.size() != type.propertyCount || !EndFits(OriginOf(type), originName, origin) ||
-      !EndFits(ResultOf(type), resultName, result)) {
-    return false;
-  }
-  Link link{&type, "", ""};
-  bool found = false;
-  ReadCaches(call, {&type}, [&](KE::Instance::KETypeCache& cache) {
-    found = ReadLink(cache, origin, result, link);
-  });
-  if (found) Elements(call).Instance(link, WantedProperties(call.request, type));
-  return found;
-}
-
 }  // namespace
 
 void EnumerateInstances(const Call& call) {
@@ -131,18 +101,14 @@ void EnumerateInstanceNames(const Call& call) {
 }
 
 void GetInstance(const Call& call) {
-  const Parameter* name = call.request.Find("InstanceName");
-  const ClassRow* type = name ? FindClass(name->value) : nullptr;
-  if (type && type->isAssociation) {
-    for (const ClassRow* concrete : ConcreteClasses(*type)) {
-      if (GetLink(call, *concrete, name->keys)) return;
-    }
-  } else {
-    const auto objects = NamedObjects(call.request, "InstanceName");
-    const auto types = TypesOf(objects);
-    for (const ObjectName& object : objects) {
-      if (GetObject(call, types, object)) return;
-    }
+  if (NamesLink(call.request, "InstanceName")) {
+    const Link link = NamedLink(call, "InstanceName");
+    return Elements(call).Instance(link, WantedProperties(call.request, *link.type));
+  }
+  const auto objects = NamedObjects(call.request, "InstanceName");
+  const auto types = TypesOf(objects);
+  for (const ObjectName& object : objects) {
+    if (GetObject(call, types, object)) return;
   }
   throw OperationError(Status::NotFound, "there is no such instance");
 }

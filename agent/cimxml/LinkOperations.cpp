@@ -9,8 +9,12 @@
 namespace cimxml {
 namespace {
 
-// The links of the object that "ObjectName" names.
+// The links of the object that "ObjectName" names. A link is an object, too, and has none.
 void CopyLinks(const Call& call, const LinkFilter& filter, const CopyLink& copy) {
+  if (NamesLink(call.request, "ObjectName")) {
+    NamedLink(call, "ObjectName");
+    return;
+  }
   const auto objects = NamedObjects(call.request, "ObjectName");
   const auto types = TypesOf(objects);
   for (const ObjectName& object : objects) {

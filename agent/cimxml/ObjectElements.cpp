@@ -18,7 +18,7 @@ void WriteNamespace(XmlWriter& out) {
 
 void WriteKey(XmlWriter& out, const char* name, std::string_view storedValue) {
   out.Open("KEYBINDING", {{"NAME", name}});
-  out.Open("KEYVALUE", {{"VALUETYPE", "string"}});
+  out.Open("KEYVALUE", {{"VALUETYPE", "string"}, {"TYPE", "string"}});
   out.StoredText(storedValue);
   out.Close("KEYVALUE");
   out.Close("KEYBINDING");
