@@ -8,7 +8,7 @@
 
 namespace KE::Service {
 
-// Separators of a property list: whole list elements (see datasync/FilterSpec.h).
+// Separators of a property list: whole list elements (see docs/watching.md).
 extern KECPP_API const char* const PropSep;         // "_p_"
 extern KECPP_API const char* const ObjectSep;       // "_o_"
 extern KECPP_API const char* const TraversalSep;    // "_t_"

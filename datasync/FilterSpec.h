@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Writes a property list as the filter that "CreateFilter" takes. The grammar of the list stands in
-// docs/architecture.md ("What an agent asks for") and, for maintainers, in datasync/PropertyList.h.
+// Writes a property list as the filter that "CreateFilter" takes. docs/watching.md explains the
+// grammar of the list to authors of agents, datasync/PropertyList.h to maintainers.
 //
 // Each function appends to `xml`. Texts are written as they stand: an agent's types and paths are
 // names, which need no escaping.

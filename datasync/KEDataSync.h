@@ -58,7 +58,8 @@ class KECPP_API KEDataSync {
   // The caches, by type name. Lives as long as the data sync.
   virtual KE::Instance::KETypeCache* GetCache() = 0;
 
-  // Watches the objects that `list` names, starting at `root` (copied). `waiter`, which may be
+  // Watches the objects that `list` names (docs/watching.md has its grammar, and what can be
+  // watched), starting at `root` (copied). `waiter`, which may be
   // null, is signalled when the watch's first data has arrived; it must live until it was signalled
   // or until StopDataSync, Cleanup or this call (when it throws) returned.
   //

@@ -58,9 +58,9 @@ class KECPP_API KEServiceInst {
   // True while the service content is held.
   virtual bool IsInitialized() = 0;
 
-  // A new reference, owned by the caller, read from the element `name` of the service content; null
-  // gives the reference of the service instance itself. Throws XmlException when there is no such
-  // element.
+  // A new reference, owned by the caller, read from the element `name` of the service content (the
+  // constants above, "authorizationManager", or any other that the daemon names); null gives the
+  // reference of the service instance itself. Throws XmlException when there is no such element.
   virtual KE::Stub::ManagedObjectReference* GetReference(const char* name) = 0;
 
   // The way to call the server's methods. Calls run at the same time as the sync thread's; when the

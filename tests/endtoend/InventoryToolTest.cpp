@@ -7,8 +7,6 @@
 #include <sys/mount.h>
 #include <sys/stat.h>
 
-#include <algorithm>
-
 #include "endtoend/Simulator.h"
 #include "endtoend/Tool.h"
 
@@ -121,21 +119,50 @@ TEST(InventoryTool, EndsWithADaemonThatWasRestarted) {
   EXPECT_THAT(tool.Errors(), HasSubstr("the management daemon has gone"));
 }
 
-TEST(ExampleAgent, PrintsTheMachinesAgainAfterEachChange) {
+// An example program, with the configuration for `simulator` and these arguments behind it.
+struct Example : ChildProcess {
+  Example(const char* name, Simulator& simulator, const std::vector<std::string>& arguments = {})
+      : ChildProcess({std::string(KECPP_EXAMPLES) + name, simulator.ConfigFile(simulator.Config())},
+                     arguments) {}
+
+  // Waits until it has written `text` `times` times.
+  bool Writes(const std::string& text, int times) {
+    return Eventually([&] {
+      int found = 0;
+      const std::string output = Output();
+      for (std::size_t at = 0; (at = output.find(text, at)) != output.npos; ++at) ++found;
+      return found >= times;
+    });
+  }
+};
+
+TEST(Examples, FollowMachinesAndLiveThroughALostSession) {
   Simulator simulator({"--hosts", "1", "--machines", "3"});
-  ChildProcess agent({KECPP_EXAMPLE_PROGRAM, simulator.ConfigFile(simulator.Config()), "2"});
-  auto lines = [&agent] {
-    const std::string text = agent.Output();
-    return std::count(text.begin(), text.end(), '\n');
-  };
-  ASSERT_TRUE(Eventually([&] { return lines() == 3; })) << agent.Output() << agent.Errors();
+  Example agent("agent", simulator, {"2"}), reconnect("reconnect", simulator);
+  ASSERT_TRUE(agent.Writes("\n", 3)) << agent.Output() << agent.Errors();
+  ASSERT_TRUE(reconnect.Writes("3 machines\n", 1)) << reconnect.Errors();
+  int lines = 3;
   for (const char* state : {"suspended", "poweredOn"}) {
-    const auto before = lines();
     simulator.SetMachine("vm-1", "runtime.powerState", state);
-    ASSERT_TRUE(Eventually([&] { return lines() == before + 3; })) << agent.Output();
+    ASSERT_TRUE(agent.Writes("\n", lines += 3)) << agent.Output();
   }
   EXPECT_THAT(agent.Output(), HasSubstr(": suspended\n"));
   EXPECT_EQ(agent.Wait(), 0) << agent.Errors();
+  simulator.Control("session-lost");
+  ASSERT_TRUE(Eventually([&] { return simulator.Stats()["sessions"] == 1; }));
+  simulator.Control("machine", {{"do", "remove"}, {"id", "vm-1"}});
+  EXPECT_TRUE(reconnect.Writes("2 machines\n", 1)) << reconnect.Output() << reconnect.Errors();
+}
+
+TEST(Examples, ListRolesWithTheirMembersAndWaitForTasks) {
+  Simulator simulator({});
+  Example roles("roles", simulator);
+  EXPECT_EQ(roles.Wait(), 0) << roles.Errors();
+  EXPECT_THAT(roles.Output(), HasSubstr("Op\n  gives P.View P.Start\n  held by ann\n"));
+  Example success("task", simulator, {"StartTask", "VirtualMachine", "success"});
+  EXPECT_EQ(success.Wait(), 0) << success.Errors();
+  Example error("task", simulator, {"StartTask", "VirtualMachine", "error"});
+  EXPECT_EQ(error.Wait(), 1) << error.Output();
 }
 
 }  // namespace
