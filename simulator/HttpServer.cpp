@@ -12,6 +12,8 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "servers/HttplibVersions.h"
+
 namespace sim {
 
 namespace {
@@ -167,7 +169,10 @@ void HttpServer::Serve(Worker& worker) {
   Connection::Current() = &connection;
   bool closed = false;
   while (!closed && connection.WaitForRequest()) {
-    if (!process_request(connection, false, closed, nullptr)) break;
+    if (!servers::ProcessRequest<httplib::Server>(*this, &HttpServer::process_request, connection,
+                                                  false, closed, nullptr)) {
+      break;
+    }
   }
   const std::lock_guard<std::mutex> lock(mutex);
   worker.connection.reset();

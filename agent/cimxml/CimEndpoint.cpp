@@ -32,8 +32,9 @@ std::string PercentDecoded(const std::string& text) {
 
 // A header that is there must say what the message says: a firewall may have judged by it.
 void CheckHeader(const httplib::Request& http, const char* name, const std::string& expected) {
-  for (std::size_t i = 0; i < http.get_header_value_count(name); ++i) {
-    if (SameName(PercentDecoded(http.get_header_value(name, i)), expected)) continue;
+  const auto [first, end] = http.headers.equal_range(name);
+  for (auto header = first; header != end; ++header) {
+    if (SameName(PercentDecoded(header->second), expected)) continue;
     throw MessageError(BAD_REQUEST, "header-mismatch");
   }
 }

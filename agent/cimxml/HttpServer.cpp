@@ -11,6 +11,7 @@
 
 #include "agent/cimxml/HostName.h"
 #include "agent/cimxml/SocketStream.h"
+#include "servers/HttplibVersions.h"
 
 namespace cimxml {
 namespace {
@@ -51,14 +52,14 @@ class HttpServer::ConnectionThreads final : public httplib::TaskQueue {
  public:
   explicit ConnectionThreads(unsigned connections) : limit(connections) {}
 
-  void enqueue(std::function<void()> serve) override {
+  servers::Enqueued enqueue(std::function<void()> serve) override {
     if (TakePlace()) {
       try {
         std::thread([this, serve] {
           serve();
           GivePlace();
         }).detach();
-        return;
+        return servers::Enqueued(true);
       } catch (const std::system_error&) {  // no more threads
         GivePlace();
       }
@@ -66,6 +67,7 @@ class HttpServer::ConnectionThreads final : public httplib::TaskQueue {
     refusing = true;
     serve();
     refusing = false;
+    return servers::Enqueued(true);  // its socket is closed already
   }
 
   void shutdown() override {
@@ -153,6 +155,12 @@ bool HttpServer::IsLocal() const {
   return IsLoopback(text);
 }
 
+bool HttpServer::Process(httplib::Stream& stream, bool last, bool& closed,
+                         const std::function<void(httplib::Request&)>& setUp) {
+  return servers::ProcessRequest<httplib::Server>(*this, &HttpServer::process_request, stream, last,
+                                                  closed, setUp);
+}
+
 // One request, answered on this thread: tables that the HTTP library makes on first use are then
 // made before several threads could use them first.
 void HttpServer::Rehearse() {
@@ -163,7 +171,7 @@ void HttpServer::Rehearse() {
   {
     SocketStream stream(ends[0], nullptr, limits);
     bool closed = false;
-    if (stream.AwaitRequest()) process_request(stream, true, closed, DropCostlyWishes);
+    if (stream.AwaitRequest()) Process(stream, true, closed, DropCostlyWishes);
   }
   ::close(ends[1]);
 }
@@ -220,7 +228,7 @@ void HttpServer::Serve(socket_t socket) {
       DropCostlyWishes(request);
       endsConnection = HasDoubtfulEnd(request, stream);
     };
-    if (!process_request(stream, left == 1, closed, setUp) || closed || endsConnection) return;
+    if (!Process(stream, left == 1, closed, setUp) || closed || endsConnection) return;
   }
 }
 

@@ -10,6 +10,7 @@
 
 #include <httplib.h>
 
+#include <functional>
 #include <map>
 #include <mutex>
 #include <set>
@@ -53,6 +54,8 @@ class HttpServer final : private httplib::Server {
 
   bool process_and_close_socket(socket_t socket) override;
   void Serve(socket_t socket);
+  bool Process(httplib::Stream& stream, bool last, bool& closed,
+               const std::function<void(httplib::Request&)>& setUp);
   void Rehearse();
   void Refuse(socket_t socket) const;
   void ShutConnections();
