@@ -37,15 +37,17 @@ set(ENV{PKG_CONFIG_LIBDIR} ${_lib}/i386-linux-gnu/pkgconfig:${KECPP_I386_SYSROOT
 # The compiler's own folder lacks the 32-bit halves; they stand in the package's.
 set(_gcc ${_lib}/gcc/i686-linux-gnu/${_version})
 set(_headers ${KECPP_I386_SYSROOT}/usr/include)
-set(CMAKE_C_FLAGS_INIT "-m32 -B${_gcc}")
-set(CMAKE_CXX_FLAGS_INIT "-m32 -B${_gcc} -nostdinc++ -isystem ${_headers}/c++/${_version} \
--isystem ${_headers}/i386-linux-gnu/c++/${_version} -isystem ${_headers}/c++/${_version}/backward")
-set(CMAKE_SHARED_LINKER_FLAGS_INIT "-L${_gcc}")
-set(CMAKE_EXE_LINKER_FLAGS_INIT "-L${_gcc}")
+set(CMAKE_C_FLAGS_INIT "-m32 \"-B${_gcc}\"")
+set(CMAKE_CXX_FLAGS_INIT "-m32 \"-B${_gcc}\" -nostdinc++ \
+-isystem \"${_headers}/c++/${_version}\" \
+-isystem \"${_headers}/i386-linux-gnu/c++/${_version}\" \
+-isystem \"${_headers}/c++/${_version}/backward\"")
+set(CMAKE_SHARED_LINKER_FLAGS_INIT "\"-L${_gcc}\"")
+set(CMAKE_EXE_LINKER_FLAGS_INIT "\"-L${_gcc}\"")
 if(NOT KECPP_I386_FOR_OTHERS)
   string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT " -Wl,--disable-new-dtags \
--Wl,-rpath,${KECPP_I386_SYSROOT}/lib/i386-linux-gnu:${_lib}/i386-linux-gnu \
--Wl,--dynamic-linker,${KECPP_I386_SYSROOT}/lib/ld-linux.so.2")
+\"-Wl,-rpath,${KECPP_I386_SYSROOT}/lib/i386-linux-gnu:${_lib}/i386-linux-gnu\" \
+\"-Wl,--dynamic-linker,${KECPP_I386_SYSROOT}/lib/ld-linux.so.2\"")
 endif()
 
 set(KECPP_GOOGLETEST_SOURCE ${KECPP_I386_SYSROOT}/usr/src/googletest)

@@ -10,9 +10,10 @@ BROWSER_PACKAGES="chromium chromium-driver python3"
 BENCHMARK_PACKAGES="libpugixml-dev librapidxml-dev libxml2-dev libexpat1-dev gsoap libgsoap-dev
   gnuplot-nox valgrind"
 ANALYSIS_PACKAGES="clang abigail-tools"
-FUZZ_PACKAGES="clang libclang-rt-14-dev"
+FUZZ_PACKAGES="clang libclang-rt-dev"  # clang's own version of it, in every release
 PACKAGING_PACKAGES="dpkg-dev file mandoc"
 REFERENCE_PACKAGES="doxygen"
+FRESH_MACHINE_PACKAGES="debootstrap git"
 
 is_installed() {
   dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q 'ok installed'
