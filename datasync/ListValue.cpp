@@ -3,8 +3,6 @@
 
 #include <cstring>
 #include <memory>
-#include <string>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -12,6 +10,7 @@
 #include "foundation/StringUtil.h"
 #include "instance/KEDataCache.h"
 #include "stub/base/KEStubRef.h"
+#include "stub/base/StubCast.h"
 #include "stub/classes/ClassNames.h"
 #include "stub/classes/RoleLinks.h"
 #include "stub/classes/Zorbel_Identity.h"
@@ -33,7 +32,7 @@ template <typename Stub>
 Stub* Find(KEDataCache& cache, KEString& key) {
   KELib::Stub::KEStubRef ref;
   cache.GetVal(key, ref);
-  return dynamic_cast<Stub*>(ref.GetData());
+  return KELib::Stub::StubCast<Stub>(ref.GetData());
 }
 
 // Finds the stub under `key` or files a new one whose `keyField` is the key.
@@ -55,19 +54,6 @@ bool Note(ListValue::Seen* seen, KEString& key) {
   seen->Insert(key, true);
   return true;
 }
-
-class KeepNamed final : public KE::Stub::PrivilegeFilter {
- public:
-  explicit KeepNamed(const RoleMemory::PrivilegeIds& ids) {
-    for (const KEString& id : ids) names.insert(id.Cstr());
-  }
-  bool Keep(const Zorbel_Privilege& privilege) override {
-    return names.count(privilege.InstanceID.Cstr()) > 0;
-  }
-
- private:
-  std::unordered_set<std::string> names;
-};
 
 }  // namespace
 
@@ -182,6 +168,7 @@ void ListValue::ApplyItems(KEDataCache* primary, KEDataCache* secondary) {
       cursor.SkipElement(item);
     }
   }
+  LinkGranted();
   if (!wasEmpty && kind != Kind::machines) Sweep(*primary, seen);
   if (newPrivileges) LinkRememberedPrivileges();
 }
@@ -283,18 +270,18 @@ void ListValue::ApplyRole(const XmlSlice& element, KEDataCache& cache, KEDataCac
   role->Description.Transfer(summary);
   role->RoleType = KELib::StringUtil::ParseBool(system.Cstr()) ? "SystemDefined" : "UserDefined";
   Note(seen, id);
-  KeepNamed named(ids);
-  KE::Stub::UnlinkPrivileges(*role, named);
-  if (privileges != nullptr) LinkPrivileges(*role, ids, *privileges);
+  LinkPrivileges(*role, ids, privileges);
   memory.Remember(id, std::move(ids));
 }
 
 void ListValue::LinkPrivileges(Zorbel_Role& role, RoleMemory::PrivilegeIds& ids,
-                               KEDataCache& privileges) {
+                               KEDataCache* privileges) {
+  named.clear();
   for (KEString& id : ids) {
-    auto* privilege = Find<Zorbel_Privilege>(privileges, id);
-    if (privilege != nullptr) KE::Stub::LinkMember(role, *privilege);
+    auto* privilege = privileges != nullptr ? Find<Zorbel_Privilege>(*privileges, id) : nullptr;
+    if (privilege != nullptr) named.push_back(privilege);
   }
+  KE::Stub::SetPrivileges(role, named);
 }
 
 // Privileges have come that roles may have named before.
@@ -305,7 +292,7 @@ void ListValue::LinkRememberedPrivileges() {
   for (auto it = roleCache->Iterator(); !it.End(); ++it) {
     auto* role = dynamic_cast<Zorbel_Role*>(it->value);
     RoleMemory::PrivilegeIds* ids = role != nullptr ? memory.Of(role->Name) : nullptr;
-    if (ids != nullptr) LinkPrivileges(*role, *ids, *privileges);
+    if (ids != nullptr) LinkPrivileges(*role, *ids, privileges);
   }
 }
 
@@ -328,11 +315,23 @@ void ListValue::ApplyPermission(const XmlSlice& element, KEDataCache& cache, KED
   cursor.Leave(element);
   if (principal.Empty() || KELib::StringUtil::ParseBool(group.Cstr())) return;
   auto* identity = FindOrCreate<Zorbel_Identity>(cache, principal, &Zorbel_Identity::InstanceID);
-  // The first item of a list tells the identity's roles anew; further ones add to them.
-  if (Note(seen, principal) && seen != nullptr) KE::Stub::UnlinkAll(*identity);
-  if (roleCache == nullptr) return;
-  auto* role = Find<Zorbel_Role>(*roleCache, roleId);
-  if (role != nullptr) KE::Stub::LinkMember(*role, *identity);
+  auto* role = roleCache != nullptr ? Find<Zorbel_Role>(*roleCache, roleId) : nullptr;
+  if (seen == nullptr) {  // an item by itself adds to the identity's roles
+    if (role != nullptr) KE::Stub::LinkMember(*role, *identity);
+    return;
+  }
+  if (Note(seen, principal)) {
+    grantOf[identity] = grants.size();
+    grants.emplace_back(identity, std::vector<Zorbel_Role*>());
+  }
+  if (role != nullptr) grants[grantOf[identity]].second.push_back(role);
+}
+
+// A list names all roles of the identities that are in it.
+void ListValue::LinkGranted() {
+  for (const auto& [identity, roles] : grants) KE::Stub::SetRoles(*identity, roles);
+  grants.clear();
+  grantOf.clear();
 }
 
 // Those of a list's items that are written as servers write them.

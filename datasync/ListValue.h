@@ -10,6 +10,11 @@
 #ifndef KECPP_DATASYNC_LISTVALUE_H
 #define KECPP_DATASYNC_LISTVALUE_H
 
+#include <cstddef>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
 #include "datasync/ObjectTarget.h"
 #include "datasync/RoleMemory.h"
 #include "datasync/UpdateInfo.h"
@@ -22,6 +27,7 @@
 
 namespace KE::Stub {
 class Zorbel_Identity;
+class Zorbel_Privilege;
 class Zorbel_Role;
 }  // namespace KE::Stub
 
@@ -64,7 +70,8 @@ class ListValue {
   bool BelongsToObject() const;
   KE::Instance::KEDataCache* Cache(const char* typeName);
 
-  // The cache that the list fills, and the one to whose stubs its items are linked; null for others.
+  // The cache that the list fills, and the one to whose stubs its items are linked; null for
+  // others.
   void ChooseCaches(KE::Instance::KEDataCache*& primary, KE::Instance::KEDataCache*& secondary);
   void ApplyPrivilege(const KELib::Xml::XmlSlice& element, KE::Instance::KEDataCache& cache,
                       Seen* seen);
@@ -76,7 +83,8 @@ class ListValue {
   void ReadRoleInfo(const KELib::Xml::XmlSlice& element, KELib::KEString& label,
                     KELib::KEString& summary);
   void LinkPrivileges(KE::Stub::Zorbel_Role& role, RoleMemory::PrivilegeIds& ids,
-                      KE::Instance::KEDataCache& privileges);
+                      KE::Instance::KEDataCache* privileges);
+  void LinkGranted();
   void LinkRememberedPrivileges();
   void Sweep(KE::Instance::KEDataCache& cache, Seen& seen);
   void ReadText(const KELib::Xml::XmlSlice& element, KELib::KEString& out);
@@ -88,6 +96,11 @@ class ListValue {
   Kind kind;
   ObjectTarget target;
   bool newPrivileges = false;
+  std::vector<KE::Stub::Zorbel_Privilege*> named;  // by the role at hand
+
+  // What a list of permissions grants, in the order of the identities' first items.
+  std::vector<std::pair<KE::Stub::Zorbel_Identity*, std::vector<KE::Stub::Zorbel_Role*>>> grants;
+  std::unordered_map<KE::Stub::Zorbel_Identity*, std::size_t> grantOf;
   KELib::KEStringBuffer joined;  // room for texts that comments or sections split
 };
 

@@ -131,7 +131,9 @@ void ObjectTarget::ApplyToMachine(const XmlSlice& property, const XmlSlice& valu
     KE::Instance::ConvertVMPowerState(stub.PowerState, stub.OperationalStatus);
   } else if (property.Is("runtime.host")) {
     ZORBEL_ORXComputerSystem* partner = systems.FindHost(value);
-    if (partner != nullptr) KE::Instance::LinkToHost(stub, *partner);
+    if (partner != nullptr) {
+      KE::Instance::LinkToHost(stub, *partner, KE::Instance::OldLink::moved);
+    }
   }
 }
 
@@ -151,7 +153,9 @@ void ObjectTarget::LinkMachine(const XmlSlice& id) {
   if (kind != ObjectKind::host) return;
   ZORBEL_ORXComputerSystem& stub = Host();
   ZORBEL_VMComputerSystem* partner = systems.FindMachine(id);
-  if (partner != nullptr) KE::Instance::LinkToHost(*partner, stub);
+  if (partner != nullptr) {
+    KE::Instance::LinkToHost(*partner, stub, KE::Instance::OldLink::replaced);
+  }
 }
 
 void ObjectTarget::ApplyToTask(const XmlSlice& property, const XmlSlice& value) {

@@ -43,8 +43,9 @@ KECPP_API void ConvertHostOverallStatus(KELib::KEString& status, unsigned short&
 KECPP_API void ChangeVMsHostRef(KE::Stub::ZORBEL_VMComputerSystem* vm, KELib::KEString& hostType,
                                 KELib::KEString& hostId, KETypeCache* cache);
 
-// The host was reported to run the machine `vmRef`: makes or moves the machine's link, likewise.
-// Constant time, however many machines the host has.
+// The host was reported to run the machine `vmRef`: makes the machine's link, likewise. A link to
+// another host is deleted, and a new one takes its place. Constant time, however many machines the
+// hosts have.
 KECPP_API void ChangeHostsVMRefs(KE::Stub::ZORBEL_ORXComputerSystem* host,
                                  KE::Stub::ManagedObjectReference* vmRef, KETypeCache* cache);
 

@@ -19,46 +19,50 @@ using KE::Stub::ZORBEL_ORXComputerSystem;
 using KE::Stub::ZORBEL_VMComputerSystem;
 using KELib::Stub::StubCast;
 
-ZORBEL_HostedDependency* LinkOf(ZORBEL_VMComputerSystem* vm) {
-  if (vm->HostedDependencies == nullptr || vm->HostedDependencies->Count() == 0) return nullptr;
-  return StubCast<ZORBEL_HostedDependency>(vm->HostedDependencies->Get(0));
+constexpr unsigned int ZORBEL_HostedDependency::*kPlace = &ZORBEL_HostedDependency::originIndex;
+
+// Throws when the machine's list exists but is empty.
+ZORBEL_HostedDependency* LinkOf(ZORBEL_VMComputerSystem& machine) {
+  const KE::Stub::AssocList& slots = machine.HostedDependencies;
+  if (slots == nullptr) return nullptr;
+  if (slots->Count() == 0) throw KELib::IndexOutOfBoundsException("IndexOutOfBoundsException");
+  return StubCast<ZORBEL_HostedDependency>(slots->Get(0));
 }
 
-// Links a machine to a host to which it is not linked yet; an older link moves over. Everything
-// that can fail comes before the first change.
-void Link(ZORBEL_VMComputerSystem* vm, ZORBEL_HostedDependency* link,
-          ZORBEL_ORXComputerSystem* host) {
-  if (vm->HostedDependencies != nullptr && vm->HostedDependencies->Count() == 0) {
-    throw KELib::IndexOutOfBoundsException("IndexOutOfBoundsException");
-  }
-  std::unique_ptr<ZORBEL_HostedDependency> made;
-  if (link == nullptr) {
-    made.reset(KE::Stub::CreateZORBEL_HostedDependency());
-    link = made.get();
-  }
-  if (vm->HostedDependencies == nullptr) {
-    auto slots = std::make_unique<KE::Stub::AssocVector>(2);  // a vector keeps one slot to spare
-    slots->Add(nullptr);
-    vm->HostedDependencies = std::move(slots);
-  }
-  ZORBEL_ORXComputerSystem* oldHost = link->Antecedent;
-  KE::Stub::AssocVector* oldList = oldHost != nullptr ? oldHost->HostedDependencies.get() : nullptr;
-  const unsigned int oldPlace = oldList != nullptr ? KE::Stub::PlaceInOrigin(*oldList, link) : 0;
-  KE::Stub::AppendToOrigin(host->HostedDependencies, link);
-  if (oldList != nullptr && oldPlace < oldList->Count()) oldList->RemoveAt(oldPlace);
-  link->Antecedent = host;
-  link->Dependent = vm;
-  KELib::Stub::KEAssocStubBase*& slot = vm->HostedDependencies->Get(0);
-  if (slot != link) delete slot;
-  slot = link;
-  made.release();
+void MakeSlot(KE::Stub::AssocList& slots) {
+  if (slots != nullptr) return;
+  auto made = std::make_unique<KE::Stub::AssocVector>(2);  // a vector keeps one slot to spare
+  made->Add(nullptr);
+  slots = std::move(made);
 }
 
 }  // namespace
 
-void LinkToHost(ZORBEL_VMComputerSystem& machine, ZORBEL_ORXComputerSystem& host) {
-  ZORBEL_HostedDependency* link = LinkOf(&machine);
-  if (link == nullptr || link->Antecedent != &host) Link(&machine, link, &host);
+// Everything that can fail comes before the first change.
+void LinkToHost(ZORBEL_VMComputerSystem& machine, ZORBEL_ORXComputerSystem& host, OldLink old) {
+  ZORBEL_HostedDependency* const before = LinkOf(machine);
+  if (before != nullptr && before->Antecedent == &host) return;
+  std::unique_ptr<ZORBEL_HostedDependency> made;
+  if (before == nullptr || old == OldLink::replaced) {
+    made.reset(KE::Stub::CreateZORBEL_HostedDependency());
+  }
+  ZORBEL_HostedDependency* const link = made != nullptr ? made.get() : before;
+  MakeSlot(machine.HostedDependencies);
+
+  ZORBEL_ORXComputerSystem* oldHost = before != nullptr ? before->Antecedent : nullptr;
+  KE::Stub::AssocVector* oldList = oldHost != nullptr ? oldHost->HostedDependencies.get() : nullptr;
+  unsigned int oldPlace =
+      0;  // found first: a link that moves gets its new place when it is appended
+  if (oldList != nullptr) oldPlace = KE::Stub::PlaceIn(*oldList, before, kPlace);
+  KE::Stub::Append(host.HostedDependencies, link, kPlace);
+  if (oldList != nullptr) KE::Stub::TakeOutAt(*oldList, oldPlace, kPlace);
+
+  link->Antecedent = &host;
+  link->Dependent = &machine;
+  KELib::Stub::KEAssocStubBase*& slot = machine.HostedDependencies->Get(0);
+  if (slot != link) delete slot;
+  slot = link;
+  made.release();
 }
 
 }  // namespace KE::Instance

@@ -11,12 +11,15 @@ class ZORBEL_VMComputerSystem;
 
 namespace KE::Instance {
 
-// Makes the machine's link to the host, or moves the one that it has. Constant time, however many
-// machines the host has. The caller holds the mutexes of both caches.
+// What becomes of a machine's link to another host.
+enum class OldLink { moved, replaced };
+
+// Links the machine to the host unless it is linked to it. Constant time, however many machines the
+// hosts have. The caller holds the mutexes of both caches.
 // Throws IndexOutOfBoundsException, before anything is changed, when the machine's list exists but
 // is empty.
 void LinkToHost(KE::Stub::ZORBEL_VMComputerSystem& machine,
-                KE::Stub::ZORBEL_ORXComputerSystem& host);
+                KE::Stub::ZORBEL_ORXComputerSystem& host, OldLink old);
 
 }  // namespace KE::Instance
 

@@ -44,10 +44,4 @@ bool Prepare(AssocList& list) {
   return true;
 }
 
-void EmptyMemberSlot(AssocList& list, KEAssocStubBase* link) {
-  if (list == nullptr) return;
-  const unsigned int position = list->Index(link);
-  if (position < list->Count()) list->Get(position) = nullptr;
-}
-
 }  // namespace KE::Stub

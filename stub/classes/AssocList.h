@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// The one mechanism for the lists in which stubs hold their links. A link stands in the list of
-// each of its two ends, the origin (a host, a role) and the member (a machine, a privilege, an
-// identity); this keeps the two in step.
+// The one mechanism for the lists in which stubs keep their links. A link is in the list of each of
+// its two ends, the origin (a host, a role) and the member (a machine, a privilege, an identity);
+// this keeps the two in step.
 //
-// Complexity: the origins' lists grow long, so a link remembers its place there (`originIndex`).
-//   Elements only ever move towards the front, so the search starts at that place and goes down;
-//   when it had to go far, the places are told anew. Filling a list, and dropping its members one
-//   by one in any order, are therefore linear.
+// Complexity: either list may grow long, so a link remembers its place in both (`originIndex`,
+//   `memberIndex`). Elements only ever move towards the front, so the search starts at that place
+//   and goes down; when it had to go far, all links of the list get their places again. Filling a
+//   list, dropping its links in any order and moving them to another list are therefore linear.
 // Thread safety: none of its own; the caller holds the mutexes of both ends' caches.
 #ifndef KECPP_STUB_CLASSES_ASSOCLIST_H
 #define KECPP_STUB_CLASSES_ASSOCLIST_H
@@ -23,7 +23,8 @@ namespace KE::Stub {
 using AssocVector = KELib::KEVector<KELib::Stub::KEAssocStubBase*>;
 using AssocList = std::unique_ptr<AssocVector>;  // null until the first link
 
-// Lists of at least this capacity are packed instead of grown once half of their slots are empty.
+// A list of at least this many slots counts as long. In it a link that is taken out leaves its
+// place to the last one, where a shorter list moves the later ones down and keeps their order.
 constexpr unsigned int kLongList = 1024;
 
 // The position of `link` in `list`, first looked for from `hint` downwards; the list's capacity
@@ -31,48 +32,66 @@ constexpr unsigned int kLongList = 1024;
 unsigned int PositionOf(AssocVector& list, KELib::Stub::KEAssocStubBase* link, unsigned int hint);
 
 // Makes the list when there is none. A long list that would grow although most of its slots are
-// empty is packed, so that months of coming and going members do not make it longer and longer.
+// empty is packed, so that months of coming and going partners do not make it longer and longer.
 // Returns whether elements have moved.
 bool Prepare(AssocList& list);
 
-// Empties the slot of a link in its member's list, which keeps its length.
-void EmptyMemberSlot(AssocList& list, KELib::Stub::KEAssocStubBase* link);
+// Below, `place` is the field in which links remember their place in that list.
 
-// Tells every link in an origin's list its place.
+// Gives every link in a list its place.
 template <typename Link>
-void TellPlaces(AssocVector& list) {
+void RenewPlaces(AssocVector& list, unsigned int Link::*place) {
   for (unsigned int i = 0; i < list.Count(); ++i) {
-    if (auto* link = KELib::Stub::StubCast<Link>(list[i])) link->originIndex = i;
+    if (auto* link = KELib::Stub::StubCast<Link>(list[i])) link->*place = i;
   }
 }
 
-// The position of a link in its origin's list; not below the list's count when it is absent.
+// The position of a link in a list; not below the list's count when it is absent.
 template <typename Link>
-unsigned int PlaceInOrigin(AssocVector& list, Link* link) {
+unsigned int PlaceIn(AssocVector& list, Link* link, unsigned int Link::*place) {
   constexpr unsigned int kFar = 256;
-  const unsigned int position = PositionOf(list, link, link->originIndex);
-  if (position < list.Count() && link->originIndex - position > kFar) TellPlaces<Link>(list);
+  const unsigned int position = PositionOf(list, link, link->*place);
+  if (position < list.Count() && link->*place - position > kFar) RenewPlaces(list, place);
   return position;
 }
 
-// Appends a link to its origin's list. When it throws (std::bad_alloc) the link is not in it.
+// Appends a link. When it throws (std::bad_alloc) the link is not in the list.
 template <typename Link>
-void AppendToOrigin(AssocList& list, Link* link) {
-  if (Prepare(list)) TellPlaces<Link>(*list);
+void Append(AssocList& list, Link* link, unsigned int Link::*place) {
+  if (Prepare(list)) RenewPlaces(*list, place);
   list->Add(link);
-  link->originIndex = list->Count() - 1;
+  link->*place = list->Count() - 1;
 }
 
-// Empties the slot of a link in its origin's list, which keeps its length.
+// Takes the link at `position` out of a list; beyond the last one nothing happens. Ends the list's
+// iterators. Throws nothing.
 template <typename Link>
-void EmptyOriginSlot(AssocList& list, Link* link) {
+void TakeOutAt(AssocVector& list, unsigned int position, unsigned int Link::*place) {
+  if (position >= list.Count()) return;
+  const unsigned int last = list.Count() - 1;
+  if (list.Count() >= kLongList && position != last) {
+    list[position] = list[last];
+    if (auto* moved = KELib::Stub::StubCast<Link>(list[last])) moved->*place = position;
+    position = last;
+  }
+  list.RemoveAt(position);
+}
+
+template <typename Link>
+void TakeOut(AssocList& list, Link* link, unsigned int Link::*place) {
+  if (list != nullptr) TakeOutAt(*list, PlaceIn(*list, link, place), place);
+}
+
+// Empties the slot of a link in a list, which keeps its length.
+template <typename Link>
+void EmptySlot(AssocList& list, Link* link, unsigned int Link::*place) {
   if (list == nullptr) return;
-  const unsigned int position = PlaceInOrigin(*list, link);
+  const unsigned int position = PlaceIn(*list, link, place);
   if (position < list->Count()) list->Get(position) = nullptr;
 }
 
-// Deletes every link in the list of an end that dies, and the list. `emptyPartnerSlot` is told each
-// link first.
+// Deletes every link in the list of an end that dies, and the list. `emptyPartnerSlot` is called
+// with each link first.
 template <typename Link, typename EmptyPartnerSlot>
 void DropLinks(AssocList& own, EmptyPartnerSlot emptyPartnerSlot) {
   if (own == nullptr) return;
@@ -91,7 +110,9 @@ void DropLinks(AssocList& own, EmptyPartnerSlot emptyPartnerSlot) {
 template <typename Link, typename Member>
 void DropMembers(AssocList& own, Member* Link::*member, AssocList Member::*memberList) {
   DropLinks<Link>(own, [&](Link* link) {
-    if (link->*member != nullptr) EmptyMemberSlot(link->*member->*memberList, link);
+    if (link->*member != nullptr) {
+      EmptySlot(link->*member->*memberList, link, &Link::memberIndex);
+    }
   });
 }
 
@@ -99,7 +120,9 @@ void DropMembers(AssocList& own, Member* Link::*member, AssocList Member::*membe
 template <typename Link, typename Origin>
 void DropMemberships(AssocList& own, Origin* Link::*origin, AssocList Origin::*originList) {
   DropLinks<Link>(own, [&](Link* link) {
-    if (link->*origin != nullptr) EmptyOriginSlot(link->*origin->*originList, link);
+    if (link->*origin != nullptr) {
+      EmptySlot(link->*origin->*originList, link, &Link::originIndex);
+    }
   });
 }
 

@@ -2,7 +2,7 @@
 #include "stub/classes/RoleLinks.h"
 
 #include <memory>
-#include <vector>
+#include <unordered_set>
 
 #include "stub/classes/AssocList.h"
 #include "stub/classes/Zorbel_Identity.h"
@@ -14,96 +14,149 @@ namespace KE::Stub {
 
 namespace {
 
-// Either list may be long: a role that everybody holds, a privilege that every role has.
-template <typename Link, typename Member>
-bool IsLinked(const Zorbel_Role& role, const AssocList& roleList, const Member& member) {
-  const AssocList& memberList = member.MemberOfCollections;
-  if (roleList == nullptr || memberList == nullptr) return false;
-  const AssocVector& shorter = roleList->Count() < memberList->Count() ? *roleList : *memberList;
-  for (unsigned int i = 0; i < shorter.Count(); ++i) {
-    const auto* link = dynamic_cast<const Link*>(shorter.Get(i));
-    if (link != nullptr && link->Collection == &role && link->Member == &member) return true;
-  }
-  return false;
+using KELib::Stub::StubCast;
+
+// One kind of link, seen from one of its ends: the end's list of them, the field of a link that
+// names the end, and the field with the link's place in that list. Then the same of the other end.
+template <typename L, typename E, typename O>
+struct Side {
+  using Link = L;
+  using End = E;
+  using Other = O;
+
+  AssocList End::*list;
+  End* Link::*end;
+  unsigned int Link::*place;
+  AssocList Other::*otherList;
+  Other* Link::*other;
+  unsigned int Link::*otherPlace;
+};
+
+using PrivilegeLink = Zorbel_PrivilegeMemberOfCollection;
+using IdentityLink = Zorbel_IdentityMemberOfCollection;
+
+constexpr Side<PrivilegeLink, Zorbel_Role, Zorbel_Privilege> kPrivilegesOfRole{
+    &Zorbel_Role::PrivilegeMembers, &PrivilegeLink::Collection,
+    &PrivilegeLink::originIndex,    &Zorbel_Privilege::MemberOfCollections,
+    &PrivilegeLink::Member,         &PrivilegeLink::memberIndex};
+
+constexpr Side<IdentityLink, Zorbel_Identity, Zorbel_Role> kRolesOfIdentity{
+    &Zorbel_Identity::MemberOfCollections, &IdentityLink::Member,     &IdentityLink::memberIndex,
+    &Zorbel_Role::IdentityMembers,         &IdentityLink::Collection, &IdentityLink::originIndex};
+
+template <typename S>
+using Others = std::vector<typename S::Other*>;
+template <typename S>
+using OtherSet = std::unordered_set<typename S::Other*>;
+
+inline unsigned int SlotsOf(const AssocList& list) {
+  return list != nullptr ? list->Count() : 0;
 }
 
-template <typename Link>
-void TakeOutOfMember(AssocList& memberList, Link* link) {
-  if (memberList == nullptr) return;
-  const unsigned int position = PositionOf(*memberList, link, memberList->Count());
-  if (position < memberList->Count()) memberList->RemoveAt(position);
-}
-
-// Moving everything down for each member of a long list would be quadratic over all of them: there
-// the slot is left empty, and filled by packing when the list would grow.
-template <typename Link>
-void TakeOutOfRole(AssocList& roleList, Link* link) {
-  if (roleList == nullptr) return;
-  if (roleList->Capacity() >= kLongList) {
-    EmptyOriginSlot(roleList, link);
-    return;
-  }
-  const unsigned int position = PlaceInOrigin(*roleList, link);
-  if (position < roleList->Count()) roleList->RemoveAt(position);
-}
-
-template <typename Link, typename Member>
-void LinkInto(Zorbel_Role& role, AssocList& roleList, Member& member) {
-  if (IsLinked<Link>(role, roleList, member)) return;
-  auto link = std::make_unique<Link>();
-  link->Collection = &role;
-  link->Member = &member;
-  Prepare(member.MemberOfCollections);
-  member.MemberOfCollections->Add(link.get());
+template <typename S>
+void Connect(const S& side, typename S::End& end, typename S::Other& other) {
+  auto link = std::make_unique<typename S::Link>();
+  (*link).*side.end = &end;
+  (*link).*side.other = &other;
+  Append(other.*side.otherList, link.get(), side.otherPlace);
   try {
-    AppendToOrigin(roleList, link.get());
+    Append(end.*side.list, link.get(), side.place);
   } catch (...) {
-    TakeOutOfMember(member.MemberOfCollections, link.get());
+    TakeOut(other.*side.otherList, link.get(), side.otherPlace);
     throw;
   }
   link.release();
 }
 
-template <typename Link>
-void Unlink(Link* link, AssocList& roleList) {
-  TakeOutOfRole(roleList, link);
-  TakeOutOfMember(link->Member->MemberOfCollections, link);
+template <typename S>
+void Disconnect(const S& side, typename S::End& end, typename S::Link* link) {
+  TakeOut(end.*side.list, link, side.place);
+  if (link->*side.other != nullptr) {
+    TakeOut((link->*side.other)->*side.otherList, link, side.otherPlace);
+  }
   delete link;
 }
 
-template <typename Link>
-std::vector<Link*> LinksIn(AssocList& list) {
-  std::vector<Link*> links;
-  if (list == nullptr) return links;
-  for (unsigned int i = 0; i < list->Count(); ++i) {
-    if (auto* link = dynamic_cast<Link*>(list->Get(i))) links.push_back(link);
+// Whether the end is linked to exactly these, in this order.
+template <typename S>
+bool HasExactly(const S& side, typename S::End& end, const Others<S>& wanted) {
+  const AssocList& list = end.*side.list;
+  std::size_t same = 0;
+  for (unsigned int i = 0; i < SlotsOf(list); ++i) {
+    const auto* link = StubCast<typename S::Link>(list->Get(i));
+    if (link == nullptr) continue;
+    if (same == wanted.size() || wanted[same] != link->*side.other) return false;
+    ++same;
   }
-  return links;
+  return same == wanted.size();
+}
+
+// Deletes the end's links to all but these; returns to whom it is linked still.
+template <typename S>
+OtherSet<S> DropOthers(const S& side, typename S::End& end, const Others<S>& wanted) {
+  OtherSet<S> kept;
+  std::vector<typename S::Link*> links;
+  const AssocList& list = end.*side.list;
+  for (unsigned int i = 0; i < SlotsOf(list); ++i) {
+    if (auto* link = StubCast<typename S::Link>(list->Get(i))) links.push_back(link);
+  }
+  if (links.empty()) return kept;
+  const OtherSet<S> named(wanted.begin(), wanted.end());
+  // From the back: what is taken out then moves the fewest others.
+  for (auto link = links.rbegin(); link != links.rend(); ++link) {
+    if (named.count((*link)->*side.other) > 0) {
+      kept.insert((*link)->*side.other);
+    } else {
+      Disconnect(side, end, *link);
+    }
+  }
+  return kept;
+}
+
+// Whether the link that `other` got last is one to this end.
+template <typename S>
+bool IsNewestLink(const S& side, typename S::End& end, typename S::Other& other) {
+  const AssocList& list = other.*side.otherList;
+  if (SlotsOf(list) == 0) return false;
+  const auto* link = StubCast<typename S::Link>(list->Get(list->Count() - 1));
+  return link != nullptr && link->*side.end == &end;
+}
+
+template <typename S>
+void SetLinks(const S& side, typename S::End& end, const Others<S>& wanted) {
+  if (HasExactly(side, end, wanted)) return;
+  const OtherSet<S> kept = DropOthers(side, end, wanted);
+  for (typename S::Other* other : wanted) {
+    // One that is named twice was linked a moment ago: nothing else makes links meanwhile.
+    if (kept.count(other) == 0 && !IsNewestLink(side, end, *other)) Connect(side, end, *other);
+  }
+}
+
+// Either list may be long: a role that everybody holds, an identity that holds every role.
+template <typename S>
+bool IsLinked(const S& side, typename S::End& end, typename S::Other& other) {
+  const AssocList& own = end.*side.list;
+  const AssocList& others = other.*side.otherList;
+  const AssocList& shorter = SlotsOf(own) < SlotsOf(others) ? own : others;
+  for (unsigned int i = 0; i < SlotsOf(shorter); ++i) {
+    const auto* link = StubCast<typename S::Link>(shorter->Get(i));
+    if (link != nullptr && link->*side.end == &end && link->*side.other == &other) return true;
+  }
+  return false;
 }
 
 }  // namespace
 
-void LinkMember(Zorbel_Role& role, Zorbel_Privilege& member) {
-  LinkInto<Zorbel_PrivilegeMemberOfCollection>(role, role.PrivilegeMembers, member);
+void SetPrivileges(Zorbel_Role& role, const std::vector<Zorbel_Privilege*>& wanted) {
+  SetLinks(kPrivilegesOfRole, role, wanted);
+}
+
+void SetRoles(Zorbel_Identity& identity, const std::vector<Zorbel_Role*>& wanted) {
+  SetLinks(kRolesOfIdentity, identity, wanted);
 }
 
 void LinkMember(Zorbel_Role& role, Zorbel_Identity& member) {
-  LinkInto<Zorbel_IdentityMemberOfCollection>(role, role.IdentityMembers, member);
-}
-
-void UnlinkPrivileges(Zorbel_Role& role, PrivilegeFilter& filter) {
-  // From the back: what is taken out then moves the fewest others.
-  auto links = LinksIn<Zorbel_PrivilegeMemberOfCollection>(role.PrivilegeMembers);
-  for (auto link = links.rbegin(); link != links.rend(); ++link) {
-    if (!filter.Keep(*(*link)->Member)) Unlink(*link, role.PrivilegeMembers);
-  }
-}
-
-void UnlinkAll(Zorbel_Identity& identity) {
-  auto links = LinksIn<Zorbel_IdentityMemberOfCollection>(identity.MemberOfCollections);
-  for (auto link = links.rbegin(); link != links.rend(); ++link) {
-    Unlink(*link, (*link)->Collection->IdentityMembers);
-  }
+  if (!IsLinked(kRolesOfIdentity, member, role)) Connect(kRolesOfIdentity, member, role);
 }
 
 }  // namespace KE::Stub

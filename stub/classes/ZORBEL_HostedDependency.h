@@ -35,6 +35,7 @@ class KECPP_API ZORBEL_HostedDependency : public KELib::Stub::KEAssocStubBase {
   ZORBEL_ORXComputerSystem* Antecedent = nullptr;  // not owned
   ZORBEL_VMComputerSystem* Dependent = nullptr;    // not owned
   unsigned int originIndex = 0;  // the highest place that it can have in the host's list
+  unsigned int memberIndex = 0;  // and in the machine's
 };
 
 // A new link without ends; the caller owns it until it is listed.

@@ -38,6 +38,7 @@ class KECPP_API Zorbel_PrivilegeMemberOfCollection : public KELib::Stub::KEAssoc
   Zorbel_Role* Collection = nullptr;   // not owned
   Zorbel_Privilege* Member = nullptr;  // not owned
   unsigned int originIndex = 0;        // the highest place that it can have in the role's list
+  unsigned int memberIndex = 0;        // and in the privilege's
 };
 
 // A role's link to an identity that holds it.
@@ -62,6 +63,7 @@ class KECPP_API Zorbel_IdentityMemberOfCollection : public KELib::Stub::KEAssocS
   Zorbel_Role* Collection = nullptr;  // not owned
   Zorbel_Identity* Member = nullptr;  // not owned
   unsigned int originIndex = 0;       // the highest place that it can have in the role's list
+  unsigned int memberIndex = 0;       // and in the identity's
 };
 
 // New links without ends; the caller owns them until they are listed.

@@ -77,6 +77,22 @@ TEST_F(Links, AnEmptySlotListIsAnErrorThatChangesNothing) {
   EXPECT_EQ(nullptr, host->HostedDependencies);
 }
 
+TEST_F(Links, MoveWhenTheMachineReportsAndAreReplacedWhenTheHostDoes) {
+  Host* hosts[] = {AddHost("h1"), AddHost("h2")};
+  Machine* machines[] = {AddMachine("vm1"), AddMachine("vm2"), AddMachine("vm3")};
+  for (Machine* machine : machines) MachineReports(machine, "h1");
+  const auto linkOf = [](Machine* machine) { return machine->HostedDependencies->Get(0); };
+  KELib::Stub::KEAssocStubBase* const before = linkOf(machines[0]);
+  MachineReports(machines[0], "h2");
+  EXPECT_EQ(before, linkOf(machines[0]));
+  HostReports(hosts[0], machines[0]);
+  EXPECT_NE(before, linkOf(machines[0]));
+  EXPECT_EQ(0u, hosts[1]->HostedDependencies->Count());
+  for (int place = 0; place < 3; ++place) {  // the others moved down, in their order
+    EXPECT_EQ(linkOf(machines[(place + 1) % 3]), hosts[0]->HostedDependencies->Get(place));
+  }
+}
+
 // Quadratic work on so many links would run into the test's time limit.
 TEST_F(Links, OfManyMachinesAreFilledRefilledMovedAndDropped) {
   constexpr unsigned int kMany = 100000;
@@ -88,9 +104,12 @@ TEST_F(Links, OfManyMachinesAreFilledRefilledMovedAndDropped) {
     for (Machine* machine : all) HostReports(host, machine);
   }
   EXPECT_EQ(kMany, host->HostedDependencies->Count());
-  for (unsigned int i = 0; i < kMany; i += 20) MachineReports(all[i], "h2");
-  EXPECT_EQ(kMany - kMany / 20, host->HostedDependencies->Count());
-  EXPECT_EQ(kMany / 20, other->HostedDependencies->Count());
+  for (unsigned int i = 0; i < kMany; ++i) {
+    i % 20 == 0 ? HostReports(other, all[i]) : MachineReports(all[i], "h2");
+  }
+  EXPECT_EQ(0u, host->HostedDependencies->Count());
+  EXPECT_EQ(kMany, other->HostedDependencies->Count());
+  for (unsigned int i = 0; i < kMany; i += 20) MachineReports(all[i], "h1");
   KEString type(KE::Stub::ZORBEL_VMComputerSystemClass);
   types.DeleteDataCache(type);
   EXPECT_EQ(nullptr, host->HostedDependencies->Get(0));

@@ -66,7 +66,7 @@ TEST(TypeCache, DeletingWaitsForReadersOfLinkedCaches) {
   auto* privilege = KE::Stub::CreateZorbel_Privilege();
   roles.SetVal(key, role);
   privileges.SetVal(key, privilege);
-  KE::Stub::LinkMember(*role, *privilege);
+  KE::Stub::SetPrivileges(*role, {privilege});
   RunAgainstHolder(
       *privileges.GetMutex(), [&] { types.DeleteDataCache(roleType); },
       [&] {

@@ -2,6 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <random>
+#include <set>
+#include <string>
 #include <vector>
 
 #include "stub/classes/AssocList.h"
@@ -26,9 +29,10 @@ void Join(Host& host, Machine& machine, int& alive) {
   auto* link = new Counted<ZORBEL_HostedDependency>(alive);
   link->Antecedent = &host;
   link->Dependent = &machine;
-  AppendToOrigin<ZORBEL_HostedDependency>(host.HostedDependencies, link);
-  Prepare(machine.HostedDependencies);
-  machine.HostedDependencies->Add(link);
+  Append<ZORBEL_HostedDependency>(host.HostedDependencies, link,
+                                  &ZORBEL_HostedDependency::originIndex);
+  Append<ZORBEL_HostedDependency>(machine.HostedDependencies, link,
+                                  &ZORBEL_HostedDependency::memberIndex);
 }
 
 // Its slots, or those of them that hold a link.
@@ -92,11 +96,10 @@ TEST(Associations, AreListedByClassExceptOfRoleMembers) {
   Zorbel_Role role;
   Zorbel_Privilege privilege;
   Zorbel_Identity identity;
-  LinkMember(role, privilege);
-  LinkMember(role, privilege);
+  SetPrivileges(role, {&privilege, &privilege});
   EXPECT_EQ(1u, SlotsOf(role, Zorbel_PrivilegeMemberOfCollectionClass));
   EXPECT_EQ(0u, SlotsOf(role, Zorbel_IdentityMemberOfCollectionClass));
-  LinkMember(role, identity);
+  for (int i = 0; i < 2; ++i) LinkMember(role, identity);
   EXPECT_EQ(1u, SlotsOf(role, Zorbel_IdentityMemberOfCollectionClass));
   EXPECT_EQ(1u, SlotsOf(privilege, ZORBEL_HostedDependencyClass));
   EXPECT_EQ(1u, SlotsOf(identity, ""));
@@ -125,8 +128,8 @@ TEST(Associations, DieOnceWithWhicheverEndGoesFirst) {
     ends[0].reset(role);
     ends[1].reset(privilege);
     ends[2].reset(identity);
-    LinkMember(*role, *privilege);
-    LinkMember(*role, *identity);
+    SetPrivileges(*role, {privilege});
+    SetRoles(*identity, {role});
     ends[(last + 1) % 3].reset();
     ends[(last + 2) % 3].reset();
     EXPECT_EQ(1u, SlotsOf(*ends[last], Zorbel_IdentityMemberOfCollectionClass));
@@ -171,16 +174,88 @@ TEST(LongLists, StayBoundedWhileMembersComeAndGo) {
   EXPECT_EQ(2000, alive);
   EXPECT_EQ(2000u, SlotsOf(host, ZORBEL_HostedDependencyClass, true));
   EXPECT_LE(host.HostedDependencies->Capacity(), 8192u);
+}
 
-  Zorbel_Role role;
-  std::vector<Zorbel_Identity> identities(kMany);
-  for (unsigned int i = 0; i < 3 * kMany; ++i) {
-    UnlinkAll(identities[i % kMany]);
-    LinkMember(role, identities[i % kMany]);
+// The privileges of each role, and those of its links to them that are listed at the other end.
+class RolesAndPrivileges {
+ public:
+  static constexpr int kEach = 1500;  // so that a list of either kind gets long
+
+  RolesAndPrivileges() : roles(kEach), privileges(kEach), expected(kEach) {
+    for (int i = 0; i < kEach; ++i) {
+      RenewRole(i);
+      RenewPrivilege(i);
+    }
   }
-  EXPECT_EQ(kMany, SlotsOf(role, Zorbel_IdentityMemberOfCollectionClass, true));
-  EXPECT_LE(role.IdentityMembers->Capacity(), 4 * kMany);
-  EXPECT_EQ(1u, identities[0].MemberOfCollections->Count());
+
+  void RenewRole(int number) {
+    roles[number] = std::make_unique<Zorbel_Role>();
+    roles[number]->Name = std::to_string(number).c_str();
+    expected[number].clear();
+  }
+  void RenewPrivilege(int number) {
+    privileges[number] = std::make_unique<Zorbel_Privilege>();
+    privileges[number]->InstanceID = std::to_string(number).c_str();
+    for (auto& ofRole : expected) ofRole.erase(number);
+  }
+  void Set(int role, const std::vector<int>& numbers) {
+    std::vector<Zorbel_Privilege*> wanted;
+    for (const int number : numbers) wanted.push_back(privileges[number].get());
+    SetPrivileges(*roles[role], wanted);
+    expected[role] = {numbers.begin(), numbers.end()};
+  }
+
+  void Check() {
+    std::vector<std::multiset<int>> fromRoles(kEach), fromPrivileges(kEach), wanted(kEach);
+    for (int i = 0; i < kEach; ++i) {
+      Collect(roles[i]->PrivilegeMembers, &Link::originIndex, fromRoles);
+      Collect(privileges[i]->MemberOfCollections, &Link::memberIndex, fromPrivileges);
+      wanted[i] = {expected[i].begin(), expected[i].end()};
+    }
+    EXPECT_EQ(wanted, fromRoles);
+    EXPECT_EQ(wanted, fromPrivileges);
+  }
+
+ private:
+  using Link = Zorbel_PrivilegeMemberOfCollection;
+
+  static void Collect(const AssocList& list, unsigned int Link::*place,
+                      std::vector<std::multiset<int>>& ofRoles) {
+    for (unsigned int i = 0; list != nullptr && i < list->Count(); ++i) {
+      const auto* link = dynamic_cast<Link*>(list->Get(i));
+      if (link == nullptr) continue;
+      EXPECT_LT(link->*place - i, kLongList) << "a search for the link would be long";
+      const int role = std::stoi(link->Collection->Name.Cstr());
+      ofRoles[role].insert(std::stoi(link->Member->InstanceID.Cstr()));
+    }
+  }
+
+  std::vector<std::unique_ptr<Zorbel_Role>> roles;
+  std::vector<std::unique_ptr<Zorbel_Privilege>> privileges;
+  std::vector<std::set<int>> expected;
+};
+
+TEST(LongLists, AgreeOnBothSidesWhateverComesAndGoes) {
+  RolesAndPrivileges model;
+  std::mt19937 random(7);
+  const auto any = [&random] { return static_cast<int>(random() % RolesAndPrivileges::kEach); };
+  for (int step = 0; step < 6000; ++step) {
+    const unsigned int kind = random() % 20;
+    if (kind == 0) {
+      model.RenewRole(any());
+    } else if (kind == 1) {
+      model.RenewPrivilege(any());
+    } else {
+      std::vector<int> numbers{any()};
+      if (kind < 18) numbers.push_back(0);  // a privilege that nearly all roles share
+      const int more = step % 500 == 9 ? 2000 : 5;
+      for (int i = 0; i < more; ++i) numbers.push_back(any());
+      const int role = step % 5 == 0 ? 0 : any();
+      model.Set(role, numbers);
+      if (step % 3 == 0) model.Set(role, numbers);
+    }
+    if (step % 1000 == 999) model.Check();
+  }
 }
 
 }  // namespace
