@@ -9,6 +9,12 @@ if(NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE RelWithDebInfo)
 endif()
 
+# CMake does not recognise the compiler's own folder of headers when there is a space in its path,
+# and would name it once more, before those of C++.
+if(KECPP_I386_SYSROOT)
+  list(APPEND CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES ${KECPP_I386_SYSROOT}/usr/include)
+endif()
+
 find_package(Threads REQUIRED)
 
 # Also on 32-bit hosts the clock and the file sizes are 64 bits wide; _GNU_SOURCE brings memmem.

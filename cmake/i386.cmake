@@ -31,7 +31,6 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set(_lib ${KECPP_I386_SYSROOT}/usr/lib)
-set(ENV{PKG_CONFIG_SYSROOT_DIR} ${KECPP_I386_SYSROOT})
 set(ENV{PKG_CONFIG_LIBDIR} ${_lib}/i386-linux-gnu/pkgconfig:${KECPP_I386_SYSROOT}/usr/share/pkgconfig)
 
 # The compiler's own folder lacks the 32-bit halves; they stand in the package's.
