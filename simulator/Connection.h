@@ -2,7 +2,7 @@
 //
 // A client's connection, with or without TLS, as the HTTP library reads and writes it. Unlike the
 // library's own it can be ended in any state, by any thread, and keeps the head of the request as
-// it came, since the library drops headers without a value.
+// it came, since the library may drop headers without a value.
 //
 // Thread safety: End and Reset: any thread. Everything else: the thread that serves it.
 #ifndef KECPP_SIMULATOR_CONNECTION_H

@@ -27,9 +27,11 @@ void CheckHeader(const httplib::Request& request, const char* name, const std::s
   if (value != wanted) Refuse(std::string("The header ") + name + " is " + value);
 }
 
-// The HTTP library drops headers without a value, so this one is looked for in the request's head.
+// The HTTP library may drop headers without a value, so this one is looked for in the request's
+// head.
 void CheckEmptyAction(const httplib::Request& request, std::string head) {
-  if (request.has_header("SOAPAction")) Refuse("The header SOAPAction is not empty.");
+  const bool isEmpty = request.get_header_value("SOAPAction").empty();
+  if (!isEmpty) Refuse("The header SOAPAction is not empty.");
   std::transform(head.begin(), head.end(), head.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
   const std::size_t at = head.find("\r\nsoapaction:");
