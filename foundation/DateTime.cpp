@@ -194,10 +194,15 @@ long long DateTime::GetUtcTime() const {
   return seconds * kMicrosPerSecond + millisecond * 1000LL + microsecond;
 }
 
+// The quotients are floors, also in front of the year 0.
 int DateTime::DayOfWeek(int year, int month, int day) {
+  const auto floor = [](long long value, long long by) {
+    return value / by - (value % by < 0 ? 1 : 0);
+  };
   const long long m = month, y = year;
   const long long z = month < 3 ? y - 1 : y;
-  const long long sum = 23 * m / 9 + day + 4 + y + z / 4 - z / 100 + z / 400 - (month < 3 ? 0 : 2);
+  const long long sum = floor(23 * m, 9) + day + 4 + y + floor(z, 4) - floor(z, 100) +
+                        floor(z, 400) - (month < 3 ? 0 : 2);
   return static_cast<int>((sum % 7 + 7) % 7);
 }
 
