@@ -12,7 +12,7 @@
 #define KECPP_CONFIG_KECONFIG_H
 
 #include "foundation/KEExport.h"
-#include "foundation/KEString.h"
+#include "foundation/KEStringBuffer.h"
 
 namespace KELib {
 
@@ -40,6 +40,12 @@ class KECPP_API KEConfig {
   // or the name is null or empty.
   virtual bool GetConfigValue(const char* key, KEString& value) = 0;
   virtual bool GetConfigValue(KEString& key, KEString& value) = 0;
+  bool GetConfigValue(const char* key, KEStringBuffer& value) {
+    return GetConfigValue(key, KEStringEdit(value).Text());
+  }
+  bool GetConfigValue(KEString& key, KEStringBuffer& value) {
+    return GetConfigValue(key, KEStringEdit(value).Text());
+  }
 
   // Not provided: the first always throws, the others when both texts are not empty.
   virtual void SetParentConfigKey(const char* name) = 0;

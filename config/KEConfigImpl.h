@@ -24,6 +24,7 @@ class KECPP_API KEConfigImpl : public KEConfig {
   bool FindParentConfigKey(const char* name) override;
   bool FindParentConfigKey(KEString& name) override;
   bool GetConfigPair(KEString& key, KEString value) override;
+  using KEConfig::GetConfigValue;
   bool GetConfigValue(const char* key, KEString& value) override;
   bool GetConfigValue(KEString& key, KEString& value) override;
   void SetParentConfigKey(const char* name) override;

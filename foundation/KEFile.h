@@ -14,7 +14,7 @@
 
 #include "foundation/KEExport.h"
 #include "foundation/KEMutex.h"
-#include "foundation/KEString.h"
+#include "foundation/KEStringBuffer.h"
 #include "foundation/KEThreadAnnotations.h"
 
 namespace KELib {
@@ -40,6 +40,7 @@ class KECPP_API KEFile {
   // (`out` is empty, or ends with what was read before), and for a file above 64 MiB, which is no
   // small text file: a device, for example, never ends.
   virtual bool Read(KEString& out) = 0;
+  bool Read(KEStringBuffer& out) { return Read(KEStringEdit(out).Text()); }
 
   // Replaces the file's content by `text`. True when every character reached the system. False for
   // an object that reads, whose file is not touched.
@@ -56,6 +57,7 @@ class KECPP_API KEFileImpl : public KEFile {
   ~KEFileImpl() override;
 
   bool Exists() override;
+  using KEFile::Read;
   bool Read(KEString& out) override;
   bool Write(KEString& text) override;
 

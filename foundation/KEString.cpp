@@ -218,11 +218,9 @@ void KEString::Erase(unsigned int from, unsigned int to) {
   const unsigned int length = Length();
   if (to > length) to = length;
   if (from >= to) return;
-  if (from == 0 && to == length) {
-    std::memset(buffer, 0, length);
-    return;
-  }
-  std::memmove(buffer + from, buffer + to, length - to + std::size_t{1});
+  std::memmove(buffer + from, buffer + to, length - to);
+  // A KEStringBuffer sees by the zeros that its text became shorter.
+  std::memset(buffer + from + (length - to), 0, to - from);
 }
 
 void KEString::Attach(char* text) {

@@ -6,20 +6,23 @@
 #include <cstring>
 #include <new>
 
+#include "foundation/BlockSize.h"
 #include "foundation/KEConstants.h"
 
 namespace KELib {
 
 namespace {
 
-// The size of the block behind a capacity: above 1 KiB a step is a quarter of the power of two, so
-// that most growths of the capacity need no new block.
-std::uint64_t BlockFor(std::uint64_t capacity) {
+constexpr std::uint32_t kLongest = INT32_MAX;
+
+// The characters that the block behind a capacity holds: above 1 KiB a step is a quarter of the
+// power of two, so that most growths of the capacity need no new block.
+std::uint32_t BlockFor(std::uint32_t capacity) {
   if (capacity <= 1024) return capacity;
-  std::uint64_t power = 1024;
-  while (power * 2 <= capacity) power *= 2;
-  const std::uint64_t step = power / 4;
-  return (capacity + step - 1) / step * step;
+  const int power = 31 - __builtin_clz(capacity);
+  const std::uint32_t last = (1U << (power - 2)) - 1;
+  const std::uint32_t block = (capacity + last) & ~last;
+  return block < kLongest ? block : kLongest;
 }
 
 }  // namespace
@@ -53,8 +56,26 @@ KEStringBuffer& KEStringBuffer::operator=(const char* text) {
   return *this;
 }
 
+// Whether the fields describe the block. It may be another one, or hold another text, after an
+// operation of the base class. No byte is read before the block is known to have it.
+bool KEStringBuffer::FieldsHold() const {
+  if ((length == 0) != (buffer[0] == '\0')) return false;
+  if (IsShared()) return capacity == 0;
+  const std::size_t size = BlockSize(buffer);
+  if (size == 0) return true;
+  return size > BlockFor(capacity) && MayEndAt(buffer, size, length);
+}
+
 void KEStringBuffer::Heal() {
-  if (IsShared()) length = capacity = 0;
+  if (!FieldsHold()) MeasureText();
+}
+
+unsigned int KEStringBuffer::Length() const {
+  return FieldsHold() ? length : KEString::Length();
+}
+
+unsigned int KEStringBuffer::Capacity() const {
+  return FieldsHold() ? capacity : 0;
 }
 
 // The block is exactly as long as its text: no capacity, so that the next growth takes a new one.
@@ -67,18 +88,17 @@ unsigned int KEStringBuffer::Resize(unsigned int needed) {
   Heal();
   if (static_cast<std::uint64_t>(length) + needed <= capacity && capacity > 0) return capacity;
   const unsigned int growth = needed > BUFFER_GROW_SIZE ? needed : BUFFER_GROW_SIZE;
-  const std::uint64_t wanted = static_cast<std::uint64_t>(length) + growth;
-  if (wanted > static_cast<std::uint64_t>(INT32_MAX)) throw std::bad_alloc();
-  const std::uint64_t block = BlockFor(wanted);
+  const std::uint64_t sum = static_cast<std::uint64_t>(length) + growth;
+  if (sum > kLongest) throw std::bad_alloc();
+  const std::uint32_t wanted = static_cast<std::uint32_t>(sum), block = BlockFor(wanted);
   if (capacity == 0 || block > BlockFor(capacity)) {
-    const std::uint64_t limit = static_cast<std::uint64_t>(INT32_MAX);
-    char* roomier = NewText(static_cast<std::size_t>(block < limit ? block : limit));
+    char* roomier = NewText(block);
     std::memcpy(roomier, buffer, length);
     if (!IsShared()) delete[] buffer;
     buffer = roomier;
   }
   std::memset(buffer + length, 0, std::size_t{growth} + 1);
-  capacity = static_cast<unsigned int>(wanted);
+  capacity = wanted;
   return capacity;
 }
 
@@ -87,10 +107,11 @@ unsigned int KEStringBuffer::Resize(unsigned int needed) {
 void KEStringBuffer::Append(const char* text, unsigned int limit) {
   if (text == nullptr) return;
   const std::size_t added = limit == 0 ? std::strlen(text) : strnlen(text, limit);
-  if (added > static_cast<std::size_t>(INT32_MAX)) throw std::bad_alloc();
+  if (added > kLongest) throw std::bad_alloc();
   if (added == 0) return;
+  Heal();
   // A piece of this very text moves when the buffer grows.
-  const bool own = text >= buffer && text < buffer + Length();
+  const bool own = text >= buffer && text < buffer + length;
   const std::size_t offset = own ? static_cast<std::size_t>(text - buffer) : 0;
   Resize(static_cast<unsigned int>(added));
   std::memmove(buffer + length, own ? buffer + offset : text, added);
@@ -199,6 +220,7 @@ void KEStringBuffer::Detach(char*& out) {
 }
 
 void KEStringBuffer::Erase(unsigned int from, unsigned int to) {
+  Heal();
   KEString::Erase(from, to);
   length = KEString::Length();
 }

@@ -4,8 +4,17 @@
 //
 // It grows by what is needed, at least by 128 characters, and Capacity() tells just that; the block
 // behind it grows geometrically, so that n characters appended one by one cost O(n).
-// Every mutator of KEString is declared anew here: one called on the base class would leave length
-// and capacity wrong. A buffer whose text was transferred away through the base is empty again.
+//
+// Every mutator of KEString is declared again here, and operations that replace a string's text
+// take a buffer as well (KEFile::Read, GetConfigValue, EscapeText ...; KEStringEdit for others),
+// so that length and capacity stay right. A buffer may also be handed over as KEString&: such an
+// operation knows nothing of the two fields, so every operation here compares them with the block
+// first and measures the text again where they cannot be true. What this net misses:
+//   - a NUL that was written into the middle of the text through Str();
+//   - a text that came with its block through KEString::Transfer or Attach and happens to have its
+//     old contents' end where this text ended;
+//   - most replaced blocks in programs with their own operator new, where nobody can tell how large
+//     a block is. A text that became empty, or is no longer empty, is noticed there as well.
 //
 // Thread safety: none of its own. Ownership: as KEString. Throws std::bad_alloc beyond 2^31 - 1.
 #ifndef KECPP_FOUNDATION_KESTRINGBUFFER_H
@@ -56,7 +65,7 @@ class KECPP_API KEStringBuffer : public KEString {
     return Length() - before;
   }
 
-  // As the string's operations of these names, with length and capacity kept right.
+  // As the string's operations of these names.
   void AssignExact(const char* text, unsigned int length);
   void Transfer(KEStringBuffer& other);  // the argument is left empty
   void Transfer(KEString& other);        // likewise
@@ -67,13 +76,14 @@ class KECPP_API KEStringBuffer : public KEString {
 
   // As the string's. O(1).
   bool Empty() const { return Length() == 0; }
-  unsigned int Length() const { return IsShared() ? 0 : length; }
-  unsigned int Capacity() const { return IsShared() ? 0 : capacity; }
+  unsigned int Length() const;
+  unsigned int Capacity() const;
   char operator[](unsigned int position) const { return At(position); }
   char At(unsigned int position) const;  // NUL at and beyond the length
   char* Str() { return buffer; }
 
  private:
+  bool FieldsHold() const;
   void Heal();
   void MeasureText();
   template <typename Value>
@@ -81,6 +91,22 @@ class KECPP_API KEStringBuffer : public KEString {
 
   unsigned int length = 0;
   unsigned int capacity = 0;
+};
+
+// A buffer's text as a plain string, as long as this object lives: for operations that know no
+// buffer. It gives the text back with length and capacity right, also after an exception. Meanwhile
+// the buffer is empty.
+class KECPP_API KEStringEdit {
+ public:
+  explicit KEStringEdit(KEStringBuffer& buffer) : owner(buffer) { text.Transfer(owner); }
+  KEStringEdit(const KEStringEdit&) = delete;
+  KEStringEdit& operator=(const KEStringEdit&) = delete;
+  ~KEStringEdit() { owner.Transfer(text); }
+  KEString& Text() { return text; }
+
+ private:
+  KEStringBuffer& owner;
+  KEString text;
 };
 
 }  // namespace KELib

@@ -15,7 +15,7 @@
 #define KECPP_XML_KEXMLREADER_H
 
 #include "foundation/KEExport.h"
-#include "foundation/KEString.h"
+#include "foundation/KEStringBuffer.h"
 #include "xml/XmlEndTags.h"
 #include "xml/XmlTokenState.h"
 
@@ -82,10 +82,24 @@ class KECPP_API KEXmlReader {
   bool GetNamedElementValue(const char* elementName, KEString& value);
   void GetCDataValue(const char* elementName, KEString& value);
 
+  // The same into a buffer, whose length and capacity stay right.
+  void GetElementValue(const char* elementName, KEStringBuffer& value) {
+    GetElementValue(elementName, KEStringEdit(value).Text());
+  }
+  bool GetNamedElementValue(const char* elementName, KEStringBuffer& value) {
+    return GetNamedElementValue(elementName, KEStringEdit(value).Text());
+  }
+  void GetCDataValue(const char* elementName, KEStringBuffer& value) {
+    GetCDataValue(elementName, KEStringEdit(value).Text());
+  }
+
   // Takes everything between the element's start tag, in which or right behind which the cursor
   // stands, and its end tag, unchanged, and passes the end tag. Here `elementName` is the whole
   // name.
   void GetElementContent(const char* elementName, KEString& content);
+  void GetElementContent(const char* elementName, KEStringBuffer& content) {
+    GetElementContent(elementName, KEStringEdit(content).Text());
+  }
 
   // Leaves the start tag that the cursor stands in; outside of one nothing happens.
   void SkipElementStartClose();

@@ -70,7 +70,16 @@ void AppendUtf8(KEStringBuffer& out, unsigned long c) {
   }
 }
 
-void Escape(const char* text, KEString& out, bool keepEntities) {
+// Take the finished text over, with the buffer's room or without.
+void Finish(KEStringBuffer& text, KEStringBuffer& out) {
+  out.Transfer(text);
+}
+void Finish(KEStringBuffer& text, KEString& out) {
+  out.AssignExact(text.Str(), text.Length());
+}
+
+template <typename Text>
+void Escape(const char* text, Text& out, bool keepEntities) {
   KEStringBuffer escaped(0);
   while (text != nullptr && *text != '\0') {
     const std::size_t plain = std::strcspn(text, "&<>");
@@ -84,20 +93,11 @@ void Escape(const char* text, KEString& out, bool keepEntities) {
     }
     if (*text != '\0') ++text;
   }
-  out.AssignExact(escaped.Str(), escaped.Length());
+  Finish(escaped, out);
 }
 
-}  // namespace
-
-void EscapeText(const char* raw, KEString& out) {
-  Escape(raw, out, false);
-}
-
-void EscapeStray(const char* xmlText, KEString& out) {
-  Escape(xmlText, out, true);
-}
-
-void DecodeEntities(const char* xmlText, KEString& out) {
+template <typename Text>
+void Decode(const char* xmlText, Text& out) {
   KEStringBuffer decoded(0);
   while (xmlText != nullptr && *xmlText != '\0') {
     const std::size_t plain = std::strcspn(xmlText, "&");
@@ -112,7 +112,33 @@ void DecodeEntities(const char* xmlText, KEString& out) {
     }
     xmlText += entity.length > 0 ? entity.length : 1;
   }
-  out.AssignExact(decoded.Str(), decoded.Length());
+  Finish(decoded, out);
+}
+
+}  // namespace
+
+void EscapeText(const char* raw, KEString& out) {
+  Escape(raw, out, false);
+}
+
+void EscapeStray(const char* xmlText, KEString& out) {
+  Escape(xmlText, out, true);
+}
+
+void DecodeEntities(const char* xmlText, KEString& out) {
+  Decode(xmlText, out);
+}
+
+void EscapeText(const char* raw, KEStringBuffer& out) {
+  Escape(raw, out, false);
+}
+
+void EscapeStray(const char* xmlText, KEStringBuffer& out) {
+  Escape(xmlText, out, true);
+}
+
+void DecodeEntities(const char* xmlText, KEStringBuffer& out) {
+  Decode(xmlText, out);
 }
 
 }  // namespace KELib::Xml

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 
 namespace KELib {
@@ -68,23 +69,117 @@ TEST(KEStringBufferTest, TakesLongTextsOverAndGrowsBehindThem) {
   EXPECT_EQ(text + "tail", other.Cstr());
 }
 
-TEST(KEStringBufferTest, HealsWhenItsTextWasTakenThroughTheBase) {
-  KEStringBuffer buffer(0);
+TEST(KEStringBufferTest, TakesOverAndCopies) {
+  KEStringBuffer buffer(0), other(0);
   buffer.Append("text");
-  KEString taker;
-  taker.Transfer(static_cast<KEString&>(buffer));
-  EXPECT_EQ(buffer.Length(), 0U);
-  buffer.Append("new");
-  EXPECT_STREQ(buffer.Cstr(), "new");
-  buffer.Erase(1, 2);
-  EXPECT_EQ(buffer.Length(), 2U);
-  EXPECT_EQ(buffer.At(2), '\0');
+  other.Transfer(buffer);
+  EXPECT_EQ(buffer.Length() + buffer.Capacity(), 0U);
+  EXPECT_EQ(other.Capacity(), 128U);
+  KEStringBuffer copy(other);
+  EXPECT_NE(copy.Cstr(), other.Cstr());
+  const KEStringBuffer& itself = copy;
+  copy = itself;
+  copy.Transfer(copy);
+  EXPECT_EQ(copy.Length(), 4U);
+  buffer = copy += "!";
+  copy = buffer.Cstr() + 1;
+  EXPECT_STREQ(copy.Cstr(), "ext!");
+  EXPECT_STREQ(buffer.Cstr(), "text!");
+  EXPECT_EQ(buffer.At(4), '!');
+  EXPECT_EQ(buffer.At(5), '\0');
   buffer.Clear();
-  EXPECT_EQ(buffer.Capacity(), 0U);
-  KEStringBuffer copy(buffer);
-  copy = taker.Cstr();
-  copy += "!";
-  EXPECT_STREQ(copy.Cstr(), "text!");
+  EXPECT_EQ(buffer.Length() + buffer.Capacity(), 0U);
+  KEStringEdit(copy).Text() = "new";
+  EXPECT_EQ(copy.Length(), 3U);
+}
+
+// One buffer and a text; every operation does the same to both.
+struct Model {
+  KEStringBuffer buffer{0};
+  KEString& base = buffer;
+  std::string text;
+  std::mt19937 random;
+
+  unsigned int Below(std::size_t n) { return static_cast<unsigned int>(random() % n); }
+  std::string Piece() { return std::string(Below(9) == 0 ? Below(3000) : Below(40), Letter()); }
+  char Letter() { return static_cast<char>('a' + Below(26)); }
+  unsigned int Position() { return Below(text.size() + 3); }
+
+  void Append(bool throughBase) {
+    const std::string piece = Piece();
+    throughBase ? base.Append(piece.c_str()) : buffer.Append(piece.c_str());
+    text += piece;
+  }
+  void AppendPart() {
+    const unsigned int from = Below(text.size() + 1);
+    buffer.Append(buffer.Cstr() + from, 5);
+    text += text.substr(from, 5);
+  }
+  void AppendNumber() {
+    const int number = static_cast<int>(random());
+    buffer.Append(number);
+    buffer.Append(true);
+    text += std::to_string(number) + "true";
+  }
+  void AppendUnsafely() {
+    base.Resize(1 + Below(50));
+    const char letter = Letter();
+    base.UnsafeAppend(letter);
+    text += letter;
+  }
+  void Erase(bool throughBase) {
+    const unsigned int from = Position(), to = Position();
+    throughBase ? base.Erase(from, to) : buffer.Erase(from, to);
+    if (from < to && from < text.size()) text.erase(from, to - from);
+  }
+  void Replace() {
+    text = Piece();
+    KEString taken(text.c_str(), Below(200));
+    switch (Below(5)) {
+      case 0:
+        base = text.c_str();
+        break;
+      case 1:
+        base = KEString(text.c_str());
+        break;
+      case 2:
+        base.AssignExact(text.data(), static_cast<unsigned int>(text.size()));
+        break;
+      case 3:
+        base.Transfer(taken);
+        break;
+      default:
+        buffer.Transfer(taken);
+        break;
+    }
+  }
+  void TakeOut() {
+    KEString taken;
+    Below(2) == 0 ? taken.Transfer(base) : buffer.Clear();
+    text.clear();
+  }
+  void Step() {
+    const auto step = Below(24);
+    if (step < 6) return Append(step % 2 == 0);
+    if (step < 9) return AppendNumber();
+    if (step < 12) return AppendPart();
+    if (step < 14) return AppendUnsafely();
+    if (step < 18) return Erase(step % 2 == 0);
+    if (step < 20) return Replace();
+    if (step == 20) return TakeOut();
+    if (step == 21) return base.Clear(), text.clear();
+    step == 22 ? base.Resize(Below(300)) : buffer.Resize(Below(300));
+  }
+};
+
+// What the base does to a buffer goes unnoticed by its fields: the next operation must notice.
+TEST(KEStringBufferTest, BehavesAsATextWhicheverClassTheOperationsAreCalledOn) {
+  Model model;
+  for (int i = 0; i < 50000; ++i) {
+    model.Step();
+    ASSERT_EQ(model.text, model.buffer.Cstr()) << i;
+    ASSERT_TRUE(i % 3 != 0 || model.text.size() == model.buffer.Length()) << i;
+  }
 }
 
 }  // namespace
