@@ -2,9 +2,10 @@
 //
 // Collects the body of one reply in an HttpResponse.
 //
-// The content's room grows geometrically, or is taken at once when the server announces a length.
-// It is bounded, because a server could otherwise fill the agent's memory. What it takes to do so
-// stands here, since the response's own layout is what programs were compiled with.
+// The content's room is a power of two, or is taken at once when the server announces a length. It
+// is bounded, because a server could otherwise fill the agent's memory. Length and room are kept
+// here, since the response's own layout is what programs were compiled with; from one receiver to
+// the next they survive in a note behind the room.
 //
 // Thread safety: none of its own. The response outlives it.
 #ifndef KECPP_HTTP_HTTPRECEIVER_H
@@ -33,16 +34,22 @@ class HttpReceiver {
   // happens. Throws HttpException when the body would exceed the limit.
   void Expect(unsigned long long size);
 
+  // Notes length and room behind the room, if that is a power of two and the size of the block can
+  // be found out: a receiver that is made for the same response then needs no scan and no copy.
+  void Remember() const;
+
   // In bytes, without a scan.
   unsigned int Length() const { return length; }
 
  private:
   void CheckLimit(unsigned long long size) const;
   void Reallocate(unsigned int room);
+  bool Recall();
 
+  const void* const response;
   KEString& content;
-  unsigned int length;
-  unsigned int capacity;  // characters that fit into the content's block
+  unsigned int length = 0;
+  unsigned int capacity = 0;  // characters that fit into the content's block
   const unsigned int limit;
 };
 

@@ -9,7 +9,9 @@ namespace KELib {
 namespace Http {
 
 void HttpResponse::AddContent(const char* data, unsigned int length) {
-  HttpReceiver(*this).Add(data, length);
+  HttpReceiver receiver(*this);
+  receiver.Add(data, length);
+  receiver.Remember();
 }
 
 unsigned int WriteResponse(void* data, unsigned int size, unsigned int count, void* response) {

@@ -28,8 +28,10 @@ class KECPP_API HttpResponse {
   void SetErrorCode(int code) { errorCode = code; }
   void SetErrorString(const char* text) { errorString = text; }
 
-  // Appends `length` bytes. O(content). Throws HttpException when the content would exceed 1 GiB
-  // (512 MB on 32-bit builds) and std::bad_alloc; the content is unchanged then.
+  // Appends `length` bytes. Amortised O(length); O(content) in programs with their own operator
+  // new. The content is a text: what was appended behind a NUL may be lost. Throws HttpException
+  // when the content would exceed 1 GiB (512 MB on 32-bit builds) and std::bad_alloc; the content
+  // is unchanged then.
   void AddContent(const char* data, unsigned int length);
 
  private:

@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <random>
 #include <string>
+#include <utility>
 
 #include "http/HttpException.h"
 #include "http/HttpReceiver.h"
@@ -73,6 +76,48 @@ TEST(HttpResponseTest, AppendsToWhateverTextItHolds) {
   response.GetContent() = "foreign";
   response.AddContent("!", 1);
   EXPECT_STREQ("foreign!", response.GetContent().Cstr());
+}
+
+TEST(HttpResponseTest, AppendsManyPiecesWithoutCopyingTheWhole) {
+  std::string expected;
+  for (const char* const first : {"", "taken at once, then more"}) {
+    HttpResponse response;
+    HttpReceiver(response).Add(first, static_cast<unsigned int>(std::strlen(first)));
+    expected = first;
+    unsigned int moves = 0;
+    const char* block = nullptr;
+    for (int i = 0; i < 30000; ++i) {
+      const std::string piece = std::to_string(i);
+      response.AddContent(piece.data(), static_cast<unsigned int>(piece.size()));
+      expected += piece;
+      moves += std::exchange(block, response.GetContent().Cstr()) != block;
+    }
+    EXPECT_EQ(expected, response.GetContent().Cstr());
+    EXPECT_LT(moves, 10U) << first;
+  }
+}
+
+// Texts of other lengths come to stand in the same memory, where a note may have been left.
+TEST(HttpResponseTest, IsNotMisledByWhatWasInItsMemoryBefore) {
+  std::mt19937 random(3);
+  HttpResponse response;
+  std::string text;
+  const std::string filler(9000, 'x');
+  for (int i = 0; i < 20000; ++i) {
+    const unsigned int near = (random() % 2 == 0 ? 4096 : 8192) - random() % 40;
+    const std::string piece = filler.substr(0, random() % 3 == 0 ? random() % 9 : near);
+    if (random() % 2 == 0) {
+      { KEString().Transfer(response.GetContent()); }
+      if (random() % 2 == 0) response.GetContent() = (text = piece).c_str();
+      text = response.GetContent().Cstr();
+    } else if (random() % 4 == 0) {
+      response.GetContent().Erase(static_cast<unsigned int>(random() % 5000), 9000);
+      text = response.GetContent().Cstr();
+    }
+    response.AddContent(piece.data(), static_cast<unsigned int>(piece.size()));
+    text += piece;
+    ASSERT_EQ(text, response.GetContent().Cstr()) << i;
+  }
 }
 
 }  // namespace
