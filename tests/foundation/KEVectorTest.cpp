@@ -6,6 +6,7 @@
 #include <climits>
 #include <memory>
 #include <new>
+#include <utility>
 #include <vector>
 
 #include "support/Counted.h"
@@ -23,6 +24,7 @@ TEST(KEVectorTest, GrowsBeforeItIsFull) {
   }
   EXPECT_EQ(3, vector[3]);
   EXPECT_THROW(vector.Get(4), IndexOutOfBoundsException);
+  EXPECT_THROW(std::as_const(vector).Get(4), IndexOutOfBoundsException);
   EXPECT_THROW(KEVector<long long>(UINT_MAX), std::bad_alloc);
 }
 
