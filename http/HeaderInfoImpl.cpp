@@ -69,6 +69,19 @@ const char* HeaderInfoImpl::GetHeader(const char* key) {
   return found != nullptr ? found->data : nullptr;
 }
 
+unsigned int HeaderInfoImpl::Count() const {
+  unsigned int count = 0;
+  for (const curl_slist* line = headers; line != nullptr; line = line->next) ++count;
+  return count;
+}
+
+void HeaderInfoImpl::CutTo(unsigned int count) {
+  curl_slist** link = &headers;
+  for (; *link != nullptr && count > 0; --count) link = &(*link)->next;
+  curl_slist_free_all(*link);
+  *link = nullptr;
+}
+
 HeaderInfoImpl* CreateHeaderInfo() {
   return new HeaderInfoImpl;
 }

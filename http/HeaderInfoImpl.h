@@ -45,6 +45,10 @@ class KECPP_API HeaderInfoImpl : public HeaderInfo {
   // At the first line.
   virtual HeaderIteratorImpl GetHeaderIterator() { return HeaderIteratorImpl(headers); }
 
+  // How many lines there are, and removal of all but the first `count`.
+  unsigned int Count() const;
+  void CutTo(unsigned int count);
+
   // The list itself, null while it is empty. It stays this object's.
   curl_slist* GetHeaders() { return headers; }
 

@@ -50,12 +50,15 @@ void HttpHandle::Release() {
 void HttpHandle::SetHeaders(curl_slist* lines) {
   curl_slist* copy = CopyHeaderLines(lines);
   const bool copied = copy != nullptr || lines == nullptr;
-  if (!copied || curl_easy_setopt(handle, CURLOPT_HTTPHEADER, copy) != CURLE_OK) {
-    curl_slist_free_all(copy);
+  // Nothing behind the colon: libcurl then neither sends the header nor waits for "100-continue",
+  // which some servers never send, before it sends a large request.
+  curl_slist* all = copied ? curl_slist_append(copy, "Expect:") : nullptr;
+  if (all == nullptr || curl_easy_setopt(handle, CURLOPT_HTTPHEADER, all) != CURLE_OK) {
+    curl_slist_free_all(all != nullptr ? all : copy);
     ThrowHttpException(ERR_HTTP_CONNECT, "0020");
   }
   curl_slist_free_all(headers);
-  headers = copy;
+  headers = all;
 }
 
 bool HttpHandle::SetTimeout(long long seconds) {

@@ -36,7 +36,7 @@ class KECPP_API SoapClient {
 };
 
 // A client, owned by the caller, on a connection that passes to the client. Throws HttpException;
-// the settings stay with the caller then.
+// the settings are as before then, and stay with the caller.
 KECPP_API SoapClient* CreateSoapClient(Http::ConnectionInfo* ci);
 
 // Start and end the HTTP service. Called once each by the process's entry.

@@ -2,6 +2,7 @@
 #include "soap/SoapHttpClientImpl.h"
 
 #include "http/ConnectionInfo.h"
+#include "http/HeaderInfoImpl.h"
 #include "http/HttpConstants.h"
 #include "http/HttpRequest.h"
 #include "http/HttpResponse.h"
@@ -11,6 +12,19 @@
 #include "soap/SoapMessage.h"
 
 namespace KELib::Soap {
+
+namespace {
+
+Http::HeaderInfoImpl* HeadersOf(Http::ConnectionInfo& ci) {
+  return dynamic_cast<Http::HeaderInfoImpl*>(ci.GetHeaderInfo());
+}
+
+unsigned int CountHeaders(Http::ConnectionInfo& ci) {
+  const Http::HeaderInfoImpl* headers = HeadersOf(ci);
+  return headers != nullptr ? headers->Count() : 0;
+}
+
+}  // namespace
 
 SoapClient::~SoapClient() = default;
 
@@ -32,11 +46,17 @@ SoapHttpClientImpl::SoapHttpClientImpl() = default;
 SoapHttpClientImpl::~SoapHttpClientImpl() = default;
 
 void SoapHttpClientImpl::Init(Http::ConnectionInfo* ci) {
-  ci->AddHeader(Http::HEADER_USER_AGENT, HEADER_VALUE_USERAGENT_MPXA);
-  ci->AddHeader(Http::HEADER_CACHE_CONTROL, Http::HEADER_VALUE_NO_CACHE);
-  ci->AddHeader(Http::HEADER_CONTENT_TYPE, Http::HEADER_VALUE_TEXTXML);
-  ci->AddHeader(HEADER_SOAPACTION, Http::HEADER_VALUE_NONE);
-  httpClient.reset(Http::GetHttpService()->CreateHttpClient(ci));
+  const unsigned int given = CountHeaders(*ci);
+  try {
+    ci->AddHeader(Http::HEADER_USER_AGENT, HEADER_VALUE_USERAGENT_MPXA);
+    ci->AddHeader(Http::HEADER_CACHE_CONTROL, Http::HEADER_VALUE_NO_CACHE);
+    ci->AddHeader(Http::HEADER_CONTENT_TYPE, Http::HEADER_VALUE_TEXTXML);
+    ci->AddHeader(HEADER_SOAPACTION, Http::HEADER_VALUE_NONE);
+    httpClient.reset(Http::GetHttpService()->CreateHttpClient(ci));
+  } catch (...) {
+    if (auto* headers = HeadersOf(*ci)) headers->CutTo(given);
+    throw;
+  }
 }
 
 void SoapHttpClientImpl::SetProxy(KEString& host, KEString& port) {

@@ -20,7 +20,7 @@ class KECPP_API SoapHttpClientImpl : public SoapClient {
   SoapHttpClientImpl& operator=(const SoapHttpClientImpl&) = delete;
 
   // Adds the SOAP headers to the settings and makes the HTTP client, which owns them from then on.
-  // Throws HttpException; the settings stay with the caller then.
+  // Throws HttpException; the settings are as before then, and stay with the caller.
   void Init(Http::ConnectionInfo* ci);
 
   // Before Init nothing happens, and Request throws SoapException.

@@ -49,12 +49,15 @@ void LogReason(const char* format, const KELib::Exception& e) {
   KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE, format, e.What());
 }
 
+// Replaces `password` by the file's content. False, and nothing has changed, when it cannot be
+// read.
 bool ReadPasswordFile(KEString& path, KEString& password) {
-  std::unique_ptr<KELib::KEFile> file(KELib::CreateKEFile(path, KELib::FILE_IO_READ));
+  if (!IsRegularFile(path)) return false;
+  const std::unique_ptr<KELib::KEFile> file(KELib::CreateKEFile(path, KELib::FILE_IO_READ));
   KEString content;
-  const bool read = IsRegularFile(path) && file->Read(content);
+  if (!file->Read(content)) return false;
   password.Transfer(content);
-  return read;
+  return true;
 }
 
 }  // namespace
@@ -121,33 +124,36 @@ void KESessionImpl::LoginAsConfigured(KELib::KEConfig& config) {
 }
 
 bool KESessionImpl::SetupLocalLogin(KEString& user, KEString& password) {
-  KEString userXml, response;
-  KELib::Xml::EscapeStray(user.Cstr(), userXml);
-  KELib::Xml::KEXmlBuffer body;
-  StartBody(MethodAcquireLocalTicket, body);
-  body.AddElementTagAndValue(userNameTag, userXml.Cstr());
-  body.EndAddElementTag(MethodAcquireLocalTicket);
+  KEString ticketUser, path;
   try {
-    const KELib::Http::HandleWait limits(kHandleWaitMs, nullptr);
-    method->Invoke(targetNamespace, MethodAcquireLocalTicket, body, response);
+    AcquireTicket(user, ticketUser, path);
   } catch (const KELib::Exception& e) {
     LogReason("Exception Acquiring local ticket : %s", e);
     LogVerbose("Unable to get local ticket information\n");
     return false;
-  }
-  KEString ticketUser, path;
-  {
-    ServiceContent ticket(response);
-    ticket.Text(userNameTag, ticketUser);
-    ticket.Text(passwdFilePath, path);
   }
   if (!ticketUser.Empty() && !ticketUser.Equals(user)) user.Transfer(ticketUser);
   if (path.Empty()) {
     LogVerbose("Invalid Local Ticket information. No password file.\n");
     return false;
   }
-  ReadPasswordFile(path, password);  // an unreadable file leaves no password: the server refuses it
-  return true;
+  const bool read = ReadPasswordFile(path, password);
+  if (!read) LogVerbose("Unable to read the local ticket's password file\n");
+  return read;
+}
+
+void KESessionImpl::AcquireTicket(const KEString& user, KEString& ticketUser, KEString& path) {
+  KEString userXml, response;
+  KELib::Xml::EscapeStray(user.Cstr(), userXml);
+  KELib::Xml::KEXmlBuffer body;
+  StartBody(MethodAcquireLocalTicket, body);
+  body.AddElementTagAndValue(userNameTag, userXml.Cstr());
+  body.EndAddElementTag(MethodAcquireLocalTicket);
+  const KELib::Http::HandleWait limits(kHandleWaitMs, nullptr);
+  method->Invoke(targetNamespace, MethodAcquireLocalTicket, body, response);
+  ServiceContent ticket(response);
+  ticket.Text(userNameTag, ticketUser);
+  ticket.Text(passwdFilePath, path);
 }
 
 void KESessionImpl::Login(KEString& user, KEString& password) {

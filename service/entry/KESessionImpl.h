@@ -41,7 +41,8 @@ class KECPP_API KESessionImpl : public KESession {
 
   // Obtains a local ticket for `user`. Replaces the user by the ticket's and the password by the
   // content of the ticket's password file. True when the password came from that file; otherwise it
-  // is unchanged and the reason is in the log.
+  // is unchanged and the reason is in the log. A ticket that is refused or malformed changes
+  // neither.
   bool SetupLocalLogin(KELib::KEString& user, KELib::KEString& password);
 
   // As Login; the caller holds the session's mutex.
@@ -55,6 +56,8 @@ class KECPP_API KESessionImpl : public KESession {
 
  private:
   void LoginAsConfigured(KELib::KEConfig& config);
+  void AcquireTicket(const KELib::KEString& user, KELib::KEString& ticketUser,
+                     KELib::KEString& path);
   void SendLogin(const KELib::KEString& userXml, const KELib::KEString& passwordXml);
   bool MayLogin();
   void StartBody(const char* name, KELib::Xml::KEXmlBuffer& body);

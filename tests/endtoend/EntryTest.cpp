@@ -58,6 +58,18 @@ TEST_F(Entry, TheDefaultDocumentConnectsAnewAndFreesTheInstanceBefore) {
   EXPECT_EQ(manager.GetServiceInstance(none, ""), nullptr);
 }
 
+TEST_F(Entry, NothingIsLeftWhenTheManagerIsFreed) {
+  for (int round = 1; round <= 2; ++round) {
+    KELib::Logging::GetDefaultLogger()->SetLevelByName("error");
+    KE::Service::KEServiceInstManager* again = KE::Service::GetServiceManagerInstance();
+    ASSERT_NE(again->GetServiceInstance(config.c_str(), DEFAULT_CONFIG_CONTENT), nullptr);
+    EXPECT_EQ(Calls("Login"), round) << "the manager before is forgotten";
+    KE::Service::FreeServiceManagerInstance();
+    EXPECT_EQ(simulator.Stats()["sessions"], 0);
+    EXPECT_STREQ(KELib::Logging::GetDefaultLogger()->GetLevelByName(), "verbose");
+  }
+}
+
 TEST_F(Entry, SessionsTakeTurns) {
   KEServiceInst* instance = manager.GetServiceInstance(config.c_str(), DEFAULT_CONFIG_CONTENT);
   ASSERT_NE(instance, nullptr);

@@ -30,6 +30,10 @@ TEST_F(HttpClientTest, PostsBodyAndTheFirstHeaderListAndReadsAnyReply) {
     EXPECT_EQ(0u, request.head.find("POST /sdk HTTP/1.1\r\n")) << request.head;
     EXPECT_NE(std::string::npos, request.head.find("\r\nTwice: 1\r\nTwice: 2\r\nEmpty:\r\n"));
   }
+  const std::string large(3 << 20, 'x');
+  Post(large.c_str());
+  EXPECT_EQ(large, server.Requests()[2].body);
+  EXPECT_EQ("", server.Requests()[2].Header("Expect")) << "would wait a second for an answer";
 }
 
 TEST_F(HttpClientTest, CookiesAreCommonToAllHandlesOfTheClient) {

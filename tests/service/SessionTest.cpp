@@ -13,6 +13,7 @@
 
 #include "config/DefaultConfig.h"
 #include "config/KEConfig.h"
+#include "foundation/KEException.h"
 #include "service/call/KEMethod.h"
 #include "service/entry/KESession.h"
 #include "xml/KEXmlBuffer.h"
@@ -23,28 +24,28 @@ namespace {
 using KELib::KEString;
 using testing::HasSubstr;
 
-// Hands out a ticket and keeps the login that comes.
+// Hands out a ticket, or none, and keeps the login that comes.
 class TicketServer : public KEMethod {
  public:
   using KEMethod::Invoke;
   void Invoke(const char*, const char* method, KELib::Xml::KEXmlBuffer& body,
               KEString& result) override {
     if (method == std::string("AcquireLocalTicket")) {
-      const std::string ticket = "<returnval><userName>local</userName><passwordFilePath>" + path +
-                                 "</passwordFilePath></returnval>";
+      if (ticket == "refused") throw KELib::SystemException("NoPermission");
       result = ticket.c_str();
     } else if (method == std::string("Login")) {
       login = body.Str();
     }
   }
 
-  std::string path, login;
+  std::string ticket, login;
 };
 
 class SessionTest : public testing::Test {
  protected:
   SessionTest() : path(testing::TempDir() + "kecpp-ticket-" + std::to_string(getpid())) {
-    server.path = path;
+    server.ticket = "<returnval><userName>local</userName><passwordFilePath>" + path +
+                    "</passwordFilePath></returnval>";
     alarm(60);  // an open that waits for a writer
   }
   ~SessionTest() override {
@@ -54,13 +55,15 @@ class SessionTest : public testing::Test {
 
   // What the session sends to log in.
   std::string Login() {
-    KEString source, content(
-                         "<returnval><rootFolder type=\"Folder\">f</rootFolder>"
-                         "<propertyCollector type=\"PropertyCollector\">p</propertyCollector>"
-                         "<sessionManager type=\"SessionManager\">s</sessionManager></returnval>");
+    KEString source(
+        "<?xml version=\"1.0\"?><LoginInfo><localTicket>true</localTicket>"
+        "<userName>root</userName><password>own&amp;</password></LoginInfo>");
+    KEString content(
+        "<returnval><rootFolder type=\"Folder\">f</rootFolder>"
+        "<propertyCollector type=\"PropertyCollector\">p</propertyCollector>"
+        "<sessionManager type=\"SessionManager\">s</sessionManager></returnval>");
     const std::unique_ptr<KELib::KEConfig> config(
         KELib::CreateConfig(source, DEFAULT_CONFIG_CONTENT));
-    config->FindParentConfigKey("ConnectionInfo");
     const std::unique_ptr<KESession> session(CreateSession(config.get(), &server, content));
     return server.login;
   }
@@ -74,9 +77,22 @@ TEST_F(SessionTest, ATicketsPasswordIsSentAsText) {
   EXPECT_THAT(Login(), HasSubstr("<userName>local</userName>\n<password>a&lt;b&amp;c</password>"));
 }
 
-TEST_F(SessionTest, WhatIsNoRegularFileHoldsNoPassword) {
+TEST_F(SessionTest, WithoutATicketTheConfiguredPasswordIsSent) {
+  for (const char* ticket : {"refused", "", "no XML", "<returnval><userName>local</userN",
+                             "<returnval><userName>local</userName><passwordFilePath>/etc"}) {
+    server.ticket = ticket;
+    EXPECT_THAT(Login(), HasSubstr("<userName>root</userName>\n<password>own&amp;</password>"))
+        << ticket;
+  }
+}
+
+TEST_F(SessionTest, WithoutAReadableFileTheConfiguredPasswordIsSentForTheTicketsUser) {
+  const std::string expected = "<userName>local</userName>\n<password>own&amp;</password>";
+  EXPECT_THAT(Login(), HasSubstr(expected)) << "the file is missing";
   ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-  EXPECT_THAT(Login(), HasSubstr("<userName>local</userName>\n<password xsi:nil=\"true\"/>"));
+  EXPECT_THAT(Login(), HasSubstr(expected)) << "what is no regular file holds no password";
+  server.ticket = "<returnval><userName>local</userName></returnval>";
+  EXPECT_THAT(Login(), HasSubstr(expected)) << "the ticket names no file";
 }
 
 }  // namespace

@@ -83,6 +83,27 @@ TEST_F(SoapClientSetupTest, ConnectsToAUrlInParts) {
   EXPECT_EQ(0u, FirstLine().find("POST /Sdk/x HTTP/1.1\r\n"));
 }
 
+TEST_F(SoapClientSetupTest, ConnectsWithoutADocument) {
+  KEString none, file("/nowhere"), url(server.Url("/one").c_str()), http("http"), https("https");
+  KEString host("127.0.0.1"), port(std::to_string(server.Port()).c_str()), path("two");
+  const std::unique_ptr<KESoapClient> clients[] = {
+      std::unique_ptr<KESoapClient>(CreateClient(none, none, none, none, url, 1, false)),
+      std::unique_ptr<KESoapClient>(
+          CreateClient(none, none, none, none, http, host, port, path, 1, false))};
+  const char* const lines[] = {"POST /one HTTP/1.1\r\n", "POST /two HTTP/1.1\r\n"};
+  for (int i = 0; i < 2; ++i) {
+    KEMethodImpl invoker;
+    invoker.Init(clients[i].get());
+    KEString result;
+    invoker.Invoke("u", "Ping", "T", "v", result);
+    EXPECT_STREQ("pong", result.Cstr());
+    EXPECT_EQ(0u, server.Requests().back().head.find(lines[i]));
+    server.Push(Reply::Ok("").Hanging());
+    EXPECT_THROW(invoker.Invoke("u", "Ping", "T", "v", result), KELib::RequestTimedOutException);
+  }
+  EXPECT_EQ(nullptr, CreateClient(file, file, none, file, https, host, port, path, 1, false));
+}
+
 TEST_F(SoapClientSetupTest, AnEmptyAddressMeansTheSecureLocalServer) {
   const std::string files = Element("certFile", "/nowhere/a") + Element("keyFile", "/nowhere/b");
   Connect(files, false);

@@ -45,7 +45,11 @@ TEST(SoapClient, SendsEnvelopeAndHeaders) {
 
 TEST(SoapClient, SettingsStayWithTheCallerWhenNoClientCanBeMade) {
   Http::ConnectionInfo secure(nullptr, "https://localhost/", true);
+  secure.AddHeader("Cache-Control: ", "mine");
   EXPECT_THROW(CreateSoapClient(&secure), Http::HttpException);
+  EXPECT_STREQ("Cache-Control: mine", secure.GetHeader("Cache-Control: "));
+  secure.RemoveHeader("Cache-Control: ");
+  EXPECT_FALSE(secure.HasHeaders()) << "a second try would send them twice";
 }
 
 }  // namespace
