@@ -237,7 +237,7 @@ void KEHashmapIterator<K, V>::CopyFrom(const KEHashmapIterator& other) {
 
 template <typename K, typename V>
 void KEHashmapIterator<K, V>::Unregister() {
-  if (slot) {
+  if (map && slot) {  // the second alone would do, but compilers warn of a null map
     map->iterators.Remove(this);
   }
   Unbind();

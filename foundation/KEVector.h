@@ -187,7 +187,7 @@ void KEVectorIterator<T>::CopyFrom(const KEVectorIterator& other) {
 
 template <typename T>
 void KEVectorIterator<T>::Unregister() {
-  if (slot) {
+  if (vector && slot) {  // the second alone would do, but compilers warn of a null vector
     vector->iterators.Remove(this);
   }
   vector = nullptr;
