@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "config/KEConfigImpl.h"
 
+#include "config/ConfigComments.h"
 #include "foundation/KEException.h"
 
 namespace KELib {
@@ -38,6 +39,7 @@ KEConfigImpl::~KEConfigImpl() = default;
 void KEConfigImpl::Init(KEConfigSource* given) {
   if (source != nullptr || given == nullptr) return;
   source.reset(given);
+  RemoveComments(source->Content());
   reader.SetInput(source->Content(), false);
   reader.SetStartPos(0);
 }
