@@ -281,7 +281,7 @@ ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* ro
     if (sections.hasPropertySet) filter = CreatePropFilter(root, list, waiter);
     if (!sections.methods.empty()) {
       methods = RegisterMethods(root, sections, filter == nullptr ? waiter : nullptr, newMethods);
-      RunMethodsAtSetup();
+      RunMethodsAtSetup(KEString(methods->value.Cstr()));
     }
     if (filter != nullptr && waiter != nullptr && sections.IsTaskWatch()) {
       blocked = BlockOnTask(filter, stopsBefore);

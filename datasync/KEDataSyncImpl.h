@@ -94,8 +94,10 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   // names. Its waiter is signalled.
   void DestroyPropMethod(KE::Stub::ManagedObjectReference* ref);
 
-  // Invokes every registered property method and applies the answers. Holds no lock while it
-  // invokes; runs are serialised. Throws what the invocations throw.
+  // Invokes every registered property method and applies the answers, except that a method that
+  // failed is left out until a second has passed. A failure keeps no other method from being
+  // invoked; the first one is thrown in the end. Holds no lock while it invokes; runs are
+  // serialised.
   void PropMethodToCache();
 
   // Empties the caches of roles, privileges and identities, under their mutexes. Never throws.
@@ -210,10 +212,16 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
 
   // methods
   struct MethodCall;
-  std::vector<MethodCall> CallsToMake();
-  void RunMethodsAtSetup();
+  std::vector<MethodCall> CallsToMake(const KELib::KEString* always);
+  std::vector<MethodCall> RunMethods(const KELib::KEString* always);
+  void RunMethodsAtSetup(const KELib::KEString& record);
+  void RunMethodsInCycle();
+  bool RunMethod(MethodCall& call);
+  void NoteMethodOutcome(MethodCall& call);
+  void NoteFailedMethods();
   void ApplyMethodAnswer(MethodCall& call, KELib::KEString& response);
   void ReleaseMethodWaiters();
+  void LosePermissions(const char* text);
   MethodDataSyncInfo* FindMethodsNoLock(KE::Stub::ManagedObjectReference& ref)
       KECPP_REQUIRES(mutex);
   bool IsCacheNamedNoLock(KELib::KEString& type) KECPP_REQUIRES(mutex);

@@ -7,7 +7,9 @@
 #ifndef KECPP_DATASYNC_METHODDATASYNCINFO_H
 #define KECPP_DATASYNC_METHODDATASYNCINFO_H
 
+#include <chrono>
 #include <memory>
+#include <vector>
 
 #include "datasync/WaiterHolder.h"
 #include "foundation/KEExport.h"
@@ -17,6 +19,13 @@
 
 namespace KE::Service {
 
+// What became of a method's last call.
+struct KECPP_API MethodOutcome {
+  bool answered = false;
+  KELib::KEString failure;                          // text of the failure; empty when it answered
+  std::chrono::steady_clock::time_point notBefore;  // when the loop calls a failed one again
+};
+
 struct KECPP_API MethodDataSyncInfo {
   MethodDataSyncInfo() = default;
   MethodDataSyncInfo(const MethodDataSyncInfo&) = delete;
@@ -25,10 +34,12 @@ struct KECPP_API MethodDataSyncInfo {
   KE::Stub::ManagedObjectReference target;      // the object that the methods are invoked on
   KELib::KEVector<KELib::KEString> methods;     // invoked in this order, without arguments
   KELib::KEVector<KELib::KEString> cacheTypes;  // names of the "_co_" section
-  std::unique_ptr<WaiterHolder> waiter;         // released after the first run; often null
+  std::unique_ptr<WaiterHolder> waiter;         // released when all have answered; often null
 
   // Type "PropertyMethod", value: the target's value, "/" and the method names, comma-separated.
   std::unique_ptr<KE::Stub::ManagedObjectReference> reference;
+
+  std::vector<MethodOutcome> outcomes;  // of each of `methods`
 };
 
 }  // namespace KE::Service

@@ -2,6 +2,8 @@
 //
 // Property methods: server methods without arguments whose answers fill caches. The server does not
 // report changes of what they answer, so they are invoked again after every cycle of the loop.
+#include <algorithm>
+#include <exception>
 #include <utility>
 
 #include "datasync/DataSyncConstants.h"
@@ -28,8 +30,32 @@ using KELib::KEMutexGuard;
 using KELib::KEString;
 using KELib::KEVector;
 
+using Clock = std::chrono::steady_clock;
+
 // How long a library's own call waits for a free connection.
 constexpr int kHandleWaitMs = 2000;
+
+// The loop calls a method that failed again after this time.
+constexpr std::chrono::seconds kFailedMethodPause(1);
+
+// Calls `use` with the text of a failure.
+template <typename Use>
+void WithText(const std::exception_ptr& error, Use use) {
+  try {
+    std::rethrow_exception(error);
+  } catch (const KELib::Throwable& e) {
+    use(e.What());
+  } catch (const std::exception& e) {
+    use(e.what());
+  } catch (...) {
+    use("Unknown Exception");
+  }
+}
+
+void LogFailure(const char* text) {
+  KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE,
+                      "Exception Invoking property methods : %s", text);
+}
 
 bool Names(KEVector<KEString>& names, KEString& wanted) {
   return names.Index(wanted) < names.Count();
@@ -42,6 +68,8 @@ struct KEDataSyncImpl::MethodCall {
   ManagedObjectReference record;
   ManagedObjectReference target;
   KEString name;
+  std::size_t index = 0;     // of the method in its record
+  std::exception_ptr error;  // null: it answered
 };
 
 ManagedObjectReference* KEDataSyncImpl::RegisterMethods(ManagedObjectReference* root,
@@ -53,6 +81,7 @@ ManagedObjectReference* KEDataSyncImpl::RegisterMethods(ManagedObjectReference* 
   KEString type(TypePropertyMethod), value(root->value);
   for (unsigned int index : sections.methods) {
     info->methods.Add(sections.At(index));
+    info->outcomes.emplace_back();
     value += info->methods.Count() == 1 ? "/" : ",";
     value += sections.At(index);
   }
@@ -85,49 +114,122 @@ MethodDataSyncInfo* KEDataSyncImpl::FindMethodsNoLock(ManagedObjectReference& re
   return found != nullptr ? *found : nullptr;
 }
 
-std::vector<KEDataSyncImpl::MethodCall> KEDataSyncImpl::CallsToMake() {
+// `always` is the value of a record whose methods are due whatever became of their last calls.
+std::vector<KEDataSyncImpl::MethodCall> KEDataSyncImpl::CallsToMake(const KEString* always) {
   std::vector<MethodCall> calls;
+  const Clock::time_point now = Clock::now();
   KEMutexGuard guard(mutex.get());
   for (auto it = methodInfos->Begin(); !it.End(); ++it) {
     MethodDataSyncInfo* info = it->value;
     if (info == nullptr) continue;
+    const bool isSetUp = always != nullptr && info->reference->value.Equals(always->Cstr());
     for (unsigned int i = 0; i < info->methods.Count(); ++i) {
+      const MethodOutcome& outcome = info->outcomes[i];
+      if (!isSetUp && !outcome.failure.Empty() && outcome.notBefore > now) continue;
       MethodCall& call = calls.emplace_back();
       call.record.value = info->reference->value;
       call.target.type = info->target.type;
       call.target.value = info->target.value;
       call.name = info->methods[i];
+      call.index = i;
     }
   }
   return calls;
 }
 
-void KEDataSyncImpl::PropMethodToCache() {
+// Returns the calls that failed. One that fails keeps no other from being made.
+std::vector<KEDataSyncImpl::MethodCall> KEDataSyncImpl::RunMethods(const KEString* always) {
   KEMutexGuard run(methodRun.get());
   bool applied = false;
-  for (MethodCall& call : CallsToMake()) {
-    KEString response;
-    {
-      const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
-      method->Invoke(targetNamespace, call.name.Cstr(), call.target.type.Cstr(),
-                     call.target.value.Cstr(), response);
+  std::vector<MethodCall> calls = CallsToMake(always);
+  for (MethodCall& call : calls) {
+    if (stopRequested) break;
+    try {
+      if (RunMethod(call)) applied = true;
+    } catch (...) {
+      call.error = std::current_exception();
     }
-    if (response.Empty()) continue;
-    ApplyMethodAnswer(call, response);
-    applied = true;
+    NoteMethodOutcome(call);
   }
   ReleaseMethodWaiters();
   // Counted besides the update set that they follow: who read after that set reads again.
   if (applied) state->NoteApplied(!HasFilters());
+  const auto answered = [](const MethodCall& call) { return call.error == nullptr; };
+  calls.erase(std::remove_if(calls.begin(), calls.end(), answered), calls.end());
+  return calls;
 }
 
-void KEDataSyncImpl::RunMethodsAtSetup() {
-  try {
-    PropMethodToCache();
-  } catch (const KELib::Exception& e) {
-    KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE,
-                        "Exception Invoking property methods : %s", e.What());
-    throw;
+// True when the answer was applied; an empty one changes nothing.
+bool KEDataSyncImpl::RunMethod(MethodCall& call) {
+  KEString response;
+  {
+    const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
+    method->Invoke(targetNamespace, call.name.Cstr(), call.target.type.Cstr(),
+                   call.target.value.Cstr(), response);
+  }
+  if (response.Empty()) return false;
+  ApplyMethodAnswer(call, response);
+  return true;
+}
+
+void KEDataSyncImpl::NoteMethodOutcome(MethodCall& call) {
+  KEMutexGuard guard(mutex.get());
+  MethodDataSyncInfo* info = FindMethodsNoLock(call.record);
+  if (info == nullptr || call.index >= info->outcomes.size()) return;
+  MethodOutcome& outcome = info->outcomes[call.index];
+  outcome.answered = call.error == nullptr;
+  outcome.failure.Clear();
+  if (outcome.answered) return;
+  outcome.notBefore = Clock::now() + kFailedMethodPause;
+  WithText(call.error,
+           [&](const char* text) { outcome.failure = *text != '\0' ? text : "Unknown Exception"; });
+}
+
+void KEDataSyncImpl::PropMethodToCache() {
+  const std::vector<MethodCall> failed = RunMethods(nullptr);
+  if (!failed.empty()) std::rethrow_exception(failed.front().error);
+}
+
+// The watch is refused for a failure of the methods that it asked for, and for no other.
+void KEDataSyncImpl::RunMethodsAtSetup(const KEString& record) {
+  std::exception_ptr refusal;
+  for (const MethodCall& call : RunMethods(&record)) {
+    WithText(call.error, LogFailure);
+    if (refusal == nullptr && call.record.value.Equals(record.Cstr())) refusal = call.error;
+  }
+  if (refusal != nullptr) std::rethrow_exception(refusal);
+}
+
+// The wait was good: a failing method is neither a reason to look for the daemon nor to pause.
+void KEDataSyncImpl::RunMethodsInCycle() {
+  const std::vector<MethodCall> failed = RunMethods(nullptr);
+  if (stopRequested) return;
+  for (const MethodCall& call : failed) {
+    try {
+      std::rethrow_exception(call.error);
+    } catch (const KELib::RequestFailedException&) {
+      throw;  // ends the process, as out of a wait
+    } catch (const KELib::NoPermissionException& e) {
+      LosePermissions(e.What());
+    } catch (...) {
+      WithText(call.error, LogFailure);
+    }
+  }
+  NoteFailedMethods();
+}
+
+// A cycle at whose end methods have not answered is one failure, however many they are, and also
+// when none of them was due.
+void KEDataSyncImpl::NoteFailedMethods() {
+  KEMutexGuard guard(mutex.get());
+  for (auto it = methodInfos->Begin(); !it.End(); ++it) {
+    if (it->value == nullptr) continue;
+    for (const MethodOutcome& outcome : it->value->outcomes) {
+      if (!outcome.failure.Empty()) {
+        state->NoteFailure(outcome.failure.Cstr());
+        return;
+      }
+    }
   }
 }
 
@@ -142,10 +244,16 @@ void KEDataSyncImpl::ApplyMethodAnswer(MethodCall& call, KEString& response) {
   UpdateComplexType(ui, reader);
 }
 
+// Those of the records whose methods have all answered.
 void KEDataSyncImpl::ReleaseMethodWaiters() {
+  const auto isGood = [](const MethodOutcome& outcome) { return outcome.answered; };
   KEMutexGuard guard(mutex.get());
   for (auto it = methodInfos->Begin(); !it.End(); ++it) {
-    if (it->value != nullptr) ReleaseWaiterNoLock(it->value->waiter);
+    MethodDataSyncInfo* info = it->value;
+    if (info == nullptr || info->waiter == nullptr) continue;
+    if (std::all_of(info->outcomes.begin(), info->outcomes.end(), isGood)) {
+      ReleaseWaiterNoLock(info->waiter);
+    }
   }
 }
 
@@ -183,6 +291,13 @@ void KEDataSyncImpl::DropUnnamedStubsNoLock(KEVector<KEString>& cacheTypes) {
     KE::Instance::KEDataCache* cache = typeCache->GetDataCache(cacheTypes[i]);
     if (cache != nullptr) cache->ClearNoLock();
   }
+}
+
+void KEDataSyncImpl::LosePermissions(const char* text) {
+  KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE, "%s", text);
+  KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE,
+                      "KECimProvider stopping datasync. Session Authentication revoked.");
+  CleanupSessionUserPermissions();
 }
 
 void KEDataSyncImpl::CleanupSessionUserPermissions() {

@@ -227,7 +227,7 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::RunCycle() {
   if (outcome != Outcome::good && outcome != Outcome::timedOut) return outcome;
   if (stopRequested || !HasMethods()) return outcome;
   return Guarded([this, outcome] {
-    PropMethodToCache();
+    RunMethodsInCycle();
     return outcome;
   });
 }
@@ -257,10 +257,7 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::Guarded(Step step) {
     return Outcome::stopped;
   } catch (const KELib::NoPermissionException& e) {  // a lost login among them
     if (stopRequested) return Outcome::stopped;
-    Log(nullptr, LOG_LEVEL_VERBOSE, "%s", e.What());
-    Log(nullptr, LOG_LEVEL_VERBOSE,
-        "KECimProvider stopping datasync. Session Authentication revoked.");
-    CleanupSessionUserPermissions();
+    LosePermissions(e.What());
     NoteFailedCycle(e.What());
     return Outcome::failed;
   } catch (const KELib::Throwable& e) {

@@ -55,6 +55,37 @@ TEST_F(SyncLoopTest, RepeatedFailuresAreSpacedOut) {
   EXPECT_GE(gapBehind(5), std::chrono::milliseconds(10));
 }
 
+// It is called once a second, the others in each cycle. Each gap is a lower limit. A look for the
+// daemon, which is another by now, would end the process.
+TEST_F(SyncLoopTest, AFailingMethodHoldsUpNothingElse) {
+  const PidFile file;
+  static std::atomic<int> ends{0};
+  GetMgmtdWatchSeams().exitProcess = [](int) { ++ends; };
+  WatchMachines();
+  for (const char* name : {"First", "Failing", "Last"}) Watch(std::string("_m_ ") + name);
+  file.Write("18\n");
+  server.Always("Failing", FakeServer::Throw(SystemException("down")));
+  const std::size_t before = server.Count("Failing");
+  const auto cycle = [&] {
+    const std::size_t waits = server.Count("WaitForUpdates");
+    const std::size_t first = server.Count("First"), last = server.Count("Last");
+    server.Feed(UpdateSet("2", "filter-1"));
+    AwaitQuietWait(waits + 1);
+    EXPECT_EQ(server.Count("First") - first, 1u);
+    EXPECT_EQ(server.Count("Last") - last, 1u);
+  };
+  cycle();
+  EXPECT_EQ(Status().consecutiveFailures, 1u);
+  while (server.Count("Failing") < before + 3) cycle();
+  const auto calls = server.Calls("Failing");
+  EXPECT_GE(calls[before + 1].time - calls[before].time, std::chrono::seconds(1));
+  EXPECT_GE(calls[before + 2].time - calls[before + 1].time, std::chrono::seconds(1));
+  server.Always("Failing", nullptr);
+  while (server.Count("Failing") < before + 6) cycle();
+  EXPECT_EQ(Status().consecutiveFailures, 0u);
+  EXPECT_EQ(ends, 0);
+}
+
 TEST_F(SyncLoopTest, NothingIsSentWithoutARootOrWithoutAWaiterForATask) {
   PropertyTexts machines(kMachines);
   EXPECT_EQ(Thrown([&] { sync->SetupDataSync(nullptr, machines, nullptr); }),
