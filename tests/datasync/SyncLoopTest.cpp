@@ -3,9 +3,11 @@
 // The loop that waits for updates, where the files of loop/ cannot look: readers beside it, times,
 // stops from other threads, and the end of the process.
 #include <functional>
+#include <future>
 #include <vector>
 
 #include "datasync/SyncFixture.h"
+#include "datasync/SyncState.h"
 #include "foundation/KEMutexGuard.h"
 #include "stub/base/KEStubRef.h"
 #include "stub/classes/ClassNames.h"
@@ -237,6 +239,60 @@ TEST_F(SyncStopTest, AMethodsAnswerThatComesAfterTheStopIsDropped) {
   server.FeedError(KELib::RequestTimedOutException("x"));
   AwaitLoopEnd();
   EXPECT_EQ(Caches(), "");
+}
+
+// A watch after a stop begins when the old loop has left: that one would use what is forgotten.
+// While it has not, its wait is cancelled again and again.
+TEST_F(SyncStopTest, AWatchAfterAStopAwaitsTheLoop) {
+  WatchMachines();
+  std::promise<void> held, left;
+  server.Then("WaitForUpdates", [&] {
+    held.set_value();
+    left.get_future().wait();
+    return UpdateSet("2", "filter-1", Machine("vm-1", "late"));
+  });
+  held.get_future().wait();
+  sync->RequestStop();
+  std::thread agent([&] {
+    server.Then("CreateFilter", [&] {
+      EXPECT_FALSE(Status().loopRunning);
+      server.Feed(UpdateSet("1", "filter-2", Machine("vm-2", "new")));
+      return "<returnval type=\"PropertyFilter\">filter-2</returnval>";
+    });
+    Watch(kMachines);
+  });
+  const auto cancels = [&] { return server.Count("CancelWaitForUpdates"); };
+  while (cancels() < 4 && server.Count("CreateFilter") < 2) std::this_thread::yield();
+  EXPECT_EQ(server.Count("CreateFilter"), 1u);
+  EXPECT_EQ(Caches(), "machine vm-1 ElementName=[first]\n");
+  left.set_value();
+  agent.join();
+  EXPECT_EQ(Caches(), "machine vm-2 ElementName=[new]\n");
+}
+
+// Announced until the threads have come back: a stop that came before they waited says nothing to
+// them, and without a wake-up they never come back.
+TEST_F(SyncStopTest, AStopWakesWhoWaitsWithoutALoop) {
+  SyncState waited;
+  waited.SetPhase(SyncState::Phase::running);
+  const std::atomic<bool> unseen{false};  // only the number of stops tells them
+  std::atomic<bool> stopped{false};
+  std::atomic<int> inside{2};
+  std::thread changes([&] {
+    unsigned long long seen = 0;
+    EXPECT_FALSE(waited.WaitForChange(seen, 0, unseen));
+    --inside;
+  });
+  std::thread task([&] {
+    TaskWait wait;
+    waited.WaitForRelease(wait, unseen);
+    EXPECT_FALSE(wait.released);
+    --inside;
+  });
+  for (; inside > 0; std::this_thread::yield()) waited.AnnounceStop(stopped);
+  changes.join();
+  task.join();
+  EXPECT_TRUE(stopped);
 }
 
 // The setup that fails has nothing left to take back, and looks at nothing of it.
