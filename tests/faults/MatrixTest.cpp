@@ -106,13 +106,13 @@ struct Expected {
   int least, most;
 };
 
-// A line comes once. "each": for each failed cycle; "maybe": or not.
+// A line comes once. "each": for each failed cycle; "maybe": or not; "maybe each": or for each.
 std::vector<Expected> ExpectedLines(const Cell& cell, const Stage::Attempts& attempts) {
   std::vector<Expected> lines;
   for (const std::string& entry : Parts(cell.outcome.at("Log"), "<br>")) {
-    const bool each = entry.compare(0, 6, "each: ") == 0;
-    const bool maybe = entry.compare(0, 7, "maybe: ") == 0;
-    const std::size_t prefix = each ? 6 : maybe ? 7 : 0;
+    const bool maybe = entry.compare(0, 5, "maybe") == 0;
+    const bool each = entry.compare(maybe ? 6 : 0, 4, "each") == 0;
+    const std::size_t prefix = maybe || each ? entry.find(": ") + 2 : 0;
     lines.push_back({entry.substr(prefix), maybe ? 0 : 1, each ? attempts.cycles : 1});
   }
   for (const std::string& entry : Parts(cell.fault.at("Also in the log"), "<br>")) {

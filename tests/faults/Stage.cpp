@@ -139,7 +139,7 @@ void Stage::MeetInLoop() {
     KE::Service::KESyncStatus status;
     sync->GetStatus(status);
     if (!status.loopRunning) return true;  // the process ends
-    return CallsOf(method) > calls + 2 || status.consecutiveFailures > 1;
+    return CallsOf(method) > calls + 1 || status.consecutiveFailures > 1;
   });
   seen = met ? "goes on" : "stands still";
 }
