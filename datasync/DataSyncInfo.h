@@ -10,6 +10,7 @@
 
 #include <memory>
 #include <thread>
+#include <vector>
 
 #include "datasync/WaiterHolder.h"
 #include "foundation/KEExport.h"
@@ -18,6 +19,8 @@
 #include "stub/classes/ManagedObjectReference.h"
 
 namespace KE::Service {
+
+struct MethodDataSyncInfo;
 
 struct KECPP_API DataSyncInfo {
   DataSyncInfo() = default;
@@ -34,6 +37,7 @@ struct KECPP_API DataSyncInfo {
       reference;  // the filter, as the server named it
 
   std::thread::id maker = std::this_thread::get_id();  // who set the watch up
+  std::vector<MethodDataSyncInfo*> methods;            // that its list named too; not owned
 };
 
 }  // namespace KE::Service

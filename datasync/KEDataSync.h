@@ -76,7 +76,9 @@ class KECPP_API KEDataSync {
                                                           KELib::KEWaiter* waiter) = 0;
 
   // Ends the watch that `ref` stands for (the pointer that SetupDataSync returned, or an equal
-  // reference). An unknown reference changes nothing. A failing server is logged, not reported.
+  // reference): its properties and its methods. Methods that several lists named go on until the
+  // last of those lists is stopped. An unknown reference changes nothing. A failing server is
+  // logged, not reported.
   virtual void StopDataSync(KE::Stub::ManagedObjectReference* ref) = 0;
 
   // Waits until the server task whose reference `response` holds (the answer of the method that

@@ -275,20 +275,20 @@ ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* ro
 
   ManagedObjectReference* filter = nullptr;
   ManagedObjectReference* methods = nullptr;
-  bool newMethods = false;
+  ManagedObjectReference methodsKey;  // as `methods` is, which another thread may free
   std::shared_ptr<TaskWait> blocked;
   try {
     if (sections.hasPropertySet) filter = CreatePropFilter(root, list, waiter);
     if (!sections.methods.empty()) {
-      methods = RegisterMethods(root, sections, filter == nullptr ? waiter : nullptr, newMethods);
-      RunMethodsAtSetup(KEString(methods->value.Cstr()));
+      methods = RegisterMethods(root, sections, filter, waiter, methodsKey);
+      if (methods != nullptr) RunMethodsAtSetup(methodsKey.value);
     }
     if (filter != nullptr && waiter != nullptr && sections.IsTaskWatch()) {
       blocked = BlockOnTask(filter, stopsBefore);
     }
     StartSyncData();
   } catch (...) {
-    AbandonSetup(filter, newMethods ? methods : nullptr, stopsBefore);
+    AbandonSetup(filter, methods, methodsKey, stopsBefore);
     throw;
   }
   if (blocked != nullptr) state->WaitForRelease(*blocked, stopRequested);
@@ -296,14 +296,18 @@ ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* ro
 }
 
 // Leaves no record, reference or waiter of a setup that failed behind.
-// Another thread may have stopped the watch while the call went on: then `filter` is freed.
+// Another thread may have stopped the watch while the call went on: then `filter` or `methods` is
+// freed.
 void KEDataSyncImpl::AbandonSetup(ManagedObjectReference* filter, ManagedObjectReference* methods,
+                                  ManagedObjectReference& methodsKey,
                                   unsigned long long stopsBefore) noexcept {
   try {
     KEMutexGuard guard(mutex.get());
     if (state->Stops() != stopsBefore) return;
     if (FindOwnFilterNoLock(filter) != nullptr) DestroyPropFilter(filter);
-    if (methods != nullptr) DestroyPropMethod(methods);
+    if (filter != nullptr || methods == nullptr) return;
+    MethodDataSyncInfo* info = FindMethodsNoLock(methodsKey);
+    if (info != nullptr && info->reference.get() == methods) StopMethodsNoLock(methodsKey);
   } catch (...) {
     Log(nullptr, LOG_LEVEL_VERBOSE, "Could not take back a watch that failed to start.");
   }
@@ -352,6 +356,7 @@ ManagedObjectReference* KEDataSyncImpl::RecordFilterNoLock(
     // The server handed the same filter out again: whoever holds the older reference keeps it
     // valid.
     ReleaseWaiterNoLock(older->waiter);
+    info->methods.swap(older->methods);
     reference = std::move(older->reference);
     key = reference.get();
     filters->Remove(key);
@@ -402,7 +407,7 @@ void KEDataSyncImpl::StopDataSync(ManagedObjectReference* ref) {
   if (ref->type.Equals(TypePropertyFilter)) {
     DestroyPropFilter(ref);
   } else {
-    DestroyPropMethod(ref);
+    StopMethodsNoLock(*ref);
   }
 }
 
@@ -419,6 +424,11 @@ void KEDataSyncImpl::DestroyPropFilter(ManagedObjectReference* filter) {
   } catch (const std::exception& e) {
     Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Destroying PropFilter : %s", e.what());
   }
+  DataSyncInfo* info = FindFilterNoLock(*filter);
+  if (info == nullptr) return;
+  // The methods go first: what the caches hold is left as last known, as for every filter.
+  ReleaseWaiterNoLock(info->waiter);
+  LeaveMethodsNoLock(*info);
   RemoveFilterNoLock(*filter);
 }
 

@@ -86,12 +86,12 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
                                                      KELib::KEVector<KELib::KEString>& list,
                                                      KELib::KEWaiter* waiter);
 
-  // Asks the server to destroy the filter and removes its record, also when the server fails. The
-  // record's waiter is signalled.
+  // Asks the server to destroy the filter and removes its record, also when the server fails, and
+  // with it the methods that no other list names. The record's waiter is signalled.
   void DestroyPropFilter(KE::Stub::ManagedObjectReference* filter);
 
-  // Removes the record of property methods and the stubs of its cache types that no other record
-  // names. Its waiter is signalled.
+  // Removes the record of property methods, however many lists name it, and the stubs of its cache
+  // types that no other record names. Its waiter is signalled.
   void DestroyPropMethod(KE::Stub::ManagedObjectReference* ref);
 
   // Invokes every registered property method and applies the answers, except that a method that
@@ -199,11 +199,14 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
       KELib::KEVector<KELib::KEString>& list, KELib::KEWaiter* waiter) KECPP_REQUIRES(mutex);
   KE::Stub::ManagedObjectReference* RegisterMethods(KE::Stub::ManagedObjectReference* root,
                                                     const PropertyList& sections,
-                                                    KELib::KEWaiter* waiter, bool& created);
+                                                    KE::Stub::ManagedObjectReference* filter,
+                                                    KELib::KEWaiter* waiter,
+                                                    KE::Stub::ManagedObjectReference& key);
   void CreateCaches(const PropertyList& sections, KELib::KEVector<KELib::KEString>& cacheTypes);
   void RemoveFilterNoLock(KE::Stub::ManagedObjectReference& filter) KECPP_REQUIRES(mutex);
   void AbandonSetup(KE::Stub::ManagedObjectReference* filter,
                     KE::Stub::ManagedObjectReference* methods,
+                    KE::Stub::ManagedObjectReference& methodsKey,
                     unsigned long long stopsBefore) noexcept;
   DataSyncInfo* FindOwnFilterNoLock(const KE::Stub::ManagedObjectReference* reference)
       KECPP_REQUIRES(mutex);
@@ -222,6 +225,10 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   void ApplyMethodAnswer(MethodCall& call, KELib::KEString& response);
   void ReleaseMethodWaiters();
   void LosePermissions(const char* text);
+  bool NamesMethodsNoLock(const MethodDataSyncInfo& methods, const DataSyncInfo* except)
+      KECPP_REQUIRES(mutex);
+  void LeaveMethodsNoLock(DataSyncInfo& filter) KECPP_REQUIRES(mutex);
+  void StopMethodsNoLock(KE::Stub::ManagedObjectReference& ref) KECPP_REQUIRES(mutex);
   MethodDataSyncInfo* FindMethodsNoLock(KE::Stub::ManagedObjectReference& ref)
       KECPP_REQUIRES(mutex);
   bool IsCacheNamedNoLock(KELib::KEString& type) KECPP_REQUIRES(mutex);

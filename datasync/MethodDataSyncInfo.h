@@ -21,8 +21,8 @@ namespace KE::Service {
 
 // What became of a method's last call.
 struct KECPP_API MethodOutcome {
-  bool answered = false;
-  KELib::KEString failure;                          // text of the failure; empty when it answered
+  enum class Last { none, answered, failed } last = Last::none;
+  KELib::KEString failure;                          // text of the failure
   std::chrono::steady_clock::time_point notBefore;  // when the loop calls a failed one again
 };
 
@@ -40,6 +40,7 @@ struct KECPP_API MethodDataSyncInfo {
   std::unique_ptr<KE::Stub::ManagedObjectReference> reference;
 
   std::vector<MethodOutcome> outcomes;  // of each of `methods`
+  unsigned int lists = 0;  // how many lists without properties named the methods and go on
 };
 
 }  // namespace KE::Service

@@ -61,6 +61,10 @@ bool Names(KEVector<KEString>& names, KEString& wanted) {
   return names.Index(wanted) < names.Count();
 }
 
+bool Holds(const DataSyncInfo& filter, const MethodDataSyncInfo& methods) {
+  return std::find(filter.methods.begin(), filter.methods.end(), &methods) != filter.methods.end();
+}
+
 }  // namespace
 
 // One invocation of a run: copies, since the record may go while the server is being asked.
@@ -72,34 +76,51 @@ struct KEDataSyncImpl::MethodCall {
   std::exception_ptr error;  // null: it answered
 };
 
+// Names the record in `key`. Null when another thread has stopped `filter`, which the same list
+// made, already.
 ManagedObjectReference* KEDataSyncImpl::RegisterMethods(ManagedObjectReference* root,
                                                         const PropertyList& sections,
-                                                        KELib::KEWaiter* waiter, bool& created) {
+                                                        ManagedObjectReference* filter,
+                                                        KELib::KEWaiter* waiter,
+                                                        ManagedObjectReference& key) {
   auto info = std::make_unique<MethodDataSyncInfo>();
   info->target.type = root->type;
   info->target.value = root->value;
-  KEString type(TypePropertyMethod), value(root->value);
+  key.type = TypePropertyMethod;
+  key.value = root->value;
   for (unsigned int index : sections.methods) {
     info->methods.Add(sections.At(index));
     info->outcomes.emplace_back();
-    value += info->methods.Count() == 1 ? "/" : ",";
-    value += sections.At(index);
+    key.value += info->methods.Count() == 1 ? "/" : ",";
+    key.value += sections.At(index);
   }
-  info->reference.reset(KE::Stub::CreateManagedObjectReference(type, value));
+  info->reference.reset(KE::Stub::CreateManagedObjectReference(key.type, key.value));
   std::unique_ptr<WaiterHolder> holder;
-  if (waiter != nullptr) {
+  if (waiter != nullptr && filter == nullptr) {
     holder = std::make_unique<WaiterHolder>();
     holder->waiter = waiter;
   }
 
   KEMutexGuard guard(mutex.get());
-  MethodDataSyncInfo* record = FindMethodsNoLock(*info->reference);
+  DataSyncInfo* owner = FindOwnFilterNoLock(filter);
+  if (filter != nullptr && owner == nullptr) return nullptr;
+  if (owner != nullptr) owner->methods.reserve(owner->methods.size() + 1);
+  CreateCaches(sections, info->cacheTypes);
+  MethodDataSyncInfo* record = FindMethodsNoLock(key);
   if (record == nullptr) {
-    CreateCaches(sections, info->cacheTypes);
-    ManagedObjectReference* key = info->reference.get();
-    methodInfos->Insert(key, info.get());
+    ManagedObjectReference* ownKey = info->reference.get();
+    methodInfos->Insert(ownKey, info.get());
     record = info.release();
-    created = true;
+  } else {
+    for (unsigned int i = 0; i < info->cacheTypes.Count(); ++i) {
+      KEString& type = info->cacheTypes[i];
+      if (!Names(record->cacheTypes, type)) record->cacheTypes.Add(type);
+    }
+  }
+  if (owner == nullptr) {
+    ++record->lists;
+  } else if (!Holds(*owner, *record)) {
+    owner->methods.push_back(record);
   }
   if (holder != nullptr) {
     ReleaseWaiterNoLock(record->waiter);  // an older one had its data when its own call returned
@@ -125,7 +146,8 @@ std::vector<KEDataSyncImpl::MethodCall> KEDataSyncImpl::CallsToMake(const KEStri
     const bool isSetUp = always != nullptr && info->reference->value.Equals(always->Cstr());
     for (unsigned int i = 0; i < info->methods.Count(); ++i) {
       const MethodOutcome& outcome = info->outcomes[i];
-      if (!isSetUp && !outcome.failure.Empty() && outcome.notBefore > now) continue;
+      if (!isSetUp && outcome.last == MethodOutcome::Last::failed && outcome.notBefore > now)
+        continue;
       MethodCall& call = calls.emplace_back();
       call.record.value = info->reference->value;
       call.target.type = info->target.type;
@@ -177,12 +199,11 @@ void KEDataSyncImpl::NoteMethodOutcome(MethodCall& call) {
   MethodDataSyncInfo* info = FindMethodsNoLock(call.record);
   if (info == nullptr || call.index >= info->outcomes.size()) return;
   MethodOutcome& outcome = info->outcomes[call.index];
-  outcome.answered = call.error == nullptr;
-  outcome.failure.Clear();
-  if (outcome.answered) return;
+  outcome.last = MethodOutcome::Last::answered;
+  if (call.error == nullptr) return;
+  outcome.last = MethodOutcome::Last::failed;
   outcome.notBefore = Clock::now() + kFailedMethodPause;
-  WithText(call.error,
-           [&](const char* text) { outcome.failure = *text != '\0' ? text : "Unknown Exception"; });
+  WithText(call.error, [&](const char* text) { outcome.failure = text; });
 }
 
 void KEDataSyncImpl::PropMethodToCache() {
@@ -225,7 +246,7 @@ void KEDataSyncImpl::NoteFailedMethods() {
   for (auto it = methodInfos->Begin(); !it.End(); ++it) {
     if (it->value == nullptr) continue;
     for (const MethodOutcome& outcome : it->value->outcomes) {
-      if (!outcome.failure.Empty()) {
+      if (outcome.last == MethodOutcome::Last::failed) {
         state->NoteFailure(outcome.failure.Cstr());
         return;
       }
@@ -246,7 +267,9 @@ void KEDataSyncImpl::ApplyMethodAnswer(MethodCall& call, KEString& response) {
 
 // Those of the records whose methods have all answered.
 void KEDataSyncImpl::ReleaseMethodWaiters() {
-  const auto isGood = [](const MethodOutcome& outcome) { return outcome.answered; };
+  const auto isGood = [](const MethodOutcome& outcome) {
+    return outcome.last == MethodOutcome::Last::answered;
+  };
   KEMutexGuard guard(mutex.get());
   for (auto it = methodInfos->Begin(); !it.End(); ++it) {
     MethodDataSyncInfo* info = it->value;
@@ -254,6 +277,39 @@ void KEDataSyncImpl::ReleaseMethodWaiters() {
     if (std::all_of(info->outcomes.begin(), info->outcomes.end(), isGood)) {
       ReleaseWaiterNoLock(info->waiter);
     }
+  }
+}
+
+// Whether the list of a filter names the methods, that of `except` aside.
+bool KEDataSyncImpl::NamesMethodsNoLock(const MethodDataSyncInfo& methods,
+                                        const DataSyncInfo* except) {
+  for (auto it = filters->Begin(); !it.End(); ++it) {
+    if (it->value != nullptr && it->value != except && Holds(*it->value, methods)) return true;
+  }
+  return false;
+}
+
+// For a filter that ends. Without memory nothing is lost: it may be stopped again.
+void KEDataSyncImpl::LeaveMethodsNoLock(DataSyncInfo& filter) {
+  while (!filter.methods.empty()) {
+    MethodDataSyncInfo* info = filter.methods.back();
+    if (info->lists == 0 && !NamesMethodsNoLock(*info, &filter)) {
+      DestroyPropMethod(info->reference.get());  // takes it out of `filter.methods`, too
+    } else {
+      filter.methods.pop_back();
+    }
+  }
+}
+
+// Ends one of the lists without properties that named these methods.
+void KEDataSyncImpl::StopMethodsNoLock(ManagedObjectReference& ref) {
+  MethodDataSyncInfo* info = FindMethodsNoLock(ref);
+  if (info == nullptr || info->lists == 0) return;
+  ReleaseWaiterNoLock(info->waiter);
+  if (info->lists > 1 || NamesMethodsNoLock(*info, nullptr)) {
+    --info->lists;
+  } else {
+    DestroyPropMethod(info->reference.get());
   }
 }
 
@@ -268,6 +324,11 @@ void KEDataSyncImpl::DestroyPropMethod(ManagedObjectReference* ref) {
   for (unsigned int i = 0; i < info->cacheTypes.Count(); ++i) cacheTypes.Add(info->cacheTypes[i]);
   KE::Instance::KECacheGuard caches(typeCache.get());
   caches.LockAll();  // deleting a stub writes into its partners, whichever caches they live in
+  for (auto it = filters->Begin(); !it.End(); ++it) {
+    if (it->value == nullptr) continue;
+    auto& held = it->value->methods;
+    held.erase(std::remove(held.begin(), held.end(), info), held.end());
+  }
   // The map's key is the record's own reference, which must outlive the removal.
   const std::unique_ptr<ManagedObjectReference> reference = std::move(info->reference);
   ManagedObjectReference* key = reference.get();
