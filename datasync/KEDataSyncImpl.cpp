@@ -303,11 +303,16 @@ void KEDataSyncImpl::AbandonSetup(ManagedObjectReference* filter, ManagedObjectR
                                   unsigned long long stopsBefore) noexcept {
   try {
     KEMutexGuard guard(mutex.get());
-    if (state->Stops() != stopsBefore) return;
-    if (FindOwnFilterNoLock(filter) != nullptr) DestroyPropFilter(filter);
-    if (filter != nullptr || methods == nullptr) return;
-    MethodDataSyncInfo* info = FindMethodsNoLock(methodsKey);
-    if (info != nullptr && info->reference.get() == methods) StopMethodsNoLock(methodsKey);
+    DataSyncInfo* own = FindOwnFilterNoLock(filter);
+    const bool methodsAlone = filter == nullptr && methods != nullptr;
+    MethodDataSyncInfo* info = methodsAlone ? FindMethodsNoLock(methodsKey) : nullptr;
+    if (info != nullptr && info->reference.get() != methods) info = nullptr;
+    // First what the caller may destroy, and what cannot fail.
+    if (own != nullptr) ReleaseWaiterNoLock(own->waiter);
+    if (info != nullptr) ReleaseWaiterNoLock(info->waiter);
+    if (state->Stops() != stopsBefore) return;  // the next watch ends what is left
+    if (own != nullptr) DestroyPropFilter(filter);
+    if (info != nullptr) StopMethodsNoLock(methodsKey);
   } catch (...) {
     Log(nullptr, LOG_LEVEL_VERBOSE, "Could not take back a watch that failed to start.");
   }
