@@ -63,18 +63,19 @@ class KECPP_API KEFileImpl : public KEFile {
 
   // Opens the stream in the requested direction, closing one that is open in the other. True when a
   // stream is open afterwards. For callers that hold the object's mutex, or its only user.
-  bool Init(FileIoMode requested);
+  bool Init(FileIoMode requested) KECPP_REQUIRES(mutex);
 
-  // Closes the stream, if one is open, and flushes what was written. False when that failed.
-  bool Close();
+  // Closes the stream, if one is open, and flushes what was written. False when that failed. For
+  // the same callers.
+  bool Close() KECPP_REQUIRES(mutex);
 
  private:
-  bool ReadStream(KEString& out);
-  bool WriteStream(const char* text, unsigned int length);
+  bool ReadStream(KEString& out) KECPP_REQUIRES(mutex);
+  bool WriteStream(const char* text, unsigned int length) KECPP_REQUIRES(mutex);
 
-  KEString path;
+  KEString path;  // constant, as the next
   FileIoMode mode;
-  FILE* stream;
+  FILE* stream KECPP_GUARDED_BY(mutex);
   std::unique_ptr<KEMutex> mutex;
 };
 

@@ -53,6 +53,7 @@ bool KEServiceInstImpl::SetupClient() {
 }
 
 bool KEServiceInstImpl::SetupService() {
+  KEMutexGuard guard(mutex.get());
   if (method == nullptr) {
     KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE,
                         "Unable to SetupService - no method found");

@@ -9,6 +9,7 @@
 #include "config/KEConfig.h"
 #include "foundation/KEMutex.h"
 #include "foundation/KEString.h"
+#include "foundation/KEThreadAnnotations.h"
 #include "foundation/KEVector.h"
 #include "service/call/KEMethod.h"
 #include "service/call/KESoapClient.h"
@@ -36,27 +37,30 @@ class KECPP_API KEServiceInstImpl : public KEServiceInst {
   KEMethod* GetMethod() override;
 
   // Builds the client and the method invoker and reads the service content. False when one fails.
+  // Part of Init.
   bool SetupClient();
 
-  // Invokes "RetrieveServiceContent" unless its answer is held. False when there is none.
+  // Invokes "RetrieveServiceContent" unless its answer is held. False when there is none. Takes the
+  // instance's mutex unless the calling thread holds it.
   bool SetupService();
 
-  KESession* CreateSessionNoLock();      // the caller holds the instance's mutex
-  KESession* GetCurrentSessionNoLock();  // likewise
+  // The caller holds the instance's mutex.
+  KESession* CreateSessionNoLock() KECPP_REQUIRES(mutex);
+  KESession* GetCurrentSessionNoLock() KECPP_REQUIRES(mutex);
 
   // Ends the sync threads of all sessions. False when one cannot be ended: then neither the
   // instance nor a session of it may be destroyed.
   bool EndSyncs();
 
  private:
-  bool EndSyncsNoLock();
+  bool EndSyncsNoLock() KECPP_REQUIRES(mutex);
 
   std::unique_ptr<KELib::KEConfig> config;  // constant after Init
-  KELib::KEString serviceContent;           // guarded by `mutex` while it is read
-  std::unique_ptr<KESoapClient> client;     // constant after Init
-  std::unique_ptr<KEMethod> method;         // constant after Init
-  KELib::KEVector<KESession*> sessions;     // guarded by `mutex`
-  unsigned int next = 0;                    // guarded by `mutex`
+  KELib::KEString serviceContent KECPP_GUARDED_BY(mutex);
+  std::unique_ptr<KESoapClient> client;  // constant after Init
+  std::unique_ptr<KEMethod> method;      // constant after Init
+  KELib::KEVector<KESession*> sessions KECPP_GUARDED_BY(mutex);
+  unsigned int next KECPP_GUARDED_BY(mutex) = 0;
   std::unique_ptr<KELib::KEMutex> mutex;
 };
 

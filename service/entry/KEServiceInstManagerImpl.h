@@ -9,6 +9,7 @@
 #include "foundation/KEHashmap.h"
 #include "foundation/KEMutex.h"
 #include "foundation/KEString.h"
+#include "foundation/KEThreadAnnotations.h"
 #include "service/entry/KEServiceInst.h"
 #include "service/entry/KEServiceInstManager.h"
 
@@ -33,17 +34,18 @@ class KECPP_API KEServiceInstManagerImpl : public KEServiceInstManager {
   void FreeServiceInstance(KEServiceInst* inst) override;
   void FreeAllServiceInstance() override;
 
-  void FreeAllServiceInstanceNoLock();  // the caller holds the manager's mutex
+  // The caller holds the manager's mutex.
+  void FreeAllServiceInstanceNoLock() KECPP_REQUIRES(mutex);
 
  private:
-  void File(KEServiceInst* inst);
-  bool Unlink(KEServiceInst* inst);
+  void File(KEServiceInst* inst) KECPP_REQUIRES(mutex);
+  bool Unlink(KEServiceInst* inst) KECPP_REQUIRES(mutex);
   void Destroy(KEServiceInst* inst);
   bool StopForGood(KEServiceInst& inst);
 
   static KEServiceInstManagerImpl* _inst;
 
-  KELib::KEHashmap<KELib::KEString, KEServiceInst*> instances;  // guarded by `mutex`
+  KELib::KEHashmap<KELib::KEString, KEServiceInst*> instances KECPP_GUARDED_BY(mutex);
   std::unique_ptr<KELib::KEMutex> mutex;
 };
 

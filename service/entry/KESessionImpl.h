@@ -12,6 +12,7 @@
 #include "datasync/KEDataSync.h"
 #include "foundation/KEMutex.h"
 #include "foundation/KEString.h"
+#include "foundation/KEThreadAnnotations.h"
 #include "service/entry/KESession.h"
 #include "stub/classes/ManagedObjectReference.h"
 
@@ -46,7 +47,7 @@ class KECPP_API KESessionImpl : public KESession {
   bool SetupLocalLogin(KELib::KEString& user, KELib::KEString& password);
 
   // As Login; the caller holds the session's mutex.
-  void LoginNoLock(KELib::KEString& user, KELib::KEString& password);
+  void LoginNoLock(KELib::KEString& user, KELib::KEString& password) KECPP_REQUIRES(mutex);
 
   bool IsInitialized();
   bool IsLoggedIn();
@@ -55,23 +56,26 @@ class KECPP_API KESessionImpl : public KESession {
   bool EndSync();
 
  private:
-  void LoginAsConfigured(KELib::KEConfig& config);
+  void LoginAsConfigured(KELib::KEConfig& config) KECPP_REQUIRES(mutex);
   void AcquireTicket(const KELib::KEString& user, KELib::KEString& ticketUser,
                      KELib::KEString& path);
-  void SendLogin(const KELib::KEString& userXml, const KELib::KEString& passwordXml);
-  bool MayLogin();
+  void SendLogin(const KELib::KEString& userXml, const KELib::KEString& passwordXml)
+      KECPP_REQUIRES(mutex);
+  bool MayLogin() KECPP_REQUIRES(mutex);
   void StartBody(const char* name, KELib::Xml::KEXmlBuffer& body);
 
-  bool initialized = false;  // all guarded by `mutex`
-  bool loggedIn = false;
+  // What is not marked is constant after Init, which holds `mutex`.
+  bool initialized KECPP_GUARDED_BY(mutex) = false;
+  bool loggedIn KECPP_GUARDED_BY(mutex) = false;
   KEMethod* method = nullptr;
-  const void* id = nullptr;
+  const void* id KECPP_GUARDED_BY(mutex) = nullptr;
   bool newApi = false;
-  KELib::KEString userSession;
+  KELib::KEString userSession KECPP_GUARDED_BY(mutex);
   std::unique_ptr<KE::Stub::ManagedObjectReference> rootFolder;
   std::unique_ptr<KE::Stub::ManagedObjectReference> propertyCollector;
   std::unique_ptr<KE::Stub::ManagedObjectReference> sessionManager;
-  std::unique_ptr<KEDataSync> dataSync;  // destroyed before the references that it works with
+  // Destroyed before the references that it works with.
+  std::unique_ptr<KEDataSync> dataSync KECPP_GUARDED_BY(mutex);
   std::unique_ptr<KELib::KEMutex> mutex;
 };
 
