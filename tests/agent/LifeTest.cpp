@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <functional>
 
 #include "agent/AgentProcess.h"
 #include "agent/RawClient.h"
@@ -57,12 +58,20 @@ std::size_t CountOf(const std::string& text, const std::string& part) {
   return count;
 }
 
-// The limit is two seconds.
-void ExpectQuickEnd(AgentProcess& agent) {
+// Whether the agent ends within two seconds.
+bool EndsQuickly(AgentProcess& agent) {
   const auto start = std::chrono::steady_clock::now();
   agent.Signal(SIGTERM);
   EXPECT_EQ(agent.Wait(), 0) << agent.Errors();
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5 * 2));
+  return std::chrono::steady_clock::now() - start < std::chrono::seconds(2);
+}
+
+// A loaded machine may be slow, but not five times in a row.
+void ExpectOneOfFive(const std::function<bool()>& attempt) {
+  int attempts = 0;
+  while (!attempt() && ++attempts < 5) {
+  }
+  EXPECT_LT(attempts, 5);
 }
 
 const char* const NO_DAEMON =
@@ -110,7 +119,7 @@ TEST(Life, AnAccountThatMayNotSeeRolesSeesMachines) {
   EXPECT_THAT(client.Run("ain", machine), HasSubstr("ZORBEL_ORXComputerSystem"));
 }
 
-TEST(Life, ItEndsWithinTwoSecondsWhateverHangs) {
+bool EndsQuicklyWhateverHangs() {
   Simulator simulator({"--machines", "2000"});
   AgentProcess agent(simulator.Config());
   RawClient idle(agent.Port()), half(agent.Port()), page(agent.Port()), slow(agent.Port());
@@ -121,20 +130,28 @@ TEST(Life, ItEndsWithinTwoSecondsWhateverHangs) {
   simulator.Control("fault", {{"method", "*"}, {"kind", "hang"}, {"count", 1000}});
   simulator.Control("machine", {{"do", "remove"}, {"id", "vm-1"}});  // ends the wait that is out
   EXPECT_TRUE(Eventually([&] { return simulator.Stats()["waits"] == 0; }));
-  ExpectQuickEnd(agent);
+  return EndsQuickly(agent);
+}
+
+bool EndsQuicklyBeforeTheFirstFill(const char* method) {
+  Simulator simulator({"--machines", "3"});
+  simulator.Control("fault", {{"method", method}, {"kind", "hang"}, {"count", 1000}});
+  AgentProcess agent(simulator.Config());
+  RawClient waiting(agent.Port());
+  waiting.Send(Post("EnumerateInstances", "CIM_System"));
+  EXPECT_TRUE(Eventually([&] { return simulator.Stats()["calls"].contains(method); }));
+  return EndsQuickly(agent);
+}
+
+TEST(Life, ItEndsWithinTwoSecondsWhateverHangs) {
+  ExpectOneOfFive(EndsQuicklyWhateverHangs);
 }
 
 TEST(Life, ItEndsWithinTwoSecondsBeforeTheFirstFill) {
   for (const char* method : {"RetrieveServiceContent", "Login", "CreateFilter", "WaitForUpdates",
                              "RetrieveAllPermissions"}) {
     SCOPED_TRACE(method);
-    Simulator simulator({"--machines", "3"});
-    simulator.Control("fault", {{"method", method}, {"kind", "hang"}, {"count", 1000}});
-    AgentProcess agent(simulator.Config());
-    RawClient waiting(agent.Port());
-    waiting.Send(Post("EnumerateInstances", "CIM_System"));
-    EXPECT_TRUE(Eventually([&] { return simulator.Stats()["calls"].contains(method); }));
-    ExpectQuickEnd(agent);
+    ExpectOneOfFive([&] { return EndsQuicklyBeforeTheFirstFill(method); });
   }
 }
 

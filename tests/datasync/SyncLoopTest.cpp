@@ -2,6 +2,7 @@
 //
 // The loop that waits for updates, where the files of loop/ cannot look: readers beside it, times,
 // stops from other threads, and the end of the process.
+#include <algorithm>
 #include <functional>
 #include <future>
 #include <vector>
@@ -86,6 +87,24 @@ TEST_F(SyncLoopTest, AFailingMethodHoldsUpNothingElse) {
   while (server.Count("Failing") < before + 6) cycle();
   EXPECT_EQ(Status().consecutiveFailures, 0u);
   EXPECT_EQ(ends, 0);
+}
+
+// A new login begins with the shortest pause; otherwise every pause from the third on would last a
+// second. A loaded machine may stretch one, but not four.
+TEST_F(SyncLoopTest, ANewLoginForgetsTheFailuresOfTheLast) {
+  auto shortest = std::chrono::steady_clock::duration::max();
+  for (int login = 1; login <= 6; ++login) {
+    const std::size_t waits = server.Count("WaitForUpdates");
+    server.FeedError(SystemException("down"));
+    server.FeedError(KELib::RequestTimedOutException("quiet"));
+    Watch(kMachines);
+    AwaitQuietWait(waits + 3);
+    const auto calls = server.Calls("WaitForUpdates");
+    if (login > 2) shortest = std::min(shortest, calls[waits + 1].time - calls[waits].time);
+    sync->RequestStop();
+    AwaitLoopEnd();
+  }
+  EXPECT_LT(shortest, std::chrono::seconds(1));
 }
 
 TEST_F(SyncLoopTest, NothingIsSentWithoutARootOrWithoutAWaiterForATask) {
