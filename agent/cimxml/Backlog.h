@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Bounds the memory of answers that are made and not taken yet: whoever asks for everything and
+// Bounds the memory of answers that are made or not taken yet: whoever asks for everything and
 // takes nothing keeps an answer of megabytes for minutes.
 //
 // Thread safety: any thread.
@@ -10,6 +10,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
+#include <memory>
 #include <mutex>
 
 namespace cimxml {
@@ -20,13 +21,10 @@ class Backlog {
 
   explicit Backlog(std::size_t bytes) : limit(bytes) {}
 
-  // Counts an answer's bytes until it goes. The backlog outlives it.
+  // Room that was taken for one answer, until it goes. The backlog outlives it.
   class Share {
    public:
-    Share(Backlog& backlog, std::size_t answerBytes) : owner(backlog), bytes(answerBytes) {
-      std::lock_guard<std::mutex> lock(owner.mutex);
-      owner.taken += bytes;
-    }
+    explicit Share(Backlog& backlog) : owner(backlog) {}
     ~Share() {
       std::lock_guard<std::mutex> lock(owner.mutex);
       owner.taken -= bytes;
@@ -36,23 +34,40 @@ class Backlog {
     Share& operator=(const Share&) = delete;
 
    private:
+    friend class Backlog;
     Backlog& owner;
-    const std::size_t bytes;
+    std::size_t bytes = 0;
   };
 
-  // Whether one more answer may be made, of any size.
-  bool HasRoom() {
+  // Whether an answer of that size may be made. One that is larger than the limit has room when it
+  // is the only one.
+  bool HasRoom(std::size_t bytes) {
     std::lock_guard<std::mutex> lock(mutex);
-    return taken < limit;
+    return Fits(bytes);
   }
 
   // Waits for room; false when there is none in time.
-  bool AwaitRoom(Clock::time_point deadline) {
+  bool AwaitRoom(std::size_t bytes, Clock::time_point deadline) {
     std::unique_lock<std::mutex> lock(mutex);
-    return given.wait_until(lock, deadline, [this] { return taken < limit; });
+    return given.wait_until(lock, deadline, [&] { return Fits(bytes); });
+  }
+
+  // Takes the room; null when there is none.
+  std::unique_ptr<Share> Reserve(std::size_t bytes) {
+    auto share = std::make_unique<Share>(*this);
+    std::lock_guard<std::mutex> lock(mutex);
+    if (!Fits(bytes)) return nullptr;
+    share->bytes = bytes;
+    taken += bytes;
+    return share;
   }
 
  private:
+  // The caller holds the mutex.
+  bool Fits(std::size_t bytes) const {
+    return taken == 0 || (bytes <= limit && taken <= limit - bytes);
+  }
+
   const std::size_t limit;
   std::mutex mutex;
   std::condition_variable given;

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// What every operation gets: one request, where to read and where to write. And what several of
-// them ask of a request. All functions throw OperationError for what is no answerable request.
+// What every operation gets and gives: a request and where to read, and the writing of what was
+// read. And what several of them ask of a request. All functions throw OperationError for what is
+// no answerable request.
 #ifndef KECPP_AGENT_CIMXML_CALL_H
 #define KECPP_AGENT_CIMXML_CALL_H
 
@@ -22,8 +23,11 @@ struct Call {
   const Request& request;
   CacheGate& gate;
   const std::string& host;
-  XmlWriter& out;  // takes the content of the return value
 };
+
+// Writes the content of a return value, from copies: it takes no lock, fails in no way but for want
+// of memory and writes the same each time. The call's request and host outlive it.
+using Content = std::function<void(XmlWriter& out)>;
 
 // The class that a parameter names, which must be given and known.
 const ClassRow& RequestedClass(const Request& request);

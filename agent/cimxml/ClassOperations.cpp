@@ -30,32 +30,34 @@ ClassDetail Detail(const Request& request) {
 
 }  // namespace
 
-void EnumerateClasses(const Call& call) {
-  const ClassDetail detail = Detail(call.request);
-  for (const ClassRow* type : ClassesBelow(call.request)) {
-    WriteClass(call.out, *type, PropertiesOf(*type), detail);
-  }
+Content EnumerateClasses(const Call& call) {
+  return [classes = ClassesBelow(call.request), detail = Detail(call.request)](XmlWriter& out) {
+    for (const ClassRow* type : classes) WriteClass(out, *type, PropertiesOf(*type), detail);
+  };
 }
 
-void EnumerateClassNames(const Call& call) {
-  for (const ClassRow* type : ClassesBelow(call.request)) {
-    call.out.Empty("CLASSNAME", {{"NAME", type->name}});
-  }
+Content EnumerateClassNames(const Call& call) {
+  return [classes = ClassesBelow(call.request)](XmlWriter& out) {
+    for (const ClassRow* type : classes) out.Empty("CLASSNAME", {{"NAME", type->name}});
+  };
 }
 
-void GetClass(const Call& call) {
+Content GetClass(const Call& call) {
   const ClassRow& type = RequestedClass(call.request);
-  WriteClass(call.out, type, WantedProperties(call.request, type), Detail(call.request));
+  return [&type, properties = WantedProperties(call.request, type), detail = Detail(call.request)](
+             XmlWriter& out) { WriteClass(out, type, properties, detail); };
 }
 
-void EnumerateNamespaces(const Call& call) {
-  call.out.Open("INSTANCENAME", {{"CLASSNAME", "CIM_Namespace"}});
-  call.out.Open("KEYBINDING", {{"NAME", "Name"}});
-  call.out.Open("KEYVALUE", {{"VALUETYPE", "string"}, {"TYPE", "string"}});
-  call.out.Text(NAMESPACE_NAME);
-  call.out.Close("KEYVALUE");
-  call.out.Close("KEYBINDING");
-  call.out.Close("INSTANCENAME");
+Content EnumerateNamespaces(const Call&) {
+  return [](XmlWriter& out) {
+    out.Open("INSTANCENAME", {{"CLASSNAME", "CIM_Namespace"}});
+    out.Open("KEYBINDING", {{"NAME", "Name"}});
+    out.Open("KEYVALUE", {{"VALUETYPE", "string"}, {"TYPE", "string"}});
+    out.Text(NAMESPACE_NAME);
+    out.Close("KEYVALUE");
+    out.Close("KEYBINDING");
+    out.Close("INSTANCENAME");
+  };
 }
 
 }  // namespace cimxml

@@ -11,13 +11,13 @@ namespace cimxml {
 
 // The classes below "ClassName", or below none: all of them or, without "DeepInheritance", only
 // those directly below.
-void EnumerateClasses(const Call& call);
-void EnumerateClassNames(const Call& call);
+Content EnumerateClasses(const Call& call);
+Content EnumerateClassNames(const Call& call);
 
-void GetClass(const Call& call);
+Content GetClass(const Call& call);
 
 // The one namespace there is, as the name of a "CIM_Namespace".
-void EnumerateNamespaces(const Call& call);
+Content EnumerateNamespaces(const Call& call);
 
 }  // namespace cimxml
 

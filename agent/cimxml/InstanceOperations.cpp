@@ -2,6 +2,7 @@
 #include "agent/cimxml/InstanceOperations.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "agent/cimxml/Errors.h"
 #include "agent/cimxml/ObjectElements.h"
@@ -48,50 +49,34 @@ Found ReadInstances(const Call& call, const ClassRow& asked, bool withProperties
   return found;
 }
 
-ObjectElements Elements(const Call& call) {
-  return {call.out, call.host, call.request.Flag("IncludeClassOrigin", false)};
+ObjectElements Elements(const Call& call, XmlWriter& out) {
+  return {out, call.host, call.request.Flag("IncludeClassOrigin", false)};
 }
 
-// `types` are those that the object's name can mean, its own among them.
-bool GetObject(const Call& call, const std::vector<const ClassRow*>& types,
-               const ObjectName& object) {
-  Rows rows(*object.type, WantedProperties(call.request, *object.type));
-  bool found = false;
-  ReadCaches(call, types,
-             [&](KE::Instance::KETypeCache& cache) { found = ReadOne(cache, object.key, rows); });
-  if (found) Elements(call).Instance(rows, 0);
-  return found;
-}
-
-}  // namespace
-
-void EnumerateInstances(const Call& call) {
-  const ClassRow& asked = RequestedClass(call.request);
-  const Found found = ReadInstances(call, asked, true);
-  ObjectElements elements = Elements(call);
+void WriteInstances(const Call& call, const ClassRow& asked, const Found& found, XmlWriter& out) {
+  ObjectElements elements = Elements(call, out);
   for (const Rows& rows : found.objects) {
     for (std::size_t row = 0; row < rows.Count(); ++row) {
-      call.out.Open("VALUE.NAMEDINSTANCE");
+      out.Open("VALUE.NAMEDINSTANCE");
       elements.Name(rows, row);
       elements.Instance(rows, row);
-      call.out.Close("VALUE.NAMEDINSTANCE");
+      out.Close("VALUE.NAMEDINSTANCE");
     }
   }
   for (const std::vector<Link>& links : found.links) {
     if (links.empty()) continue;
     const auto columns = Columns(call.request, asked, *links.front().type);
     for (const Link& link : links) {
-      call.out.Open("VALUE.NAMEDINSTANCE");
+      out.Open("VALUE.NAMEDINSTANCE");
       elements.Name(link);
       elements.Instance(link, columns);
-      call.out.Close("VALUE.NAMEDINSTANCE");
+      out.Close("VALUE.NAMEDINSTANCE");
     }
   }
 }
 
-void EnumerateInstanceNames(const Call& call) {
-  const Found found = ReadInstances(call, RequestedClass(call.request), false);
-  ObjectElements elements = Elements(call);
+void WriteNames(const Call& call, const Found& found, XmlWriter& out) {
+  ObjectElements elements = Elements(call, out);
   for (const Rows& rows : found.objects) {
     for (std::size_t row = 0; row < rows.Count(); ++row) elements.Name(rows, row);
   }
@@ -100,15 +85,46 @@ void EnumerateInstanceNames(const Call& call) {
   }
 }
 
-void GetInstance(const Call& call) {
-  if (NamesLink(call.request, "InstanceName")) {
-    const Link link = NamedLink(call, "InstanceName");
-    return Elements(call).Instance(link, WantedProperties(call.request, *link.type));
-  }
+// `types` are those that the object's name can mean, its own among them.
+Rows ReadObject(const Call& call, const std::vector<const ClassRow*>& types,
+                const ObjectName& object) {
+  Rows rows(*object.type, WantedProperties(call.request, *object.type));
+  ReadCaches(call, types,
+             [&](KE::Instance::KETypeCache& cache) { ReadOne(cache, object.key, rows); });
+  return rows;
+}
+
+Content GetLink(const Call& call) {
+  const Link link = NamedLink(call, "InstanceName");
+  return [call, link, columns = WantedProperties(call.request, *link.type)](XmlWriter& out) {
+    Elements(call, out).Instance(link, columns);
+  };
+}
+
+}  // namespace
+
+Content EnumerateInstances(const Call& call) {
+  const ClassRow& asked = RequestedClass(call.request);
+  return [call, &asked, found = ReadInstances(call, asked, true)](XmlWriter& out) {
+    WriteInstances(call, asked, found, out);
+  };
+}
+
+Content EnumerateInstanceNames(const Call& call) {
+  return [call, found = ReadInstances(call, RequestedClass(call.request), false)](XmlWriter& out) {
+    WriteNames(call, found, out);
+  };
+}
+
+Content GetInstance(const Call& call) {
+  if (NamesLink(call.request, "InstanceName")) return GetLink(call);
   const auto objects = NamedObjects(call.request, "InstanceName");
   const auto types = TypesOf(objects);
   for (const ObjectName& object : objects) {
-    if (GetObject(call, types, object)) return;
+    Rows rows = ReadObject(call, types, object);
+    if (rows.Count() == 0) continue;
+    return
+        [call, rows = std::move(rows)](XmlWriter& out) { Elements(call, out).Instance(rows, 0); };
   }
   throw OperationError(Status::NotFound, "there is no such instance");
 }

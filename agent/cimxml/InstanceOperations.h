@@ -9,10 +9,10 @@
 namespace cimxml {
 
 // All instances of a class and of those that derive from it, links of associations included.
-void EnumerateInstances(const Call& call);
-void EnumerateInstanceNames(const Call& call);
+Content EnumerateInstances(const Call& call);
+Content EnumerateInstanceNames(const Call& call);
 
-void GetInstance(const Call& call);
+Content GetInstance(const Call& call);
 
 }  // namespace cimxml
 

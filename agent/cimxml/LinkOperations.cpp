@@ -84,56 +84,60 @@ std::vector<Link> ReadReferences(const Call& call) {
   return links;
 }
 
-ObjectElements Elements(const Call& call) {
-  return {call.out, call.host, call.request.Flag("IncludeClassOrigin", false)};
+ObjectElements Elements(const Call& call, XmlWriter& out) {
+  return {out, call.host, call.request.Flag("IncludeClassOrigin", false)};
 }
 
 }  // namespace
 
-void Associators(const Call& call) {
-  const Partners partners = ReadPartners(call, true);
-  ObjectElements elements = Elements(call);
-  partners.ForEach([&](const Rows& rows, std::size_t row) {
-    call.out.Open("VALUE.OBJECTWITHPATH");
-    elements.Path(rows, row);
-    elements.Instance(rows, row);
-    call.out.Close("VALUE.OBJECTWITHPATH");
-  });
+Content Associators(const Call& call) {
+  return [call, partners = ReadPartners(call, true)](XmlWriter& out) {
+    ObjectElements elements = Elements(call, out);
+    partners.ForEach([&](const Rows& rows, std::size_t row) {
+      out.Open("VALUE.OBJECTWITHPATH");
+      elements.Path(rows, row);
+      elements.Instance(rows, row);
+      out.Close("VALUE.OBJECTWITHPATH");
+    });
+  };
 }
 
-void AssociatorNames(const Call& call) {
-  const Partners partners = ReadPartners(call, false);
-  ObjectElements elements = Elements(call);
-  partners.ForEach([&](const Rows& rows, std::size_t row) {
-    call.out.Open("OBJECTPATH");
-    elements.Path(rows, row);
-    call.out.Close("OBJECTPATH");
-  });
+Content AssociatorNames(const Call& call) {
+  return [call, partners = ReadPartners(call, false)](XmlWriter& out) {
+    ObjectElements elements = Elements(call, out);
+    partners.ForEach([&](const Rows& rows, std::size_t row) {
+      out.Open("OBJECTPATH");
+      elements.Path(rows, row);
+      out.Close("OBJECTPATH");
+    });
+  };
 }
 
-void References(const Call& call) {
-  const std::vector<Link> links = ReadReferences(call);
-  ObjectElements elements = Elements(call);
-  const ClassRow* type = nullptr;
-  std::vector<ClassProperty> columns;
-  for (const Link& link : links) {
-    if (link.type != type) columns = WantedProperties(call.request, *link.type);
-    type = link.type;
-    call.out.Open("VALUE.OBJECTWITHPATH");
-    elements.Path(link);
-    elements.Instance(link, columns);
-    call.out.Close("VALUE.OBJECTWITHPATH");
-  }
+Content References(const Call& call) {
+  return [call, links = ReadReferences(call)](XmlWriter& out) {
+    ObjectElements elements = Elements(call, out);
+    const ClassRow* type = nullptr;
+    std::vector<ClassProperty> columns;
+    for (const Link& link : links) {
+      if (link.type != type) columns = WantedProperties(call.request, *link.type);
+      type = link.type;
+      out.Open("VALUE.OBJECTWITHPATH");
+      elements.Path(link);
+      elements.Instance(link, columns);
+      out.Close("VALUE.OBJECTWITHPATH");
+    }
+  };
 }
 
-void ReferenceNames(const Call& call) {
-  const std::vector<Link> links = ReadReferences(call);
-  ObjectElements elements = Elements(call);
-  for (const Link& link : links) {
-    call.out.Open("OBJECTPATH");
-    elements.Path(link);
-    call.out.Close("OBJECTPATH");
-  }
+Content ReferenceNames(const Call& call) {
+  return [call, links = ReadReferences(call)](XmlWriter& out) {
+    ObjectElements elements = Elements(call, out);
+    for (const Link& link : links) {
+      out.Open("OBJECTPATH");
+      elements.Path(link);
+      out.Close("OBJECTPATH");
+    }
+  };
 }
 
 }  // namespace cimxml

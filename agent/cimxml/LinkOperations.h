@@ -10,12 +10,12 @@
 namespace cimxml {
 
 // The objects that an object is linked to.
-void Associators(const Call& call);
-void AssociatorNames(const Call& call);
+Content Associators(const Call& call);
+Content AssociatorNames(const Call& call);
 
 // The links themselves.
-void References(const Call& call);
-void ReferenceNames(const Call& call);
+Content References(const Call& call);
+Content ReferenceNames(const Call& call);
 
 }  // namespace cimxml
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <thread>
+#include <utility>
 
 #include "agent/cimxml/ClassOperations.h"
 #include "agent/cimxml/Errors.h"
@@ -15,7 +16,7 @@ namespace {
 
 struct OperationRow {
   const char* name;
-  void (*answer)(const Call& call);
+  Content (*answer)(const Call& call);
   bool readsCaches;
   const char* parameters[9];  // null after the last
 };
@@ -78,6 +79,7 @@ void CheckParameters(const OperationRow& row, const Request& request) {
         parameter.name + (isFirst ? " is no parameter of " : " comes twice in ") + row.name);
   }
   for (const char* flag : FLAGS) request.Flag(flag, false);
+  request.List("PropertyList");
 }
 
 void CheckNamespace(const Request& request) {
@@ -94,14 +96,14 @@ const OperationRow* Find(const Request& request) {
   return nullptr;
 }
 
-void Dispatch(const Call& call) {
+Content Dispatch(const Call& call) {
   const OperationRow* row = Find(call.request);
   if (!row) {
     throw OperationError(Status::NotSupported, call.request.method + " is not supported");
   }
   if (row->answer != EnumerateNamespaces) CheckNamespace(call.request);
   CheckParameters(*row, call.request);
-  row->answer(call);
+  return row->answer(call);
 }
 
 const char* StatusName(Status status) {
@@ -123,24 +125,45 @@ const char* StatusName(Status status) {
   }
 }
 
-void WriteError(XmlWriter& out, const OperationError& error) {
-  out.Empty("ERROR",
-            {{"CODE", std::to_string(static_cast<int>(error.status))},
-             {"DESCRIPTION", std::string(StatusName(error.status)) + ": " + error.what()}});
+Content Error(const OperationError& error) {
+  const std::string code = std::to_string(static_cast<int>(error.status));
+  return
+      [code, text = std::string(StatusName(error.status)) + ": " + error.what()](XmlWriter& out) {
+        out.Empty("ERROR", {{"CODE", code}, {"DESCRIPTION", text}});
+      };
 }
 
 // The content of the method's response: what it returns, or the error.
-void WriteContent(CacheGate& gate, const std::string& host, const Request& request,
-                  XmlWriter& out) {
-  const std::size_t begin = out.Length();
+Content ReadContent(const Call& call) {
   try {
-    out.Open("IRETURNVALUE");
-    Dispatch({request, gate, host, out});
-    out.Close("IRETURNVALUE");
+    return [returned = Dispatch(call)](XmlWriter& out) {
+      out.Open("IRETURNVALUE");
+      returned(out);
+      out.Close("IRETURNVALUE");
+    };
   } catch (const OperationError& error) {
-    out.GoBack(begin);
-    WriteError(out, error);
+    return Error(error);
   }
+}
+
+void WriteMessage(const Request& request, const Content& content, XmlWriter& out) {
+  const char* response = request.isExtrinsic ? "METHODRESPONSE" : "IMETHODRESPONSE";
+  out.Declare();
+  out.Open("CIM", {{"CIMVERSION", "2.0"}, {"DTDVERSION", "2.0"}});
+  out.Open("MESSAGE", {{"ID", request.messageId}, {"PROTOCOLVERSION", request.protocolVersion}});
+  out.Open("SIMPLERSP");
+  out.Open(response, {{"NAME", request.method}});
+  content(out);
+  out.Close(response);
+  out.Close("SIMPLERSP");
+  out.Close("MESSAGE");
+  out.Close("CIM");
+}
+
+std::size_t LengthOf(const Request& request, const Content& content) {
+  XmlWriter counter;
+  WriteMessage(request, content, counter);
+  return counter.Length();
 }
 
 }  // namespace
@@ -149,40 +172,30 @@ Operations::Operations(CacheGate& cacheGate, const Limits& limits)
     : gate(cacheGate),
       patience(limits.time),
       backlog(limits.unsentBytes),
-      turns(std::max(1u, std::thread::hardware_concurrency())) {}
+      turns(std::clamp(std::thread::hardware_concurrency(), 2u, 4u)) {}
 
 void Operations::Await(const Request& request) const {
   const OperationRow* row = Find(request);
   if (row && row->readsCaches) gate.AwaitOpen();
 }
 
-// Waits for room without a turn, which others may need to find that there is none.
+// Waits for room without a turn, which others may need to find that there is none, and without the
+// copy that its first try made.
 Reply Operations::Answer(const Request& request, const std::string& host) const {
   const auto deadline = Backlog::Clock::now() + patience;
-  while (backlog.AwaitRoom(deadline)) {
+  std::size_t bytes = 1;  // not known yet
+  while (backlog.AwaitRoom(bytes, deadline)) {
     const Turns::Turn turn(turns);
-    if (!backlog.HasRoom()) continue;  // those before took it
-    std::string text = MakeAnswer(request, host);
-    const std::size_t bytes = text.capacity();
-    return {std::move(text), std::make_unique<Backlog::Share>(backlog, bytes)};
+    if (!backlog.HasRoom(bytes)) continue;  // those before took it
+    const Content content = ReadContent({request, gate, host});
+    bytes = LengthOf(request, content);
+    if (auto share = backlog.Reserve(bytes)) {
+      XmlWriter out(bytes);
+      WriteMessage(request, content, out);
+      return {out.Take(), std::move(share)};
+    }
   }
   throw NotReady("too many answers wait to be taken");
-}
-
-std::string Operations::MakeAnswer(const Request& request, const std::string& host) const {
-  const char* response = request.isExtrinsic ? "METHODRESPONSE" : "IMETHODRESPONSE";
-  XmlWriter out;
-  out.Declare();
-  out.Open("CIM", {{"CIMVERSION", "2.0"}, {"DTDVERSION", "2.0"}});
-  out.Open("MESSAGE", {{"ID", request.messageId}, {"PROTOCOLVERSION", request.protocolVersion}});
-  out.Open("SIMPLERSP");
-  out.Open(response, {{"NAME", request.method}});
-  WriteContent(gate, host, request, out);
-  out.Close(response);
-  out.Close("SIMPLERSP");
-  out.Close("MESSAGE");
-  out.Close("CIM");
-  return out.Take();
 }
 
 }  // namespace cimxml

@@ -32,19 +32,18 @@ class Operations {
   void Await(const Request& request) const;
 
   // The whole reply message; an operation that fails is answered with its CIM status. `host` is the
-  // name that absolute object paths bear. Throws NotReady, also when the clients have not taken so
-  // many bytes of former replies for so long that there is no room. Memory and time are linear in
-  // the instances that are answered.
+  // name that absolute object paths have. Throws NotReady, also when the clients have not taken so
+  // many bytes of former replies for so long that there is no room. The reply is made when there is
+  // room for all of it. Memory and time are linear in the instances that are answered.
   Reply Answer(const Request& request, const std::string& host) const;
 
  private:
-  std::string MakeAnswer(const Request& request, const std::string& host) const;
-
   CacheGate& gate;
   const std::chrono::seconds patience;
   mutable Backlog backlog;
-  // Answering is all work and no waiting. More threads at it than processors would only be
-  // interrupted while they hold the caches, and let the sync thread wait.
+  // Each thread that answers holds a copy of what it answers. And answering is all work and no
+  // waiting: many threads would only be interrupted while they hold the caches, and let the sync
+  // thread wait.
   mutable Turns turns;
 };
 

@@ -59,48 +59,29 @@ bool IsPlain(char c) {
   return c >= 0x20 && c < 0x7F && c != '&' && c != '<' && c != '>' && c != '"';
 }
 
-// Appends the character at `at`, which is not plain, and gives the place of the next one.
-std::size_t AppendCharacter(std::string& out, std::string_view raw, std::size_t at) {
-  if (static_cast<unsigned char>(raw[at]) < 0x80) {
-    if (const char* replaced = Replaced(raw[at])) {
-      out += replaced;
-    } else {
-      out += raw[at];
-    }
-    return at + 1;
-  }
-  const std::size_t length = SequenceLength(raw.substr(at));
-  if (length == 0) {
-    out += REPLACEMENT;
-    return at + 1;
-  }
-  out.append(raw, at, length);
-  return at + length;
-}
-
 }  // namespace
 
 void XmlWriter::Declare() {
-  out += "<?xml version=\"1.0\" encoding=\"utf-8\" ?>\n";
+  Put("<?xml version=\"1.0\" encoding=\"utf-8\" ?>\n");
 }
 
 void XmlWriter::Open(const char* name, Attributes attributes) {
-  out += '<';
-  out += name;
+  Put("<");
+  Put(name);
   for (const auto& [key, value] : attributes) {
-    out += ' ';
-    out += key;
-    out += "=\"";
+    Put(" ");
+    Put(key);
+    Put("=\"");
     Text(value);
-    out += '"';
+    Put("\"");
   }
-  out += '>';
+  Put(">");
 }
 
 void XmlWriter::Close(const char* name) {
-  out += "</";
-  out += name;
-  out += '>';
+  Put("</");
+  Put(name);
+  Put(">");
 }
 
 void XmlWriter::Empty(const char* name, Attributes attributes) {
@@ -108,12 +89,24 @@ void XmlWriter::Empty(const char* name, Attributes attributes) {
   Close(name);
 }
 
+// The character at `at`, which is not plain. Gives the place of the next one.
+std::size_t XmlWriter::PutCharacter(std::string_view raw, std::size_t at) {
+  if (static_cast<unsigned char>(raw[at]) < 0x80) {
+    const char* replaced = Replaced(raw[at]);
+    Put(replaced ? replaced : raw.substr(at, 1));
+    return at + 1;
+  }
+  const std::size_t bytes = SequenceLength(raw.substr(at));
+  Put(bytes == 0 ? REPLACEMENT : raw.substr(at, bytes));
+  return at + (bytes == 0 ? 1 : bytes);
+}
+
 void XmlWriter::Text(std::string_view raw) {
   for (std::size_t at = 0; at < raw.size();) {
     const std::size_t begin = at;
     while (at < raw.size() && IsPlain(raw[at])) ++at;
-    out.append(raw, begin, at - begin);
-    if (at < raw.size()) at = AppendCharacter(out, raw, at);
+    Put(raw.substr(begin, at - begin));
+    if (at < raw.size()) at = PutCharacter(raw, at);
   }
 }
 

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// Writes the reply's text. Start and end tags are always written in full and text is raw UTF-8 with
-// named entities: there are clients that read neither "<VALUE/>" nor numeric references.
+// Writes the reply's text, or only counts its bytes. Start and end tags are always written in full
+// and text is raw UTF-8 with named entities: there are clients that read neither "<VALUE/>" nor
+// numeric references.
 //
 // Thread safety: none of its own.
 #ifndef KECPP_AGENT_CIMXML_XMLWRITER_H
@@ -18,6 +19,12 @@ class XmlWriter {
  public:
   using Attributes = std::initializer_list<std::pair<const char*, std::string_view>>;
 
+  // Counts.
+  XmlWriter() = default;
+
+  // Writes a text of that length.
+  explicit XmlWriter(std::size_t expected) : writes(true) { out.reserve(expected); }
+
   void Declare();  // the XML declaration, before anything else
   void Open(const char* name, Attributes attributes = {});
   void Close(const char* name);
@@ -29,13 +36,18 @@ class XmlWriter {
   // XML text as the daemon sent it: its entities are decoded, then the text is encoded once.
   void StoredText(std::string_view xmlText);
 
-  // The length so far, and the way back to it: what was written since is dropped.
-  std::size_t Length() const { return out.size(); }
-  void GoBack(std::size_t length) { out.resize(length); }
-
+  std::size_t Length() const { return length; }
   std::string Take() { return std::move(out); }
 
  private:
+  void Put(std::string_view text) {
+    length += text.size();
+    if (writes) out += text;
+  }
+  std::size_t PutCharacter(std::string_view raw, std::size_t at);
+
+  bool writes = false;
+  std::size_t length = 0;
   std::string out;
 };
 
