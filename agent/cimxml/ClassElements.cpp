@@ -53,7 +53,8 @@ void WriteProperty(XmlWriter& out, const ClassRow& type, const ClassProperty& pr
     if (Overrides(type, property)) {
       WriteQualifier(out, "Override", "string", row.name, Flavor::Own);
     }
-    WriteQualifier(out, "Read", "boolean", "TRUE", Flavor::Inherited);
+    // The standard declares it for properties only.
+    if (!isReference) WriteQualifier(out, "Read", "boolean", "TRUE", Flavor::Inherited);
     WriteQualifier(out, "Description", "string", row.description, Flavor::Inherited);
   }
   out.Close(element);
@@ -76,7 +77,8 @@ std::string MofProperty(const ClassRow& type, const ClassProperty& property) {
   std::string text = "  [";
   if (row.isKey) text += "Key, ";
   if (Overrides(type, property)) text += std::string("Override(\"") + row.name + "\"), ";
-  return text + "Read, Description(\"" + row.description + "\")]\n  " + MofDeclaration(row) + ";\n";
+  if (row.type != CimType::Reference) text += "Read, ";
+  return text + "Description(\"" + row.description + "\")]\n  " + MofDeclaration(row) + ";\n";
 }
 
 std::string MofClass(const ClassRow& type) {

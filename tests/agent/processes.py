@@ -1,0 +1,63 @@
+# SPDX-License-Identifier: MIT
+"""The simulator and the agent as processes, for the tests in Python."""
+import contextlib
+import json
+import os
+import re
+import subprocess
+import sys
+import tempfile
+import time
+import urllib.request
+
+SKIPPED = 77
+PATIENCE = 60  # seconds
+
+
+def ask(url, body=None, method=None):
+    data = None if body is None else json.dumps(body).encode()
+    request = urllib.request.Request(url, data, {"Content-Type": "application/json"}, method=method)
+    with urllib.request.urlopen(request, timeout=PATIENCE) as answer:
+        text = answer.read()
+    return json.loads(text) if text else None
+
+
+def eventually(what, condition):
+    end = time.monotonic() + PATIENCE
+    while not condition():
+        if time.monotonic() > end:
+            sys.exit(f"never: {what}")
+        time.sleep(0.05)
+
+
+@contextlib.contextmanager
+def program(command, pattern):
+    """Runs a program until the block ends; gives what the pattern finds in its output."""
+    process = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
+    try:
+        for line in process.stdout:
+            if match := re.search(pattern, line):
+                yield match.group(1)
+                return
+        sys.exit(f"{command[0]} ended")
+    finally:
+        process.terminate()
+        process.wait(PATIENCE)
+
+
+@contextlib.contextmanager
+def agent_of_a_simulator(simulator, agent):
+    """Runs both until the block ends; gives the URLs of the simulator's control and of the agent."""
+    with tempfile.TemporaryDirectory() as folder, contextlib.ExitStack() as stack:
+        daemon = stack.enter_context(program(
+            [simulator, "--listen-port", "0", "--ticket-dir", folder, "--machines", "12"],
+            "listening on (.*)"))
+        config = os.path.join(folder, "config.xml")
+        with open(config, "w", encoding="utf-8") as file:
+            file.write('<?xml version="1.0"?><Config><SSLInfo/><ConnectionInfo>'
+                       f"<url>{daemon}</url><timeout>60</timeout></ConnectionInfo><LoginInfo>"
+                       "<localTicket>true</localTicket><userName>root</userName></LoginInfo>"
+                       "<LogInfo><level>none</level></LogInfo></Config>")
+        url = stack.enter_context(program(
+            [agent, "--config", config, "--listen", "127.0.0.1:0"], "listening on (.*)"))
+        yield daemon.split("/sdk")[0] + "/control", url
