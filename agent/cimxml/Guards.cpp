@@ -96,7 +96,7 @@ int CheckRequest(const httplib::Request& request, const Access& access, const st
                  const Limits& limits) {
   if (const int status = CheckHost(request, access)) return status;
   const std::string credentials = request.get_header_value("Authorization");
-  if (access.users && !access.users->Accepts(credentials)) return UNAUTHORIZED;
+  if (access.users && !access.users->Accepts(credentials, request.remote_addr)) return UNAUTHORIZED;
   if (const int status = CheckRoute(request, methods)) return status;
   return CheckBody(request, limits.bodyBytes);
 }

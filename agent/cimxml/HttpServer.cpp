@@ -97,7 +97,7 @@ class HttpServer::ConnectionThreads final : public httplib::TaskQueue {
 };
 
 HttpServer::HttpServer(TlsContext context, const Limits& serverLimits)
-    : tls(std::move(context)), limits(serverLimits) {
+    : limits(serverLimits), tls(std::move(context)) {
   new_task_queue = [this] { return new ConnectionThreads(limits.connections); };
   set_payload_max_length(limits.bodyBytes);
   set_keep_alive_max_count(REQUESTS_PER_CONNECTION);
@@ -161,6 +161,16 @@ bool HttpServer::Process(httplib::Stream& stream, bool last, bool& closed,
                                                   closed, setUp);
 }
 
+void HttpServer::UseTls(TlsContext context) {
+  std::lock_guard<std::mutex> lock(mutex);
+  tls = std::move(context);
+}
+
+TlsContext HttpServer::Tls() {
+  std::lock_guard<std::mutex> lock(mutex);
+  return tls;
+}
+
 // One request, answered on this thread: tables that the HTTP library makes on first use are then
 // made before several threads could use them first.
 void HttpServer::Rehearse() {
@@ -210,7 +220,8 @@ bool HttpServer::process_and_close_socket(socket_t socket) {
 
 // The socket leaves the set before it is closed: its number may be given away at once.
 void HttpServer::Serve(socket_t socket) {
-  SocketStream stream(socket, tls.get(), limits);
+  const TlsContext context = Tls();
+  SocketStream stream(socket, context.get(), limits);
   struct Leave {
     HttpServer& server;
     socket_t socket;
@@ -233,11 +244,11 @@ void HttpServer::Serve(socket_t socket) {
 }
 
 // On the listening thread, which must not wait: the answer fits into an empty socket's buffer.
-void HttpServer::Refuse(socket_t socket) const {
+void HttpServer::Refuse(socket_t socket) {
   static const char ANSWER[] =
       "HTTP/1.1 503 Service Unavailable\r\nRetry-After: 1\r\nContent-Length: 0\r\n"
       "Connection: close\r\n\r\n";
-  if (!tls) send(socket, ANSWER, sizeof ANSWER - 1, MSG_NOSIGNAL | MSG_DONTWAIT);
+  if (!Tls()) send(socket, ANSWER, sizeof ANSWER - 1, MSG_NOSIGNAL | MSG_DONTWAIT);
   ::shutdown(socket, SHUT_RDWR);
   ::close(socket);
 }

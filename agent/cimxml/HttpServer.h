@@ -43,6 +43,10 @@ class HttpServer final : private httplib::Server {
   // Whether only programs of this machine reach the port that was taken.
   bool IsLocal() const;
 
+  // Another certificate for the connections to come. From any thread; only a server that was made
+  // with a context may get one.
+  void UseTls(TlsContext context);
+
   // Serves on threads of its own.
   void Start();
 
@@ -57,13 +61,15 @@ class HttpServer final : private httplib::Server {
   bool Process(httplib::Stream& stream, bool last, bool& closed,
                const std::function<void(httplib::Request&)>& setUp);
   void Rehearse();
-  void Refuse(socket_t socket) const;
+  void Refuse(socket_t socket);
   void ShutConnections();
 
-  const TlsContext tls;
+  TlsContext Tls();
+
   const Limits limits;
   std::map<std::string, std::string> methods;  // by path; constant once it serves
   std::mutex mutex;
+  TlsContext tls;                  // guarded by `mutex`
   std::set<socket_t> connections;  // guarded by `mutex`
   bool stopping = false;           // guarded by `mutex`
   std::thread listener;

@@ -37,7 +37,8 @@ sigset_t EndingSignals() {
 }  // namespace
 
 void EndPolitely() {
-  const sigset_t signals = EndingSignals();
+  sigset_t signals = EndingSignals();
+  sigaddset(&signals, SIGHUP);
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
   std::thread(AwaitEnd).detach();
 }

@@ -7,19 +7,31 @@
 #include <openssl/hmac.h>
 #include <openssl/rand.h>
 #include <strings.h>
+#include <time.h>
 
+#include <algorithm>
 #include <fstream>
+#include <iostream>
 #include <memory>
 #include <optional>
 #include <stdexcept>
+#include <utility>
 
 namespace cimxml {
 namespace {
 
 constexpr std::size_t MAX_CREDENTIALS = 1024;
+constexpr std::chrono::seconds SILENCE(10);
 
 bool SameBytes(const std::string& a, const std::string& b) {
   return a.size() == b.size() && CRYPTO_memcmp(a.data(), b.data(), a.size()) == 0;
+}
+
+// Of this thread, in nanoseconds.
+long long ProcessorTime() {
+  timespec time{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return time.tv_sec * 1000000000LL + time.tv_nsec;
 }
 
 // Empty when crypt does not know the form of the hash.
@@ -65,48 +77,89 @@ std::optional<std::string> Credentials(const std::string& authorization) {
 
 }  // namespace
 
-Users::Users(const std::string& file) {
-  std::ifstream lines(file);
-  if (!lines) throw std::runtime_error("cannot read " + file);
-  std::string line;
-  while (std::getline(lines, line)) {
-    try {
-      if (auto user = ReadLine(line)) hashes.insert(*user);
-    } catch (const std::runtime_error& error) {
-      throw std::runtime_error(file + ": " + error.what());
-    }
-  }
-  if (hashes.empty()) throw std::runtime_error(file + ": no users");
+Users::Users(const std::string& file) : path(file), current(Read(file)) {
   if (RAND_bytes(secret.data(), static_cast<int>(secret.size())) != 1) {
     throw std::runtime_error("no random numbers");
   }
 }
 
-bool Users::Accepts(const std::string& authorization) {
+void Users::ReadAgain() {
+  std::shared_ptr<Table> table = Read(path);
+  std::lock_guard<std::mutex> lock(mutex);
+  current = std::move(table);
+}
+
+std::shared_ptr<Users::Table> Users::Read(const std::string& file) {
+  std::ifstream lines(file);
+  if (!lines) throw std::runtime_error("cannot read " + file);
+  auto table = std::make_shared<Table>();
+  long long highest = -1;
+  std::string line;
+  while (std::getline(lines, line)) {
+    try {
+      const long long start = ProcessorTime();
+      const auto user = ReadLine(line);  // hashes once
+      const long long cost = ProcessorTime() - start;
+      if (!user) continue;
+      table->hashes.insert(*user);
+      if (cost > highest) table->costliest = user->second;
+      highest = std::max(cost, highest);
+    } catch (const std::runtime_error& error) {
+      throw std::runtime_error(file + ": " + error.what());
+    }
+  }
+  if (table->hashes.empty()) throw std::runtime_error(file + ": no users");
+  return table;
+}
+
+bool Users::Accepts(const std::string& authorization, const std::string& peer) {
+  const bool known = Knows(authorization);
+  if (!known && !authorization.empty()) Tell(peer);  // browsers come without at first
+  return known;
+}
+
+bool Users::Knows(const std::string& authorization) {
   const auto credentials = Credentials(authorization);
   if (!credentials) return false;
   const std::string user = credentials->substr(0, credentials->find(':'));
   const Digest digest = DigestOf(*credentials);
+  std::shared_ptr<Table> table;
   {
     std::lock_guard<std::mutex> lock(mutex);
-    const auto known = accepted.find(user);
-    if (known != accepted.end() &&
+    table = current;
+    const auto known = table->accepted.find(user);
+    if (known != table->accepted.end() &&
         CRYPTO_memcmp(known->second.data(), digest.data(), digest.size()) == 0) {
       return true;
     }
   }
-  if (!Check(user, credentials->substr(user.size() + 1))) return false;
+  if (!Check(*table, user, credentials->substr(user.size() + 1))) return false;
   std::lock_guard<std::mutex> lock(mutex);
-  accepted[user] = digest;
+  table->accepted[user] = digest;
   return true;
 }
 
-// An unknown user costs as much time as a known one, so that names cannot be found out by it.
-bool Users::Check(const std::string& user, const std::string& password) {
-  const auto found = hashes.find(user);
-  const std::string& expected = found != hashes.end() ? found->second : hashes.begin()->second;
+// An unknown user costs as much time as the costliest, so that names cannot be found out by it.
+bool Users::Check(const Table& table, const std::string& user, const std::string& password) {
+  const auto found = table.hashes.find(user);
+  const std::string& expected = found != table.hashes.end() ? found->second : table.costliest;
   std::lock_guard<std::mutex> lock(hashing);
-  return SameBytes(Hash(password, expected), expected) && found != hashes.end();
+  return SameBytes(Hash(password, expected), expected) && found != table.hashes.end();
+}
+
+void Users::Tell(const std::string& peer) {
+  std::lock_guard<std::mutex> lock(mutex);
+  if (Clock::now() < silentUntil) {
+    ++untold;
+    return;
+  }
+  std::cerr << "kecpp-agent: wrong user name or password from " + peer +
+                   (untold > 0
+                        ? ", and " + std::to_string(untold) + " more since the last such line"
+                        : "") +
+                   "\n";
+  silentUntil = Clock::now() + SILENCE;
+  untold = 0;
 }
 
 Users::Digest Users::DigestOf(const std::string& credentials) const {

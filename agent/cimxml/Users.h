@@ -8,10 +8,11 @@
 #define KECPP_AGENT_CIMXML_USERS_H
 
 #include <array>
+#include <chrono>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
-#include <vector>
 
 namespace cimxml {
 
@@ -22,21 +23,39 @@ class Users {
   // or holds a hash that crypt does not know: a password in clear is one.
   explicit Users(const std::string& file);
 
+  // Reads the file again. Throws as the constructor does, and then the former users stay.
+  void ReadAgain();
+
   // True when the value of an "Authorization" header is a user's. Hashing is slow on purpose, and
   // is done by one thread at a time; credentials that were good once are known again without it.
-  bool Accepts(const std::string& authorization);
+  // Wrong ones are told on standard error with the address that they came from, in one line in ten
+  // seconds at most.
+  bool Accepts(const std::string& authorization, const std::string& peer);
 
  private:
   using Digest = std::array<unsigned char, 32>;
+  using Clock = std::chrono::steady_clock;
 
-  bool Check(const std::string& user, const std::string& password);
+  // What one reading of the file gave.
+  struct Table {
+    std::map<std::string, std::string> hashes;  // constant once it is read, like the next
+    std::string costliest;                      // of the hashes, by the time that it takes
+    std::map<std::string, Digest> accepted;     // by user, so bounded; guarded by `mutex`
+  };
+
+  static std::shared_ptr<Table> Read(const std::string& file);
+  bool Knows(const std::string& authorization);
+  bool Check(const Table& table, const std::string& user, const std::string& password);
   Digest DigestOf(const std::string& credentials) const;
+  void Tell(const std::string& peer);
 
-  std::map<std::string, std::string> hashes;  // constant after construction
-  Digest secret;                              // likewise: no digest is worth stealing
+  const std::string path;
+  Digest secret;  // constant after construction: no digest is worth stealing
   std::mutex hashing;
   std::mutex mutex;
-  std::map<std::string, Digest> accepted;  // by user, so bounded; guarded by `mutex`
+  std::shared_ptr<Table> current;  // guarded by `mutex`, like all below
+  Clock::time_point silentUntil;
+  unsigned untold = 0;
 };
 
 }  // namespace cimxml

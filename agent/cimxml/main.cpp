@@ -3,11 +3,13 @@
 // kecpp-agent: answers CIM clients from the library's caches. It uses nothing but the library's
 // installed headers and is meant to be copied from.
 #include <kecpp.h>
+#include <sys/stat.h>
 
 #include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <utility>
 
 #include "agent/EndOfRun.h"
 #include "agent/Library.h"
@@ -17,6 +19,7 @@
 #include "agent/cimxml/ClassElements.h"
 #include "agent/cimxml/Follower.h"
 #include "agent/cimxml/Guards.h"
+#include "agent/cimxml/HangUp.h"
 #include "agent/cimxml/HttpServer.h"
 #include "agent/cimxml/PoliteEnd.h"
 #include "agent/cimxml/StatusPage.h"
@@ -39,6 +42,33 @@ void WarnOfOpenDoors(const AgentOptions& options) {
   } else if (options.certificateFile.empty()) {
     std::cerr << PROGRAM << ": without --tls passwords go over the network in clear\n";
   }
+}
+
+void WarnOfReadable(const std::string& file) {
+  struct stat status = {};
+  if (stat(file.c_str(), &status) != 0 || (status.st_mode & S_IROTH) == 0) return;
+  std::cerr << PROGRAM << ": every user of this machine can read " << file << '\n';
+}
+
+void WarnOfOpenFiles(const AgentOptions& options) {
+  if (!options.usersFile.empty()) WarnOfReadable(options.usersFile);
+  if (!options.keyFile.empty()) WarnOfReadable(options.keyFile);
+}
+
+// All or nothing: with one file wrong, none of the others is used.
+void ReadAgain(const AgentOptions& options, Users* users, HttpServer& server) {
+  try {
+    TlsContext context = MakeTls(options);
+    if (users) users->ReadAgain();
+    server.UseTls(std::move(context));
+    const bool hasAny = !options.usersFile.empty() || !options.certificateFile.empty();
+    std::cerr << PROGRAM
+              << (hasAny ? ": SIGHUP: users and certificate were read again\n"
+                         : ": SIGHUP: without --users and --tls there is nothing to read again\n");
+  } catch (const std::exception& error) {
+    std::cerr << PROGRAM << ": SIGHUP: " << error.what() << "; nothing has changed\n";
+  }
+  WarnOfOpenFiles(options);
 }
 
 inventory::Options ConnectionOptions(const AgentOptions& options) {
@@ -64,6 +94,8 @@ void Run(const AgentOptions& options) {
   AddCimEndpoint(server, operations);
   AddStatusPage(server, feed, options.limits);
   server.Start();
+  WarnOfOpenFiles(options);
+  const HangUp hangUp([&] { ReadAgain(options, users.get(), server); });
   std::cout << "listening on " << (options.certificateFile.empty() ? "http" : "https") << "://"
             << (options.address.find(':') == std::string::npos ? options.address
                                                                : "[" + options.address + "]")
