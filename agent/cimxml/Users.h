@@ -28,7 +28,7 @@ class Users {
 
   // True when the value of an "Authorization" header is a user's. Hashing is slow on purpose, and
   // is done by one thread at a time; credentials that were good once are known again without it.
-  // Wrong ones are told on standard error with the address that they came from, in one line in ten
+  // Wrong ones leave a line on standard error with the address that they came from, one in ten
   // seconds at most.
   bool Accepts(const std::string& authorization, const std::string& peer);
 
