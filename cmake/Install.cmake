@@ -8,9 +8,9 @@ install(TARGETS kecpp EXPORT kecppTargets
 install(FILES kecpp.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kecpp COMPONENT development)
 # Helpers of our own, which no public header includes, stay here.
 set(KECPP_PRIVATE_HEADERS
-    datasync/ComputerSystems.h datasync/ListValue.h datasync/ObjectTarget.h
-    datasync/PropertyList.h datasync/RoleMemory.h datasync/SyncState.h datasync/UpdateSetWalk.h
-    datasync/WalkRoom.h foundation/BlockSize.h
+    datasync/ComputerSystems.h datasync/FullRequest.h datasync/ListValue.h datasync/ObjectTarget.h
+    datasync/PropertyList.h datasync/RoleMemory.h datasync/StaleObjects.h datasync/SyncSeams.h
+    datasync/SyncState.h datasync/UpdateSetWalk.h datasync/WalkRoom.h foundation/BlockSize.h
     http/EasyOption.h http/HandleWait.h http/HeaderLines.h http/HttpTransfer.h
     http/SocketRegistry.h instance/HostLinks.h instance/KECacheGuard.h service/call/MgmtdWatchSeams.h
     service/entry/ServiceContent.h stub/base/StubCast.h stub/classes/AssocList.h stub/classes/EndMatch.h

@@ -67,6 +67,12 @@ class KECPP_API KEDataSync {
   // or three failed attempts (GetStatus tells) and the sync thread goes on trying. While the thread
   // runs already, a further watch returns before its objects are there: pass a waiter.
   //
+  // What is cached of the watched classes from an earlier watch is true when the call has returned
+  // or, while the thread runs, when the waiter was signalled: what left meanwhile has been removed.
+  // To find that out can take two seconds more, up to a minute while the server has ever more to
+  // say. What no watch of a class names any more is removed then; it stays until somebody watches
+  // the class again.
+  //
   // Returns the reference that StopDataSync takes; owned by the data sync and valid until then, or
   // until a watch is set up after a stop (RequestStop, a logout): that ends the older watches.
   // Throws SystemException for a list that breaks the grammar, for a null root and after a stop has

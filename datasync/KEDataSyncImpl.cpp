@@ -5,6 +5,7 @@
 
 #include "datasync/DataSyncConstants.h"
 #include "datasync/FilterSpec.h"
+#include "datasync/FullRequest.h"
 #include "datasync/PropertyList.h"
 #include "datasync/RoleMemory.h"
 #include "datasync/StaleObjects.h"
@@ -77,7 +78,8 @@ KEDataSyncImpl::KEDataSyncImpl()
       state(std::make_unique<SyncState>()),
       methodRun(std::make_unique<KELib::KEMutex>()),
       roles(std::make_unique<RoleMemory>()),
-      stale(std::make_unique<StaleObjects>()) {}
+      stale(std::make_unique<StaleObjects>()),
+      fullRequest(std::make_unique<FullRequest>()) {}
 
 KEDataSyncImpl::~KEDataSyncImpl() {
   while (!End()) {
@@ -196,6 +198,7 @@ void KEDataSyncImpl::ForgetWatchesNoLock() {
   roles->Clear();
   version.Clear();
   stale->Forget();
+  *fullRequest = FullRequest();
   state->NoteStopped();
 }
 
@@ -354,9 +357,11 @@ ManagedObjectReference* KEDataSyncImpl::RecordFilterNoLock(
   info->taskPending = info->isTask;
   info->waiter = HolderOf(waiter);
   CreateCaches(sections, info->cacheTypes);
+  info->classes = StaleObjects::ClassesOf(sections);
 
   ManagedObjectReference* key = reference.get();
   DataSyncInfo* older = FindFilterNoLock(*key);
+  const unsigned int before = older != nullptr ? older->classes : 0;
   if (older != nullptr) {
     // The server handed the same filter out again: whoever holds the older reference keeps it
     // valid.
@@ -366,10 +371,28 @@ ManagedObjectReference* KEDataSyncImpl::RecordFilterNoLock(
     key = reference.get();
     filters->Remove(key);
   }
+  NoteFilterCameNoLock(*info, before);
   info->reference = std::move(reference);
   filters->Insert(key, info.get());
   info.release();
   return key;
+}
+
+// `before`: what the filter watched already, when the server has handed it out again.
+void KEDataSyncImpl::NoteFilterCameNoLock(DataSyncInfo& info, unsigned int before) {
+  const unsigned int others = WatchedClassesNoLock();
+  stale->FilterWent(before & ~info.classes, others);
+  if (!stale->FilterCame(info.classes & ~before, others, *typeCache)) return;
+  stale->ExpectEverything();
+  fullRequest->AtOnce();
+}
+
+unsigned int KEDataSyncImpl::WatchedClassesNoLock() {
+  unsigned int classes = 0;
+  for (auto it = filters->Begin(); !it.End(); ++it) {
+    if (it->value != nullptr) classes |= it->value->classes;
+  }
+  return classes;
 }
 
 // "TaskInfo" is among them always: a clean-up may have emptied the type cache.
@@ -403,6 +426,12 @@ void KEDataSyncImpl::ReleaseWaiterNoLock(std::unique_ptr<WaiterHolder>& waiter) 
   if (waiter == nullptr) return;
   waiter->Release(*state);
   waiter.reset();
+}
+
+void KEDataSyncImpl::ReleaseFilledNoLock(DataSyncInfo& info) {
+  if (info.waiter == nullptr || info.taskPending) return;
+  info.held = stale->IsOpen(info.classes);
+  if (!info.held) ReleaseWaiterNoLock(info.waiter);
 }
 
 void KEDataSyncImpl::StopDataSync(ManagedObjectReference* ref) {
@@ -445,7 +474,9 @@ void KEDataSyncImpl::RemoveFilterNoLock(ManagedObjectReference& filter) {
   // The map's key is the record's own reference, which must outlive the removal.
   const std::unique_ptr<ManagedObjectReference> reference = std::move(info->reference);
   ManagedObjectReference* key = reference.get();
+  const unsigned int classes = info->classes;
   filters->Remove(key);
+  stale->FilterWent(classes, WatchedClassesNoLock());
 }
 
 void KEDataSyncImpl::NoteUnknownFilter(ManagedObjectReference& filter) {

@@ -17,7 +17,6 @@
 #include <atomic>
 #include <memory>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 #include "datasync/DataSyncInfo.h"
@@ -38,6 +37,7 @@ class KEXmlReader;
 
 namespace KE::Service {
 
+class FullRequest;
 class PropertyList;
 class RoleMemory;
 class StaleObjects;
@@ -167,13 +167,17 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
 
   KELib::KEMutex* GetMutex() KECPP_RETURN_CAPABILITY(mutex) { return mutex.get(); }
   RoleMemory& Roles() { return *roles; }    // guarded by `mutex`
-  StaleObjects& Stale() { return *stale; }  // of the thread that runs a cycle
+  StaleObjects& Stale() { return *stale; }  // likewise
 
   // The record of a filter; null when it is not watched (any more). The caller holds `mutex`.
   DataSyncInfo* FindFilterNoLock(KE::Stub::ManagedObjectReference& filter) KECPP_REQUIRES(mutex);
 
   // Signals the record's waiter, if it has one. The caller holds `mutex`.
   void ReleaseWaiterNoLock(std::unique_ptr<WaiterHolder>& waiter) KECPP_REQUIRES(mutex);
+
+  // The record's first data is there: as ReleaseWaiterNoLock, unless a task is awaited or what is
+  // cached of the watched classes is not known to be true yet. The caller holds `mutex`.
+  void ReleaseFilledNoLock(DataSyncInfo& info) KECPP_REQUIRES(mutex);
 
   // Remembers a filter of which an update set spoke although nobody watches it.
   void NoteUnknownFilter(KE::Stub::ManagedObjectReference& filter);
@@ -204,6 +208,8 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
                                                     KE::Stub::ManagedObjectReference& key);
   void CreateCaches(const PropertyList& sections, KELib::KEVector<KELib::KEString>& cacheTypes);
   void RemoveFilterNoLock(KE::Stub::ManagedObjectReference& filter) KECPP_REQUIRES(mutex);
+  void NoteFilterCameNoLock(DataSyncInfo& info, unsigned int before) KECPP_REQUIRES(mutex);
+  unsigned int WatchedClassesNoLock() KECPP_REQUIRES(mutex);
   void AbandonSetup(KE::Stub::ManagedObjectReference* filter,
                     KE::Stub::ManagedObjectReference* methods,
                     KE::Stub::ManagedObjectReference& methodsKey,
@@ -251,8 +257,12 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   void CheckDaemon();
   void ReadVersion(KELib::Xml::KEXmlReader& r);
   void ForgetVersion();
-  void RemoveStaleObjects();
-  void RemoveFromWatchedCache(const char* typeName, const std::unordered_set<std::string>& ids);
+  void SettleReports();
+  void EndAnswer(bool advanced);
+  Outcome EndSilence();
+  int BeginWait();
+  bool AwaitsMore();
+  void AskForEverythingLater();
   void BackOff(Outcome outcome, long long cycleMilliseconds);
   void NoteFailedCycle(const char* text);
   void FinishUpdateSet(bool cutShort);
@@ -284,13 +294,15 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   std::unique_ptr<SyncState> state;                // own lock
   std::unique_ptr<KELib::KEMutex> methodRun;       // serialises the property methods; outermost
   std::unique_ptr<RoleMemory> roles;               // guarded by `mutex`
-  std::unique_ptr<StaleObjects> stale;             // of the thread that runs a cycle
+  std::unique_ptr<StaleObjects> stale;             // guarded by `mutex`
   KE::Stub::ManagedObjectReference unknownFilter;  // of the thread that runs a cycle
   std::atomic<bool> cancelFailureTold{false};      // a stop repeats its cancel, but says so once
-  unsigned int failuresInARow = 0;      // of the thread that runs a cycle; for the back-off
-  unsigned int cancelsInARow = 0;       // likewise
-  Outcome lastOutcome = Outcome::good;  // of the thread that runs a cycle
-  std::unique_ptr<WalkRoom> walkRoom;   // likewise
+  unsigned int failuresInARow = 0;           // of the thread that runs a cycle; for the back-off
+  unsigned int cancelsInARow = 0;            // likewise
+  Outcome lastOutcome = Outcome::good;       // of the thread that runs a cycle
+  bool waitWasSilent = false;                // likewise: nothing of an answer came to the last wait
+  std::unique_ptr<WalkRoom> walkRoom;        // likewise
+  std::unique_ptr<FullRequest> fullRequest;  // guarded by `mutex`
 };
 
 }  // namespace KE::Service

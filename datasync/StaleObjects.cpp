@@ -2,6 +2,7 @@
 #include "datasync/StaleObjects.h"
 
 #include "datasync/DataSyncConstants.h"
+#include "datasync/PropertyList.h"
 #include "instance/KECacheGuard.h"
 #include "instance/KEDataIterator.h"
 #include "stub/classes/ClassNames.h"
@@ -10,44 +11,167 @@ namespace KE::Service {
 
 namespace {
 
-void Collect(KE::Instance::KETypeCache& cache, const char* typeName, StaleObjects::Ids& ids) {
+// However much the server has to say: a report is over then.
+constexpr std::chrono::seconds kLongestReport{60};
+
+constexpr StaleObjects::Classes Bit(unsigned int index) {
+  return 1U << index;
+}
+
+}  // namespace
+
+const char* StaleObjects::TypeOf(unsigned int index) {
+  return Bit(index) == kMachines ? KE::Stub::ZORBEL_VMComputerSystemClass
+                                 : KE::Stub::ZORBEL_ORXComputerSystemClass;
+}
+
+StaleObjects::Classes StaleObjects::ClassOf(const KELib::KEString& objectType) {
+  if (objectType.Equals(TypeVirtualMachine)) return kMachines;
+  return objectType.Equals(TypeHostSystem) ? kHosts : 0;
+}
+
+StaleObjects::Classes StaleObjects::ClassesOf(const PropertyList& list) {
+  Classes classes = 0;
+  for (const auto& set : list.propertySets) classes |= ClassOf(list.At(set.type));
+  return classes;
+}
+
+void StaleObjects::Collect(unsigned int index, KE::Instance::KETypeCache& cache, Ids& ids) {
   ids.clear();
-  KELib::KEString type(typeName);
+  KE::Instance::KECacheGuard caches(&cache);
+  caches.LockComputerSystems();
+  KELib::KEString type(TypeOf(index));
   KE::Instance::KEDataCache* data = cache.GetDataCache(type);
   if (data == nullptr) return;
   for (auto it = data->Iterator(); !it.End(); ++it) ids.emplace(it->key.Cstr());
 }
 
-}  // namespace
-
-void StaleObjects::Forget() {
-  phase = Phase::none;
-  machines.clear();
-  hosts.clear();
+// The filters of a report that is open already have more to say when another one joins them.
+void StaleObjects::Open(unsigned int index) {
+  Report& report = reports[index];
+  open |= Bit(index);
+  report.orphans = report.covered = report.begun = report.over = false;
+  report.silences = 0;
+  report.since = GetSyncSeams().now();
 }
 
-void StaleObjects::BeginWait(KE::Instance::KETypeCache& cache) {
-  foundOne = false;
-  if (phase != Phase::expected) return;
-  KE::Instance::KECacheGuard caches(&cache);
-  caches.LockComputerSystems();
-  Collect(cache, KE::Stub::ZORBEL_VMComputerSystemClass, machines);
-  Collect(cache, KE::Stub::ZORBEL_ORXComputerSystemClass, hosts);
-  phase = machines.empty() && hosts.empty() ? Phase::none : Phase::begun;
+void StaleObjects::Close(unsigned int index) {
+  const bool orphans = reports[index].orphans;
+  reports[index] = Report();
+  reports[index].orphans = orphans;
+  open &= ~Bit(index);
 }
 
-void StaleObjects::Count(const KE::Stub::ManagedObjectReference& object) {
-  Ids* ids = object.type.Equals(TypeVirtualMachine) ? &machines
-             : object.type.Equals(TypeHostSystem)   ? &hosts
-                                                    : nullptr;
-  if (ids != nullptr && ids->erase(object.value.Cstr()) > 0) foundOne = true;
+bool StaleObjects::FilterCame(Classes its, Classes others, KE::Instance::KETypeCache& cache) {
+  bool needsEverything = false;
+  for (unsigned int i = 0; i < kCount; ++i) {
+    if ((its & Bit(i)) == 0) continue;
+    Report& report = reports[i];
+    if (IsOpen(Bit(i))) {
+      Open(i);
+    } else if (report.orphans) {
+      Collect(i, cache, report.missing);
+      if (report.missing.empty()) {
+        report.orphans = false;
+        continue;
+      }
+      Open(i);
+      if ((others & Bit(i)) != 0) needsEverything = true;
+    }
+  }
+  return needsEverything;
 }
 
-bool StaleObjects::EndSet() {
-  if (phase == Phase::partial) return !foundOne || (machines.empty() && hosts.empty());
-  if (phase != Phase::begun) return false;
-  phase = Phase::partial;
-  return machines.empty() && hosts.empty();
+void StaleObjects::FilterWent(Classes its, Classes others) {
+  for (unsigned int i = 0; i < kCount; ++i) {
+    if ((its & Bit(i)) == 0) continue;
+    reports[i].orphans = true;
+    if ((others & Bit(i)) == 0) Close(i);
+  }
+}
+
+void StaleObjects::BeginWait(bool everything, Classes watched, KE::Instance::KETypeCache& cache) {
+  filterSets = false;
+  named = 0;
+  if (everything) {
+    for (unsigned int i = 0; i < kCount; ++i) {
+      if ((watched & Bit(i)) == 0) continue;
+      Collect(i, cache, reports[i].missing);
+      Open(i);
+      if (reports[i].missing.empty()) Close(i);
+    }
+    expecting = false;
+  }
+  for (unsigned int i = 0; i < kCount; ++i) reports[i].covered = IsOpen(Bit(i));
+  brief = AwaitsPart();
+}
+
+void StaleObjects::Strike(const KE::Stub::ManagedObjectReference& object) {
+  for (unsigned int i = 0; i < kCount; ++i) {
+    if (ClassOf(object.type) == Bit(i)) reports[i].missing.erase(object.value.Cstr());
+  }
+}
+
+// Until everything was asked for, it is not known what is missing.
+bool StaleObjects::IsPending(unsigned int index) const {
+  return IsOpen(Bit(index)) && !reports[index].over && !expecting;
+}
+
+void StaleObjects::EndAnswer(bool advanced) {
+  const SyncTime now = GetSyncSeams().now();
+  for (unsigned int i = 0; i < kCount; ++i) {
+    if (!IsPending(i)) continue;
+    Report& report = reports[i];
+    const bool isPart = advanced && filterSets && (report.covered || (named & Bit(i)) != 0);
+    if (report.missing.empty()) {
+      Close(i);
+    } else if (isPart && !report.begun) {
+      report.begun = true;
+      report.since = now;
+    } else if (report.begun && now - report.since >= kLongestReport) {
+      report.over = true;
+    }
+  }
+}
+
+void StaleObjects::EndSilence() {
+  const SyncTime now = GetSyncSeams().now();
+  for (unsigned int i = 0; i < kCount; ++i) {
+    Report& report = reports[i];
+    if (!IsPending(i) || !report.covered) continue;
+    if (report.begun) {
+      report.over = true;
+    } else if (!brief && ++report.silences > 1 && now - report.since >= kLongestReport) {
+      report.over = true;
+    }
+  }
+}
+
+bool StaleObjects::AwaitsPart() const {
+  for (unsigned int i = 0; i < kCount; ++i) {
+    if (IsPending(i) && reports[i].begun) return true;
+  }
+  return false;
+}
+
+bool StaleObjects::HasStale() {
+  for (unsigned int i = 0; i < kCount; ++i) {
+    if (!reports[i].over) continue;
+    if (!reports[i].missing.empty()) return true;
+    Close(i);
+  }
+  return false;
+}
+
+void StaleObjects::TakeStale(KELib::KEString& typeName, KELib::KEString& id) {
+  for (unsigned int i = 0; i < kCount; ++i) {
+    Ids& missing = reports[i].missing;
+    if (!reports[i].over || missing.empty()) continue;
+    typeName = TypeOf(i);
+    id = missing.begin()->c_str();
+    missing.erase(missing.begin());
+    return;
+  }
 }
 
 }  // namespace KE::Service

@@ -1,62 +1,124 @@
 // SPDX-License-Identifier: MIT
 //
-// Finds the machines and hosts that are cached but gone on the server. When an update set was cut
-// short the server is asked to report everything anew, and such a report says nothing of objects
-// that left meanwhile: what it does not name is stale.
+// Finds the machines and hosts that are cached but gone on the server.
 //
-// A server may split its report over several answers and does not say which is the last. The report
-// counts as over when an answer names no object that was still missing, or when the server has
-// nothing more to say for a while.
+// The server says nothing of what left while nobody watched, or while an update set was lost. So
+// when it is about to name everything that a class has, what is cached of the class counts as
+// missing; each name strikes one off; what is missing when the report is over is stale. A class is
+// reported when a filter that watches it is new, and when everything is asked for.
 //
-// Thread safety: of the thread that runs a cycle; Expect and Forget also while no cycle runs.
-// Memory: the identifiers of what is cached, from the begin of such a report to its end.
+// A server may split its report over several answers and does not say which is the last. A report
+// is over when nothing is missing any more; when a part has come and the next wait stays unanswered
+// for two seconds; 60 seconds after its first part, since under constant change there is always an
+// answer. A server that is silent from the start may still be at work, or have nothing to report:
+// the report is over when two waits in a row, and a minute, have passed.
+//
+// Thread safety: guarded by the data sync's filter-table mutex.
+// Memory: the identifiers of what is cached of a class, while a report of it is open.
 #ifndef KECPP_DATASYNC_STALEOBJECTS_H
 #define KECPP_DATASYNC_STALEOBJECTS_H
 
 #include <string>
 #include <unordered_set>
 
+#include "datasync/SyncSeams.h"
 #include "instance/KETypeCache.h"
 #include "stub/classes/ManagedObjectReference.h"
 
 namespace KE::Service {
 
+class PropertyList;
+
 class StaleObjects {
  public:
-  using Ids = std::unordered_set<std::string>;
+  // A set of classes, one bit each.
+  using Classes = unsigned int;
+  static constexpr Classes kMachines = 1, kHosts = 2;
 
-  // The next wait asks for everything.
-  void Expect() { phase = Phase::expected; }
+  // How long a wait may stay unanswered while the next part of a report is awaited: a server that
+  // has another part sends it sooner.
+  static constexpr int kNextPartMs = 2000;
 
-  // No report concerns what is cached from now on.
-  void Forget();
+  // The classes of the object types that a list watches, and that of an object type; 0 for others.
+  static Classes ClassesOf(const PropertyList& list);
+  static Classes ClassOf(const KELib::KEString& objectType);
 
-  // A wait is about to be sent: when a report is expected, everything that is cached counts as
-  // missing. Takes the mutexes of the two data caches. O(cached objects) then, O(1) otherwise.
-  void BeginWait(KE::Instance::KETypeCache& cache);
+  // A filter that watches `its` classes was created; the other filters watch `others`. True when
+  // everything has to be asked for: the cache may hold what no filter watches any more, and the
+  // others will not say again what they watch. Takes the mutexes of the two data caches.
+  // O(cached objects) when a report begins, else O(1).
+  bool FilterCame(Classes its, Classes others, KE::Instance::KETypeCache& cache);
+
+  // A filter that watched `its` classes has gone. What is cached stays as it was last known when no
+  // other filter watches the class.
+  void FilterWent(Classes its, Classes others);
+
+  // Everything will be asked for: until then no report is over.
+  void ExpectEverything() { expecting = true; }
+
+  // Nothing is cached and nothing watched from now on.
+  void Forget() { *this = StaleObjects(); }
+
+  // A wait is about to be sent, which asks for everything or not; the filters watch `watched`.
+  // Complexity and locks as FilterCame when it asks for everything, else O(1).
+  void BeginWait(bool everything, Classes watched, KE::Instance::KETypeCache& cache);
+
+  // The server has sent a filter set of a filter that watches `classes`.
+  void NoteFilterSet(Classes classes) {
+    filterSets = true;
+    named |= classes;
+  }
 
   // The server has named an object.
   void Name(const KE::Stub::ManagedObjectReference& object) {
-    if (phase == Phase::begun || phase == Phase::partial) Count(object);
+    if (open != 0) Strike(object);
   }
 
-  // A set was applied whole. True when the report is over.
-  bool EndSet();
+  // An answer was applied whole; `advanced`: its version is not that of its wait.
+  void EndAnswer(bool advanced);
 
-  // A part of the report has come, and something is missing still.
-  bool AwaitsMore() const { return phase == Phase::partial; }
+  // A wait stayed unanswered, by a server that is alive.
+  void EndSilence();
 
-  const Ids& Machines() const { return machines; }  // those missing still
-  const Ids& Hosts() const { return hosts; }
+  // Classes with a report that is not over, or whose stale objects are cached still.
+  bool IsOpen(Classes classes) const { return (open & classes) != 0; }
+
+  // A part of a report has come, and something is missing still.
+  bool AwaitsPart() const;
+
+  // Whether there is an object that is to be removed from its cache.
+  bool HasStale();
+
+  // Takes one. Without memory nothing happens.
+  void TakeStale(KELib::KEString& typeName, KELib::KEString& id);
 
  private:
-  enum class Phase { none, expected, begun, partial };
+  using Ids = std::unordered_set<std::string>;
 
-  void Count(const KE::Stub::ManagedObjectReference& object);
+  struct Report {
+    Ids missing;
+    bool orphans = false;  // the cache may hold what none of the filters watches
+    bool covered = false;  // the last wait was sent when all filters of the report were there
+    bool begun = false;    // a part has come
+    bool over = false;     // what is missing is stale
+    unsigned int silences = 0;
+    SyncTime since{};  // when the first part came or, before, when the report was asked for
+  };
 
-  Phase phase = Phase::none;
-  Ids machines, hosts;
-  bool foundOne = false;  // the current set has named an object that was missing
+  static const char* TypeOf(unsigned int index);
+  void Open(unsigned int index);
+  void Close(unsigned int index);
+  void Strike(const KE::Stub::ManagedObjectReference& object);
+  static void Collect(unsigned int index, KE::Instance::KETypeCache& cache, Ids& ids);
+  bool IsPending(unsigned int index) const;
+
+  static constexpr unsigned int kCount = 2;
+  Report reports[kCount];  // machines, hosts
+  Classes open = 0;
+  Classes named = 0;        // by the filter sets of the current answer
+  bool filterSets = false;  // the current answer has one
+  bool expecting = false;   // everything will be asked for
+  bool brief = false;       // the last wait was a short one
 };
 
 }  // namespace KE::Service

@@ -5,11 +5,14 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "datasync/DataSyncConstants.h"
+#include "datasync/FullRequest.h"
 #include "datasync/KEDataSyncImpl.h"
 #include "datasync/KEDataSyncWorkImpl.h"
 #include "datasync/StaleObjects.h"
+#include "datasync/SyncSeams.h"
 #include "datasync/SyncState.h"
 #include "foundation/KECondition.h"
 #include "foundation/KEException.h"
@@ -40,8 +43,8 @@ using Clock = std::chrono::steady_clock;
 // How long a library's own call waits for a free connection.
 constexpr int kHandleWaitMs = 2000;
 
-// A server that has another part of a split report sends it sooner than this.
-constexpr int kNextPartMs = 2000;
+// How long a first cycle goes on for the rest of a report that a server is slow to end.
+constexpr std::chrono::seconds kLongestFirstCycle{60};
 
 // After this many failed cycles in a row nobody is kept waiting for the next one.
 constexpr unsigned int kFailuresToGiveUp = 3;
@@ -126,16 +129,29 @@ void KEDataSyncImpl::StartSyncData() {
   }
 }
 
-// Repeats a failed first cycle, so that the caches are full when the caller goes on. A dead server
-// must not hold the agent: the thread goes on trying after a time-out or three failures.
+// Repeats a failed first cycle, so that the caches are full when the caller goes on, and adds
+// cycles until what is cached is true. A dead server must not hold the agent: the thread goes on
+// trying after a time-out or three failures.
 void KEDataSyncImpl::RunFirstCycle() {
+  const SyncTime end = GetSyncSeams().now() + kLongestFirstCycle;
   for (unsigned int failures = 0; failures < kFailuresToGiveUp;) {
     initialCycleDone = false;
     SyncData();
-    if (lastOutcome == Outcome::good || lastOutcome == Outcome::timedOut) return;
     if (stopRequested || !HasWatches()) return;
+    if (lastOutcome == Outcome::good || lastOutcome == Outcome::timedOut) {
+      if (!AwaitsMore() || GetSyncSeams().now() >= end) return;
+      if (lastOutcome == Outcome::good) continue;
+    }
     if (lastOutcome != Outcome::cancelled || cancelsInARow > 1) ++failures;
   }
+}
+
+// The last wait was answered, or was a short one, and the next one will bring more.
+bool KEDataSyncImpl::AwaitsMore() {
+  KEMutexGuard guard(mutex.get());
+  if (filters->Count() == 0) return false;
+  if (fullRequest->Wanted() || stale->AwaitsPart()) return true;
+  return lastOutcome == Outcome::good && stale->IsOpen(WatchedClassesNoLock());
 }
 
 void KEDataSyncImpl::StartThread() {
@@ -218,8 +234,10 @@ void KEDataSyncImpl::SyncData() {
 
 // The next wait asks for everything.
 void KEDataSyncImpl::ForgetVersion() {
+  KEMutexGuard guard(mutex.get());
   version.Clear();
-  stale->Expect();
+  stale->ExpectEverything();
+  fullRequest->AtOnce();
 }
 
 KEDataSyncImpl::Outcome KEDataSyncImpl::RunCycle() {
@@ -245,9 +263,8 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::Guarded(Step step) {
     if (stopRequested) return Outcome::stopped;
     Log(nullptr, LOG_LEVEL_VERBOSE, "Restarting timedout datasync.");
     const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
-    RestartDataSync();
-    if (stale->AwaitsMore()) RemoveStaleObjects();
-    return Outcome::timedOut;
+    const bool wasSilent = std::exchange(waitWasSilent, false);  // not so when a method timed out
+    return CancelWait(true) && wasSilent ? EndSilence() : Outcome::timedOut;
   } catch (const KELib::RequestFailedException& e) {
     if (stopRequested) return Outcome::stopped;
     Log(nullptr, LOG_LEVEL_VERBOSE, "%s", e.What());
@@ -279,12 +296,15 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::HandleFailure(const char* text) {
   return cancelled ? Outcome::cancelled : Outcome::failed;
 }
 
-// A task whose server does not answer must not hold its caller for ever.
+// A server that does not answer must hold nobody for ever who waits for a task or for the end of a
+// report.
 void KEDataSyncImpl::NoteFailedCycle(const char* text) {
   if (state->NoteFailure(text) < kFailuresToGiveUp) return;
   KEMutexGuard guard(mutex.get());
   for (auto it = filters->Begin(); !it.End(); ++it) {
-    if (it->value != nullptr && it->value->taskPending) ReleaseWaiterNoLock(it->value->waiter);
+    DataSyncInfo* info = it->value;
+    if (info == nullptr) continue;
+    if (info->taskPending || stale->IsOpen(info->classes)) ReleaseWaiterNoLock(info->waiter);
   }
 }
 
@@ -292,19 +312,26 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::WaitAndApply() {
   // Methods alone have no updates to wait for before their callers see the first data.
   if (!initialCycleDone && !HasFilters()) return Outcome::good;
   KEString response;
-  stale->BeginWait(*typeCache);
   {
-    const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested,
-                                         stale->AwaitsMore() ? kNextPartMs : 0);
+    const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested, 0, BeginWait());
     struct WaitOut {
-      explicit WaitOut(std::atomic<bool>& target) : flag(target) { flag = true; }
-      ~WaitOut() { flag = false; }
+      WaitOut(SyncState& state, const KELib::Http::HandleWait& scope, bool& wasSilent)
+          : flag(state.waitOut), limits(scope), silent(wasSilent) {
+        flag = true;
+      }
+      ~WaitOut() {
+        flag = false;
+        silent = !limits.Answered();
+      }
       std::atomic<bool>& flag;
-    } const waitOut(state->waitOut);
+      const KELib::Http::HandleWait& limits;
+      bool& silent;
+    } const waitOut(*state, limits, waitWasSilent);
     if (stopRequested) return Outcome::stopped;
     method->Invoke(targetNamespace, MethodWaitForUpdates, propertyCollector->type.Cstr(),
                    propertyCollector->value.Cstr(), VersionTag, version.Cstr(), response);
   }
+  waitWasSilent = false;
   if (stopRequested) return Outcome::stopped;
   if (!response.Empty()) return ApplyResponse(response);
   Log(nullptr, LOG_LEVEL_VERBOSE, "Empty Response. Resend WFU.");
@@ -313,22 +340,68 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::WaitAndApply() {
   return Outcome::empty;
 }
 
+// Prepares what watches for stale objects, and returns how many milliseconds the next wait may stay
+// unanswered; 0: as long as the connection allows.
+int KEDataSyncImpl::BeginWait() {
+  KEMutexGuard guard(mutex.get());
+  const SyncTime now = GetSyncSeams().now();
+  const bool everything = fullRequest->Due(now);
+  stale->BeginWait(everything, WatchedClassesNoLock(), *typeCache);
+  if (everything) {
+    version.Clear();
+    fullRequest->Sent();
+  }
+  return stale->AwaitsPart() ? StaleObjects::kNextPartMs : fullRequest->WaitLimit(now);
+}
+
 KEDataSyncImpl::Outcome KEDataSyncImpl::ApplyResponse(KEString& response) {
   KELib::Xml::KEXmlReader reader(response, false, 0);
+  const KEString before(version);
   ReadVersion(reader);
   UpdateInfo ui(Val, nullptr);
   try {
     UpdateSetToCache(ui, reader);
   } catch (...) {
-    // The server takes the set for delivered. Without a version it sends everything again.
-    ForgetVersion();
+    AskForEverythingLater();
     throw;
   }
-  if (unknownFilter.value.Empty() && stale->EndSet()) RemoveStaleObjects();
+  if (unknownFilter.value.Empty()) EndAnswer(!version.Equals(before));
   state->NoteApplied(true);
   if (!unknownFilter.value.Empty()) return DestroyUnknownFilter();
   state->NoteGoodCycle();
   return Outcome::good;
+}
+
+// The server takes the set for delivered. What it said is learned by asking for everything, but
+// not at once: a set that cannot be applied may come again each time.
+void KEDataSyncImpl::AskForEverythingLater() {
+  KEMutexGuard guard(mutex.get());
+  stale->ExpectEverything();
+  fullRequest->AfterFailure(GetSyncSeams().now());
+}
+
+void KEDataSyncImpl::EndAnswer(bool advanced) {
+  {
+    KEMutexGuard guard(mutex.get());
+    fullRequest->NoteWholeSet();
+    stale->EndAnswer(advanced);
+  }
+  SettleReports();
+}
+
+KEDataSyncImpl::Outcome KEDataSyncImpl::EndSilence() {
+  return Guarded([this] {
+    {
+      KEMutexGuard guard(mutex.get());
+      for (auto it = filters->Begin(); !it.End(); ++it) {
+        // A report that ends in silence had nothing to say: that is the first data.
+        if (it->value != nullptr) it->value->held = stale->IsOpen(it->value->classes);
+      }
+      stale->EndSilence();
+    }
+    SettleReports();
+    return Outcome::timedOut;
+  });
 }
 
 // The version stands before the filter sets; a filter set's texts are not searched for it.
@@ -358,7 +431,11 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::DestroyUnknownFilter() {
   KE::Stub::ManagedObjectReference filter;
   filter.type.Transfer(unknownFilter.type);
   filter.value.Transfer(unknownFilter.value);
-  ForgetVersion();
+  {
+    KEMutexGuard guard(mutex.get());
+    stale->ExpectEverything();
+    fullRequest->AfterCut(GetSyncSeams().now());
+  }
   try {
     const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
     KEString response;
@@ -370,23 +447,21 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::DestroyUnknownFilter() {
   return Outcome::incomplete;
 }
 
-void KEDataSyncImpl::RemoveStaleObjects() {
-  RemoveFromWatchedCache(KE::Stub::ZORBEL_VMComputerSystemClass, stale->Machines());
-  RemoveFromWatchedCache(KE::Stub::ZORBEL_ORXComputerSystemClass, stale->Hosts());
-  stale->Forget();
-}
-
-// What nobody watches any more is left as it was last known.
-void KEDataSyncImpl::RemoveFromWatchedCache(const char* typeName,
-                                            const std::unordered_set<std::string>& ids) {
-  KEString type(typeName);
-  for (const std::string& id : ids) {  // a reader waits for one object at most
+// Removes what the reports that are over have not named, and releases the waiters that waited for
+// their end.
+void KEDataSyncImpl::SettleReports() {
+  for (KEString type, id;;) {  // a reader waits for one object at most
     KEMutexGuard guard(mutex.get());
-    if (!IsCacheNamedNoLock(type)) return;
+    if (!stale->HasStale()) break;
     KE::Instance::KECacheGuard caches(typeCache.get());
     caches.LockComputerSystems();
-    KEString key(id.c_str());
-    typeCache->RemoveValNoLock(type, key);
+    stale->TakeStale(type, id);
+    if (typeCache->GetDataCache(type) != nullptr) typeCache->RemoveValNoLock(type, id);
+  }
+  if (WaiterHolder::Count() == 0) return;
+  KEMutexGuard guard(mutex.get());
+  for (auto it = filters->Begin(); !it.End(); ++it) {
+    if (it->value != nullptr && it->value->held) ReleaseFilledNoLock(*it->value);
   }
 }
 

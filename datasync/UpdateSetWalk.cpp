@@ -157,13 +157,14 @@ bool UpdateSetWalk::BeginFilter(const XmlSlice& type, const XmlSlice& id)
     return false;
   }
   if (ui.syncInfo->waiter != nullptr) ui.syncInfo->received = true;
+  sync.Stale().NoteFilterSet(ui.syncInfo->classes);
   return true;
 }
 
 // The table mutex is held since the filter was last looked up.
 void UpdateSetWalk::EndFilter() KECPP_NO_THREAD_SAFETY_ANALYSIS {
   DataSyncInfo* info = ui.syncInfo;
-  if (info != nullptr && !info->taskPending) sync.ReleaseWaiterNoLock(info->waiter);
+  if (info != nullptr) sync.ReleaseFilledNoLock(*info);
   ui.syncInfo = nullptr;
   ClearReference(ui.filter);
 }

@@ -53,17 +53,16 @@ void KEDataSyncImpl::UpdateSetToCache(UpdateInfo& ui, KEXmlReader& r) {
   }
 }
 
-// A watch whose set was cut short hears everything again, of its task too; who waits for its first
-// data is not kept until a server that goes on like that sends a whole set.
+// A watch whose set was cut short hears everything again, of its task too. Its waiter is released
+// now, since this server may never send a whole set; one that waits until the cache is true is not.
 void KEDataSyncImpl::FinishUpdateSet(bool cutShort) {
   if (WaiterHolder::Count() == 0) return;
   KEMutexGuard guard(mutex.get());
   for (auto it = filters->Begin(); !it.End(); ++it) {
     DataSyncInfo* info = it->value;
     if (info == nullptr) continue;
-    const bool release = !info->taskPending && (cutShort || !info->received);
+    if (cutShort || !info->received) ReleaseFilledNoLock(*info);
     info->received = false;
-    if (release) ReleaseWaiterNoLock(info->waiter);
   }
 }
 

@@ -10,8 +10,13 @@ thread_local const HandleWait* innermost = nullptr;
 
 }  // namespace
 
-HandleWait::HandleWait(int limit, const std::atomic<bool>* stopFlag, int transferLimit)
-    : milliseconds(limit), stop(stopFlag), transferMilliseconds(transferLimit), outer(innermost) {
+HandleWait::HandleWait(int limit, const std::atomic<bool>* stopFlag, int transferLimit,
+                       int answerLimit)
+    : milliseconds(limit),
+      stop(stopFlag),
+      transferMilliseconds(transferLimit),
+      answerMilliseconds(answerLimit),
+      outer(innermost) {
   innermost = this;
 }
 

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Makes the posts of the calling thread patient for a scope: instead of failing at once when all of
-// a pool's handles are in use, they wait for one. It may also shorten their transfers.
+// a pool's handles are in use, they wait for one. It may also shorten their transfers, and it notes
+// whether an answer has begun to come.
 //
 // For calls that would do harm when lost, such as a logout. Scopes nest; the innermost one counts.
 //
@@ -18,8 +19,11 @@ class HandleWait {
  public:
   // Waits up to `milliseconds` for a free handle, in each post, or until `stop`, unless null, turns
   // true. With a positive `transferMilliseconds` each transfer times out after that time even if
-  // the connection's or the request's time-out is longer.
-  HandleWait(int milliseconds, const std::atomic<bool>* stop, int transferMilliseconds = 0);
+  // the connection's or the request's time-out is longer. With a positive `answerMilliseconds` a
+  // transfer times out when nothing of the answer's body has come by then, or up to a second later;
+  // one whose answer has begun goes on.
+  HandleWait(int milliseconds, const std::atomic<bool>* stop, int transferMilliseconds = 0,
+             int answerMilliseconds = 0);
   HandleWait(const HandleWait&) = delete;
   HandleWait& operator=(const HandleWait&) = delete;
   ~HandleWait();
@@ -30,11 +34,18 @@ class HandleWait {
   int Milliseconds() const { return milliseconds; }
   bool Stopped() const { return stop != nullptr && *stop; }
   int TransferMilliseconds() const { return transferMilliseconds; }
+  int AnswerMilliseconds() const { return answerMilliseconds; }
+
+  // A part of an answer's body has come in this scope, whatever became of the transfer.
+  void NoteAnswer() const { answered = true; }
+  bool Answered() const { return answered; }
 
  private:
   const int milliseconds;
   const std::atomic<bool>* const stop;
   const int transferMilliseconds;
+  const int answerMilliseconds;
+  mutable bool answered = false;
   const HandleWait* const outer;
 };
 

@@ -12,6 +12,15 @@
 namespace KELib {
 namespace Http {
 
+namespace {
+
+// libcurl's progress callback, called about once a second: anything but 0 ends the transfer.
+int CheckProgress(void* transfer, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
+  return static_cast<HttpTransfer*>(transfer)->IsAnswerLate() ? 1 : 0;
+}
+
+}  // namespace
+
 HttpTransfer::HttpTransfer(HttpHandle& taken, HttpConnectionPool& owner, ConnectionInfo& settings)
     : handle(taken), pool(owner), info(settings) {}
 
@@ -22,6 +31,11 @@ HttpTransfer::~HttpTransfer() {
   curl_easy_setopt(handle.handle, CURLOPT_POSTFIELDS, nothing);
   // A handle that cannot be put right is prepared anew for its next user.
   if (limited && !handle.SetTimeout(handle.timeout)) handle.prepared = false;
+  if (!answerDue) return;
+  curl_easy_setopt(handle.handle, CURLOPT_NOPROGRESS, 1L);
+  curl_easy_setopt(handle.handle, CURLOPT_XFERINFOFUNCTION, nullptr);
+  curl_easy_setopt(handle.handle, CURLOPT_XFERINFODATA, nothing);
+  handle.prepared = false;  // the settings may want the progress shown
 }
 
 void HttpTransfer::Run(HttpRequest& request, HttpResponse& response) {
@@ -31,7 +45,8 @@ void HttpTransfer::Run(HttpRequest& request, HttpResponse& response) {
   const int result = Perform();
   if (result != CURLE_OK) {
     KEString text = ErrorText(result);
-    if (result == CURLE_OPERATION_TIMEDOUT && !interrupted) {
+    if (late && !interrupted) text = "No answer within the time limit.";
+    if ((result == CURLE_OPERATION_TIMEDOUT || late) && !interrupted) {
       throw RequestTimedOutException(text.Str(), text.Length());
     }
     response.SetErrorCode(result);
@@ -55,12 +70,28 @@ void HttpTransfer::RestoreTimeout() {
 
 void HttpTransfer::ApplyTimeLimit() {
   const HandleWait* scope = HandleWait::Current();
+  if (scope != nullptr) ApplyAnswerLimit(scope->AnswerMilliseconds());
   const long limit = scope != nullptr ? scope->TransferMilliseconds() : 0;
   if (limit <= 0 || (handle.timeout > 0 && handle.timeout <= limit / 1000)) return;
   if (curl_easy_setopt(handle.handle, CURLOPT_TIMEOUT_MS, limit) != CURLE_OK) {
     throw HttpException("Unable to set request timeout.");
   }
   limited = true;
+}
+
+void HttpTransfer::ApplyAnswerLimit(long milliseconds) {
+  if (milliseconds <= 0) return;
+  answerDue = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+  void* easy = handle.handle;
+  const bool set = curl_easy_setopt(easy, CURLOPT_XFERINFODATA, this) == CURLE_OK &&
+                   curl_easy_setopt(easy, CURLOPT_XFERINFOFUNCTION, &CheckProgress) == CURLE_OK &&
+                   curl_easy_setopt(easy, CURLOPT_NOPROGRESS, 0L) == CURLE_OK;
+  if (!set) throw HttpException("Unable to set request timeout.");
+}
+
+bool HttpTransfer::IsAnswerLate() noexcept {
+  late = !begun && answerDue && std::chrono::steady_clock::now() >= *answerDue;
+  return late;
 }
 
 void HttpTransfer::PointAt(HttpRequest& request, HttpResponse& response) {
@@ -117,6 +148,7 @@ std::size_t HttpTransfer::Store(const char* data, unsigned int length) noexcept 
 // Without an announcement the length is -1.
 void HttpTransfer::ExpectAnnounced() {
   begun = true;
+  if (HandleWait::Current() != nullptr) HandleWait::Current()->NoteAnswer();
   curl_off_t length = -1;
   curl_easy_getinfo(handle.handle, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
   if (length > 0) receiver->Expect(static_cast<unsigned long long>(length));

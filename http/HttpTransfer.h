@@ -6,6 +6,7 @@
 #ifndef KECPP_HTTP_HTTPTRANSFER_H
 #define KECPP_HTTP_HTTPTRANSFER_H
 
+#include <chrono>
 #include <cstddef>
 #include <optional>
 
@@ -38,6 +39,9 @@ class HttpTransfer {
   static std::size_t StoreChunk(char* data, std::size_t size, std::size_t count,
                                 void* transfer) noexcept;
 
+  // True when nothing of the answer has come within the time that a HandleWait scope allows.
+  bool IsAnswerLate() noexcept;
+
  private:
   std::size_t Store(const char* data, unsigned int length) noexcept;
   void ExpectAnnounced();
@@ -45,6 +49,7 @@ class HttpTransfer {
 
   bool ChangeTimeout(long long seconds);
   void ApplyTimeLimit();
+  void ApplyAnswerLimit(long milliseconds);
   void PointAt(HttpRequest& request, HttpResponse& response);
   int Perform();
   KEString ErrorText(int result) const;
@@ -58,6 +63,8 @@ class HttpTransfer {
   KEString storeError;   // why the last chunk was refused
   bool limited = false;  // the handle's time-out is that of a HandleWait scope
   bool interrupted = false;
+  std::optional<std::chrono::steady_clock::time_point> answerDue;  // the HandleWait scope's limit
+  bool late = false;  // the transfer was ended because its answer had not begun
 };
 
 }  // namespace Http

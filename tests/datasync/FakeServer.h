@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "foundation/KEException.h"
+#include "http/HandleWait.h"
 #include "service/call/KEMethod.h"
 #include "xml/KEXmlBuffer.h"
 
@@ -31,8 +32,15 @@ class FakeServer : public KE::Service::KEMethod {
   struct Call {
     std::string method, type, value;
     std::string argument;  // the one argument, or the whole body
+    int limit = AnswerLimit();
     std::chrono::steady_clock::time_point time = std::chrono::steady_clock::now();
   };
+
+  // How many milliseconds the caller lets a call stay unanswered; 0: no limit.
+  static int AnswerLimit() {
+    const auto* scope = KELib::Http::HandleWait::Current();
+    return scope != nullptr ? scope->AnswerMilliseconds() : 0;
+  }
 
   static Answer Text(const std::string& text) {
     return [text] { return text; };

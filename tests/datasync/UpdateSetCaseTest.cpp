@@ -6,8 +6,9 @@
 // run once more with the data sync's single steps instead of its walk. These sections do something:
 //   watch FILTER    sets a watch up with this property list; the server names its filter FILTER.
 //                   Without an argument the server answers what "next" says
-//   set             the update set that arrives next; "returnval" and a version are put around
-//                   filter sets that stand alone
+//   set [VERSION]   the update set that arrives next; "returnval" and a version, 1 without an
+//                   argument, are put around filter sets that stand alone
+//   pass MS         the loop's clock, which stands still otherwise, goes on
 //   again           the last set arrives once more
 //   throw KIND      the next wait ends with this exception and this text
 //   next METHOD [KIND]   the method's next call gives this answer, or ends so
@@ -21,6 +22,7 @@
 //   cache           what the caches hold (CacheDump.h)
 //   signalled       the filters whose waiters were signalled so far, in order
 //   version         the version that the wait named which is now out
+//   limit           how many milliseconds that wait may stay unanswered; 0: no limit of the loop's
 //   request         the body of the last "CreateFilter"
 //   calls           what else was called since the last section that did something
 //   failures        the number of failed cycles in a row
@@ -38,6 +40,7 @@
 #include "datasync/PropertyList.h"
 #include "datasync/StepWalk.h"
 #include "datasync/SyncFixture.h"
+#include "datasync/SyncSeams.h"
 #include "support/CaseFile.h"
 
 namespace KE::Service {
@@ -90,6 +93,14 @@ class NamedWaiter : public CountingWaiter {
 
 class UpdateSetCaseTest : public SyncFixture, public testing::WithParamInterface<fs::path> {
  protected:
+  UpdateSetCaseTest() {
+    GetSyncSeams().now = [] { return SyncTime(std::chrono::milliseconds(clock)); };
+  }
+  ~UpdateSetCaseTest() override {
+    sync.reset();
+    GetSyncSeams() = SyncSeams();
+  }
+
   void Run(const std::vector<Section>& sections) {
     signalled = error = log = "";
     queued = timeoutFed = false;
@@ -130,7 +141,8 @@ class UpdateSetCaseTest : public SyncFixture, public testing::WithParamInterface
     KELib::KEString type(argument.c_str());
     const std::map<std::string, std::function<void()>> doers = {
         {"watch", [&] { SetUpWatch(argument, section.text); }},
-        {"set", [&] { ArriveSet(set = WholeSet(section.text)); }},
+        {"set", [&] { ArriveSet(set = WholeSet(section.text, argument)); }},
+        {"pass", [&] { clock += std::stoi(argument); }},
         {"again", [&] { ArriveSet(set); }},
         {"throw", [&] { Arrive(Failure(argument, line)); }},
         {"next",
@@ -163,9 +175,10 @@ class UpdateSetCaseTest : public SyncFixture, public testing::WithParamInterface
     references.clear();
   }
 
-  static std::string WholeSet(const std::string& text) {
+  static std::string WholeSet(const std::string& text, const std::string& version) {
     if (text.compare(0, 10, "<filterSet") != 0) return text;
-    return "<returnval>\n<version>1</version>\n" + text + "</returnval>\n";
+    return "<returnval>\n<version>" + (version.empty() ? "1" : version) + "</version>\n" + text +
+           "</returnval>\n";
   }
 
   void StartTask(const std::string& task) {
@@ -254,6 +267,8 @@ class UpdateSetCaseTest : public SyncFixture, public testing::WithParamInterface
         {"cache", [&] { return Caches(); }},
         {"signalled", [&] { return signalled; }},
         {"version", [&] { return "[" + LastVersion() + "]\n"; }},
+        {"limit",
+         [&] { return std::to_string(server.Calls("WaitForUpdates").back().limit) + "\n"; }},
         {"request", [&] { return server.Calls("CreateFilter").back().argument; }},
         {"calls", [&] { return OtherCalls(); }},
         {"failures", [&] { return std::to_string(Status().consecutiveFailures) + "\n"; }},
@@ -268,6 +283,8 @@ class UpdateSetCaseTest : public SyncFixture, public testing::WithParamInterface
     EXPECT_EQ(teller->second(), section.text);
     return true;
   }
+
+  static inline std::atomic<long long> clock{0};
 
   std::string signalled, set, error, log;
   std::vector<std::string> heldBack;  // for the steps, until there is a watch

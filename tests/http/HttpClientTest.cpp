@@ -127,6 +127,24 @@ TEST_F(HttpClientTest, AScopeMayShortenTransfers) {
   EXPECT_EQ("late", patient[0].get().content);
 }
 
+// libcurl looks at this limit about once a second: one that is over by then has been looked at.
+TEST_F(HttpClientTest, AScopeMayLimitTheWaitForAnAnswerButNotTheAnswer) {
+  const auto post = [this](bool answers) {
+    const HandleWait scope(0, nullptr, 0, 20);
+    Outcome outcome = Post();
+    EXPECT_EQ(answers, scope.Answered());
+    return outcome;
+  };
+  server.Push(Reply::Ok("").Hanging());
+  EXPECT_EQ("RequestTimedOutException: No answer within the time limit.", post(false).thrown);
+  const std::string begin = "HTTP/1.0 200 OK\r\n\r\n<a/>";
+  server.Push(Reply::Raw(begin + "<b/>").Hanging(begin.size()).AndClose());
+  auto begun = std::async(std::launch::async, post, true);
+  EXPECT_EQ(std::future_status::timeout, begun.wait_for(std::chrono::milliseconds(1500)));
+  server.ReleaseHanging();
+  EXPECT_EQ("<a/><b/>", begun.get().content);
+}
+
 TEST_F(HttpClientTest, WithAllHandlesInUseAPostFailsAtOnceUnlessItMayWait) {
   const std::string busy = "HttpException: Unable to connect. Busy.";
   auto posts = HangingPosts(2);
