@@ -3,6 +3,7 @@
 // kecpp-agent: answers CIM clients from the library's caches. It uses nothing but the library's
 // installed headers and is meant to be copied from.
 #include <kecpp.h>
+#include <malloc.h>
 #include <sys/stat.h>
 
 #include <cstdlib>
@@ -127,6 +128,10 @@ int RunGuarded(const AgentOptions& options) {
 }  // namespace cimxml
 
 int main(int argc, char** argv) {
+  // Memory of copies and answers goes back to the system when they go. The allocator would keep
+  // tens of megabytes for each of the threads that have made one.
+  constexpr int LARGE = 256 * 1024;
+  mallopt(M_MMAP_THRESHOLD, LARGE);
   cimxml::AgentOptions options;
   if (auto status = cimxml::ParseAgentOptions(argc, argv, options)) return *status;
   if (options.printMof) {
