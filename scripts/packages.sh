@@ -11,6 +11,7 @@ CLIENT_PACKAGES="python3 python3-requests python3-ply python3-yaml python3-urlli
 BENCHMARK_PACKAGES="libpugixml-dev librapidxml-dev libxml2-dev libexpat1-dev gsoap libgsoap-dev
   gnuplot-nox valgrind"
 ANALYSIS_PACKAGES="clang abigail-tools"
+MUTANT_PACKAGES="clang python3 python3-clang"
 FUZZ_PACKAGES="clang libclang-rt-dev"  # clang's own version of it, in every release
 PACKAGING_PACKAGES="dpkg-dev file mandoc"
 REFERENCE_PACKAGES="doxygen"
