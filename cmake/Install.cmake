@@ -5,22 +5,23 @@ find_program(KECPP_GZIP gzip REQUIRED)
 install(TARGETS kecpp EXPORT kecppTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         COMPONENT library NAMELINK_COMPONENT development)
-install(FILES kecpp.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kecpp COMPONENT development)
-# Helpers of our own, which no public header includes, stay here.
-set(KECPP_PRIVATE_HEADERS
-    datasync/ComputerSystems.h datasync/FullRequest.h datasync/ListValue.h datasync/ObjectTarget.h
-    datasync/PropertyList.h datasync/RoleMemory.h datasync/StaleObjects.h datasync/SyncSeams.h
-    datasync/SyncState.h datasync/UpdateSetWalk.h datasync/WalkRoom.h foundation/BlockSize.h
-    http/EasyOption.h http/HandleWait.h http/HeaderLines.h http/HttpTransfer.h
-    http/SocketRegistry.h instance/HostLinks.h instance/KECacheGuard.h service/call/MgmtdWatchSeams.h
-    service/entry/ServiceContent.h stub/base/StubCast.h stub/classes/AssocList.h stub/classes/EndMatch.h
-    stub/classes/RoleLinks.h xml/FixedText.h xml/KEXmlCursor.h)
-set(KECPP_PUBLIC_HEADERS)
-foreach(layer IN LISTS KECPP_LAYERS)
-  file(GLOB headers CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} ${layer}/*.h)
-  list(REMOVE_ITEM headers ${KECPP_PRIVATE_HEADERS})
-  list(APPEND KECPP_PUBLIC_HEADERS ${headers})
-  install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kecpp/${layer}
+
+# The public headers are kecpp.h and what it includes, directly or through another header. A header
+# that it does not reach is a helper of our own and stays here.
+set(KECPP_PUBLIC_HEADERS kecpp.h)
+set(unread ${KECPP_PUBLIC_HEADERS})
+while(unread)
+  list(POP_FRONT unread header)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
+  file(STRINGS ${header} includes REGEX "^#include \"")
+  list(TRANSFORM includes REPLACE "^#include \"([^\"]*)\".*" "\\1")
+  list(REMOVE_ITEM includes ${KECPP_PUBLIC_HEADERS})
+  list(APPEND KECPP_PUBLIC_HEADERS ${includes})
+  list(APPEND unread ${includes})
+endwhile()
+foreach(header IN LISTS KECPP_PUBLIC_HEADERS)
+  get_filename_component(layer ${header} DIRECTORY)
+  install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kecpp/${layer}
           COMPONENT development)
 endforeach()
 
