@@ -18,11 +18,11 @@ constexpr bool HaveSize() {
 }
 
 static_assert(HaveSize<4, KE::Instance::KECacheLock, KELib::KEString, KELib::Stub::KEStubRef>());
-static_assert(HaveSize<8, KE::Service::KEMethodImpl, KELib::Http::HeaderInfoImpl,
-                       KELib::Http::HeaderIteratorImpl, KELib::Http::HttpClientImpl,
-                       KELib::Http::HttpHandleRef,
-                       KELib::KEThreadImpl, KELib::KEWork, KELib::Logging::Logger,
-                       KELib::Soap::SoapHttpClientImpl, KELib::Xml::XmlTokenState>());
+static_assert(
+    HaveSize<8, KE::Service::KEMethodImpl, KELib::Http::HeaderInfoImpl,
+             KELib::Http::HeaderIteratorImpl, KELib::Http::HttpClientImpl,
+             KELib::Http::HttpHandleRef, KELib::KEThreadImpl, KELib::KEWork, KELib::Logging::Logger,
+             KELib::Soap::SoapHttpClientImpl, KELib::Xml::XmlTokenState>());
 static_assert(
     HaveSize<12, KE::Service::KEDataSyncWorkImpl, KE::Service::KESoapClientImpl,
              KE::Stub::ManagedObjectReference, KELib::Http::HttpResponse,

@@ -3,6 +3,8 @@
 
 namespace KELib {
 
-const char* Version() { return KECPP_VERSION; }
+const char* Version() {
+  return KECPP_VERSION;
+}
 
 }  // namespace KELib

@@ -56,9 +56,9 @@ class KECPP_API HttpConnectionPool {
   // Frees the handle's slot; a handle that is not in use is ignored. No reference holds it then.
   void FreeHandle(HttpHandle* handle);
 
-  // For references. Hold: `ref` holds its handle, if that is in use. Share: so does `copy`, if `ref`
-  // does. GiveBack: frees the slot of the handle that `ref` holds, if it holds one. The first two
-  // throw std::bad_alloc; then the reference holds nothing.
+  // For references. Hold: `ref` holds its handle, if that is in use. Share: so does `copy`, if
+  // `ref` does. GiveBack: frees the slot of the handle that `ref` holds, if it holds one. The first
+  // two throw std::bad_alloc; then the reference holds nothing.
   void Hold(const HttpHandleRef& ref);
   void Share(const HttpHandleRef& ref, const HttpHandleRef& copy);
   void GiveBack(const HttpHandleRef& ref);

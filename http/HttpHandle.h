@@ -41,11 +41,11 @@ class KECPP_API HttpHandle {
   // Sets the time that a transfer may take, in seconds (see ClampTimeout). False when refused.
   bool SetTimeout(long long seconds);
 
-  void* handle = nullptr;        // of the transfer library; null when released
-  bool prepared = false;         // the connection's options are applied
+  void* handle = nullptr;         // of the transfer library; null when released
+  bool prepared = false;          // the connection's options are applied
   curl_slist* headers = nullptr;  // owned; in use by the handle
-  long timeout = 0;              // seconds, as last set
-  char errorText[256] = "";      // written by the transfer library during a transfer
+  long timeout = 0;               // seconds, as last set
+  char errorText[256] = "";       // written by the transfer library during a transfer
 };
 
 // A thread's hold on a pool's handle, given back when the reference dies. Copies refer to the same

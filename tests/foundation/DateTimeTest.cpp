@@ -44,7 +44,8 @@ TEST(DateTimeTest, PrintsBackWhatItParsed) {
   EXPECT_EQ(time.GetMicrosecond(), 456);
   EXPECT_EQ(time.GetDayOfWeek(), 1);
   // 400 years are 20,871 weeks.
-  for (const int year : {2006, 6, -394, -794}) EXPECT_EQ(DateTime::DayOfWeek(year, 1, 1), 0) << year;
+  const int sundays[] = {2006, 6, -394, -794};
+  for (const int year : sundays) EXPECT_EQ(DateTime::DayOfWeek(year, 1, 1), 0) << year;
   const int leapDay[] = {2000, 0, -400, -2000000000};
   for (const int year : leapDay) EXPECT_EQ(DateTime::DayOfWeek(year, 2, 29), 2) << year;
   EXPECT_EQ(DateTime::DayOfWeek(-100, 1, 31), DateTime::DayOfWeek(1900, 1, 31));
