@@ -46,6 +46,7 @@ TEST(DateTimeTest, PrintsBackWhatItParsed) {
   // 400 years are 20,871 weeks.
   const int sundays[] = {2006, 6, -394, -794};
   for (const int year : sundays) EXPECT_EQ(DateTime::DayOfWeek(year, 1, 1), 0) << year;
+  EXPECT_EQ(DateTime::DayOfWeek(2023, 11, 14), 2);
   const int leapDay[] = {2000, 0, -400, -2000000000};
   for (const int year : leapDay) EXPECT_EQ(DateTime::DayOfWeek(year, 2, 29), 2) << year;
   EXPECT_EQ(DateTime::DayOfWeek(-100, 1, 31), DateTime::DayOfWeek(1900, 1, 31));

@@ -94,9 +94,11 @@ TEST(KEStringTest, ComparesAndHashesBytesAsSigned) {
   EXPECT_TRUE(KEString().Equals(static_cast<const char*>(nullptr)));
   EXPECT_TRUE(KEString("AbC").EqualsI("aBc"));
   EXPECT_EQ(HashText("\xff", 1), 4294967295U);
-  KEString latin("\xc4z");
+  KEString latin("\xc4Z");
   latin.ToLower();  // a negative char must not index in front of the table
-  EXPECT_EQ(latin.Length(), 2U);
+  EXPECT_STREQ(latin.Cstr(), "\xc4z");
+  latin.ToUpper();
+  EXPECT_STREQ(latin.Cstr(), "\xc4Z");
 }
 
 }  // namespace

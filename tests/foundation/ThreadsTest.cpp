@@ -75,6 +75,8 @@ TEST(KEConditionTest, ASignalEndsAnUnboundedWaitSilently) {
   ExpectHandshake([&](KEMutex& mutex) { condition->Wait(&mutex, 0); },
                   [&] { condition->Signal(); });
   EXPECT_TRUE(CapturedLog::Lines().empty());
+  ExpectHandshake([&](KEMutex& mutex) { condition->Wait(&mutex, 600000); },
+                  [&] { condition->Signal(); });
 }
 
 TEST(KEQuietConditionTest, TellsWakeUpFromTimeOutAndLogsNothing) {
