@@ -106,6 +106,7 @@
 #include "datasync/MethodDataSyncInfo.h"
 #include "datasync/UpdateInfo.h"
 
+#include "service/entry/KEConnectFailure.h"
 #include "service/entry/KEServiceInst.h"
 #include "service/entry/KEServiceInstImpl.h"
 #include "service/entry/KEServiceInstManager.h"

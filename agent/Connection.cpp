@@ -3,6 +3,7 @@
 
 #include <iostream>
 
+#include "agent/EndWatch.h"
 #include "agent/WatchList.h"
 
 namespace inventory {
@@ -26,29 +27,58 @@ Reference FindReference(KE::Service::KEServiceInst& instance, const char* name) 
 
 std::string FailureText(const KESyncStatus& status) {
   const std::string text = status.lastFailure.Cstr();
-  return text.empty() ? "no data arrived" : text;
+  return text.empty() ? "no data arrived" : Printable(text);
+}
+
+// URL and reason.
+std::string LastFailure(KE::Service::KEServiceInstManager& manager) {
+  KE::Service::KEConnectFailure failure;
+  manager.GetLastFailure(failure);
+  return failure.text.Empty() ? "out of memory" : failure.text.Cstr();
 }
 
 }  // namespace
 
-Connection::Connection(KE::Service::KEServiceInstManager& manager, const Options& opts)
+Connection::Connection(KE::Service::KEServiceInstManager& manager, const Options& opts,
+                       const EndOfRun& end)
     : options(opts), firstData(KELib::CreateKEWaiter()), instance(nullptr, {&manager}) {
   try {
     KELib::KEString config(options.config.c_str());
+    const EndWatch watch(end, options.program, [&manager] { manager.InterruptConnecting(); });
     instance.reset(manager.GetServiceInstance(config, KE::Service::DEFAULT_CONFIG_CONTENT));
-    if (!instance)
-      throw ConnectionError("cannot reach the management daemon; the system log tells why");
+    if (!instance) throw ConnectionError("cannot connect: " + LastFailure(manager));
     KE::Service::KESession* session = instance->GetSession();
     if (!session) throw ConnectionError("the management daemon opens no session");
     sync = session->GetDataSync();
-  } catch (const KELib::SystemException& error) {
-    throw ConnectionError(std::string("cannot log in: ") + error.What());
+  } catch (const KELib::SystemException&) {
+    throw ConnectionError("cannot log in: " + LastFailure(manager));
   } catch (const KELib::Throwable& error) {
     throw ConnectionError(std::string("cannot connect: ") + error.What());
   }
 }
 
 void Connection::Watch(const EndOfRun& end) {
+  try {
+    const EndWatch watch(end, options.program, [this] { CutWatching(); });
+    SetUpWatches(end);
+  } catch (const ConnectionError&) {
+    if (!wasCut) throw;
+  }
+  if (!wasCut) return;
+  if (auto* method = dynamic_cast<KE::Service::KEMethodImpl*>(&Method())) {
+    method->Resume();  // for the logout
+  }
+  throw ConnectionError("ended before the inventory was read");
+}
+
+// A daemon that does not answer must not hold the end up.
+void Connection::CutWatching() {
+  wasCut = true;
+  if (auto* method = dynamic_cast<KE::Service::KEMethodImpl*>(&Method())) method->Interrupt();
+  sync->RequestStop();
+}
+
+void Connection::SetUpWatches(const EndOfRun& end) {
   try {
     WatchSystems();
   } catch (const KELib::Throwable& error) {
@@ -58,8 +88,9 @@ void Connection::Watch(const EndOfRun& end) {
   try {
     WatchAuthorization(end);
   } catch (const KELib::Throwable& error) {
-    const std::string text = std::string("cannot watch roles and privileges: ") + error.What();
-    if (options.wantsAuthorization) throw ConnectionError(text);
+    const std::string text =
+        Printable(std::string("cannot watch roles and privileges: ") + error.What());
+    if (options.wantsAuthorization || wasCut) throw ConnectionError(text);
     std::cerr << options.program << ": " << text << '\n';
   }
 }

@@ -10,29 +10,33 @@
 
 #include <kecpp.h>
 
+#include <atomic>
 #include <memory>
 #include <stdexcept>
 #include <string>
 
+#include "agent/CellText.h"
 #include "agent/EndOfRun.h"
 #include "agent/Options.h"
 
 namespace inventory {
 
-// The daemon cannot be reached, refuses the login or does not give its inventory.
+// The daemon cannot be reached, refuses the login or does not give its inventory. The text may be
+// shown on a terminal.
 class ConnectionError : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  explicit ConnectionError(const std::string& text) : std::runtime_error(Printable(text)) {}
 };
 
 class Connection {
  public:
-  // Connects and logs in. Throws ConnectionError.
-  Connection(KE::Service::KEServiceInstManager& manager, const Options& options);
+  // Connects and logs in; the end of the run cuts it short. Throws ConnectionError.
+  Connection(KE::Service::KEServiceInstManager& manager, const Options& options,
+             const EndOfRun& end);
 
   // Sets up the watches for the lists that are shown. On return the first data is in the caches;
-  // a daemon that splits its first answer may have more to come. Throws ConnectionError when the
-  // first data did not arrive.
+  // a daemon that splits its first answer may have more to come. The end of the run cuts it short.
+  // Throws ConnectionError when the first data did not arrive.
   void Watch(const EndOfRun& end);
 
   KE::Service::KEDataSync& Sync() { return *sync; }
@@ -47,6 +51,8 @@ class Connection {
   bool IsLost(std::string& reason);
 
  private:
+  void SetUpWatches(const EndOfRun& end);
+  void CutWatching();
   void WatchSystems();
   void WatchAuthorization(const EndOfRun& end);
   void AwaitFirstData(const EndOfRun& end);
@@ -64,6 +70,7 @@ class Connection {
   std::unique_ptr<KE::Service::KEServiceInst, InstanceFreer> instance;
   KE::Service::KEDataSync* sync = nullptr;
   bool hasAuthorization = false;
+  std::atomic<bool> wasCut{false};
 };
 
 }  // namespace inventory

@@ -7,11 +7,12 @@
 #include <cstdio>
 
 #include "agent/CacheReader.h"
+#include "agent/Terminal.h"
 
 namespace inventory {
 
 FillProgress::FillProgress(KE::Instance::KETypeCache& typeCache) : cache(typeCache) {
-  if (isatty(STDERR_FILENO)) thread = std::thread(&FillProgress::Show, this);
+  if (TakesCommands(STDERR_FILENO)) thread = std::thread(&FillProgress::Show, this);
 }
 
 FillProgress::~FillProgress() {

@@ -13,8 +13,8 @@
 namespace inventory {
 
 // Lives while the caches are filled by another thread. Shows nothing when standard error is no
-// terminal. The line is wiped by the destructor, which waits for the thread that shows it: from
-// then on the caches are read by nobody.
+// terminal that takes commands. The line is wiped by the destructor, which waits for the thread
+// that shows it: from then on the caches are read by nobody.
 class FillProgress {
  public:
   explicit FillProgress(KE::Instance::KETypeCache& cache);

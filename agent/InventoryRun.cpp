@@ -44,7 +44,7 @@ void InventoryRun::Follow() {
 
 void InventoryRun::Connect() {
   seen = 0;
-  connection = std::make_unique<Connection>(manager, options);
+  connection = std::make_unique<Connection>(manager, options, end);
   FillProgress progress(connection->Cache());
   connection->Watch(end);
 }
@@ -81,7 +81,8 @@ void InventoryRun::Reconnect(const std::string& reason) {
       return;
     } catch (const ConnectionError& error) {
       connection.reset();
-      if (told != error.what()) std::cerr << "kecpp-inventory: " << error.what() << '\n';
+      if (told != error.what() && !end.Ended())
+        std::cerr << "kecpp-inventory: " << error.what() << '\n';
       told = error.what();
       std::this_thread::sleep_for(std::chrono::milliseconds(end.Slice(RECONNECT_PAUSE_MS)));
     }

@@ -5,8 +5,6 @@
 
 #include <unordered_map>
 
-#include "agent/TextTable.h"
-
 namespace inventory {
 namespace {
 
@@ -22,16 +20,16 @@ std::string Joined(const std::vector<std::string>& keys) {
   return all;
 }
 
-std::string HostTable(const ComputerSystems& systems, std::size_t maxRows) {
+std::string HostTable(const ComputerSystems& systems, const TableRoom& room) {
   TextTable table("Hosts", {"NAME", "KEY", "STATUS", "VENDOR", "MODEL", "MACHINES"});
   for (const Host& host : systems.hosts) {
     table.AddRow({Decoded(host.elementName), Decoded(host.name), StatusWord(host.operationalStatus),
                   Decoded(host.vendor), Decoded(host.model), std::to_string(host.machines.size())});
   }
-  return table.Format(maxRows);
+  return table.Format(room);
 }
 
-std::string MachineTable(const ComputerSystems& systems, std::size_t maxRows) {
+std::string MachineTable(const ComputerSystems& systems, const TableRoom& room) {
   std::unordered_map<std::string, std::string> hostNames;
   for (const Host& host : systems.hosts) hostNames[host.name] = host.elementName;
   TextTable table("Machines", {"NAME", "KEY", "HOST", "POWER", "STATUS", "GUEST", "ADDRESS"});
@@ -41,34 +39,34 @@ std::string MachineTable(const ComputerSystems& systems, std::size_t maxRows) {
                   Decoded(machine.powerState), StatusWord(machine.operationalStatus),
                   Decoded(machine.guestFullName), Decoded(machine.guestIPAddress)});
   }
-  return table.Format(maxRows);
+  return table.Format(room);
 }
 
-std::string PrivilegeTable(const Authorization& all, std::size_t maxRows) {
+std::string PrivilegeTable(const Authorization& all, const TableRoom& room) {
   TextTable table("Privileges", {"KEY", "NAME", "ROLES"});
   for (const Privilege& privilege : all.privileges) {
     table.AddRow(
         {Decoded(privilege.instanceID), Decoded(privilege.elementName), Joined(privilege.roles)});
   }
-  return table.Format(maxRows);
+  return table.Format(room);
 }
 
-std::string RoleTable(const Authorization& all, std::size_t maxRows) {
+std::string RoleTable(const Authorization& all, const TableRoom& room) {
   TextTable table("Roles", {"KEY", "NAME", "LABEL", "TYPE", "PRIVILEGES", "IDENTITIES"});
   for (const Role& role : all.roles) {
     table.AddRow({Decoded(role.name), Decoded(role.elementName), Decoded(role.caption),
                   Decoded(role.roleType), std::to_string(role.privileges.size()),
                   Joined(role.identities)});
   }
-  return table.Format(maxRows);
+  return table.Format(room);
 }
 
-std::string IdentityTable(const Authorization& all, std::size_t maxRows) {
+std::string IdentityTable(const Authorization& all, const TableRoom& room) {
   TextTable table("Identities", {"KEY", "ROLES"});
   for (const Identity& identity : all.identities) {
     table.AddRow({Decoded(identity.instanceID), Joined(identity.roles)});
   }
-  return table.Format(maxRows);
+  return table.Format(room);
 }
 
 }  // namespace
@@ -92,14 +90,14 @@ std::string StatusWord(unsigned operationalStatus) {
   }
 }
 
-std::string ToTables(const Inventory& inventory, const Lists& lists, std::size_t maxRows) {
+std::string ToTables(const Inventory& inventory, const Lists& lists, const TableRoom& room) {
   std::string text;
   auto add = [&text](const std::string& table) { text += (text.empty() ? "" : "\n") + table; };
-  if (lists.hosts) add(HostTable(inventory.systems, maxRows));
-  if (lists.machines) add(MachineTable(inventory.systems, maxRows));
-  if (lists.privileges) add(PrivilegeTable(inventory.authorization, maxRows));
-  if (lists.roles) add(RoleTable(inventory.authorization, maxRows));
-  if (lists.identities) add(IdentityTable(inventory.authorization, maxRows));
+  if (lists.hosts) add(HostTable(inventory.systems, room));
+  if (lists.machines) add(MachineTable(inventory.systems, room));
+  if (lists.privileges) add(PrivilegeTable(inventory.authorization, room));
+  if (lists.roles) add(RoleTable(inventory.authorization, room));
+  if (lists.identities) add(IdentityTable(inventory.authorization, room));
   return text;
 }
 

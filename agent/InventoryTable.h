@@ -4,15 +4,15 @@
 #ifndef KECPP_AGENT_INVENTORYTABLE_H
 #define KECPP_AGENT_INVENTORYTABLE_H
 
-#include <cstddef>
 #include <string>
 
 #include "agent/Inventory.h"
+#include "agent/TextTable.h"
 
 namespace inventory {
 
-// The tables that `lists` names. XML entities are decoded. Each table shows at most `maxRows` rows.
-std::string ToTables(const Inventory& inventory, const Lists& lists, std::size_t maxRows);
+// The tables that `lists` names, within `room`. XML entities are decoded.
+std::string ToTables(const Inventory& inventory, const Lists& lists, const TableRoom& room);
 
 // The word for a CIM operational status, e.g. "OK" for 2; the number for one without a word.
 std::string StatusWord(unsigned operationalStatus);

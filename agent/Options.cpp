@@ -2,6 +2,7 @@
 #include "agent/Options.h"
 
 #include <kecpp.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -30,14 +31,6 @@ bool Show(const std::string& name, Lists& lists) {
   return false;
 }
 
-// The library falls back to its default for a path that it cannot read. Someone who named a file
-// wants to hear of that.
-std::string CheckConfig(const std::string& config) {
-  const bool isPath = !config.empty() && config.compare(0, 5, "<?xml") != 0;
-  if (isPath && access(config.c_str(), R_OK) != 0) return "cannot read " + config;
-  return {};
-}
-
 std::string CheckList(const std::string& name) {
   Lists unused;
   return Show(name, unused) ? std::string() : "there is no list " + name;
@@ -58,6 +51,18 @@ void ChooseLists(const std::vector<std::string>& names, Options& options) {
 }
 
 }  // namespace
+
+// The library falls back to its default for a path that it cannot read, a folder and an empty file.
+std::string CheckConfig(const std::string& config) {
+  const bool isPath = !config.empty() && config.compare(0, 5, "<?xml") != 0;
+  struct stat status = {};
+  if (!isPath) return {};
+  if (stat(config.c_str(), &status) != 0 || access(config.c_str(), R_OK) != 0) {
+    return "cannot read " + config;
+  }
+  if (!S_ISREG(status.st_mode)) return config + " is no file";
+  return status.st_size == 0 ? config + " is empty" : std::string();
+}
 
 std::optional<TaskCall> ParseTaskCall(const std::string& text) {
   const std::size_t first = text.find(':');

@@ -36,6 +36,10 @@ struct Options {
 // --version, which print on standard output, 2 for a mistake, told on standard error.
 std::optional<int> ParseOptions(int argc, const char* const* argv, Options& options);
 
+// What is wrong with a configuration that a command line names, empty when nothing is: someone who
+// names a file wants to hear that it cannot be read, is none or is empty.
+std::string CheckConfig(const std::string& config);
+
 // "METHOD:TYPE:VALUE"; the value may hold colons. Nothing when a part is missing.
 std::optional<TaskCall> ParseTaskCall(const std::string& text);
 

@@ -3,45 +3,27 @@
 
 #include <algorithm>
 
+#include "agent/CellText.h"
+
 namespace inventory {
 namespace {
 
-bool IsContinuation(unsigned char byte) {
-  return (byte & 0xC0) == 0x80;
-}
+constexpr std::size_t INDENT = 2;
+constexpr std::size_t GAP = 3;
+constexpr std::size_t LEAST_WIDTH = 3;  // of a column that is cut
 
-bool IsControl(unsigned char byte) {
-  return byte < 0x20 || byte == 0x7F;
-}
-
-// Also the control characters U+0080 to U+009F, which UTF-8 writes as C2 80 to C2 9F.
-std::string WithoutControls(std::string text) {
-  std::string clean;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(text[i]);
-    const auto next = i + 1 < text.size() ? static_cast<unsigned char>(text[i + 1]) : 0;
-    if (byte == 0xC2 && next >= 0x80 && next < 0xA0) {
-      clean += '?';
-      ++i;
-    } else {
-      clean += IsControl(byte) ? '?' : text[i];
-    }
+std::string Line(const std::vector<std::string>& cells, const std::vector<std::size_t>& widths) {
+  std::string line(INDENT, ' ');
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    const std::string cell = CutToCells(cells[i], std::max<std::size_t>(widths[i], 1));
+    line += cell;
+    line.append(widths[i] - std::min(widths[i], CellsOf(cell)) + GAP, ' ');
   }
-  return clean;
+  line.erase(line.find_last_not_of(' ') + 1);
+  return line;
 }
 
 }  // namespace
-
-std::size_t CountCharacters(const std::string& text) {
-  std::size_t count = 0;
-  bool insideCharacter = false;
-  for (char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (!(IsContinuation(byte) && insideCharacter)) ++count;
-    insideCharacter = byte >= 0x80;
-  }
-  return count;
-}
 
 TextTable::TextTable(std::string tableTitle, std::vector<std::string> columns)
     : title(std::move(tableTitle)), widths(columns.size(), 0) {
@@ -51,28 +33,37 @@ TextTable::TextTable(std::string tableTitle, std::vector<std::string> columns)
 void TextTable::AddRow(std::vector<std::string> cells) {
   cells.resize(widths.size());
   for (std::size_t i = 0; i < cells.size(); ++i) {
-    cells[i] = WithoutControls(std::move(cells[i]));
-    widths[i] = std::max(widths[i], CountCharacters(cells[i]));
+    cells[i] = Printable(cells[i]);
+    widths[i] = std::max(widths[i], CellsOf(cells[i]));
   }
   rows.push_back(std::move(cells));
 }
 
-std::string TextTable::Line(const std::vector<std::string>& cells) const {
-  std::string line;
-  for (std::size_t i = 0; i < cells.size(); ++i) {
-    line += (i == 0 ? "  " : "   ") + cells[i];
-    line.append(widths[i] - CountCharacters(cells[i]), ' ');
+// The largest width to which the wider columns can be cut so that a line fits.
+std::vector<std::size_t> TextTable::WidthsWithin(std::size_t cells) const {
+  std::vector<std::size_t> cut = widths;
+  if (cells == 0 || cut.empty()) return cut;
+  const std::size_t around = INDENT + GAP * (cut.size() - 1);
+  for (std::size_t limit = *std::max_element(cut.begin(), cut.end()); limit >= LEAST_WIDTH;
+       --limit) {
+    std::size_t total = around;
+    for (std::size_t& width : cut) total += width = std::min(width, limit);
+    if (total <= cells) break;
   }
-  line.erase(line.find_last_not_of(' ') + 1);
-  return line + '\n';
+  return cut;
 }
 
-std::string TextTable::Format(std::size_t maxRows) const {
+std::string TextTable::Format(const TableRoom& room) const {
+  const std::vector<std::size_t> shownWidths = WidthsWithin(room.cells);
   const std::size_t total = rows.size() - 1;
-  const std::size_t shown = std::min(total, maxRows);
-  std::string text = title + " (" + std::to_string(total) + ")\n";
-  for (std::size_t i = 0; i <= shown; ++i) text += Line(rows[i]);
-  if (shown < total) text += "  ... and " + std::to_string(total - shown) + " more\n";
+  const std::size_t shown = room.rows == 0 ? total : std::min(total, room.rows);
+  std::string text;
+  const auto add = [&](const std::string& line) {
+    text += (room.cells == 0 ? line : CutToCells(line, room.cells)) + '\n';
+  };
+  add(title + " (" + std::to_string(total) + ")");
+  for (std::size_t i = 0; i <= shown; ++i) add(Line(rows[i], shownWidths));
+  if (shown < total) add("  ... and " + std::to_string(total - shown) + " more");
   return text;
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A table of texts for a terminal: titled, columns aligned by characters, not bytes.
+// A table of texts for a terminal: titled, columns aligned by the cells that their texts take.
 #ifndef KECPP_AGENT_TEXTTABLE_H
 #define KECPP_AGENT_TEXTTABLE_H
 
@@ -10,29 +10,31 @@
 
 namespace inventory {
 
+// How much of a table is shown. Zero: everything.
+struct TableRoom {
+  std::size_t rows = 0;   // of each table
+  std::size_t cells = 0;  // of each line
+};
+
 class TextTable {
  public:
   TextTable(std::string title, std::vector<std::string> columns);
 
-  // Appends a row with a cell for every column. Control characters are shown as "?": a server's
-  // text must not steer the terminal.
+  // Appends a row with a cell for every column; see Printable for what is shown of a text.
   void AddRow(std::vector<std::string> cells);
 
-  // The table, every line ended by a line feed. At most `maxRows` rows are shown; a last line tells
-  // how many there are beyond.
-  std::string Format(std::size_t maxRows) const;
+  // The table, every line ended by a line feed. Where the rows do not all fit a last line tells how
+  // many there are beyond. Where the lines do not fit, the widest columns are cut to one width,
+  // with an ellipsis in each text that is cut.
+  std::string Format(const TableRoom& room) const;
 
  private:
-  std::string Line(const std::vector<std::string>& cells) const;
+  std::vector<std::size_t> WidthsWithin(std::size_t cells) const;
 
   std::string title;
   std::vector<std::vector<std::string>> rows;  // the first one holds the headings
   std::vector<std::size_t> widths;
 };
-
-// The number of characters of a UTF-8 text; a byte that belongs to none counts as one. Wide
-// characters count as one too.
-std::size_t CountCharacters(const std::string& text);
 
 }  // namespace inventory
 

@@ -16,8 +16,9 @@ class View {
   explicit View(const Options& options);
 
   // Prints unless it would look the same as the last time: a line of JSON, or tables. On a terminal
-  // that is followed, tables take the place of the last ones and fit its height; else an empty
-  // line parts them. Throws std::runtime_error when standard output does not take the text.
+  // tables fit its width. When they are followed there they take the place of the last ones and fit
+  // its height, unless it takes no commands; else an empty line parts them. Throws
+  // std::runtime_error when standard output does not take the text.
   void Show(const Inventory& inventory);
 
  private:

@@ -8,6 +8,7 @@
 #include <exception>
 #include <iostream>
 
+#include "agent/CellText.h"
 #include "agent/Connection.h"
 #include "agent/EndOfRun.h"
 #include "agent/InventoryRun.h"
@@ -15,13 +16,14 @@
 #include "agent/Options.h"
 #include "agent/ProcessEnd.h"
 #include "agent/TaskRun.h"
+#include "agent/Terminal.h"
 
 namespace inventory {
 namespace {
 
 int ReportTask(KE::Service::KEServiceInstManager& manager, const Options& options,
                const EndOfRun& end) {
-  Connection connection(manager, options);
+  Connection connection(manager, options, end);
   const bool success = RunTask(connection, *options.task, end);
   std::cout << options.task->method << (success ? ": success" : ": no success") << std::endl;
   return success ? EXIT_SUCCESS : EXIT_FAILURE;
@@ -38,23 +40,30 @@ int Run(const Options& options) {
   return EXIT_SUCCESS;
 }
 
+constexpr const char* PROGRAM = "kecpp-inventory";
+
 int RunGuarded(const Options& options) {
-  const ProcessEndGuard guard("kecpp-inventory");
+  const ProcessEndGuard guard(PROGRAM);
   try {
     return Run(options);
   } catch (const KELib::Throwable& error) {
-    std::cerr << "kecpp-inventory: " << error.What() << '\n';
+    std::cerr << PROGRAM << ": " << Printable(error.What()) << '\n';
   } catch (const std::exception& error) {
-    std::cerr << "kecpp-inventory: " << error.what() << '\n';
+    std::cerr << PROGRAM << ": " << Printable(error.what()) << '\n';
   }
   return EXIT_FAILURE;
+}
+
+int RunCommand(int argc, char** argv) {
+  if (!HasStandardStreams(PROGRAM)) return EXIT_FAILURE;
+  Options options;
+  const std::optional<int> done = ParseOptions(argc, argv, options);
+  return FinishOutput(PROGRAM, done ? *done : RunGuarded(options));
 }
 
 }  // namespace
 }  // namespace inventory
 
 int main(int argc, char** argv) {
-  inventory::Options options;
-  if (auto status = inventory::ParseOptions(argc, argv, options)) return *status;
-  return inventory::RunGuarded(options);
+  return inventory::RunCommand(argc, argv);
 }

@@ -4,6 +4,7 @@
 #include <curl/curl.h>
 
 #include "foundation/KEException.h"
+#include "http/CallTrace.h"
 #include "http/EasyOption.h"
 #include "http/HandleWait.h"
 #include "http/HttpConstants.h"
@@ -43,10 +44,13 @@ void HttpTransfer::Run(HttpRequest& request, HttpResponse& response) {
   ApplyTimeLimit();
   PointAt(request, response);
   const int result = Perform();
+  const bool isLate = late && !interrupted && result != CURLE_OK;
+  const bool timedOut = isLate || (result == CURLE_OPERATION_TIMEDOUT && !interrupted);
+  KEString text = result != CURLE_OK ? ErrorText(result) : KEString();
+  if (isLate) text = "No answer within the time limit.";
+  LeaveTrace(timedOut ? CURLE_OPERATION_TIMEDOUT : result, text);
   if (result != CURLE_OK) {
-    KEString text = ErrorText(result);
-    if (late && !interrupted) text = "No answer within the time limit.";
-    if ((result == CURLE_OPERATION_TIMEDOUT || late) && !interrupted) {
+    if (timedOut) {
       throw RequestTimedOutException(text.Str(), text.Length());
     }
     response.SetErrorCode(result);
@@ -116,6 +120,16 @@ int HttpTransfer::Perform() {
   const CURLcode result = curl_easy_perform(handle.handle);
   interrupted = pool.Interruptions() != before;
   return interrupted && result == CURLE_OK ? CURLE_ABORTED_BY_CALLBACK : result;
+}
+
+void HttpTransfer::LeaveTrace(int result, const KEString& text) {
+  CallTrace* trace = CallTrace::Current();
+  if (trace == nullptr) return;
+  long systemError = 0;
+  curl_easy_getinfo(handle.handle, CURLINFO_OS_ERRNO, &systemError);
+  curl_easy_getinfo(handle.handle, CURLINFO_RESPONSE_CODE, &trace->status);
+  trace->url = info.GetUrl();
+  trace->NoteTransfer(result, static_cast<int>(systemError), text);
 }
 
 KEString HttpTransfer::ErrorText(int result) const {

@@ -52,6 +52,7 @@ class HttpTransfer {
   void ApplyAnswerLimit(long milliseconds);
   void PointAt(HttpRequest& request, HttpResponse& response);
   int Perform();
+  void LeaveTrace(int result, const KEString& text);
   KEString ErrorText(int result) const;
   void RestoreTimeout();
 

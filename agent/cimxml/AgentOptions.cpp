@@ -2,10 +2,11 @@
 #include "agent/cimxml/AgentOptions.h"
 
 #include <kecpp.h>
-#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <charconv>
+
+#include "agent/Options.h"
 
 namespace cimxml {
 namespace {
@@ -36,14 +37,6 @@ bool ReadTls(const std::string& text, AgentOptions& options) {
   options.certificateFile = text.substr(0, colon);
   options.keyFile = text.substr(colon + 1);
   return true;
-}
-
-// The library falls back to its default for a path that it cannot read. Someone who named a file
-// wants to hear of that.
-std::string CheckConfig(const std::string& config) {
-  const bool isPath = !config.empty() && config.compare(0, 5, "<?xml") != 0;
-  if (isPath && access(config.c_str(), R_OK) != 0) return "cannot read " + config;
-  return {};
 }
 
 void DeclareLimits(CLI::App& app, AgentOptions& options, long long& seconds, long long& wait) {
@@ -79,7 +72,7 @@ std::optional<int> ParseAgentOptions(int argc, const char* const* argv, AgentOpt
   long long wait = options.readyWait.count();
   app.add_option("--config", options.config, "Configuration: a file, or an XML text")
       ->type_name("FILE")
-      ->check(CheckConfig);
+      ->check(inventory::CheckConfig);
   app.add_option_function<std::string>(
          "--listen",
          [&](const std::string& text) {

@@ -43,7 +43,7 @@ void Follower::Run() {
 }
 
 void Follower::FollowOneConnection() {
-  inventory::Connection connection(manager, options);
+  inventory::Connection connection(manager, options, end);
   connection.Watch(end);
   const OpenGate opened(gate, connection);
   state.Connected();

@@ -10,11 +10,13 @@
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <stdexcept>
 #include <utility>
 
 #include "agent/EndOfRun.h"
 #include "agent/Library.h"
 #include "agent/ProcessEnd.h"
+#include "agent/Terminal.h"
 #include "agent/cimxml/AgentOptions.h"
 #include "agent/cimxml/CimEndpoint.h"
 #include "agent/cimxml/ClassElements.h"
@@ -101,6 +103,7 @@ void Run(const AgentOptions& options) {
             << (options.address.find(':') == std::string::npos ? options.address
                                                                : "[" + options.address + "]")
             << ":" << port << "/" << std::endl;
+  if (!std::cout) throw std::runtime_error("cannot write to standard output");
 
   const inventory::Options connectionOptions = ConnectionOptions(options);
   inventory::Library library;
@@ -124,6 +127,20 @@ int RunGuarded(const AgentOptions& options) {
   return EXIT_FAILURE;
 }
 
+int RunCommand(int argc, char** argv) {
+  if (!inventory::HasStandardStreams(PROGRAM)) return EXIT_FAILURE;
+  AgentOptions options;
+  if (auto status = ParseAgentOptions(argc, argv, options)) {
+    return inventory::FinishOutput(PROGRAM, *status);
+  }
+  if (options.printMof) {
+    std::cout << MofText();
+    return inventory::FinishOutput(PROGRAM, EXIT_SUCCESS);
+  }
+  EndPolitely();
+  return RunGuarded(options);
+}
+
 }  // namespace
 }  // namespace cimxml
 
@@ -132,12 +149,5 @@ int main(int argc, char** argv) {
   // tens of megabytes for each of the threads that have made one.
   constexpr int LARGE = 256 * 1024;
   mallopt(M_MMAP_THRESHOLD, LARGE);
-  cimxml::AgentOptions options;
-  if (auto status = cimxml::ParseAgentOptions(argc, argv, options)) return *status;
-  if (options.printMof) {
-    std::cout << cimxml::MofText();
-    return EXIT_SUCCESS;
-  }
-  cimxml::EndPolitely();
-  return cimxml::RunGuarded(options);
+  return cimxml::RunCommand(argc, argv);
 }

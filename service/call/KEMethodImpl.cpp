@@ -7,6 +7,7 @@
 
 #include "foundation/KEException.h"
 #include "foundation/Logger.h"
+#include "http/CallTrace.h"
 #include "service/call/KESoapClientImpl.h"
 #include "service/call/ServiceConstants.h"
 #include "soap/SoapException.h"
@@ -58,6 +59,8 @@ void LogUntypedFault(const KELib::Soap::SoapFaultInfo& info) {
 
 [[noreturn]] void ThrowMapped(const KELib::Soap::SoapException& e) {
   const KELib::Soap::SoapFaultInfo* info = e.GetFaultInfo();
+  KELib::Http::CallTrace* trace = KELib::Http::CallTrace::Current();
+  if (trace != nullptr) trace->isFault = info != nullptr;
   if (info != nullptr && info->GetSoapFaultDetail() != nullptr) {
     const char* typeName = info->GetSoapFaultDetail()->GetFaultTypeName();
     for (const FaultRule& rule : kFaultRules) {

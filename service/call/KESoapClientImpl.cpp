@@ -5,6 +5,7 @@
 #include "foundation/KEException.h"
 #include "foundation/Logger.h"
 #include "foundation/StringUtil.h"
+#include "http/CallTrace.h"
 #include "http/ConnectionInfo.h"
 #include "http/HttpConstants.h"
 #include "http/SSLInfo.h"
@@ -16,6 +17,7 @@ namespace KE::Service {
 namespace {
 
 using KELib::KEString;
+using KELib::Http::CallTrace;
 using KELib::Http::ConnectionInfo;
 
 // Cookies are always kept: they are the login.
@@ -144,6 +146,8 @@ bool KESoapClientImpl::Init(KELib::KEConfig* config) {
 void KESoapClientImpl::InitClient(ConnectionInfo* connectionInfo, long long timeout,
                                   bool verboseHttpLogging) {
   std::unique_ptr<ConnectionInfo> info(connectionInfo);
+  CallTrace* trace = CallTrace::Current();
+  if (trace != nullptr) trace->url = info->GetUrl();
   if (timeout > 0) info->SetTimeout(timeout);
   if (verboseHttpLogging) {
     info->EnableVerboseHttpLog();
@@ -156,6 +160,7 @@ void KESoapClientImpl::InitClient(ConnectionInfo* connectionInfo, long long time
   } catch (const KELib::Exception& e) {
     KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE,
                         "Exception creating soap client: %s", e.What());
+    if (trace != nullptr) trace->before = e.What();
   }
 }
 

@@ -4,9 +4,11 @@
 #include "foundation/KEException.h"
 #include "foundation/KEMutexGuard.h"
 #include "foundation/Logger.h"
+#include "http/CallTrace.h"
 #include "service/call/KEMethodImpl.h"
 #include "service/call/KESoapClientImpl.h"
 #include "service/call/ServiceConstants.h"
+#include "service/entry/ConnectState.h"
 #include "service/entry/KESessionImpl.h"
 #include "service/entry/ServiceContent.h"
 
@@ -36,9 +38,13 @@ bool KEServiceInstImpl::Init(KELib::KEConfig* source) {
   KEMutexGuard guard(mutex.get());
   if (config != nullptr) return true;
   config.reset(source);
+  KELib::Http::CallTrace trace;
   try {
-    return SetupClient() && CreateSessionNoLock() != nullptr;
+    if (!MakeClient()) return false;
+    const ConnectState::Attempt attempt(method.get());
+    return SetupService() && CreateSessionNoLock() != nullptr;
   } catch (const KELib::Exception& e) {
+    ConnectState::Get().Note(ConnectStep::firstCall, e.What());
     KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE,
                         "Unable to initialize service instance : %s", e.What());
     return false;
@@ -46,10 +52,18 @@ bool KEServiceInstImpl::Init(KELib::KEConfig* source) {
 }
 
 bool KEServiceInstImpl::SetupClient() {
+  return MakeClient() && SetupService();
+}
+
+bool KEServiceInstImpl::MakeClient() {
   client.reset(CreateClient(config.get()));
-  if (client == nullptr) return false;
+  if (client == nullptr) {
+    const auto* trace = KELib::Http::CallTrace::Current();
+    ConnectState::Get().Note(ConnectStep::makingClient, trace ? trace->before.Cstr() : "");
+    return false;
+  }
   method.reset(CreateMethod(client.get()));
-  return SetupService();
+  return true;
 }
 
 bool KEServiceInstImpl::SetupService() {
@@ -62,7 +76,11 @@ bool KEServiceInstImpl::SetupService() {
   if (!serviceContent.Empty()) return true;
   try {
     method->Invoke(targetNamespace, methodName, svcInst, svcInst, serviceContent);
+    if (serviceContent.Empty()) {
+      ConnectState::Get().Note(ConnectStep::firstCall, "the service content is empty");
+    }
   } catch (const KELib::Exception& e) {
+    ConnectState::Get().Note(ConnectStep::firstCall, e.What());
     KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE,
                         "Unable to retrieve the service content : %s", e.What());
     serviceContent = "";

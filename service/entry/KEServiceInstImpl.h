@@ -53,6 +53,7 @@ class KECPP_API KEServiceInstImpl : public KEServiceInst {
   bool EndSyncs();
 
  private:
+  bool MakeClient();
   bool EndSyncsNoLock() KECPP_REQUIRES(mutex);
 
   std::unique_ptr<KELib::KEConfig> config;  // constant after Init

@@ -1,10 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "service/entry/KEServiceInstManagerImpl.h"
 
+#include <string>
+
 #include "config/KEConfig.h"
+#include "config/KEConfigSource.h"
+#include "config/Malformation.h"
 #include "foundation/KEConstants.h"
+#include "foundation/KEFile.h"
 #include "foundation/KEMutexGuard.h"
 #include "foundation/Logger.h"
+#include "service/entry/ConnectState.h"
 #include "service/entry/KEServiceInstImpl.h"
 #include "soap/SoapClient.h"
 #include "soap/SoapMessage.h"
@@ -15,6 +21,38 @@ using KELib::KEMutexGuard;
 using KELib::KEString;
 
 KEServiceInstManagerImpl* KEServiceInstManagerImpl::_inst = nullptr;
+
+namespace {
+
+// The document that the configuration was made of; false when the file cannot be read any more.
+bool LoadDocument(KEString& source, const char* defaultConfig, KEString& document) {
+  if (source.Equals(KELib::DEFAULT_CONFIG)) {
+    document = defaultConfig;
+  } else if (KELib::IsXmlStringSource(source)) {
+    document = source;
+  } else {
+    const std::unique_ptr<KELib::KEFile> file(KELib::CreateKEFile(source, KELib::FILE_IO_READ));
+    return file->Read(document);
+  }
+  return true;
+}
+
+// What follows from a malformed document is best told by the place of its fault.
+void BlameConfiguration(KEString& source, const char* defaultConfig) {
+  KEString document;
+  KELib::Malformation fault;
+  if (!ConnectState::Get().HasFailed() || !LoadDocument(source, defaultConfig, document) ||
+      !KELib::FindMalformation(document, fault)) {
+    return;
+  }
+  std::string text = "malformed configuration";
+  const bool isFile = !source.Equals(KELib::DEFAULT_CONFIG) && !KELib::IsXmlStringSource(source);
+  if (isFile) text += std::string(" ") + source.Cstr();
+  text += ", line " + std::to_string(fault.line) + ": " + fault.what.Cstr();
+  ConnectState::Get().Blame(text.c_str());
+}
+
+}  // namespace
 
 KEServiceInstManager::~KEServiceInstManager() = default;
 
@@ -62,11 +100,17 @@ KEServiceInst* KEServiceInstManagerImpl::GetServiceInstance(KEString& configPath
   KEMutexGuard guard(mutex.get());
   if (KEServiceInst** found = instances.Get(configPath)) return *found;
 
+  ConnectState::Get().Clear();
   KEString path(configPath);  // the configuration may work on its argument
   std::unique_ptr<KELib::KEConfig> config(KELib::CreateConfig(path, defaultConfig));
-  if (config == nullptr) return nullptr;
+  if (config == nullptr) {
+    ConnectState::Get().Note(KEConnectFailureKind::badSettings, "there is no configuration");
+    return nullptr;
+  }
   auto inst = std::make_unique<KEServiceInstImpl>();
-  if (!inst->Init(config.release())) {
+  const bool connected = inst->Init(config.release());
+  BlameConfiguration(inst->GetConfig()->GetConfigPath(), defaultConfig);
+  if (!connected) {
     inst->Stop();
     return nullptr;
   }
@@ -134,6 +178,14 @@ bool KEServiceInstManagerImpl::StopForGood(KEServiceInst& inst) {
                         "Exception stopping service instance : %s", e.what());
   }
   return static_cast<KEServiceInstImpl&>(inst).EndSyncs();
+}
+
+void KEServiceInstManagerImpl::GetLastFailure(KEConnectFailure& failure) {
+  ConnectState::Get().GetFailure(failure);
+}
+
+void KEServiceInstManagerImpl::InterruptConnecting() {
+  ConnectState::Get().Interrupt();
 }
 
 void KEServiceInstManagerImpl::FreeAllServiceInstance() {

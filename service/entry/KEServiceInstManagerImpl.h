@@ -33,6 +33,8 @@ class KECPP_API KEServiceInstManagerImpl : public KEServiceInstManager {
   KEServiceInst* GetServiceInstance(const char* configPath, const char* defaultConfig) override;
   void FreeServiceInstance(KEServiceInst* inst) override;
   void FreeAllServiceInstance() override;
+  void GetLastFailure(KEConnectFailure& failure) override;
+  void InterruptConnecting() override;
 
   // The caller holds the manager's mutex.
   void FreeAllServiceInstanceNoLock() KECPP_REQUIRES(mutex);

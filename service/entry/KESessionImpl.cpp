@@ -10,9 +10,11 @@
 #include "foundation/KEMutexGuard.h"
 #include "foundation/Logger.h"
 #include "foundation/StringUtil.h"
+#include "http/CallTrace.h"
 #include "http/HandleWait.h"
 #include "service/call/KEMethod.h"
 #include "service/call/ServiceConstants.h"
+#include "service/entry/ConnectState.h"
 #include "service/entry/KEServiceInst.h"
 #include "service/entry/LoginConstants.h"
 #include "service/entry/ServiceContent.h"
@@ -47,6 +49,18 @@ bool IsRegularFile(const KEString& path) {
 // Why a call failed, ahead of the line that says what it means.
 void LogReason(const char* format, const KELib::Exception& e) {
   KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE, format, e.What());
+}
+
+void NoteNoUser(const KEString& user) {
+  ConnectState::Get().Note(KEConnectFailureKind::noUserName,
+                           user.Empty() ? "the configuration names no user to log in as"
+                                        : "the configuration has no password to log in with");
+}
+
+// Told if the login is then refused.
+void NoteNoTicket(const char* reason) {
+  KELib::Http::CallTrace* trace = KELib::Http::CallTrace::Current();
+  if (trace != nullptr) trace->before = reason;
 }
 
 // Replaces `password` by the file's content. False, and nothing has changed, when it cannot be
@@ -102,14 +116,18 @@ void KESessionImpl::SetupSession(KEString& serviceContent) {
 // --- logging in ----------------------------------------------------------------------------------
 
 void KESessionImpl::LoginAsConfigured(KELib::KEConfig& config) {
-  if (!config.FindParentConfigKey(CfgKeyLoginInfo)) return;
+  KELib::Http::CallTrace trace;
+  if (!config.FindParentConfigKey(CfgKeyLoginInfo)) {
+    return ConnectState::Get().Note(KEConnectFailureKind::noUserName,
+                                    "the configuration has no LoginInfo");
+  }
   KEString localTicket, user, password;
   config.GetConfigValue(CfgKeyLocalTicket, localTicket);
   config.GetConfigValue(userNameTag, user);
   config.GetConfigValue(CfgKeyPassword, password);
 
   const bool byTicket = KELib::StringUtil::ParseBool(localTicket.Cstr()) && !user.Empty();
-  if (!byTicket && (user.Empty() || password.Empty())) return;
+  if (!byTicket && (user.Empty() || password.Empty())) return NoteNoUser(user);
   const bool passwordIsRaw = byTicket && SetupLocalLogin(user, password);
   if (!MayLogin()) return;
 
@@ -129,16 +147,21 @@ bool KESessionImpl::SetupLocalLogin(KEString& user, KEString& password) {
     AcquireTicket(user, ticketUser, path);
   } catch (const KELib::Exception& e) {
     LogReason("Exception Acquiring local ticket : %s", e);
+    NoteNoTicket(e.What());
     LogVerbose("Unable to get local ticket information\n");
     return false;
   }
   if (!ticketUser.Empty() && !ticketUser.Equals(user)) user.Transfer(ticketUser);
   if (path.Empty()) {
     LogVerbose("Invalid Local Ticket information. No password file.\n");
+    NoteNoTicket("it names no password file");
     return false;
   }
   const bool read = ReadPasswordFile(path, password);
-  if (!read) LogVerbose("Unable to read the local ticket's password file\n");
+  if (!read) {
+    LogVerbose("Unable to read the local ticket's password file\n");
+    NoteNoTicket("its password file cannot be read");
+  }
   return read;
 }
 
@@ -163,6 +186,7 @@ void KESessionImpl::Login(KEString& user, KEString& password) {
 
 void KESessionImpl::LoginNoLock(KEString& user, KEString& password) {
   if (!MayLogin()) return;
+  KELib::Http::CallTrace trace;
   KEString userXml, passwordXml;
   KELib::Xml::EscapeText(user.Cstr(), userXml);
   KELib::Xml::EscapeText(password.Cstr(), passwordXml);
@@ -192,7 +216,9 @@ void KESessionImpl::SendLogin(const KEString& userXml, const KEString& passwordX
     const KELib::Http::HandleWait limits(kHandleWaitMs, nullptr);
     method->Invoke(targetNamespace, MethodLogin, body, userSession);
     loggedIn = true;
+    ConnectState::Get().Clear();
   } catch (const KELib::Exception& e) {
+    ConnectState::Get().Note(ConnectStep::login, e.What());
     LogReason("Exception Logging in : %s", e);
     LogVerbose("Unable to Login - No UserSession received\n");
     userSession.Clear();

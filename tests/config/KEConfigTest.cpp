@@ -10,6 +10,7 @@
 #include "config/DefaultConfig.h"
 #include "config/KEConfigImpl.h"
 #include "config/KEConfigSource.h"
+#include "config/Malformation.h"
 #include "support/Answers.h"
 
 namespace KELib {
@@ -46,9 +47,15 @@ std::string DocumentOf(const Row& row) {
   return ValueOf(*config, "level") + " of " + config->GetConfigPath().Cstr();
 }
 
+std::string FaultOf(const Row& row) {
+  Malformation found;
+  if (!FindMalformation(row[1].c_str(), found)) return "none";
+  return std::to_string(found.line) + ": " + found.what.Cstr();
+}
+
 TEST(KEConfig, AnswersTheCases) {
   ExpectAnswers(KECPP_TEST_DATA "/cases/lookups.txt",
-                {{"steps", StepsThrough}, {"document", DocumentOf}});
+                {{"steps", StepsThrough}, {"document", DocumentOf}, {"malformed", FaultOf}});
   const auto config = ConfigOf("");
   KEString value, key("userName"), none;
   EXPECT_TRUE(config->GetConfigValue(key, value));

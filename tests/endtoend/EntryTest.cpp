@@ -25,6 +25,12 @@ class Entry : public testing::Test {
                       {{"method", method}, {"kind", "soap-fault"}, {"fault", "Unwilling"}});
   }
 
+  KE::Service::KEConnectFailureKind LastFailure() {
+    KE::Service::KEConnectFailure failure;
+    manager.GetLastFailure(failure);
+    return failure.kind;
+  }
+
   Simulator simulator{{"--user", "a<b&c", "--password", "p&\"w>"}};
   KE::Service::KEServiceInstManager& manager = *KE::Service::GetServiceManagerInstance();
   // Needs no ticket: what stands in the document is XML text.
@@ -95,9 +101,11 @@ TEST_F(Entry, AFailedLoginShowsAtTheDataSyncAndMayBeRepeated) {
   } catch (const KELib::SystemException& error) {
     EXPECT_STREQ(error.What(), "No Session in Progress");
   }
+  EXPECT_EQ(LastFailure(), KE::Service::KEConnectFailureKind::loginRefused);
   KELib::KEString user("a<b&c"), password("p&\"w>");  // raw texts
   session->Login(user, password);
   EXPECT_NE(session->GetDataSync(), nullptr);
+  EXPECT_EQ(LastFailure(), KE::Service::KEConnectFailureKind::none);
   session->Login(user, password);
   EXPECT_EQ(Calls("Login"), 2) << "refused while logged in";
   Fail("Logout");

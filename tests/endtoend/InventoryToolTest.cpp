@@ -7,8 +7,12 @@
 #include <sys/mount.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <regex>
+
 #include "endtoend/Simulator.h"
 #include "endtoend/Tool.h"
+#include "support/Rows.h"
 
 namespace endtoend {
 namespace {
@@ -47,21 +51,105 @@ TEST(InventoryTool, ShowsTablesAndOnlyWhatIsAskedFor) {
   EXPECT_EQ(roles.LastDocument(), Json({{"roles", simulator.Truth()["roles"]}}));
 }
 
-TEST(InventoryTool, FailsWithAReasonWhenThereIsNoInventory) {
-  const std::tuple<const char*, int, const char*> failures[] = {
-      {"RetrieveServiceContent", 1, "cannot reach the management daemon"},
-      {"Login", 1, "cannot log in"},
-      {"CreateFilter", 1, "cannot watch hosts and machines: Unwilling"},
-      {"WaitForUpdates", 3, "cannot read the inventory: Unwilling"}};
-  for (const auto& [method, count, reason] : failures) {
-    Simulator simulator({});
-    const Json fault = {{"method", method}, {"kind", "soap-fault"}, {"fault", "Unwilling"}};
-    for (int i = 0; i < count; ++i) simulator.Control("fault", fault);
-    Tool tool(simulator.Config(), {"--format", "json"});
-    EXPECT_EQ(tool.Wait(), 1) << method;
-    EXPECT_THAT(tool.Errors(), HasSubstr(reason));
-    EXPECT_EQ(tool.Output(), "");
+// A row's elements get their texts.
+std::string Changed(std::string config, const std::string& elements) {
+  for (const std::string& element : Split(elements, ";")) {
+    const std::string name = element.substr(0, element.find(' '));
+    const std::size_t from = config.find("<" + name + ">") + name.size() + 2;
+    if (name.empty()) continue;
+    const std::string text = element.substr(std::min(name.size() + 1, element.size()));
+    config.replace(from, config.find("</" + name + ">") - from, text);
   }
+  return config;
+}
+
+TEST(InventoryTool, FailsWithAReasonWhenThereIsNoInventory) {
+  Simulator simulator({});
+  const std::string config = simulator.Config();
+  const std::size_t from = config.find("<url>") + 5;
+  const std::string url = config.substr(from, config.find("</url>") - from);
+  for (Row row : ReadRows(KECPP_TEST_DATA "/failures.txt")) {
+    for (std::string& field : row) {
+      field = std::regex_replace(field, std::regex("TLSURL"), "https" + url.substr(4));
+      field = std::regex_replace(field, std::regex("URL"), url);
+    }
+    const Row fault = Split(row[0], " ");
+    if (fault.size() == 3) {
+      simulator.Control("fault", {{"method", fault[0]},
+                                  {"kind", fault[1]},
+                                  {"fault", "Unwilling"},
+                                  {"count", std::stoi(fault[2])}});
+    }
+    Tool tool(Changed(config, row[1]), {"--format", "json"});
+    EXPECT_EQ(tool.Wait(), 1) << row[2];
+    EXPECT_THAT(tool.Errors(), testing::StartsWith("kecpp-inventory: " + row[2]));
+    EXPECT_EQ(tool.Errors().find('\n'), tool.Errors().size() - 1) << "one line";
+    EXPECT_EQ(tool.Output(), "");
+    simulator.Control("fault", {{"kind", "clear"}});
+  }
+}
+
+// The configured time-out is as long as the test waits.
+TEST(InventoryTool, EndsInTimeWhateverItIsWaitingFor) {
+  for (const char* method : {"RetrieveServiceContent", "AcquireLocalTicket", "Login",
+                             "CreateFilter", "WaitForUpdates", "RetrieveAllPermissions"}) {
+    SCOPED_TRACE(method);
+    Simulator simulator({});
+    simulator.Control("fault", {{"method", method}, {"kind", "hang"}});
+    const bool byTime = method[0] == 'R';
+    const std::vector<std::string> options = {"--format", "json", "--duration", "0.5"};
+    Tool tool(simulator.Config(), {options.begin(), options.end() - (byTime ? 0 : 2)});
+    EXPECT_TRUE(Eventually([&] { return simulator.Stats()["calls"].contains(method); }));
+    if (!byTime) tool.Signal(method[0] == 'L' ? SIGINT : SIGTERM);
+    EXPECT_EQ(tool.Wait(), 1);
+    EXPECT_THAT(tool.Errors(),
+                testing::AnyOf(HasSubstr(": interrupted\n"),
+                               HasSubstr(": ended before the inventory was read\n")));
+    if (*method == 'L') continue;  // the daemon may have let it in all the same
+    EXPECT_EQ(simulator.Stats()["sessions"], 0) << "the tool logs out";
+  }
+}
+
+// What a shell makes of the tool and its configuration: standard output and standard error.
+std::pair<std::string, int> Shell(const Simulator& simulator, const std::string& command) {
+  ChildProcess shell(
+      {"/bin/sh", "-c", command, KECPP_TOOL_PROGRAM, simulator.ConfigFile(simulator.Config())});
+  const int status = shell.Wait();
+  return {shell.Output() + shell.Errors(), status};
+}
+
+TEST(InventoryTool, FailsWhenStandardOutputDoesNotTakeTheText) {
+  Simulator simulator({});
+  for (const char* options : {"--version", "--help", "--config \"$1\"", "--config \"$1\" --follow",
+                              "--config \"$1\" --run-task StartTask:VirtualMachine:success"}) {
+    const std::string command = std::string("exec \"$0\" ") + options;
+    const auto [full, fullStatus] = Shell(simulator, command + " > /dev/full");
+    EXPECT_EQ(fullStatus, 1) << options;
+    EXPECT_EQ(full, "kecpp-inventory: cannot write to standard output\n") << options;
+    const auto [closed, closedStatus] = Shell(simulator, command + " >&-");
+    EXPECT_EQ(closedStatus, 1) << options;
+    EXPECT_EQ(closed, "kecpp-inventory: standard output is closed\n") << options;
+  }
+}
+
+TEST(InventoryTool, FitsTablesToATerminalAndNothingElse) {
+  Simulator simulator({"--hosts", "1", "--machines", "1"});
+  simulator.SetMachine("vm-1", "name", std::string(200, 'n'));
+  const auto onTerminal = [&](const std::string& name) {
+    return Shell(simulator, "export tool=\"$0\" config=\"$1\" TERM=" + name +
+                                "; exec script -qec 'stty cols 40; \"$tool\" --config "
+                                "\"$config\" --duration 1 --follow' /dev/null < /dev/null");
+  };
+  const auto [clever, status] = onTerminal("xterm");
+  EXPECT_EQ(status, 0) << clever;
+  EXPECT_THAT(clever, HasSubstr("\x1b[2J"));
+  EXPECT_THAT(clever, HasSubstr("n\xe2\x80\xa6"));
+  EXPECT_THAT(clever, testing::Not(HasSubstr(std::string(40, 'n'))));
+  const std::string dumb = onTerminal("dumb").first;
+  EXPECT_THAT(dumb, HasSubstr("n\xe2\x80\xa6"));
+  EXPECT_THAT(dumb, testing::Not(HasSubstr("\x1b")));
+  EXPECT_THAT(Shell(simulator, "\"$0\" --config \"$1\" | cat").first,
+              HasSubstr(std::string(200, 'n')));
 }
 
 TEST(Follow, TheToolPrintsADocumentALineAlsoWithANewSessionUntilItIsInterrupted) {

@@ -238,8 +238,8 @@ TEST(Model, TheCachesEqualThePlainModelAfterEveryChange) {
   options.lists = {true, true, true, true, true};
   options.wantsAuthorization = true;
   inventory::EndOfRun end(0);
-  std::optional<inventory::Connection> agent(std::in_place,
-                                             *KE::Service::GetServiceManagerInstance(), options);
+  std::optional<inventory::Connection> agent(
+      std::in_place, *KE::Service::GetServiceManagerInstance(), options, end);
   agent->Watch(end);
   const auto caches = [&] { return ReadCaches(agent->Cache()); };
   RandomChanges changes(simulator, seed);

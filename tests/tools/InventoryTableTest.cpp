@@ -4,41 +4,46 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "agent/CellText.h"
 #include "agent/TextTable.h"
+#include "support/Answers.h"
 
 namespace inventory {
 namespace {
 
 using testing::HasSubstr;
 using testing::Not;
-using Row = std::vector<std::string>;
 
-std::string Things(std::size_t limit, const Row& columns, const std::vector<Row>& rows) {
+std::string Things(TableRoom room, const Row& columns, const std::vector<Row>& rows) {
   TextTable table("Things", columns);
   for (const Row& row : rows) table.AddRow(row);
-  return table.Format(limit);
+  return table.Format(room);
 }
 
-TEST(TextTable, AlignsByCharactersAndLeavesNoTrailingBlanks) {
-  EXPECT_EQ(Things(10, {"NAME", "SIZE"}, {{"caf\xc3\xa9", "1"}, {"tea", ""}}),
-            "Things (2)\n  NAME   SIZE\n  caf\xc3\xa9   1\n  tea\n");
+TEST(CellText, AnswersTheCases) {
+  ExpectAnswers(KECPP_TEST_DATA "/cells.txt",
+                {{"cells", [](const Row& row) { return std::to_string(CellsOf(row[1])); }},
+                 {"show", [](const Row& row) { return Printable(row[1]); }},
+                 {"cut", [](const Row& row) { return CutToCells(row[1], 3); }}});
 }
 
-TEST(TextTable, CountsBytesOutsideUtf8AsCharacters) {
-  EXPECT_EQ(CountCharacters(""), 0u);
-  EXPECT_EQ(CountCharacters("a\xe2\x82\xac-"), 3u);
-  EXPECT_EQ(CountCharacters("\x80x\xff"), 3u);
+TEST(TextTable, AlignsByCellsAndLeavesNoTrailingBlanks) {
+  EXPECT_EQ(Things({}, {"NAME", "SIZE"}, {{"caf\xc3\xa9", "1"}, {"\xe6\xbc\xa2", "2"}, {"\n", ""}}),
+            "Things (3)\n  NAME   SIZE\n  caf\xc3\xa9   1\n  \xe6\xbc\xa2     2\n  ?\n");
 }
 
 TEST(TextTable, TellsHowManyRowsAreNotShown) {
   const std::vector<Row> rows = {{"0"}, {"1"}, {"2"}, {"3"}, {"4"}};
-  EXPECT_EQ(Things(2, {"NAME"}, rows), "Things (5)\n  NAME\n  0\n  1\n  ... and 3 more\n");
-  EXPECT_THAT(Things(5, {"NAME"}, rows), Not(HasSubstr("more")));
+  EXPECT_EQ(Things({2, 0}, {"NAME"}, rows), "Things (5)\n  NAME\n  0\n  1\n  ... and 3 more\n");
+  EXPECT_THAT(Things({5, 0}, {"NAME"}, rows), Not(HasSubstr("more")));
 }
 
-TEST(TextTable, LetsNoServerTextSteerTheTerminal) {
-  EXPECT_EQ(Things(1, {"NAME"}, {{"a\x1b[2J\nb\x7f\xc2\x9b;m"}}),
-            "Things (1)\n  NAME\n  a?[2J?b??;m\n");
+TEST(TextTable, CutsTheWidestColumnsAndAtLastTheLines) {
+  const std::vector<Row> rows = {{"a", std::string(30, 'b'), std::string(9, 'c')}};
+  EXPECT_EQ(Things({0, 22}, {"A", "B", "C"}, rows),
+            "Things (1)\n  A   B        C\n  a   bbbbb\xe2\x80\xa6   ccccc\xe2\x80\xa6\n");
+  EXPECT_EQ(Things({0, 8}, {"A", "B", "C"}, rows),
+            "Things \xe2\x80\xa6\n  A   B\xe2\x80\xa6\n  a   b\xe2\x80\xa6\n");
 }
 
 TEST(InventoryTable, DecodesEntitiesAndNamesTheHostOfAMachine) {
@@ -51,7 +56,7 @@ TEST(InventoryTable, DecodesEntitiesAndNamesTheHostOfAMachine) {
   all.systems.machines[1].name = "vm2";
   Lists lists;
   lists.hosts = lists.machines = true;
-  const std::string text = ToTables(all, lists, 10);
+  const std::string text = ToTables(all, lists, {});
   EXPECT_THAT(text, HasSubstr("R&D"));
   EXPECT_THAT(text, HasSubstr("degraded"));
   EXPECT_THAT(text, HasSubstr("a <b> \xc3\xa9"));
