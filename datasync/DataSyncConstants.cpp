@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "datasync/DataSyncConstants.h"
 
+#include "instance/ObjectKinds.h"
+
 namespace KE::Service {
 
 const char* const PropSep = "_p_";
@@ -47,9 +49,9 @@ const char* const SuccessStr = "success";
 const char* const ErrorStr = "error";
 
 const char* const TypeTask = "Task";
-const char* const TypeVirtualMachine = "VirtualMachine";
-const char* const TypeHostSystem = "HostSystem";
-const char* const TypeAuthorizationManager = "AuthorizationManager";
+const char* const TypeVirtualMachine = KE::Instance::kVirtualMachine;
+const char* const TypeHostSystem = KE::Instance::kHostSystem;
+const char* const TypeAuthorizationManager = KE::Instance::kAuthorizationManager;
 const char* const TypePropertyFilter = "PropertyFilter";
 const char* const TypePropertyMethod = "PropertyMethod";
 

@@ -1,33 +1,29 @@
 // SPDX-License-Identifier: MIT
 #include "datasync/StaleObjects.h"
 
-#include "datasync/DataSyncConstants.h"
 #include "datasync/PropertyList.h"
 #include "instance/KECacheGuard.h"
 #include "instance/KEDataIterator.h"
-#include "stub/classes/ClassNames.h"
 
 namespace KE::Service {
+
+using KE::Instance::kObjectKinds;
+using KE::Instance::ObjectKind;
 
 namespace {
 
 // However much the server has to say: a report is over then.
 constexpr std::chrono::seconds kLongestReport{60};
 
-constexpr StaleObjects::Classes Bit(unsigned int index) {
+constexpr StaleObjects::Classes Bit(std::size_t index) {
   return 1U << index;
 }
 
 }  // namespace
 
-const char* StaleObjects::TypeOf(unsigned int index) {
-  return Bit(index) == kMachines ? KE::Stub::ZORBEL_VMComputerSystemClass
-                                 : KE::Stub::ZORBEL_ORXComputerSystemClass;
-}
-
 StaleObjects::Classes StaleObjects::ClassOf(const KELib::KEString& objectType) {
-  if (objectType.Equals(TypeVirtualMachine)) return kMachines;
-  return objectType.Equals(TypeHostSystem) ? kHosts : 0;
+  const ObjectKind& kind = KE::Instance::KindOf(objectType);
+  return kind.sweep == KE::Instance::Sweep::byReport ? Bit(kind.Index()) : 0;
 }
 
 StaleObjects::Classes StaleObjects::ClassesOf(const PropertyList& list) {
@@ -39,8 +35,8 @@ StaleObjects::Classes StaleObjects::ClassesOf(const PropertyList& list) {
 void StaleObjects::Collect(unsigned int index, KE::Instance::KETypeCache& cache, Ids& ids) {
   ids.clear();
   KE::Instance::KECacheGuard caches(&cache);
-  caches.LockComputerSystems();
-  KELib::KEString type(TypeOf(index));
+  caches.LockKinds(kObjectKinds[index].group);
+  KELib::KEString type(kObjectKinds[index].cacheClass);
   KE::Instance::KEDataCache* data = cache.GetDataCache(type);
   if (data == nullptr) return;
   for (auto it = data->Iterator(); !it.End(); ++it) ids.emplace(it->key.Cstr());
@@ -107,9 +103,8 @@ void StaleObjects::BeginWait(bool everything, Classes watched, KE::Instance::KET
 }
 
 void StaleObjects::Strike(const KE::Stub::ManagedObjectReference& object) {
-  for (unsigned int i = 0; i < kCount; ++i) {
-    if (ClassOf(object.type) == Bit(i)) reports[i].missing.erase(object.value.Cstr());
-  }
+  const std::size_t index = KE::Instance::KindOf(object.type).Index();
+  if (IsOpen(Bit(index))) reports[index].missing.erase(object.value.Cstr());
 }
 
 // Until everything was asked for, it is not known what is missing.
@@ -154,24 +149,19 @@ bool StaleObjects::AwaitsPart() const {
   return false;
 }
 
-bool StaleObjects::HasStale() {
+const ObjectKind* StaleObjects::StaleKind() {
   for (unsigned int i = 0; i < kCount; ++i) {
     if (!reports[i].over) continue;
-    if (!reports[i].missing.empty()) return true;
+    if (!reports[i].missing.empty()) return &kObjectKinds[i];
     Close(i);
   }
-  return false;
+  return nullptr;
 }
 
-void StaleObjects::TakeStale(KELib::KEString& typeName, KELib::KEString& id) {
-  for (unsigned int i = 0; i < kCount; ++i) {
-    Ids& missing = reports[i].missing;
-    if (!reports[i].over || missing.empty()) continue;
-    typeName = TypeOf(i);
-    id = missing.begin()->c_str();
-    missing.erase(missing.begin());
-    return;
-  }
+void StaleObjects::TakeStale(const ObjectKind& kind, KELib::KEString& id) {
+  Ids& missing = reports[kind.Index()].missing;
+  id = missing.begin()->c_str();
+  missing.erase(missing.begin());
 }
 
 }  // namespace KE::Service

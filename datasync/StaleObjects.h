@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Finds the machines and hosts that are cached but gone on the server.
+// Finds the objects that are cached but gone on the server, of the kinds that are swept by report
+// (instance/ObjectKinds.h).
 //
 // The server says nothing of what left while nobody watched, or while an update set was lost. So
 // when it is about to name everything that a class has, what is cached of the class counts as
@@ -23,6 +24,7 @@
 
 #include "datasync/SyncSeams.h"
 #include "instance/KETypeCache.h"
+#include "instance/ObjectKinds.h"
 #include "stub/classes/ManagedObjectReference.h"
 
 namespace KE::Service {
@@ -31,9 +33,8 @@ class PropertyList;
 
 class StaleObjects {
  public:
-  // A set of classes, one bit each.
+  // A set of classes, one bit each: 1 << ObjectKind::Index().
   using Classes = unsigned int;
-  static constexpr Classes kMachines = 1, kHosts = 2;
 
   // How long a wait may stay unanswered while the next part of a report is awaited: a server that
   // has another part sends it sooner.
@@ -45,7 +46,7 @@ class StaleObjects {
 
   // A filter that watches `its` classes was created; the other filters watch `others`. True when
   // everything has to be asked for: the cache may hold what no filter watches any more, and the
-  // others will not say again what they watch. Takes the mutexes of the two data caches.
+  // others will not say again what they watch. Takes the mutexes of the classes' lock groups.
   // O(cached objects) when a report begins, else O(1).
   bool FilterCame(Classes its, Classes others, KE::Instance::KETypeCache& cache);
 
@@ -86,11 +87,11 @@ class StaleObjects {
   // A part of a report has come, and something is missing still.
   bool AwaitsPart() const;
 
-  // Whether there is an object that is to be removed from its cache.
-  bool HasStale();
+  // The kind of an object that is to be removed from its cache; null when there is none.
+  const KE::Instance::ObjectKind* StaleKind();
 
-  // Takes one. Without memory nothing happens.
-  void TakeStale(KELib::KEString& typeName, KELib::KEString& id);
+  // Takes an object of that kind. Without memory nothing happens.
+  void TakeStale(const KE::Instance::ObjectKind& kind, KELib::KEString& id);
 
  private:
   using Ids = std::unordered_set<std::string>;
@@ -105,15 +106,15 @@ class StaleObjects {
     SyncTime since{};  // when the first part came or, before, when the report was asked for
   };
 
-  static const char* TypeOf(unsigned int index);
   void Open(unsigned int index);
   void Close(unsigned int index);
   void Strike(const KE::Stub::ManagedObjectReference& object);
   static void Collect(unsigned int index, KE::Instance::KETypeCache& cache, Ids& ids);
   bool IsPending(unsigned int index) const;
 
-  static constexpr unsigned int kCount = 2;
-  Report reports[kCount];  // machines, hosts
+  static constexpr unsigned int kCount = KE::Instance::kObjectKindCount;
+  static_assert(kCount <= sizeof(Classes) * 8);
+  Report reports[kCount];  // by ObjectKind::Index()
   Classes open = 0;
   Classes named = 0;        // by the filter sets of the current answer
   bool filterSets = false;  // the current answer has one

@@ -452,10 +452,12 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::DestroyUnknownFilter() {
 void KEDataSyncImpl::SettleReports() {
   for (KEString type, id;;) {  // a reader waits for one object at most
     KEMutexGuard guard(mutex.get());
-    if (!stale->HasStale()) break;
+    const KE::Instance::ObjectKind* const kind = stale->StaleKind();
+    if (kind == nullptr) break;
     KE::Instance::KECacheGuard caches(typeCache.get());
-    caches.LockComputerSystems();
-    stale->TakeStale(type, id);
+    caches.LockKinds(kind->group);
+    type = kind->cacheClass;
+    stale->TakeStale(*kind, id);
     if (typeCache->GetDataCache(type) != nullptr) typeCache->RemoveValNoLock(type, id);
   }
   if (WaiterHolder::Count() == 0) return;

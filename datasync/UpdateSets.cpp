@@ -12,7 +12,7 @@
 #include "datasync/UpdateSetWalk.h"
 #include "foundation/KEMutexGuard.h"
 #include "instance/KECacheGuard.h"
-#include "stub/classes/ClassNames.h"
+#include "instance/ObjectKinds.h"
 #include "xml/KEXmlCursor.h"
 #include "xml/KEXmlReader.h"
 
@@ -67,17 +67,11 @@ void KEDataSyncImpl::FinishUpdateSet(bool cutShort) {
 }
 
 void KEDataSyncImpl::LockCaches(KE::Instance::KEMultiCacheLock& lock, UpdateInfo& ui) {
-  auto take = [&](const char* name) {
-    KEString type(name);
+  const KE::Instance::ObjectKind& kind = KE::Instance::KindOf(ui.obj.type);
+  if (kind.IsAnyOther()) return;
+  for (const KE::Instance::ObjectKind& each : KE::Instance::KindsOf(kind.group)) {
+    KEString type(each.cacheClass);
     lock.LockCache(typeCache.get(), type);
-  };
-  if (ui.obj.type.Equals(TypeAuthorizationManager)) {
-    take(KE::Stub::Zorbel_RoleClass);
-    take(KE::Stub::Zorbel_PrivilegeClass);
-    take(KE::Stub::Zorbel_IdentityClass);
-  } else if (ui.obj.type.Equals(TypeVirtualMachine) || ui.obj.type.Equals(TypeHostSystem)) {
-    take(KE::Stub::ZORBEL_VMComputerSystemClass);
-    take(KE::Stub::ZORBEL_ORXComputerSystemClass);
   }
 }
 

@@ -1,31 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "instance/KECacheGuard.h"
 
-#include <algorithm>
-
 #include "instance/KETypeCache.h"
-#include "stub/classes/ClassNames.h"
+#include "instance/ObjectKinds.h"
 
 namespace KE::Instance {
 
 using KELib::KEString;
-
-namespace {
-
-// The types whose stubs are linked with each other, in lock order. They are read through pointers,
-// since the names are defined elsewhere.
-using TypeNames = std::initializer_list<const char* const*>;
-constexpr TypeNames kComputerSystems = {&KE::Stub::ZORBEL_VMComputerSystemClass,
-                                        &KE::Stub::ZORBEL_ORXComputerSystemClass};
-constexpr TypeNames kAuthorization = {&KE::Stub::Zorbel_RoleClass, &KE::Stub::Zorbel_PrivilegeClass,
-                                      &KE::Stub::Zorbel_IdentityClass};
-
-bool IsOneOf(const KEString& typeName, TypeNames names) {
-  return std::any_of(names.begin(), names.end(),
-                     [&](const char* const* name) { return typeName.Equals(*name); });
-}
-
-}  // namespace
 
 KECacheGuard::KECacheGuard(KETypeCache* cache) : typeCache(cache) {}
 
@@ -34,25 +15,19 @@ KECacheGuard::~KECacheGuard() {
 }
 
 void KECacheGuard::LockFor(KEString& objectType) {
-  if (objectType.Equals("VirtualMachine") || objectType.Equals("HostSystem")) {
-    LockComputerSystems();
-  } else if (objectType.Equals("AuthorizationManager")) {
-    LockAuthorization();
-  } else {
-    LockTasks();
-  }
+  LockKinds(KindOf(objectType).group);
 }
 
 void KECacheGuard::LockAuthorization() {
-  LockTypes(kAuthorization);
+  LockKinds(LockGroup::authorization);
 }
 
 void KECacheGuard::LockComputerSystems() {
-  LockTypes(kComputerSystems);
+  LockKinds(LockGroup::computerSystems);
 }
 
 void KECacheGuard::LockTasks() {
-  LockTypes({&KE::Stub::TaskInfoClass});
+  LockKinds(LockGroup::tasks);
 }
 
 void KECacheGuard::LockAll() {
@@ -60,19 +35,16 @@ void KECacheGuard::LockAll() {
 }
 
 void KECacheGuard::LockLinked(KEString& typeName) {
-  if (IsOneOf(typeName, kComputerSystems)) {
-    LockComputerSystems();
-  } else if (IsOneOf(typeName, kAuthorization)) {
-    LockAuthorization();
+  if (const ObjectKind* kind = KindOfCache(typeName.Cstr())) {
+    LockKinds(kind->group);
   } else {
     Lock(typeCache->GetDataCache(typeName));
   }
 }
 
-void KECacheGuard::LockTypes(std::initializer_list<const char* const*> names) {
-  taken.reserve(taken.size() + names.size());
-  for (const char* const* name : names) {
-    KEString type(*name);
+void KECacheGuard::LockKinds(LockGroup group) {
+  for (const ObjectKind& kind : KindsOf(group)) {
+    KEString type(kind.cacheClass);
     Lock(typeCache->GetDataCache(type));
   }
 }

@@ -10,7 +10,6 @@
 #ifndef KECPP_INSTANCE_KECACHEGUARD_H
 #define KECPP_INSTANCE_KECACHEGUARD_H
 
-#include <initializer_list>
 #include <vector>
 
 #include "foundation/KEExport.h"
@@ -18,6 +17,8 @@
 #include "foundation/KEString.h"
 
 namespace KE::Instance {
+
+enum class LockGroup : unsigned char;
 
 class KEDataCache;
 class KETypeCache;
@@ -29,16 +30,18 @@ class KECPP_API KECacheGuard {
   KECacheGuard(const KECacheGuard&) = delete;
   KECacheGuard& operator=(const KECacheGuard&) = delete;
 
-  // The caches that a change of an object of that server type can touch: machines and hosts for
-  // either of them, the authorization caches for the authorization manager, else tasks.
+  // The caches that a change of an object of that server type can touch: its kind's lock group
+  // (ObjectKinds.h).
   void LockFor(KELib::KEString& objectType);
 
   void LockAuthorization();    // roles, privileges, identities
   void LockComputerSystems();  // machines, hosts
   void LockTasks();
+  void LockKinds(LockGroup group);
   void LockAll();  // every data cache
 
   // The data cache of a type and those whose stubs its stubs are linked to: what deleting needs.
+  // A type that is in no lock group is locked alone.
   void LockLinked(KELib::KEString& typeName);
 
   // One data cache, null allowed. Several are locked in order.
@@ -49,8 +52,6 @@ class KECPP_API KECacheGuard {
   void Unlock() KECPP_NO_THREAD_SAFETY_ANALYSIS;
 
  private:
-  void LockTypes(std::initializer_list<const char* const*> names);
-
   KETypeCache* typeCache;
   std::vector<KELib::KEMutex*> taken;
 };

@@ -8,27 +8,11 @@
 #include "foundation/KEException.h"
 #include "foundation/KEMutexGuard.h"
 #include "instance/KECacheGuard.h"
-#include "stub/classes/ClassNames.h"
+#include "instance/ObjectKinds.h"
 
 namespace KE::Instance {
 
 using KELib::KEString;
-
-namespace {
-
-// The place of a type in the order in which mutexes are taken.
-int LockRank(const char* name) {
-  static const char* const kFirst[] = {
-      KE::Stub::Zorbel_RoleClass, KE::Stub::Zorbel_PrivilegeClass, KE::Stub::Zorbel_IdentityClass,
-      KE::Stub::ZORBEL_VMComputerSystemClass, KE::Stub::ZORBEL_ORXComputerSystemClass};
-  constexpr int kOthers = sizeof(kFirst) / sizeof(kFirst[0]);
-  for (int i = 0; i < kOthers; ++i) {
-    if (std::strcmp(name, kFirst[i]) == 0) return i;
-  }
-  return std::strcmp(name, KE::Stub::TaskInfoClass) == 0 ? kOthers + 1 : kOthers;
-}
-
-}  // namespace
 
 KETypeCache::KETypeCache()
     : mutex(std::make_unique<KELib::KEMutex>()), table(std::make_unique<Table>()) {}
@@ -137,7 +121,7 @@ std::vector<KETypeCache::Named> KETypeCache::ListInLockOrder() {
     for (auto it = map.Begin(); !it.End(); ++it) all.push_back({it->key, it->value});
   }
   std::sort(all.begin(), all.end(), [](const Named& a, const Named& b) {
-    const int left = LockRank(a.name.Cstr()), right = LockRank(b.name.Cstr());
+    const std::size_t left = LockRank(a.name.Cstr()), right = LockRank(b.name.Cstr());
     return left != right ? left < right : std::strcmp(a.name.Cstr(), b.name.Cstr()) < 0;
   });
   return all;

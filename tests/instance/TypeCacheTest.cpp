@@ -148,7 +148,8 @@ TEST(CacheGuard, LocksWhatAnObjectTypeTouchesAndLeavesTheRest) {
   const std::pair<const char*, const char*> cases[] = {{"VirtualMachine", "0001100"},
                                                        {"HostSystem", "0001100"},
                                                        {"AuthorizationManager", "1111000"},
-                                                       {"Task", "0001001"}};
+                                                       {"Task", "0001001"},
+                                                       {"Folder", "0001001"}};
   for (const auto& [type, expected] : cases) {
     KECacheGuard guard(&types);
     KEString text(type);
@@ -156,6 +157,10 @@ TEST(CacheGuard, LocksWhatAnObjectTypeTouchesAndLeavesTheRest) {
     EXPECT_EQ(expected, held()) << type;
   }
   KECacheGuard guard(&types);
+  KEString unknown("Another");
+  guard.LockLinked(unknown);
+  EXPECT_EQ("0001010", held());
+  guard.Unlock();
   guard.LockAll();
   EXPECT_EQ("1111111", held());
   guard.Unlock();
