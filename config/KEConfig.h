@@ -4,6 +4,7 @@
 //
 // Look-ups go forward from the last one and never back: read a document in its own order, first the
 // section (FindParentConfigKey), then its values. What lies before the last look-up is not found.
+// Init, and so CreateConfig, logs at level "error" what the library's own look-ups will not find.
 //
 // Thread safety: none of its own.
 // Errors: XmlException for a malformed document; the setters, which are not provided, throw

@@ -2,6 +2,7 @@
 #include "config/KEConfigImpl.h"
 
 #include "config/ConfigComments.h"
+#include "config/ConfigReport.h"
 #include "foundation/KEException.h"
 
 namespace KELib {
@@ -39,9 +40,11 @@ KEConfigImpl::~KEConfigImpl() = default;
 void KEConfigImpl::Init(KEConfigSource* given) {
   if (source != nullptr || given == nullptr) return;
   source.reset(given);
+  ReportMalformation(source->Content());
   RemoveComments(source->Content());
   reader.SetInput(source->Content(), false);
   reader.SetStartPos(0);
+  ReportIgnored(reader);
 }
 
 KEString& KEConfigImpl::GetConfigPath() {

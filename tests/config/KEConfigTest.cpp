@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "config/KEConfig.h"
 
+#include <syslog.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -9,9 +10,10 @@
 
 #include "config/DefaultConfig.h"
 #include "config/KEConfigImpl.h"
-#include "config/KEConfigSource.h"
+#include "config/KEConfigSourceImpl.h"
 #include "config/Malformation.h"
 #include "support/Answers.h"
+#include "support/CapturedLog.h"
 
 namespace KELib {
 namespace {
@@ -53,9 +55,22 @@ std::string FaultOf(const Row& row) {
   return std::to_string(found.line) + ": " + found.what.Cstr();
 }
 
+// What is logged when the document is taken.
+std::string IgnoredIn(const Row& row) {
+  CapturedLog::Clear();
+  ConfigOf(row[1]);
+  std::string all;
+  for (const CapturedLog::Line& line : CapturedLog::Lines()) {
+    EXPECT_EQ(LOG_ERR, line.priority);
+    all += "; " + line.text.substr(line.text.find(": ") + 2);
+  }
+  return all.empty() ? "nothing" : all.substr(2);
+}
+
 TEST(KEConfig, AnswersTheCases) {
   ExpectAnswers(KECPP_TEST_DATA "/cases/lookups.txt",
                 {{"steps", StepsThrough}, {"document", DocumentOf}, {"malformed", FaultOf}});
+  ExpectAnswers(KECPP_TEST_DATA "/cases/ignored.txt", {{"ignored", IgnoredIn}});
   const auto config = ConfigOf("");
   KEString value, key("userName"), none;
   EXPECT_TRUE(config->GetConfigValue(key, value));
@@ -81,6 +96,24 @@ TEST(KEConfig, TheDefaultDocumentIsLaidOutForReaders) {
   EXPECT_EQ("\n   </LogInfo>\n</Config>\n", text.substr(text.size() - 25));
 }
 
+TEST(KEConfig, RefusesEmptyContent) {
+  auto* source = new KEConfigSourceImpl("<?xml?><a>1</a>");
+  source->Content() = "b";
+  EXPECT_STREQ("b", source->GetSourcePath().Cstr()) << "of a text that was not loaded";
+  source->Content().Clear();
+  KEConfigImpl config;
+  EXPECT_EQ("SystemException: Configuration is not initialised.",
+            Thrown([&] { config.GetConfigPath(); }));
+  CapturedLog::Clear();
+  for (KEConfigSource* given : std::initializer_list<KEConfigSource*>{nullptr, source}) {
+    config.Init(given);
+    const std::string refusal = "XmlException: Cannot use empty input XML";
+    EXPECT_EQ(refusal, Thrown([&] { ValueOf(config, "a"); }));
+    EXPECT_EQ(refusal, Thrown([&] { config.FindParentConfigKey("a"); }));
+  }
+  EXPECT_TRUE(CapturedLog::Lines().empty());
+}
+
 TEST(KEConfig, TakesTheDocumentOnce) {
   KEString source("<?xml?><a>1</a>"), other("<?xml?><a>2</a>");
   EXPECT_EQ(nullptr, CreateConfigSource(source, ""));
@@ -90,7 +123,6 @@ TEST(KEConfig, TakesTheDocumentOnce) {
   EXPECT_STREQ("<?xml?><a>1</a>", made->Content().Cstr());
   const std::unique_ptr<KEConfigSource> late(CreateConfigSource(other, "x"));
   KEConfigImpl config;
-  EXPECT_EQ("XmlException: Cannot use empty input XML", Thrown([&] { ValueOf(config, "a"); }));
   config.Init(made);
   config.Init(late.get());
   EXPECT_TRUE(made->Content().Empty());

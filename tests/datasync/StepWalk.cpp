@@ -90,7 +90,8 @@ class Walk {
   }
 
   void ApplyList(const pugi::xml_node& value, KELib::Xml::KEXmlReader& reader) {
-    const std::string type = value.attribute("xsi:type").value();
+    const auto schema = value.attribute("xsi:type");
+    const std::string type = (schema ? schema : value.first_attribute()).value();
     const std::size_t prefix = sizeof("ArrayOf") - 1;
     const bool isArray = type.compare(0, prefix, "ArrayOf") == 0;
     const bool isRoles = ui.name.Equals("roleList") && ui.obj.type.Equals("AuthorizationManager");
