@@ -10,11 +10,6 @@ namespace KELib::Xml {
 
 namespace {
 
-// Token types (xml/XmlTokenState.h).
-constexpr XmlTokenType kElementStart = 1, kElementName = 2, kInStartTag = 3, kAttribute = 4,
-                       kStartTagClosed = 5, kNil = 6, kValue = 7, kEndTagName = 11,
-                       kElementEnded = 13, kLineEnd = 14;
-
 unsigned int LengthOf(const char* text) {
   return text != nullptr ? static_cast<unsigned int>(std::strlen(text)) : 0;
 }
@@ -38,23 +33,24 @@ void KEXmlBuffer::Reset() {
 }
 
 void KEXmlBuffer::StartAddElementTag(const char* name) {
-  state.SetExpectedType(kElementName);
-  const bool nothingOpen = state.WasLastType(0) || state.WasLastTypeRange(kElementEnded, kLineEnd);
+  state.SetExpectedType(XmlToken::elementName);
+  const bool nothingOpen = state.WasLastType(XmlToken::none) ||
+                           state.WasLastTypeRange(XmlToken::elementEnded, XmlToken::carriageReturn);
   if (!nothingOpen) ClosePreviousElementTag();
   Resize(LengthOf(name) + 1);
   Append(OPEN_ELEM);
   Append(name);
-  state.SetLastType(kElementName);
-  state.SetExpectedType(kInStartTag);
+  state.SetLastType(XmlToken::elementName);
+  state.SetExpectedType(XmlToken::inStartTag);
 }
 
 void KEXmlBuffer::ClosePreviousElementTag() {
   Resize(2);
   Append(CLOSE_ELEM);
-  state.SetLastType(kStartTagClosed);
-  if (state.IsExpectedTypeRange(kElementStart, kElementName)) {
+  state.SetLastType(XmlToken::startTagEnd);
+  if (state.IsExpectedTypeRange(XmlToken::elementStart, XmlToken::elementName)) {
     Append(NEWLINE);
-    state.SetLastType(kElementEnded);
+    state.SetLastType(XmlToken::elementEnded);
   }
 }
 
@@ -67,8 +63,8 @@ void KEXmlBuffer::AddAttributeNameAndValue(const char* name, const char* value) 
   Append(DBL_QUOTE);
   Append(value);
   Append(DBL_QUOTE);
-  state.SetLastType(kAttribute);
-  state.SetExpectedType(kInStartTag);
+  state.SetLastType(XmlToken::attribute);
+  state.SetExpectedType(XmlToken::inStartTag);
 }
 
 void KEXmlBuffer::AddNamespace(const char* prefix, const char* uri) {
@@ -87,18 +83,18 @@ void KEXmlBuffer::AddElementTypeValue(const char* type) {
 void KEXmlBuffer::AddElementValue(const char* value) {
   if (LengthOf(value) == 0) {
     AddAttributeNameAndValue(XML_xsiNil, STR_BOOLEAN_TRUE);
-    state.SetExpectedType(kNil);
+    state.SetExpectedType(XmlToken::emptyElement);
     return;
   }
   ClosePreviousElementTag();
   Append(value);
-  state.SetLastType(kValue);
-  state.SetExpectedType(kEndTagName);
+  state.SetLastType(XmlToken::value);
+  state.SetExpectedType(XmlToken::endTagName);
 }
 
 void KEXmlBuffer::EndAddElementTag(const char* name) {
   Resize(LengthOf(name) + 4);
-  if (state.WasLastType(kValue) || state.WasLastType(kElementEnded)) {
+  if (state.WasLastType(XmlToken::value) || state.WasLastType(XmlToken::elementEnded)) {
     Append(END_TOKEN);
     Append(name);
     Append(CLOSE_ELEM);
@@ -106,8 +102,8 @@ void KEXmlBuffer::EndAddElementTag(const char* name) {
     Append(NULL_END_TOKEN);
   }
   Append(NEWLINE);
-  state.SetLastType(kElementEnded);
-  state.SetExpectedType(kElementName);
+  state.SetLastType(XmlToken::elementEnded);
+  state.SetExpectedType(XmlToken::elementName);
 }
 
 void KEXmlBuffer::EndAddElementTagAndValue(const char* name, const char* value) {

@@ -11,9 +11,6 @@ namespace KELib::Xml {
 
 namespace {
 
-// Token types of the reader.
-constexpr int kElementName = 2, kAttribute = 4, kElementEnded = 13;
-
 constexpr char kSectionStart[] = "<![CDATA[";
 constexpr std::size_t kSectionStartLength = sizeof(kSectionStart) - 1;
 
@@ -39,11 +36,12 @@ KEXmlCursor::KEXmlCursor(KEXmlReader& source, KnownTagRests* remembered)
       begin(source.Str()),
       end(begin + source.GetInputLength()),
       at(begin + source.Pos()),
-      inTag(source.State().WasLastType(kElementName) || source.State().WasLastType(kAttribute)),
+      inTag(source.State().WasLastType(XmlToken::elementName) ||
+            source.State().WasLastType(XmlToken::attribute)),
       known(remembered) {}
 
 void KEXmlCursor::MoveReader() const {
-  reader.MoveTo(static_cast<unsigned int>(at - begin), kElementEnded);
+  reader.MoveTo(static_cast<unsigned int>(at - begin), XmlToken::elementEnded);
 }
 
 // The ">" of the start tag behind whose name `from` stands; null where the name goes on, for an

@@ -11,10 +11,6 @@ namespace KELib::Xml {
 
 namespace {
 
-constexpr XmlTokenType kElementStart = 1, kElementName = 2, kInStartTag = 3, kAttribute = 4,
-                       kStartTagClosed = 5, kEmptyElement = 6, kValue = 7, kEndTag = 10,
-                       kElementEnded = 13;
-
 bool IsBlank(char c) {
   return c == ' ' || c == '\n' || c == '\r' || c == '\t';
 }
@@ -71,7 +67,7 @@ void KEXmlReader::CheckLimits() {
 // Behind an element's name a line end or a tab separates the attributes just as a blank does.
 void KEXmlReader::Classify() {
   char c = At(pos);
-  if (state.WasLastType(kElementName) && IsBlank(c)) c = ' ';
+  if (state.WasLastType(XmlToken::elementName) && IsBlank(c)) c = ' ';
   state.SetExpectedType(c, At(pos + 1));
 }
 
@@ -114,8 +110,8 @@ bool KEXmlReader::FindTagEnd(unsigned int& found) const {
 
 // The class alone does not tell: an attribute whose name is not recognised has none.
 bool KEXmlReader::InStartTag() const {
-  return state.WasLastType(kElementName) || state.WasLastType(kAttribute) ||
-         state.IsExpectedTypeRange(kInStartTag, kEmptyElement);
+  return state.WasLastType(XmlToken::elementName) || state.WasLastType(XmlToken::attribute) ||
+         state.IsExpectedTypeRange(XmlToken::inStartTag, XmlToken::emptyElement);
 }
 
 // Moves behind the start tag that the cursor stands in.
@@ -123,7 +119,7 @@ void KEXmlReader::PassStartTag() {
   unsigned int close = 0;
   if (!FindTagEnd(close)) ThrowXmlException(ERR_BAD_ELEM);
   const bool empty = close > 0 && input.UnsafeAt(close - 1) == '/';
-  state.SetLastType(empty ? kEmptyElement : kStartTagClosed);
+  state.SetLastType(empty ? XmlToken::emptyElement : XmlToken::startTagEnd);
   pos = close + 1;
 }
 
@@ -142,22 +138,23 @@ void KEXmlReader::SkipBlanks() {
 void KEXmlReader::EndElement(unsigned int p) {
   pos = p;
   SkipBlanks();
-  state.SetLastType(kElementEnded);
+  state.SetLastType(XmlToken::elementEnded);
   if (pos < length) Classify();
 }
 
 // --- questions -----------------------------------------------------------------------------------
 
 bool KEXmlReader::IsElementTag(const char* name) const {
-  return state.IsExpectedType(kElementStart) && Matches(pos + 1, name);
+  return state.IsExpectedType(XmlToken::elementStart) && Matches(pos + 1, name);
 }
 
 bool KEXmlReader::IsElementEndTag(const char* name) const {
-  return state.IsExpectedType(kEndTag) && Matches(pos + 2, name);
+  return state.IsExpectedType(XmlToken::endTag) && Matches(pos + 2, name);
 }
 
 bool KEXmlReader::InsideElementTag() const {
-  return state.WasLastType(kElementName) && state.IsExpectedTypeRange(kElementName, kInStartTag);
+  return state.WasLastType(XmlToken::elementName) &&
+         state.IsExpectedTypeRange(XmlToken::elementName, XmlToken::inStartTag);
 }
 
 bool KEXmlReader::IsValueCData() const {
@@ -166,7 +163,7 @@ bool KEXmlReader::IsValueCData() const {
 
 bool KEXmlReader::HasComplexContent(const char*) const {
   unsigned int p = 0;
-  if (!state.WasLastType(kElementName) || !FindTagEnd(p)) return false;
+  if (!state.WasLastType(XmlToken::elementName) || !FindTagEnd(p)) return false;
   if (p > 0 && input.UnsafeAt(p - 1) == '/') return false;
   do {
     ++p;
@@ -181,7 +178,7 @@ bool KEXmlReader::FindElementTag(const char* name) {
   unsigned int found = 0;
   if (!Search(name, found) || found == 0 || input.UnsafeAt(found - 1) != '<') return false;
   pos = found + LengthOf(name);
-  state.SetLastType(kElementName);
+  state.SetLastType(XmlToken::elementName);
   Classify();
   return true;
 }
@@ -190,7 +187,7 @@ void KEXmlReader::SkipElementTag(const char* name) {
   CheckLimits();
   if (!IsElementTag(name)) return;
   pos += 1 + LengthOf(name);
-  state.SetLastType(kElementName);
+  state.SetLastType(XmlToken::elementName);
   Classify();
   SkipBlanks();
 }
@@ -203,7 +200,7 @@ void KEXmlReader::GetElementTag(KEString& name) {
   if (p >= length) ThrowXmlException(ERR_BAD_ELEM);
   AppendSlice(start, p, name);
   pos = p;
-  state.SetLastType(kElementName);
+  state.SetLastType(XmlToken::elementName);
   Classify();
 }
 
@@ -242,10 +239,11 @@ bool KEXmlReader::FindAndSkipElementEndTag(const char* name) {
 // --- attributes ----------------------------------------------------------------------------------
 
 void KEXmlReader::GetAttributeNameAndValue(KEString& name, KEString& value) {
-  const bool inside = state.WasLastType(kElementName) || state.WasLastType(kAttribute);
+  const bool inside =
+      state.WasLastType(XmlToken::elementName) || state.WasLastType(XmlToken::attribute);
   if (!inside && !input.Empty()) return;
   CheckLimits();
-  const bool more = state.IsExpectedType(kInStartTag);
+  const bool more = state.IsExpectedType(XmlToken::inStartTag);
   SkipBlanks();
   if (!more || At(pos) == '>' || At(pos) == '/') {
     LeaveStartTag();
@@ -259,7 +257,7 @@ void KEXmlReader::LeaveStartTag() {
   if (At(pos) == '/') {
     if (At(pos + 1) != '>') ThrowXmlException(ERR_BAD_ELEM);
     pos += 2;
-    state.SetLastType(kEmptyElement);
+    state.SetLastType(XmlToken::emptyElement);
   } else {
     PassStartTag();
   }
@@ -284,7 +282,7 @@ void KEXmlReader::ReadAttribute(KEString& name, KEString& value) {
   value.AssignExact(input.Cstr() + valueStart, pos - valueStart);
   ++pos;
   SkipBlanks();
-  state.SetLastType(kAttribute);
+  state.SetLastType(XmlToken::attribute);
 }
 
 void KEXmlReader::GetElementAttributeNameAndValue(const char* elementName, KEString& name,
@@ -296,9 +294,9 @@ void KEXmlReader::GetElementAttributeNameAndValue(const char* elementName, KEStr
 
 void KEXmlReader::GetElementValue(const char* elementName, KEString& value) {
   value.Clear();
-  if (!state.WasLastType(kEmptyElement)) CheckLimits();
+  if (!state.WasLastType(XmlToken::emptyElement)) CheckLimits();
   CloseStartTag();
-  if (state.WasLastType(kEmptyElement)) {
+  if (state.WasLastType(XmlToken::emptyElement)) {
     EndElement(pos);
     return;
   }
@@ -310,7 +308,7 @@ void KEXmlReader::GetElementValue(const char* elementName, KEString& value) {
     const unsigned int stop = Next('<', pos);
     value.AssignExact(input.Cstr() + pos, stop - pos);
     pos = stop;
-    state.SetLastType(kValue);
+    state.SetLastType(XmlToken::value);
     Classify();
   }
   PassEndTag(elementName);
@@ -340,7 +338,7 @@ void KEXmlReader::GetCDataValue(const char* elementName, KEString& value) {
   }
   value.AssignExact(input.Cstr() + start, stop - start);
   pos = behind;
-  state.SetLastType(kValue);
+  state.SetLastType(XmlToken::value);
   while (At(pos) == '\n' || At(pos) == '\r') ++pos;
   if (pos < length) Classify();
 }
@@ -348,15 +346,15 @@ void KEXmlReader::GetCDataValue(const char* elementName, KEString& value) {
 // The tag may have been left already, by asking for one attribute more than it has.
 void KEXmlReader::GetElementContent(const char* elementName, KEString& content) {
   content.Clear();
-  if (!state.WasLastType(kEmptyElement)) CheckLimits();
+  if (!state.WasLastType(XmlToken::emptyElement)) CheckLimits();
   if (InStartTag()) PassStartTag();
-  if (state.WasLastType(kEmptyElement)) {
+  if (state.WasLastType(XmlToken::emptyElement)) {
     EndElement(pos);
     return;
   }
   const unsigned int size = elementName != nullptr ? LengthOf(elementName) : 0;
   const unsigned int start = pos;
-  state.SetLastType(kStartTagClosed);
+  state.SetLastType(XmlToken::startTagEnd);
   KEXmlCursor cursor(*this);
   cursor.LeaveContent({elementName, size});
   const unsigned int stop = static_cast<unsigned int>(cursor.Position() - input.Cstr());

@@ -10,31 +10,33 @@ bool IsAlphaNum(char c) {
 namespace {
 
 bool InContent(XmlTokenType last) {
-  return last <= 5 || last == 13;
+  return last <= XmlToken::startTagEnd || last == XmlToken::elementEnded;
 }
 
-// The class of a character behind a start tag's name, attribute or end; 0 when it is none of these.
+// The class of a character behind a start tag's name, attribute or end.
 XmlTokenType InStartTag(XmlTokenType last, char c) {
-  if (last <= 1 && IsAlphaNum(c)) return 2;
-  if (last <= 3 && c == ' ') return 3;
-  if (last == 4 && (IsAlphaNum(c) || c == ' ')) return 3;
-  if (last <= 4 && c == '>') return 5;
-  return last <= 4 && c == '/' ? 6 : 0;
+  if (last <= XmlToken::elementStart && IsAlphaNum(c)) return XmlToken::elementName;
+  if (last <= XmlToken::inStartTag && c == ' ') return XmlToken::inStartTag;
+  if (last == XmlToken::attribute && (IsAlphaNum(c) || c == ' ')) return XmlToken::inStartTag;
+  if (last > XmlToken::attribute) return XmlToken::none;
+  if (c == '>') return XmlToken::startTagEnd;
+  return c == '/' ? XmlToken::emptyElement : XmlToken::none;
 }
 
 }  // namespace
 
 XmlTokenType GetTokenType(XmlTokenType last, char c, char next) {
-  if (c == '\0') return 0;
-  if (c == '\n') return 13;
-  if (c == '\r') return 14;
-  if ((last == 0 || last == 13) && c == '<' && next != '/') return 1;
+  if (c == '\0') return XmlToken::none;
+  if (c == '\n') return XmlToken::lineFeed;
+  if (c == '\r') return XmlToken::carriageReturn;
+  const bool outside = last == XmlToken::none || last == XmlToken::elementEnded;
+  if (outside && c == '<' && next != '/') return XmlToken::elementStart;
   if (const XmlTokenType type = InStartTag(last, c)) return type;
-  if (InContent(last) && IsAlphaNum(c)) return 7;
-  if (InContent(last) && c == '<' && next != '/') return 8;
-  if (c == '<' && next == '/') return 10;
-  if (last <= 10 && IsAlphaNum(c)) return 11;
-  return last <= 11 && c == '>' ? 12 : 0;
+  if (InContent(last) && IsAlphaNum(c)) return XmlToken::value;
+  if (InContent(last) && c == '<' && next != '/') return XmlToken::childElement;
+  if (c == '<' && next == '/') return XmlToken::endTag;
+  if (last <= XmlToken::endTag && IsAlphaNum(c)) return XmlToken::endTagName;
+  return last <= XmlToken::endTagName && c == '>' ? XmlToken::endTagEnd : XmlToken::none;
 }
 
 }  // namespace KELib::Xml

@@ -8,12 +8,29 @@
 
 namespace KELib::Xml {
 
-// Last: 0 document start, 2 element name, 4 attribute, 5 start tag closed, 6 empty element,
-// 7 value, 13 element ended.
-// Expected: 1 element start, 2 element name, 3 inside a start tag, 5 its end, 6 end of an empty
-// element, 7 value, 8 child element, 10 end tag, 11 its name, 12 its end, 13 line feed,
-// 14 carriage return.
+// The type of a token, as the promised operations below take it: one of XmlToken.
 using XmlTokenType = int;
+
+// Each type is something that was read or written last, or that is expected next, or both.
+namespace XmlToken {
+enum : XmlTokenType {
+  none = 0,  // last: nothing yet; expected: none of the others
+  elementStart = 1,
+  elementName = 2,
+  inStartTag = 3,
+  attribute = 4,
+  startTagEnd = 5,
+  emptyElement = 6,  // the end of its tag
+  value = 7,
+  childElement = 8,
+  endTag = 10,
+  endTagName = 11,
+  endTagEnd = 12,
+  elementEnded = 13,  // last
+  lineFeed = 13,      // expected: what is usually behind an element
+  carriageReturn = 14
+};
+}  // namespace XmlToken
 
 // True for b to y, B to Y and 1 to 8 only: the outermost characters do not count.
 KECPP_API bool IsAlphaNum(char c);
@@ -25,8 +42,8 @@ class KECPP_API XmlTokenState {
  public:
   // As in front of a document.
   void Reset() {
-    expectedType = 2;
-    lastType = 0;
+    expectedType = XmlToken::elementName;
+    lastType = XmlToken::none;
   }
 
   // What comes next: given, or told from the next two characters. A range includes both its ends.
@@ -49,8 +66,8 @@ class KECPP_API XmlTokenState {
   }
 
  private:
-  XmlTokenType expectedType = 2;
-  XmlTokenType lastType = 0;
+  XmlTokenType expectedType = XmlToken::elementName;
+  XmlTokenType lastType = XmlToken::none;
 };
 
 }  // namespace KELib::Xml

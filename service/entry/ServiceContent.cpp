@@ -9,11 +9,7 @@
 
 namespace KE::Service {
 
-namespace {
-
-constexpr int kElementName = 2;  // the reader's token type behind an element's name
-
-}  // namespace
+namespace XmlToken = KELib::Xml::XmlToken;
 
 ServiceContent::ServiceContent(KELib::KEString& text) : content(text) {
   reader.SetInput(content, false);
@@ -25,7 +21,7 @@ ServiceContent::~ServiceContent() {
 
 // Looks from the beginning each time: nothing is assumed about the order of the elements.
 bool ServiceContent::Find(const char* name) {
-  reader.MoveTo(0, 0);
+  reader.MoveTo(0, XmlToken::none);
   KELib::Xml::KEXmlCursor cursor(reader);
   const std::size_t length = std::strlen(name);
   KELib::Xml::XmlSlice found;
@@ -37,7 +33,8 @@ bool ServiceContent::Find(const char* name) {
       return false;
     }
   }
-  reader.MoveTo(static_cast<unsigned int>(found.text + found.length - reader.Str()), kElementName);
+  reader.MoveTo(static_cast<unsigned int>(found.text + found.length - reader.Str()),
+                XmlToken::elementName);
   return true;
 }
 

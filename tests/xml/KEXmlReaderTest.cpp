@@ -71,7 +71,7 @@ TEST(KEXmlReader, AnswersTheCases) {
 TEST(KEXmlReader, RefusesEmptyAndExhaustedInput) {
   KEXmlReader empty, full = ReaderOf("<a>");
   KEString a, b;
-  full.MoveTo(100, 2);
+  full.MoveTo(100, XmlToken::elementName);
   EXPECT_EQ(3u, full.Pos());
   for (const Movement& move : kMovements) {
     EXPECT_EQ(kNothingToRead, Thrown([&] { move.run(empty, "a", a, b); }));
