@@ -45,8 +45,15 @@ void KEXmlCursor::MoveReader() const {
 }
 
 // The ">" of the start tag behind whose name `from` stands; null where the name goes on, for an
-// empty-element tag and for a tag without end. What is known is found by the first attribute's
-// first letter and two characters inside its value, where tags differ.
+// empty-element tag and for a tag without end.
+//
+// The place of a known tag is chosen for servers that write ` xsi:type="xsd:string"` and
+// ` type="HostSystem" xsi:type=...`: by the first attribute's first letter, the first character of
+// the value of "xsi:type" and the one behind "xsd:". Strings, numbers, lists and references then
+// have places of their own. With another server, one that declares namespaces in each tag say,
+// alternating tags may share a place. Each is then scanned and kept again: 180 instructions a tag
+// more than a known one takes, 340 for a tag of 70 characters, and 70 to 110 more than without any
+// memory (callgrind, 64-bit). What is read is the same.
 const char* KEXmlCursor::PlainTagEnd(const char* from) {
   constexpr std::ptrdiff_t kFirst = 11, kSecond = 15;
   KnownTagRests::Rest* rest = nullptr;
