@@ -34,7 +34,7 @@ FNR == 1 { ++pass; depth = 0 }
   if ($0 !~ /\/>/) {
     names[++depth] = attribute("name")
     declared[depth] = /is-declaration-only='yes'/
-    fact("size", attribute("size-in-bits") / 8)
+    if (attribute("size-in-bits") > 0) fact("size", attribute("size-in-bits") / 8)
   }
 }
 /<\/class-decl>/ { --depth }

@@ -12,7 +12,6 @@
 #include <thread>
 #include <vector>
 
-#include "datasync/WaiterHolder.h"
 #include "foundation/KEExport.h"
 #include "foundation/KEString.h"
 #include "foundation/KEVector.h"
@@ -21,9 +20,11 @@
 namespace KE::Service {
 
 struct MethodDataSyncInfo;
+struct WaiterHolder;
 
 struct KECPP_API DataSyncInfo {
-  DataSyncInfo() = default;
+  DataSyncInfo();
+  ~DataSyncInfo();
   DataSyncInfo(const DataSyncInfo&) = delete;
   DataSyncInfo& operator=(const DataSyncInfo&) = delete;
 

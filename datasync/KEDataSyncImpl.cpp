@@ -10,6 +10,7 @@
 #include "datasync/RoleMemory.h"
 #include "datasync/StaleObjects.h"
 #include "datasync/SyncState.h"
+#include "datasync/WaiterHolder.h"
 #include "datasync/WalkRoom.h"
 #include "foundation/KEConstants.h"
 #include "foundation/KEException.h"

@@ -42,6 +42,8 @@ class PropertyList;
 class RoleMemory;
 class StaleObjects;
 class SyncState;
+struct TaskWait;
+struct WaiterHolder;
 struct WalkRoom;
 
 class KECPP_API KEDataSyncImpl : public KEDataSync {

@@ -11,13 +11,14 @@
 #include <memory>
 #include <vector>
 
-#include "datasync/WaiterHolder.h"
 #include "foundation/KEExport.h"
 #include "foundation/KEString.h"
 #include "foundation/KEVector.h"
 #include "stub/classes/ManagedObjectReference.h"
 
 namespace KE::Service {
+
+struct WaiterHolder;
 
 // What became of a method's last call.
 struct KECPP_API MethodOutcome {
@@ -27,7 +28,8 @@ struct KECPP_API MethodOutcome {
 };
 
 struct KECPP_API MethodDataSyncInfo {
-  MethodDataSyncInfo() = default;
+  MethodDataSyncInfo();
+  ~MethodDataSyncInfo();
   MethodDataSyncInfo(const MethodDataSyncInfo&) = delete;
   MethodDataSyncInfo& operator=(const MethodDataSyncInfo&) = delete;
 

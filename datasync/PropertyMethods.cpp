@@ -10,6 +10,7 @@
 #include "datasync/KEDataSyncImpl.h"
 #include "datasync/PropertyList.h"
 #include "datasync/SyncState.h"
+#include "datasync/WaiterHolder.h"
 #include "foundation/KEException.h"
 #include "foundation/KEMutexGuard.h"
 #include "foundation/Logger.h"

@@ -14,6 +14,7 @@
 #include "datasync/StaleObjects.h"
 #include "datasync/SyncSeams.h"
 #include "datasync/SyncState.h"
+#include "datasync/WaiterHolder.h"
 #include "foundation/KECondition.h"
 #include "foundation/KEException.h"
 #include "foundation/KEMutexGuard.h"

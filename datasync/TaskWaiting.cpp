@@ -5,6 +5,7 @@
 #include "datasync/DataSyncConstants.h"
 #include "datasync/KEDataSyncImpl.h"
 #include "datasync/SyncState.h"
+#include "datasync/WaiterHolder.h"
 #include "foundation/KEMutexGuard.h"
 #include "foundation/Logger.h"
 #include "instance/CacheConversion.h"

@@ -10,6 +10,7 @@
 #include "datasync/ListValue.h"
 #include "datasync/ObjectTarget.h"
 #include "datasync/UpdateSetWalk.h"
+#include "datasync/WaiterHolder.h"
 #include "foundation/KEMutexGuard.h"
 #include "instance/KECacheGuard.h"
 #include "instance/ObjectKinds.h"
