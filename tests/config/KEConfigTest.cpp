@@ -71,6 +71,10 @@ TEST(KEConfig, AnswersTheCases) {
   ExpectAnswers(KECPP_TEST_DATA "/cases/lookups.txt",
                 {{"steps", StepsThrough}, {"document", DocumentOf}, {"malformed", FaultOf}});
   ExpectAnswers(KECPP_TEST_DATA "/cases/ignored.txt", {{"ignored", IgnoredIn}});
+  std::string deep("<?xml?>");
+  for (int i = 0; i < 300000; ++i) deep += "<a>";
+  EXPECT_EQ("line 1: <a> is not closed", IgnoredIn({"", deep}))
+      << "the stack must not grow with it";
   const auto config = ConfigOf("");
   KEString value, key("userName"), none;
   EXPECT_TRUE(config->GetConfigValue(key, value));
