@@ -22,7 +22,8 @@ struct WaiterHolder;
 
 // What became of a method's last call.
 struct KECPP_API MethodOutcome {
-  enum class Last { none, answered, failed } last = Last::none;
+  enum class Last { none, answered, failed };
+  Last last = Last::none;
   KELib::KEString failure;                          // text of the failure
   std::chrono::steady_clock::time_point notBefore;  // when the loop calls a failed one again
 };

@@ -10,6 +10,7 @@
 # - Fields, constants, aliases, comparisons, and what gets or sets one thing and is named after it,
 #   may go without: the reference shows them with their name alone.
 # - What else has no comment is left so, for Doxygen to complain of.
+# - A class whose name ends with "Impl" goes to the group of implementations.
 #
 # Comments inside of functions, and those followed by a blank line, stay as they are. A line stays
 # on its line, so that Doxygen's warnings name the right one.
@@ -94,11 +95,17 @@ function name_tells(code) {
       code ~ /^(inline )?(virtual )?void Set[A-Z][A-Za-z]*\([^,]*\)/
 }
 
-# Writes the comment that stands above, for Doxygen or as it was.
-function flush_block(forDoxygen,    i) {
+# The command that files a class in its group.
+function filing(code) {
+  return begins_class(code) && code ~ /Impl( final)?( :.*)? \{$/ ? " \\ingroup implementation" : ""
+}
+
+# Writes the comment that stands above, for Doxygen, with a command at its end, or as it was.
+function flush_block(forDoxygen, command,    i) {
   for (i = 1; i <= blockLines; ++i) {
     if (forDoxygen) sub(/\/\/ ?/, "/// ", block[i])
-    print forDoxygen ? indent_of(block[i]) "/// " marked(substr(trimmed(block[i]), 5)) : block[i]
+    print forDoxygen ? indent_of(block[i]) "/// " marked(substr(trimmed(block[i]), 5)) \
+                           (i == blockLines ? command : "") : block[i]
   }
   blockLines = 0
 }
@@ -109,10 +116,10 @@ function block_text(    i, text) {
 }
 
 # What goes before the first line of a declaration.
-function comment_before(code, next_line, hasEndComment) {
+function comment_before(code, next_line, hasEndComment,    command) {
   if (blockLines > 0) {
     group = block_text()
-    flush_block(1)
+    flush_block(1, filing(code))
     return ""
   }
   if (hasEndComment) return ""
@@ -120,7 +127,8 @@ function comment_before(code, next_line, hasEndComment) {
   if (begins_class(code) || code ~ /^template / && next_line ~ /^(class|struct) .*[^;]$/) {
     group = ""
     if (opening == "") return ""
-    code = on_one_line(opening)
+    command = filing(code)
+    code = on_one_line(opening command)
     opening = ""
     return code
   }

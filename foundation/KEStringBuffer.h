@@ -98,10 +98,13 @@ class KECPP_API KEStringBuffer : public KEString {
 // the buffer is empty.
 class KECPP_API KEStringEdit {
  public:
+  // Takes the buffer's text over. The buffer outlives this object.
   explicit KEStringEdit(KEStringBuffer& buffer) : owner(buffer) { text.Transfer(owner); }
   KEStringEdit(const KEStringEdit&) = delete;
   KEStringEdit& operator=(const KEStringEdit&) = delete;
   ~KEStringEdit() { owner.Transfer(text); }
+
+  // The text, to be read and changed.
   KEString& Text() { return text; }
 
  private:

@@ -38,6 +38,7 @@ KECPP_API bool IsAlphaNum(char c);
 // The class of character `c`, with `next` behind it, after a token of type `last`.
 KECPP_API XmlTokenType GetTokenType(XmlTokenType last, char c, char next);
 
+// What was read or written last, and what is expected next.
 class KECPP_API XmlTokenState {
  public:
   // As in front of a document.
