@@ -10,8 +10,8 @@
 #include <pugixml.hpp>
 #include <string_view>
 
-#include "agent/cimxml/Errors.h"
-#include "agent/cimxml/Operations.h"
+#include "tools/agent/Errors.h"
+#include "tools/agent/Operations.h"
 
 namespace {
 

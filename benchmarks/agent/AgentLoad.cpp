@@ -18,9 +18,9 @@
 #include <thread>
 #include <vector>
 
-#include "agent/cimxml/CacheQueries.h"
-#include "agent/cimxml/CimEndpoint.h"
-#include "agent/cimxml/HttpServer.h"
+#include "tools/agent/CacheQueries.h"
+#include "tools/agent/CimEndpoint.h"
+#include "tools/agent/HttpServer.h"
 
 namespace {
 

@@ -16,11 +16,11 @@
 #include "agent/AgentProcess.h"
 #include "agent/RawClient.h"
 #include "agent/WbemClient.h"
-#include "agent/cimxml/Backlog.h"
-#include "agent/cimxml/TlsContext.h"
-#include "agent/cimxml/Users.h"
 #include "endtoend/Simulator.h"
 #include "support/Rows.h"
+#include "tools/agent/Backlog.h"
+#include "tools/agent/TlsContext.h"
+#include "tools/agent/Users.h"
 
 namespace agenttest {
 namespace {

@@ -9,11 +9,11 @@
 #include <set>
 #include <string>
 
-#include "agent/Connection.h"
-#include "agent/EndOfRun.h"
-#include "agent/Options.h"
 #include "endtoend/Simulator.h"
 #include "support/ReadCaches.h"
+#include "tools/common/Connection.h"
+#include "tools/common/EndOfRun.h"
+#include "tools/inventory/Options.h"
 
 namespace endtoend {
 namespace {

@@ -7,8 +7,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "agent/CacheReader.h"
-#include "agent/InventoryJson.h"
+#include "tools/common/CacheReader.h"
+#include "tools/inventory/InventoryJson.h"
 
 inline nlohmann::json ReadCaches(KE::Instance::KETypeCache& cache) {
   inventory::Inventory all;

@@ -9,7 +9,7 @@
 
 #include <memory>
 
-#include "agent/WatchList.h"
+#include "tools/common/WatchList.h"
 
 // `fill` makes the list of what is watched below the object that the service content names so. The
 // data sync owns the result.

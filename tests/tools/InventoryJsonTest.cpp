@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "agent/InventoryJson.h"
+#include "tools/inventory/InventoryJson.h"
 
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
 
-#include "agent/Options.h"
 #include "support/Rows.h"
+#include "tools/inventory/Options.h"
 
 namespace inventory {
 namespace {

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "agent/InventoryTable.h"
+#include "tools/inventory/InventoryTable.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "agent/CellText.h"
-#include "agent/TextTable.h"
 #include "support/Answers.h"
+#include "tools/common/CellText.h"
+#include "tools/inventory/TextTable.h"
 
 namespace inventory {
 namespace {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "agent/Options.h"
+#include "tools/inventory/Options.h"
 
 #include <gtest/gtest.h>
 

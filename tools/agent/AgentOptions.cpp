@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: MIT
+#include "tools/agent/AgentOptions.h"
+
+#include <kecpp.h>
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+
+#include "tools/inventory/Options.h"
+
+namespace cimxml {
+namespace {
+
+constexpr int USAGE_ERROR = 2;
+constexpr int MAX_PORT = 65535;
+
+// "ADDRESS:PORT"; the address may stand in brackets, as those of IPv6 do.
+bool ReadListen(const std::string& text, AgentOptions& options) {
+  const std::size_t colon = text.rfind(':');
+  if (colon == std::string::npos || colon == 0) return false;
+  std::string address = text.substr(0, colon);
+  if (address.size() > 2 && address.front() == '[' && address.back() == ']') {
+    address = address.substr(1, address.size() - 2);
+  }
+  int port = -1;
+  const char* end = text.data() + text.size();
+  const auto result = std::from_chars(text.data() + colon + 1, end, port);
+  if (result.ec != std::errc() || result.ptr != end || port < 0 || port > MAX_PORT) return false;
+  options.address = address;
+  options.port = port;
+  return true;
+}
+
+bool ReadTls(const std::string& text, AgentOptions& options) {
+  const std::size_t colon = text.find(':');
+  if (colon == std::string::npos || colon == 0 || colon + 1 == text.size()) return false;
+  options.certificateFile = text.substr(0, colon);
+  options.keyFile = text.substr(colon + 1);
+  return true;
+}
+
+void DeclareLimits(CLI::App& app, AgentOptions& options, long long& seconds, long long& wait) {
+  app.add_option("--max-body", options.limits.bodyBytes, "Bytes that a request may have")
+      ->capture_default_str()
+      ->type_name("BYTES")
+      ->check(CLI::Range(1024, 1 << 28));
+  app.add_option("--max-connections", options.limits.connections, "Connections at once")
+      ->capture_default_str()
+      ->type_name("N")
+      ->check(CLI::Range(1, 4096));
+  app.add_option("--max-unsent", options.limits.unsentBytes,
+                 "Bytes of answers that wait for their clients before no more are made")
+      ->capture_default_str()
+      ->type_name("BYTES")
+      ->check(CLI::Range(1, 1 << 30));
+  app.add_option("--time-limit", seconds, "Seconds in which a request arrives, an answer is taken")
+      ->capture_default_str()
+      ->type_name("SECONDS")
+      ->check(CLI::Range(1, 3600));
+  app.add_option("--ready-wait", wait, "Seconds that a request waits for the first data")
+      ->capture_default_str()
+      ->type_name("SECONDS")
+      ->check(CLI::Range(0, 3600));
+}
+
+}  // namespace
+
+std::optional<int> ParseAgentOptions(int argc, const char* const* argv, AgentOptions& options) {
+  CLI::App app("Answers CIM-XML requests about a virtualization host and shows a status page.",
+               "kecpp-agent");
+  long long seconds = options.limits.time.count();
+  long long wait = options.readyWait.count();
+  app.add_option("--config", options.config, "Configuration: a file, or an XML text")
+      ->type_name("FILE")
+      ->check(inventory::CheckConfig);
+  app.add_option_function<std::string>(
+         "--listen",
+         [&](const std::string& text) {
+           if (!ReadListen(text, options)) {
+             throw CLI::ValidationError("--listen", "expected ADDRESS:PORT, got " + text);
+           }
+         },
+         "Where to listen [127.0.0.1:5988]; port 0 takes a free one")
+      ->type_name("ADDRESS:PORT");
+  app.add_option_function<std::string>(
+         "--tls",
+         [&](const std::string& text) {
+           if (!ReadTls(text, options)) {
+             throw CLI::ValidationError("--tls", "expected CERT:KEY, got " + text);
+           }
+         },
+         "Serve HTTPS with this certificate (chain) and key, PEM files")
+      ->type_name("CERT:KEY");
+  app.add_option("--users", options.usersFile, "Who may ask: lines of NAME:HASH, see crypt(5)")
+      ->type_name("FILE");
+  DeclareLimits(app, options, seconds, wait);
+  app.add_option("--log-level", options.logLevel, "What the library writes to the system log")
+      ->type_name("NAME")
+      ->check(CLI::IsMember({"none", "panic", "error", "warning", "info", "verbose", "trivia"}));
+  app.add_flag("--print-mof", options.printMof, "Print the classes as a MOF file and end");
+  app.set_version_flag("--version",
+                       std::string("kecpp-agent " KECPP_VERSION ", library ") + KELib::Version());
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : USAGE_ERROR;
+  }
+  options.limits.time = std::chrono::seconds(seconds);
+  options.readyWait = std::chrono::seconds(wait);
+  return {};
+}
+
+}  // namespace cimxml

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+//
+// What kecpp-agent's command line asks for.
+#ifndef KECPP_TOOLS_AGENT_AGENTOPTIONS_H
+#define KECPP_TOOLS_AGENT_AGENTOPTIONS_H
+
+#include <optional>
+#include <string>
+
+#include "tools/agent/Limits.h"
+
+namespace cimxml {
+
+struct AgentOptions {
+  std::string config;  // a file's path, an XML text, or empty for the library's default
+  std::string address = "127.0.0.1";
+  int port = 5988;              // 0: a free one
+  std::string certificateFile;  // empty: plain HTTP
+  std::string keyFile;
+  std::string usersFile;               // empty: everybody may ask
+  std::string logLevel;                // empty: as the configuration says
+  std::chrono::seconds readyWait{10};  // how long a request waits for the first fill
+  Limits limits;
+  bool printMof = false;  // print the schema and end
+};
+
+// Reads the command line. Gives the exit status when there is nothing more to do: 0 after --help
+// and --version, which print on standard output, 2 for a mistake, told on standard error.
+std::optional<int> ParseAgentOptions(int argc, const char* const* argv, AgentOptions& options);
+
+}  // namespace cimxml
+
+#endif

@@ -1,0 +1,225 @@
+// SPDX-License-Identifier: MIT
+#include "tools/agent/CacheQueries.h"
+
+#include <cstring>
+#include <utility>
+
+namespace cimxml {
+namespace {
+
+using namespace KE::Instance;
+using namespace KE::Stub;
+using KELib::KEMutexGuard;
+using KELib::KEString;
+using KELib::Stub::KEAssocStubBase;
+using KELib::Stub::KEStubBase;
+using KELib::Stub::KEStubRef;
+
+KEDataCache* Find(KETypeCache& cache, const ClassRow& type) {
+  KEString name(type.name);
+  return cache.GetDataCache(name);
+}
+
+KELib::KEMutex* MutexOf(KETypeCache& cache, const char* className) {
+  KEString name(className);
+  KEDataCache* data = cache.GetDataCache(name);
+  return data ? data->GetMutex() : nullptr;
+}
+
+// The mutexes of all classes whose stubs may be linked to those of `type`, in the library's order.
+class GroupLock {
+ public:
+  GroupLock(KETypeCache& cache, const ClassRow& type)
+      : GroupLock(cache,
+                  DerivesFrom(type, *FindClass("CIM_ComputerSystem")) ? SYSTEMS : AUTHORIZATION) {}
+
+ private:
+  using Names = const char* const[3];
+  static constexpr Names SYSTEMS = {"ZORBEL_VMComputerSystem", "ZORBEL_ORXComputerSystem", ""};
+  static constexpr Names AUTHORIZATION = {"Zorbel_Role", "Zorbel_Privilege", "Zorbel_Identity"};
+
+  GroupLock(KETypeCache& cache, const Names& names)
+      : first(MutexOf(cache, names[0])),
+        second(MutexOf(cache, names[1])),
+        third(MutexOf(cache, names[2])) {}
+
+  KEMutexGuard first;
+  KEMutexGuard second;
+  KEMutexGuard third;
+};
+
+std::string Raw(const char* xmlText) {
+  KEString raw;
+  KELib::Xml::DecodeEntities(xmlText, raw);
+  return raw.Cstr();
+}
+
+// Servers may write an entity where it is not needed, and in more than one way.
+KEStubBase* FindAmongEntities(KEDataCache& cache, const std::string& key) {
+  for (KEDataIterator it = cache.Iterator(); !it.End(); ++it) {
+    const KEString& stored = (*it)->key;
+    if (std::strchr(stored.Cstr(), '&') && Raw(stored.Cstr()) == key) return (*it)->value;
+  }
+  return nullptr;
+}
+
+// The caller holds the cache's mutex.
+KEStubBase* FindStub(KEDataCache* cache, const std::string& key) {
+  if (!cache) return nullptr;
+  KEString stored;
+  KELib::Xml::EscapeText(key.c_str(), stored);
+  KEStubRef ref;
+  cache->GetVal(stored, ref);
+  return ref.HasData() ? ref.GetData() : FindAmongEntities(*cache, key);
+}
+
+std::size_t CountOf(KEDataCache& cache) {
+  KEMutexGuard guard(cache.GetMutex());
+  return cache.Size();
+}
+
+class KeyText final : public TakeText {
+ public:
+  void Take(const char* taken) override { text = taken; }
+  std::string text;
+};
+
+std::string KeyOfStub(const ClassRow& type, KEStubBase& stub) {
+  KeyText key;
+  type.key->read(stub, key);
+  return key.text;
+}
+
+// A link seen from one of its ends.
+struct Seen {
+  Link link;
+  const ClassRow* partnerType;
+  KEStubBase* partner;
+  const char* ownRole;
+  const char* partnerRole;
+};
+
+// False where the association has lost an end. A link answers the name of one end with the stub at
+// the other.
+bool See(KEAssocStubBase& assoc, const ClassRow& assocClass, const ClassRow& ownType,
+         KEStubBase& own, Seen& seen) {
+  KEString ownName(ownType.name);
+  seen.partner = assoc.GetAssocInstance(ownName);
+  if (!seen.partner) return false;
+  const bool fromOrigin = std::strcmp(assoc.GetOriginClassName(), ownType.name) == 0;
+  seen.ownRole = fromOrigin ? assoc.GetOriginRole() : assoc.GetResultRole();
+  seen.partnerRole = fromOrigin ? assoc.GetResultRole() : assoc.GetOriginRole();
+  seen.partnerType = &(fromOrigin ? ResultOf(assocClass) : OriginOf(assocClass));
+  std::string ownKey = KeyOfStub(ownType, own);
+  std::string partnerKey = KeyOfStub(*seen.partnerType, *seen.partner);
+  if (!fromOrigin) std::swap(ownKey, partnerKey);
+  seen.link = {&assocClass, std::move(ownKey), std::move(partnerKey)};
+  return true;
+}
+
+bool RolePasses(const std::string& wanted, const char* role) {
+  return wanted.empty() || SameName(wanted, role);
+}
+
+bool Passes(const LinkFilter& filter, const Seen& seen) {
+  return (!filter.partnerClass || DerivesFrom(*seen.partnerType, *filter.partnerClass)) &&
+         RolePasses(filter.ownRole, seen.ownRole) &&
+         RolePasses(filter.partnerRole, seen.partnerRole);
+}
+
+bool HasEnd(const ClassRow& assocClass, const ClassRow& end) {
+  return &OriginOf(assocClass) == &end || &ResultOf(assocClass) == &end;
+}
+
+// The association classes that a stub of `end` can be in. Asking for others would not do:
+// privileges and identities give their links whatever class is asked for.
+std::vector<const ClassRow*> AssociationsOf(const ClassRow& end, const ClassRow* wanted) {
+  std::vector<const ClassRow*> found;
+  for (const ClassRow* type : AllClasses()) {
+    if (type->isAssociation && !type->isAbstract && HasEnd(*type, end) &&
+        (!wanted || DerivesFrom(*type, *wanted))) {
+      found.push_back(type);
+    }
+  }
+  return found;
+}
+
+// Calls `visit` with each link of a stub. Slots are null where a partner was deleted.
+template <class Visit>
+void ForEachLink(KEStubBase& stub, const ClassRow& assocClass, Visit visit) {
+  KEString name(assocClass.name);
+  for (auto it = stub.GetAssocIterator(name); !it.End(); ++it) {
+    if (KEAssocStubBase* assoc = *it) visit(*assoc);
+  }
+}
+
+}  // namespace
+
+void ReadAll(KETypeCache& cache, Rows& rows) {
+  KEDataCache* data = Find(cache, rows.Type());
+  if (!data) return;
+  rows.Expect(CountOf(*data));
+  KEMutexGuard guard(data->GetMutex());
+  for (KEDataIterator it = data->Iterator(); !it.End(); ++it) rows.Add(*(*it)->value);
+}
+
+bool ReadOne(KETypeCache& cache, const std::string& key, Rows& rows) {
+  KEDataCache* data = Find(cache, rows.Type());
+  if (!data) return false;
+  KEMutexGuard guard(data->GetMutex());
+  KEStubBase* stub = FindStub(data, key);
+  if (stub) rows.Add(*stub);
+  return stub != nullptr;
+}
+
+bool ReadLinks(KETypeCache& cache, const ObjectName& object, const LinkFilter& filter,
+               const CopyLink& copy) {
+  const auto classes = AssociationsOf(*object.type, filter.assocClass);
+  GroupLock lock(cache, *object.type);
+  KEStubBase* stub = FindStub(Find(cache, *object.type), object.key);
+  if (!stub) return false;
+  for (const ClassRow* assocClass : classes) {
+    ForEachLink(*stub, *assocClass, [&](KEAssocStubBase& assoc) {
+      Seen seen;
+      if (See(assoc, *assocClass, *object.type, *stub, seen) && Passes(filter, seen)) {
+        copy(seen.link, *seen.partnerType, *seen.partner);
+      }
+    });
+  }
+  return true;
+}
+
+std::vector<Link> ReadAllLinks(KETypeCache& cache, const ClassRow& assocClass) {
+  std::vector<Link> links;
+  const ClassRow& origin = OriginOf(assocClass);
+  GroupLock lock(cache, origin);
+  KEDataCache* data = Find(cache, origin);
+  if (!data) return links;
+  for (KEDataIterator it = data->Iterator(); !it.End(); ++it) {
+    KEStubBase& stub = *(*it)->value;
+    ForEachLink(stub, assocClass, [&](KEAssocStubBase& assoc) {
+      Seen seen;
+      if (See(assoc, assocClass, origin, stub, seen)) links.push_back(std::move(seen.link));
+    });
+  }
+  return links;
+}
+
+bool ReadLink(KETypeCache& cache, const std::string& origin, const std::string& result,
+              Link& link) {
+  const ClassRow& originType = OriginOf(*link.type);
+  const ClassRow& resultType = ResultOf(*link.type);
+  GroupLock lock(cache, originType);
+  KEStubBase* stub = FindStub(Find(cache, originType), origin);
+  KEStubBase* partner = FindStub(Find(cache, resultType), result);
+  if (!stub || !partner) return false;
+  link.originKey = KeyOfStub(originType, *stub);
+  link.resultKey = KeyOfStub(resultType, *partner);
+  bool found = false;
+  ForEachLink(*stub, *link.type, [&](KEAssocStubBase& assoc) {
+    found = found || assoc.KeyEquals(resultType.name, link.resultKey.c_str());
+  });
+  return found;
+}
+
+}  // namespace cimxml

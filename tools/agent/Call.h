@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+//
+// What every operation gets and gives: a request and where to read, and the writing of what was
+// read. And what several of them ask of a request. All functions throw OperationError for what is
+// no answerable request.
+#ifndef KECPP_TOOLS_AGENT_CALL_H
+#define KECPP_TOOLS_AGENT_CALL_H
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/agent/CacheGate.h"
+#include "tools/agent/CacheQueries.h"
+#include "tools/agent/Request.h"
+#include "tools/agent/Schema.h"
+#include "tools/agent/XmlWriter.h"
+
+namespace cimxml {
+
+struct Call {
+  const Request& request;
+  CacheGate& gate;
+  const std::string& host;
+};
+
+// Writes the content of a return value, from copies: it takes no lock, fails in no way but for want
+// of memory and writes the same each time. The call's request and host outlive it.
+using Content = std::function<void(XmlWriter& out)>;
+
+// The class that a parameter names, which must be given and known.
+const ClassRow& RequestedClass(const Request& request);
+
+// The class that a filter names; null when the parameter is absent or empty.
+const ClassRow* FilterClass(const Request& request, const char* parameter);
+
+// The properties of `type` that are in the request's "PropertyList", which may be absent.
+std::vector<ClassProperty> WantedProperties(const Request& request, const ClassRow& type);
+
+// The objects that the instance name in a parameter can mean: one, or, when it names a class that
+// others derive from, one of each of these.
+std::vector<ObjectName> NamedObjects(const Request& request, const char* parameter);
+
+// Whether the instance name in a parameter is a link's, and then the link that it names: one of
+// that class or of one that derives from it.
+bool NamesLink(const Request& request, const char* parameter);
+Link NamedLink(const Call& call, const char* parameter);
+
+// The classes of these objects.
+std::vector<const ClassRow*> TypesOf(const std::vector<ObjectName>& objects);
+
+// True when the keys fit the class; its key's value is then in `value`. A client may leave
+// "CreationClassName" away and, as the key is a single one then, the key's name, too.
+bool KeysFit(const ClassRow& type, const std::vector<KeyBinding>& keys, std::string& value);
+
+// Calls `read` while the caches are there. Throws OperationError when all of `types` are such that
+// the daemon does not show to this account.
+void ReadCaches(const Call& call, const std::vector<const ClassRow*>& types,
+                const std::function<void(KE::Instance::KETypeCache&)>& read);
+
+}  // namespace cimxml
+
+#endif

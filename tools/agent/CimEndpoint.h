@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+//
+// The HTTP side of CIM-XML: checks a request's headers against its message and answers it.
+//
+// Thread safety: the handlers run on many threads at once.
+#ifndef KECPP_TOOLS_AGENT_CIMENDPOINT_H
+#define KECPP_TOOLS_AGENT_CIMENDPOINT_H
+
+#include "tools/agent/HttpServer.h"
+#include "tools/agent/Operations.h"
+
+namespace cimxml {
+
+// Adds "POST /cimom" and "POST /". `operations` outlives the server. A request that cannot be
+// understood gets status 400 or 501 and the header "CIMError", one that comes before the first fill
+// 503 and "Retry-After".
+void AddCimEndpoint(HttpServer& server, const Operations& operations);
+
+}  // namespace cimxml
+
+#endif

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+//
+// Writes classes as CIM-XML elements, and all of them as a MOF file.
+#ifndef KECPP_TOOLS_AGENT_CLASSELEMENTS_H
+#define KECPP_TOOLS_AGENT_CLASSELEMENTS_H
+
+#include <string>
+
+#include "tools/agent/Schema.h"
+#include "tools/agent/XmlWriter.h"
+
+namespace cimxml {
+
+// What of a class is asked for.
+struct ClassDetail {
+  bool localOnly = true;  // no inherited properties
+  bool qualifiers = true;
+  bool origins = false;
+};
+
+// A CLASS element with these properties.
+void WriteClass(XmlWriter& out, const ClassRow& type, const std::vector<ClassProperty>& properties,
+                const ClassDetail& detail);
+
+// Every class, parents before children.
+std::string MofText();
+
+}  // namespace cimxml
+
+#endif

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+//
+// The operations on classes and namespaces. They need no cache and never wait. They throw
+// OperationError.
+#ifndef KECPP_TOOLS_AGENT_CLASSOPERATIONS_H
+#define KECPP_TOOLS_AGENT_CLASSOPERATIONS_H
+
+#include "tools/agent/Call.h"
+
+namespace cimxml {
+
+// The classes below "ClassName", or below none: all of them or, without "DeepInheritance", only
+// those directly below.
+Content EnumerateClasses(const Call& call);
+Content EnumerateClassNames(const Call& call);
+
+Content GetClass(const Call& call);
+
+// The one namespace there is, as the name of a "CIM_Namespace".
+Content EnumerateNamespaces(const Call& call);
+
+}  // namespace cimxml
+
+#endif

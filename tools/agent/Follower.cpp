@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+#include "tools/agent/Follower.h"
+
+#include <iostream>
+#include <thread>
+
+namespace cimxml {
+namespace {
+
+constexpr int WAIT_SLICE_MS = 200;
+constexpr int PAUSE_SLICES = 5;
+
+// While it lives the connection's caches may be read.
+class OpenGate {
+ public:
+  OpenGate(CacheGate& opened, inventory::Connection& connection) : gate(opened) {
+    gate.Open({&connection.Cache(), connection.HasAuthorization()});
+  }
+  ~OpenGate() { gate.Close(); }
+  OpenGate(const OpenGate&) = delete;
+  OpenGate& operator=(const OpenGate&) = delete;
+
+ private:
+  CacheGate& gate;
+};
+
+}  // namespace
+
+Follower::Follower(KE::Service::KEServiceInstManager& serviceManager,
+                   const inventory::Options& opts, const inventory::EndOfRun& endOfRun,
+                   CacheGate& cacheGate, SyncState& syncState)
+    : manager(serviceManager), options(opts), end(endOfRun), gate(cacheGate), state(syncState) {}
+
+void Follower::Run() {
+  while (!end.Ended()) {
+    try {
+      FollowOneConnection();
+    } catch (const inventory::ConnectionError& error) {
+      Tell(error.what());
+    }
+    Pause();
+  }
+}
+
+void Follower::FollowOneConnection() {
+  inventory::Connection connection(manager, options, end);
+  connection.Watch(end);
+  const OpenGate opened(gate, connection);
+  state.Connected();
+  told.clear();
+  FollowUntilLost(connection);
+}
+
+void Follower::FollowUntilLost(inventory::Connection& connection) {
+  unsigned long long seen = 0;
+  std::string reason;
+  while (!end.Ended()) {
+    connection.Sync().WaitForChange(seen, WAIT_SLICE_MS);
+    KE::Service::KESyncStatus status;
+    connection.Sync().GetStatus(status);
+    state.Update(status);
+    if (connection.IsLost(reason)) return Tell("connection lost (" + reason + ")");
+  }
+}
+
+void Follower::Tell(const std::string& failure) {
+  state.Lost(failure);
+  if (failure != told && !end.Ended())
+    std::cerr << "kecpp-agent: " << failure << ", connecting again\n";
+  told = failure;
+}
+
+void Follower::Pause() const {
+  for (int slice = 0; slice < PAUSE_SLICES && !end.Ended(); ++slice) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(WAIT_SLICE_MS));
+  }
+}
+
+}  // namespace cimxml

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+//
+// SIGHUP asks a daemon to read its files again.
+#ifndef KECPP_TOOLS_AGENT_HANGUP_H
+#define KECPP_TOOLS_AGENT_HANGUP_H
+
+#include <atomic>
+#include <functional>
+#include <thread>
+
+namespace cimxml {
+
+class HangUp {
+ public:
+  // Calls `again` for each SIGHUP, on a thread of its own, until the object goes. EndPolitely was
+  // called before. `again` throws nothing.
+  explicit HangUp(std::function<void()> again);
+  ~HangUp();
+  HangUp(const HangUp&) = delete;
+  HangUp& operator=(const HangUp&) = delete;
+
+ private:
+  void Await();
+
+  const std::function<void()> again;
+  std::atomic<bool> ended{false};
+  std::thread thread;
+};
+
+}  // namespace cimxml
+
+#endif

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+//
+// An HTTP server that keeps its limits: the HTTP library reads requests and writes answers, while
+// connections, their threads, their time and TLS are looked after here.
+//
+// Thread safety: routes are added before Start; handlers run on the connections' threads, many at
+// once. Bind, Start and Stop are called by one thread.
+#ifndef KECPP_TOOLS_AGENT_HTTPSERVER_H
+#define KECPP_TOOLS_AGENT_HTTPSERVER_H
+
+#include <httplib.h>
+
+#include <functional>
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+#include <thread>
+
+#include "tools/agent/Limits.h"
+#include "tools/agent/TlsContext.h"
+
+namespace cimxml {
+
+class HttpServer final : private httplib::Server {
+ public:
+  // Without a TLS context it serves plain HTTP.
+  HttpServer(TlsContext tls, const Limits& limits);
+  ~HttpServer() override;
+
+  using httplib::Server::set_pre_routing_handler;
+
+  // Serve a path; a path may have both.
+  void Get(const char* path, Handler handler);
+  void Post(const char* path, Handler handler);
+
+  // The methods that a path serves, as an Allow header lists them; empty for an unknown path.
+  std::string Methods(const std::string& path) const;
+
+  // Takes the port, a free one for 0, and gives its number. Throws std::runtime_error.
+  int Bind(const std::string& address, int port);
+
+  // Whether only programs of this machine reach the port that was taken.
+  bool IsLocal() const;
+
+  // Another certificate for the connections to come. From any thread; only a server that was made
+  // with a context may get one.
+  void UseTls(TlsContext context);
+
+  // Serves on threads of its own.
+  void Start();
+
+  // Takes no more connections, ends those there are and waits for their threads.
+  void Stop();
+
+ private:
+  class ConnectionThreads;
+
+  bool process_and_close_socket(socket_t socket) override;
+  void Serve(socket_t socket);
+  bool Process(httplib::Stream& stream, bool last, bool& closed,
+               const std::function<void(httplib::Request&)>& setUp);
+  void Rehearse();
+  void Refuse(socket_t socket);
+  void ShutConnections();
+
+  TlsContext Tls();
+
+  const Limits limits;
+  std::map<std::string, std::string> methods;  // by path; constant once it serves
+  std::mutex mutex;
+  TlsContext tls;                  // guarded by `mutex`
+  std::set<socket_t> connections;  // guarded by `mutex`
+  bool stopping = false;           // guarded by `mutex`
+  std::thread listener;
+};
+
+}  // namespace cimxml
+
+#endif

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+//
+// The operations on instances. They throw OperationError and NotReady.
+#ifndef KECPP_TOOLS_AGENT_INSTANCEOPERATIONS_H
+#define KECPP_TOOLS_AGENT_INSTANCEOPERATIONS_H
+
+#include "tools/agent/Call.h"
+
+namespace cimxml {
+
+// All instances of a class and of those that derive from it, links of associations included.
+Content EnumerateInstances(const Call& call);
+Content EnumerateInstanceNames(const Call& call);
+
+Content GetInstance(const Call& call);
+
+}  // namespace cimxml
+
+#endif

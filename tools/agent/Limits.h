@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+//
+// What a client may take of this agent.
+#ifndef KECPP_TOOLS_AGENT_LIMITS_H
+#define KECPP_TOOLS_AGENT_LIMITS_H
+
+#include <chrono>
+#include <cstddef>
+
+namespace cimxml {
+
+struct Limits {
+  std::size_t bodyBytes = 1024 * 1024;          // of a request
+  unsigned connections = 64;                    // at once, each of them has a thread
+  std::size_t unsentBytes = 256 * 1024 * 1024;  // of answers, before no more are made
+  // For receiving a request; for sending an answer to a client that takes less than 64 KiB a
+  // second; and how long a connection may rest between two requests.
+  std::chrono::seconds time{30};
+};
+
+}  // namespace cimxml
+
+#endif

@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: MIT
+#include "tools/agent/LinkOperations.h"
+
+#include <algorithm>
+
+#include "tools/agent/Errors.h"
+#include "tools/agent/ObjectElements.h"
+
+namespace cimxml {
+namespace {
+
+// The links of the object that "ObjectName" names. A link is an object, too, and has none.
+void CopyLinks(const Call& call, const LinkFilter& filter, const CopyLink& copy) {
+  if (NamesLink(call.request, "ObjectName")) {
+    NamedLink(call, "ObjectName");
+    return;
+  }
+  const auto objects = NamedObjects(call.request, "ObjectName");
+  const auto types = TypesOf(objects);
+  for (const ObjectName& object : objects) {
+    bool found = false;
+    ReadCaches(call, types, [&](KE::Instance::KETypeCache& cache) {
+      found = ReadLinks(cache, object, filter, copy);
+    });
+    if (found) return;
+  }
+  throw OperationError(Status::NotFound, "there is no such instance");
+}
+
+LinkFilter PartnerFilter(const Request& request) {
+  return {FilterClass(request, "AssocClass"), FilterClass(request, "ResultClass"),
+          request.Text("Role"), request.Text("ResultRole")};
+}
+
+// Of references the result class is that of the association.
+LinkFilter ReferenceFilter(const Request& request) {
+  return {FilterClass(request, "ResultClass"), nullptr, request.Text("Role"), ""};
+}
+
+// Partners by class, each class with its own columns. They are found out before a mutex is held: a
+// request may ask for very many.
+class Partners {
+ public:
+  Partners(const Request& request, bool withProperties) {
+    for (const ClassRow* type : AllClasses()) {
+      if (type->isAbstract || type->isAssociation) continue;
+      groups.emplace_back(
+          *type, withProperties ? WantedProperties(request, *type) : std::vector<ClassProperty>());
+    }
+  }
+
+  void Add(const ClassRow& type, KELib::Stub::KEStubBase& stub) { RowsOf(type).Add(stub); }
+
+  template <class Write>
+  void ForEach(Write write) const {
+    for (const Rows& rows : groups) {
+      for (std::size_t row = 0; row < rows.Count(); ++row) write(rows, row);
+    }
+  }
+
+ private:
+  Rows& RowsOf(const ClassRow& type) {
+    return *std::find_if(groups.begin(), groups.end(),
+                         [&](const Rows& rows) { return &rows.Type() == &type; });
+  }
+
+  std::vector<Rows> groups;
+};
+
+Partners ReadPartners(const Call& call, bool withProperties) {
+  Partners partners(call.request, withProperties);
+  CopyLinks(call, PartnerFilter(call.request),
+            [&](const Link&, const ClassRow& type, KELib::Stub::KEStubBase& partner) {
+              partners.Add(type, partner);
+            });
+  return partners;
+}
+
+std::vector<Link> ReadReferences(const Call& call) {
+  std::vector<Link> links;
+  CopyLinks(
+      call, ReferenceFilter(call.request),
+      [&](const Link& link, const ClassRow&, KELib::Stub::KEStubBase&) { links.push_back(link); });
+  return links;
+}
+
+ObjectElements Elements(const Call& call, XmlWriter& out) {
+  return {out, call.host, call.request.Flag("IncludeClassOrigin", false)};
+}
+
+}  // namespace
+
+Content Associators(const Call& call) {
+  return [call, partners = ReadPartners(call, true)](XmlWriter& out) {
+    ObjectElements elements = Elements(call, out);
+    partners.ForEach([&](const Rows& rows, std::size_t row) {
+      out.Open("VALUE.OBJECTWITHPATH");
+      elements.Path(rows, row);
+      elements.Instance(rows, row);
+      out.Close("VALUE.OBJECTWITHPATH");
+    });
+  };
+}
+
+Content AssociatorNames(const Call& call) {
+  return [call, partners = ReadPartners(call, false)](XmlWriter& out) {
+    ObjectElements elements = Elements(call, out);
+    partners.ForEach([&](const Rows& rows, std::size_t row) {
+      out.Open("OBJECTPATH");
+      elements.Path(rows, row);
+      out.Close("OBJECTPATH");
+    });
+  };
+}
+
+Content References(const Call& call) {
+  return [call, links = ReadReferences(call)](XmlWriter& out) {
+    ObjectElements elements = Elements(call, out);
+    const ClassRow* type = nullptr;
+    std::vector<ClassProperty> columns;
+    for (const Link& link : links) {
+      if (link.type != type) columns = WantedProperties(call.request, *link.type);
+      type = link.type;
+      out.Open("VALUE.OBJECTWITHPATH");
+      elements.Path(link);
+      elements.Instance(link, columns);
+      out.Close("VALUE.OBJECTWITHPATH");
+    }
+  };
+}
+
+Content ReferenceNames(const Call& call) {
+  return [call, links = ReadReferences(call)](XmlWriter& out) {
+    ObjectElements elements = Elements(call, out);
+    for (const Link& link : links) {
+      out.Open("OBJECTPATH");
+      elements.Path(link);
+      out.Close("OBJECTPATH");
+    }
+  };
+}
+
+}  // namespace cimxml

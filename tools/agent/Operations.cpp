@@ -1,0 +1,201 @@
+// SPDX-License-Identifier: MIT
+#include "tools/agent/Operations.h"
+
+#include <algorithm>
+#include <thread>
+#include <utility>
+
+#include "tools/agent/ClassOperations.h"
+#include "tools/agent/Errors.h"
+#include "tools/agent/InstanceOperations.h"
+#include "tools/agent/LinkOperations.h"
+#include "tools/agent/Schema.h"
+
+namespace cimxml {
+namespace {
+
+struct OperationRow {
+  const char* name;
+  Content (*answer)(const Call& call);
+  bool readsCaches;
+  const char* parameters[9];  // null after the last
+};
+
+constexpr OperationRow OPERATIONS[] = {
+    {"EnumerateInstances",
+     EnumerateInstances,
+     true,
+     {"ClassName", "LocalOnly", "DeepInheritance", "IncludeQualifiers", "IncludeClassOrigin",
+      "PropertyList"}},
+    {"EnumerateInstanceNames", EnumerateInstanceNames, true, {"ClassName"}},
+    {"GetInstance",
+     GetInstance,
+     true,
+     {"InstanceName", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin", "PropertyList"}},
+    {"Associators",
+     Associators,
+     true,
+     {"ObjectName", "AssocClass", "ResultClass", "Role", "ResultRole", "IncludeQualifiers",
+      "IncludeClassOrigin", "PropertyList"}},
+    {"AssociatorNames",
+     AssociatorNames,
+     true,
+     {"ObjectName", "AssocClass", "ResultClass", "Role", "ResultRole"}},
+    {"References",
+     References,
+     true,
+     {"ObjectName", "ResultClass", "Role", "IncludeQualifiers", "IncludeClassOrigin",
+      "PropertyList"}},
+    {"ReferenceNames", ReferenceNames, true, {"ObjectName", "ResultClass", "Role"}},
+    {"EnumerateClasses",
+     EnumerateClasses,
+     false,
+     {"ClassName", "DeepInheritance", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin"}},
+    {"EnumerateClassNames", EnumerateClassNames, false, {"ClassName", "DeepInheritance"}},
+    {"GetClass",
+     GetClass,
+     false,
+     {"ClassName", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin", "PropertyList"}},
+    {"EnumerateNamespaces", EnumerateNamespaces, false, {}},
+};
+
+constexpr const char* FLAGS[] = {"LocalOnly", "DeepInheritance", "IncludeQualifiers",
+                                 "IncludeClassOrigin"};
+
+bool Takes(const OperationRow& row, const std::string& parameter) {
+  for (const char* const* name = row.parameters; *name; ++name) {
+    if (SameName(*name, parameter)) return true;
+  }
+  return false;
+}
+
+// Whoever has misspelt a filter would take an answer without it for the filtered one.
+void CheckParameters(const OperationRow& row, const Request& request) {
+  for (const Parameter& parameter : request.parameters) {
+    const bool isFirst = request.Find(parameter.name) == &parameter;
+    if (isFirst && Takes(row, parameter.name)) continue;
+    throw OperationError(
+        Status::InvalidParameter,
+        parameter.name + (isFirst ? " is no parameter of " : " comes twice in ") + row.name);
+  }
+  for (const char* flag : FLAGS) request.Flag(flag, false);
+  request.List("PropertyList");
+}
+
+void CheckNamespace(const Request& request) {
+  if (SameName(request.nameSpace, NAMESPACE_NAME)) return;
+  throw OperationError(Status::InvalidNamespace, "there is no namespace " + request.nameSpace);
+}
+
+// Null for an operation that is not served.
+const OperationRow* Find(const Request& request) {
+  if (request.isExtrinsic) return nullptr;
+  for (const OperationRow& row : OPERATIONS) {
+    if (request.method == row.name) return &row;
+  }
+  return nullptr;
+}
+
+Content Dispatch(const Call& call) {
+  const OperationRow* row = Find(call.request);
+  if (!row) {
+    throw OperationError(Status::NotSupported, call.request.method + " is not supported");
+  }
+  if (row->answer != EnumerateNamespaces) CheckNamespace(call.request);
+  CheckParameters(*row, call.request);
+  return row->answer(call);
+}
+
+const char* StatusName(Status status) {
+  switch (status) {
+    case Status::AccessDenied:
+      return "CIM_ERR_ACCESS_DENIED";
+    case Status::InvalidNamespace:
+      return "CIM_ERR_INVALID_NAMESPACE";
+    case Status::InvalidParameter:
+      return "CIM_ERR_INVALID_PARAMETER";
+    case Status::InvalidClass:
+      return "CIM_ERR_INVALID_CLASS";
+    case Status::NotFound:
+      return "CIM_ERR_NOT_FOUND";
+    case Status::NotSupported:
+      return "CIM_ERR_NOT_SUPPORTED";
+    default:
+      return "CIM_ERR_FAILED";
+  }
+}
+
+Content Error(const OperationError& error) {
+  const std::string code = std::to_string(static_cast<int>(error.status));
+  return
+      [code, text = std::string(StatusName(error.status)) + ": " + error.what()](XmlWriter& out) {
+        out.Empty("ERROR", {{"CODE", code}, {"DESCRIPTION", text}});
+      };
+}
+
+// The content of the method's response: what it returns, or the error.
+Content ReadContent(const Call& call) {
+  try {
+    return [returned = Dispatch(call)](XmlWriter& out) {
+      out.Open("IRETURNVALUE");
+      returned(out);
+      out.Close("IRETURNVALUE");
+    };
+  } catch (const OperationError& error) {
+    return Error(error);
+  }
+}
+
+void WriteMessage(const Request& request, const Content& content, XmlWriter& out) {
+  const char* response = request.isExtrinsic ? "METHODRESPONSE" : "IMETHODRESPONSE";
+  out.Declare();
+  out.Open("CIM", {{"CIMVERSION", "2.0"}, {"DTDVERSION", "2.0"}});
+  out.Open("MESSAGE", {{"ID", request.messageId}, {"PROTOCOLVERSION", request.protocolVersion}});
+  out.Open("SIMPLERSP");
+  out.Open(response, {{"NAME", request.method}});
+  content(out);
+  out.Close(response);
+  out.Close("SIMPLERSP");
+  out.Close("MESSAGE");
+  out.Close("CIM");
+}
+
+std::size_t LengthOf(const Request& request, const Content& content) {
+  XmlWriter counter;
+  WriteMessage(request, content, counter);
+  return counter.Length();
+}
+
+}  // namespace
+
+Operations::Operations(CacheGate& cacheGate, const Limits& limits)
+    : gate(cacheGate),
+      patience(limits.time),
+      backlog(limits.unsentBytes),
+      turns(std::clamp(std::thread::hardware_concurrency(), 2u, 4u)) {}
+
+void Operations::Await(const Request& request) const {
+  const OperationRow* row = Find(request);
+  if (row && row->readsCaches) gate.AwaitOpen();
+}
+
+// Waits for room without a turn, which others may need to find that there is none, and without the
+// copy that its first try made.
+Reply Operations::Answer(const Request& request, const std::string& host) const {
+  const auto deadline = Backlog::Clock::now() + patience;
+  std::size_t bytes = 1;  // not known yet
+  while (backlog.AwaitRoom(bytes, deadline)) {
+    const Turns::Turn turn(turns);
+    if (!backlog.HasRoom(bytes)) continue;  // those before took it
+    const Content content = ReadContent({request, gate, host});
+    bytes = LengthOf(request, content);
+    if (auto share = backlog.Reserve(bytes)) {
+      XmlWriter out(bytes);
+      WriteMessage(request, content, out);
+      return {out.Take(), std::move(share)};
+    }
+  }
+  throw NotReady("too many answers wait to be taken");
+}
+
+}  // namespace cimxml

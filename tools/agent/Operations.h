@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+//
+// Answers CIM operations from the caches.
+//
+// Thread safety: any number of threads may answer at once.
+#ifndef KECPP_TOOLS_AGENT_OPERATIONS_H
+#define KECPP_TOOLS_AGENT_OPERATIONS_H
+
+#include <memory>
+#include <string>
+
+#include "tools/agent/Backlog.h"
+#include "tools/agent/CacheGate.h"
+#include "tools/agent/Limits.h"
+#include "tools/agent/Request.h"
+#include "tools/agent/Turns.h"
+
+namespace cimxml {
+
+struct Reply {
+  std::string text;
+  std::unique_ptr<Backlog::Share> share;  // for as long as the text is there
+};
+
+class Operations {
+ public:
+  // The gate outlives the object, which outlives the replies that it gives.
+  explicit Operations(CacheGate& gate, const Limits& limits = {});
+
+  // Waits until the operation can be answered, or never will in time: for the first fill, if it
+  // reads caches.
+  void Await(const Request& request) const;
+
+  // The whole reply message; an operation that fails is answered with its CIM status. `host` is the
+  // name that absolute object paths have. Throws NotReady, also when the clients have not taken so
+  // many bytes of former replies for so long that there is no room. The reply is made when there is
+  // room for all of it. Memory and time are linear in the instances that are answered.
+  Reply Answer(const Request& request, const std::string& host) const;
+
+ private:
+  CacheGate& gate;
+  const std::chrono::seconds patience;
+  mutable Backlog backlog;
+  // Each thread that answers holds a copy of what it answers. And answering is all work and no
+  // waiting: many threads would only be interrupted while they hold the caches, and let the sync
+  // thread wait.
+  mutable Turns turns;
+};
+
+}  // namespace cimxml
+
+#endif

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+//
+// A CIM-XML request as plain values.
+//
+// Thread safety: none of its own. Nothing here refers to the text that it was read from.
+#ifndef KECPP_TOOLS_AGENT_REQUEST_H
+#define KECPP_TOOLS_AGENT_REQUEST_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace cimxml {
+
+// A key of an instance's name. The value of a reference is the name of another instance, whose keys
+// are no references themselves.
+struct KeyBinding {
+  std::string name;
+  std::string value;
+  bool isReference = false;
+  std::string referenceClass;
+  std::vector<KeyBinding> referenceKeys;
+};
+
+struct Parameter {
+  enum class Kind { Null, Value, Array, Class, Instance };
+
+  std::string name;
+  Kind kind = Kind::Null;
+  std::string value;                // a Value's text, or the class name of a Class or an Instance
+  std::vector<std::string> values;  // an Array's
+  std::vector<KeyBinding> keys;  // an Instance's; none of them named "" unless it is the only one
+};
+
+struct Request {
+  std::string messageId;
+  std::string protocolVersion;
+  std::string nameSpace;  // "root/cimv2"
+  std::string method;
+  bool isExtrinsic = false;  // a method of a class: nothing of it but its name is read
+  std::vector<Parameter> parameters;
+
+  // Null when there is no parameter of that name, compared without letter case.
+  const Parameter* Find(std::string_view name) const;
+
+  // A boolean parameter; `otherwise` when it is absent. Throws OperationError when it is neither.
+  bool Flag(std::string_view name, bool otherwise) const;
+
+  // The texts of a Value, of a Class's name; empty when it is absent or null. Throws OperationError
+  // when it is of another kind.
+  std::string Text(std::string_view name) const;
+
+  // A list of names; nothing when it is absent or null, which is not the same as an empty one.
+  std::optional<std::vector<std::string>> List(std::string_view name) const;
+};
+
+// Reads a message. Throws MessageError for what is no XML, no CIM-XML or a kind of message that is
+// not served. Linear in the length; nesting costs no stack.
+Request ParseRequest(std::string_view body);
+
+}  // namespace cimxml
+
+#endif

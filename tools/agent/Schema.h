@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+//
+// The one table of what this agent serves: classes, their properties, types and keys, the ends of
+// associations, and where in a stub of the library each value is read. The MOF file is written from
+// it as well.
+//
+// Class and property names compare without letter case, as CIM has it.
+// Thread safety: constant.
+#ifndef KECPP_TOOLS_AGENT_SCHEMA_H
+#define KECPP_TOOLS_AGENT_SCHEMA_H
+
+#include <kecpp.h>
+
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+namespace cimxml {
+
+enum class CimType { String, UInt16, Reference };
+
+// Calls `take` with a value of the stub, which is of the class that the row belongs to or of one
+// that derives from it. The text is the stub's own, XML text with its entities; null when a stub of
+// this class has no such field. The caller holds the mutex of the stub's cache.
+class TakeText {
+ public:
+  virtual void Take(const char* text) = 0;
+
+ protected:
+  ~TakeText() = default;
+};
+using ReadValue = void (*)(KELib::Stub::KEStubBase& stub, TakeText& take);
+
+struct PropertyRow {
+  const char* name;
+  CimType type;
+  bool isArray;
+  bool isKey;
+  ReadValue read;         // null for references
+  const char* reference;  // the class that a reference leads to, else null
+  const char* description;
+};
+
+struct ClassRow {
+  const char* name;
+  const char* parent;  // null for a root
+  bool isAbstract;
+  bool isAssociation;  // then its first property is the origin, the second one the result
+  const PropertyRow* properties;  // those that it adds or, of the same name, overrides
+  std::size_t propertyCount;
+  const PropertyRow* key;  // the key besides "CreationClassName"; null where there is none
+  const char* description;
+};
+
+// A property as a class has it, its own or inherited.
+struct ClassProperty {
+  const PropertyRow* row;
+  const ClassRow* origin;  // the class that declared it first
+  bool isOwn;              // declared or overridden by the class itself
+};
+
+// Every class, parents before children; in the library's lock order where they have caches.
+std::vector<const ClassRow*> AllClasses();
+
+// Null when there is no such class.
+const ClassRow* FindClass(std::string_view name);
+
+bool DerivesFrom(const ClassRow& type, const ClassRow& ancestor);  // a class derives from itself
+
+// The classes with instances that are, or derive from, `type`.
+std::vector<const ClassRow*> ConcreteClasses(const ClassRow& type);
+
+// All properties, inherited ones first.
+std::vector<ClassProperty> PropertiesOf(const ClassRow& type);
+
+// The ends of a concrete association class.
+const ClassRow& OriginOf(const ClassRow& assocClass);
+const ClassRow& ResultOf(const ClassRow& assocClass);
+
+bool SameName(std::string_view a, std::string_view b);  // without letter case
+const char* TypeName(CimType type);                     // as CIM-XML and MOF write it
+
+constexpr const char* CREATION_CLASS_NAME = "CreationClassName";
+constexpr const char* NAMESPACE_NAME = "root/cimv2";
+
+}  // namespace cimxml
+
+#endif

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+#include "tools/agent/StatusPage.h"
+
+#include <openssl/evp.h>
+
+#include <atomic>
+
+#include "tools/agent/StatusPageText.h"
+
+namespace cimxml {
+namespace {
+
+// The base64 text of the SHA-256 of what stands between two tags of the page.
+std::string ContentHash(const std::string& page, const std::string& open,
+                        const std::string& close) {
+  const std::size_t begin = page.find(open) + open.size();
+  const std::string content = page.substr(begin, page.find(close, begin) - begin);
+  unsigned char digest[EVP_MAX_MD_SIZE];
+  unsigned int length = 0;
+  EVP_Digest(content.data(), content.size(), digest, &length, EVP_sha256(), nullptr);
+  unsigned char text[EVP_MAX_MD_SIZE * 2];
+  EVP_EncodeBlock(text, digest, static_cast<int>(length));
+  return reinterpret_cast<char*>(text);
+}
+
+// The page's own script and style run and nothing else, whatever gets into it. Its icon is an empty
+// data URL.
+std::string ContentSecurityPolicy(const std::string& page) {
+  return "default-src 'none'; connect-src 'self'; base-uri 'none'; form-action 'none'; "
+         "frame-ancestors 'none'; img-src data:; script-src 'sha256-" +
+         ContentHash(page, "<script>", "</script>") + "'; style-src 'sha256-" +
+         ContentHash(page, "<style>", "</style>") + "'";
+}
+
+void AddPage(HttpServer& server) {
+  const std::string page = STATUS_PAGE;
+  const std::string policy = ContentSecurityPolicy(page);
+  server.Get("/", [page, policy](const httplib::Request&, httplib::Response& response) {
+    response.set_header("Content-Security-Policy", policy);
+    response.set_header("X-Content-Type-Options", "nosniff");
+    response.set_header("Cache-Control", "no-cache");
+    response.set_content(page, "text/html; charset=utf-8");
+  });
+}
+
+// One place among those for event streams, for as long as somebody holds it.
+std::shared_ptr<void> TakePlace(const std::shared_ptr<std::atomic<unsigned>>& places) {
+  unsigned free = *places;
+  while (free > 0 && !places->compare_exchange_weak(free, free - 1)) {
+  }
+  if (free == 0) return nullptr;
+  return std::shared_ptr<void>(places.get(), [places](void*) { ++*places; });
+}
+
+httplib::ContentProviderWithoutLength EventSource(StatusFeed& feed, std::shared_ptr<void> place) {
+  const auto view = std::make_shared<StatusFeed::View>();
+  return [&feed, view, place](size_t, httplib::DataSink& sink) {
+    const std::string events = feed.Next(*view);
+    if (events.empty()) {
+      sink.done();
+      return true;
+    }
+    return sink.write(events.data(), events.size());
+  };
+}
+
+void AddEvents(HttpServer& server, StatusFeed& feed, const Limits& limits) {
+  const auto places = std::make_shared<std::atomic<unsigned>>(std::max(1u, limits.connections / 2));
+  server.Get("/events", [&feed, places](const httplib::Request&, httplib::Response& response) {
+    const std::shared_ptr<void> place = TakePlace(places);
+    if (!place) {
+      response.status = 503;
+      response.set_header("Retry-After", "30");
+      return;
+    }
+    response.set_header("Cache-Control", "no-store");
+    response.set_chunked_content_provider("text/event-stream", EventSource(feed, place));
+  });
+}
+
+}  // namespace
+
+void AddStatusPage(HttpServer& server, StatusFeed& feed, const Limits& limits) {
+  AddPage(server);
+  AddEvents(server, feed, limits);
+}
+
+}  // namespace cimxml

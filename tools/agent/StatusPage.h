@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+//
+// The page at "/" for people, and the stream of events that keeps it true.
+#ifndef KECPP_TOOLS_AGENT_STATUSPAGE_H
+#define KECPP_TOOLS_AGENT_STATUSPAGE_H
+
+#include "tools/agent/HttpServer.h"
+#include "tools/agent/Limits.h"
+#include "tools/agent/StatusFeed.h"
+
+namespace cimxml {
+
+// Adds "GET /" and "GET /events". At most half of the connections may be event streams, so that
+// pages that were left open keep no CIM client out. `feed` outlives the server.
+void AddStatusPage(HttpServer& server, StatusFeed& feed, const Limits& limits);
+
+}  // namespace cimxml
+
+#endif

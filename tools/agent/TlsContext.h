@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+//
+// Certificate and key of the server.
+#ifndef KECPP_TOOLS_AGENT_TLSCONTEXT_H
+#define KECPP_TOOLS_AGENT_TLSCONTEXT_H
+
+#include <openssl/ssl.h>
+
+#include <memory>
+#include <string>
+
+namespace cimxml {
+
+using TlsContext = std::shared_ptr<SSL_CTX>;
+
+// Both are PEM files, the certificate with the chain that leads to it; TLS 1.2 at least, and
+// of it only what keeps past connections secret when the key is lost and authenticates what it
+// encrypts. Throws std::runtime_error.
+TlsContext MakeTlsContext(const std::string& certificateFile, const std::string& keyFile);
+
+}  // namespace cimxml
+
+#endif

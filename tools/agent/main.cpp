@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: MIT
+//
+// kecpp-agent: answers CIM clients from the library's caches. It uses nothing but the library's
+// installed headers and is meant to be copied from.
+#include <kecpp.h>
+#include <malloc.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <memory>
+#include <stdexcept>
+#include <utility>
+
+#include "tools/agent/AgentOptions.h"
+#include "tools/agent/CimEndpoint.h"
+#include "tools/agent/ClassElements.h"
+#include "tools/agent/Follower.h"
+#include "tools/agent/Guards.h"
+#include "tools/agent/HangUp.h"
+#include "tools/agent/HttpServer.h"
+#include "tools/agent/PoliteEnd.h"
+#include "tools/agent/StatusPage.h"
+#include "tools/agent/Users.h"
+#include "tools/common/EndOfRun.h"
+#include "tools/common/Library.h"
+#include "tools/common/ProcessEnd.h"
+#include "tools/common/Terminal.h"
+
+namespace cimxml {
+namespace {
+
+constexpr const char* PROGRAM = "kecpp-agent";
+
+TlsContext MakeTls(const AgentOptions& options) {
+  if (options.certificateFile.empty()) return nullptr;
+  return MakeTlsContext(options.certificateFile, options.keyFile);
+}
+
+void WarnOfOpenDoors(const AgentOptions& options) {
+  if (options.usersFile.empty()) {
+    std::cerr << PROGRAM << ": without --users everybody who reaches " << options.address
+              << " may read the inventory\n";
+  } else if (options.certificateFile.empty()) {
+    std::cerr << PROGRAM << ": without --tls passwords go over the network in clear\n";
+  }
+}
+
+void WarnOfReadable(const std::string& file) {
+  struct stat status = {};
+  if (stat(file.c_str(), &status) != 0 || (status.st_mode & S_IROTH) == 0) return;
+  std::cerr << PROGRAM << ": every user of this machine can read " << file << '\n';
+}
+
+void WarnOfOpenFiles(const AgentOptions& options) {
+  if (!options.usersFile.empty()) WarnOfReadable(options.usersFile);
+  if (!options.keyFile.empty()) WarnOfReadable(options.keyFile);
+}
+
+// All or nothing: with one file wrong, none of the others is used.
+void ReadAgain(const AgentOptions& options, Users* users, HttpServer& server) {
+  try {
+    TlsContext context = MakeTls(options);
+    if (users) users->ReadAgain();
+    server.UseTls(std::move(context));
+    const bool hasAny = !options.usersFile.empty() || !options.certificateFile.empty();
+    std::cerr << PROGRAM
+              << (hasAny ? ": SIGHUP: users and certificate were read again\n"
+                         : ": SIGHUP: without --users and --tls there is nothing to read again\n");
+  } catch (const std::exception& error) {
+    std::cerr << PROGRAM << ": SIGHUP: " << error.what() << "; nothing has changed\n";
+  }
+  WarnOfOpenFiles(options);
+}
+
+inventory::Options ConnectionOptions(const AgentOptions& options) {
+  inventory::Options connection;
+  connection.program = PROGRAM;
+  connection.config = options.config;
+  connection.lists = {true, true, true, true, true};
+  return connection;
+}
+
+void Run(const AgentOptions& options) {
+  const inventory::EndOfRun end(0);
+  const std::unique_ptr<Users> users(
+      options.usersFile.empty() ? nullptr : std::make_unique<Users>(options.usersFile));
+  CacheGate gate(options.readyWait);
+  SyncState state;
+  const Operations operations(gate, options.limits);
+  StatusFeed feed(gate, state);
+  HttpServer server(MakeTls(options), options.limits);
+  const int port = server.Bind(options.address, options.port);
+  if (!server.IsLocal()) WarnOfOpenDoors(options);
+  AddGuards(server, {users.get(), options.address, server.IsLocal()}, options.limits);
+  AddCimEndpoint(server, operations);
+  AddStatusPage(server, feed, options.limits);
+  server.Start();
+  WarnOfOpenFiles(options);
+  const HangUp hangUp([&] { ReadAgain(options, users.get(), server); });
+  std::cout << "listening on " << (options.certificateFile.empty() ? "http" : "https") << "://"
+            << (options.address.find(':') == std::string::npos ? options.address
+                                                               : "[" + options.address + "]")
+            << ":" << port << "/" << std::endl;
+  if (!std::cout) throw std::runtime_error("cannot write to standard output");
+
+  const inventory::Options connectionOptions = ConnectionOptions(options);
+  inventory::Library library;
+  inventory::ApplyLogLevel(options.config, options.logLevel);
+  Follower(library.manager, connectionOptions, end, gate, state).Run();
+  gate.End();
+  state.End();
+  server.Stop();
+}
+
+int RunGuarded(const AgentOptions& options) {
+  const inventory::ProcessEndGuard guard(PROGRAM);
+  try {
+    Run(options);
+    return EXIT_SUCCESS;
+  } catch (const KELib::Throwable& error) {
+    std::cerr << PROGRAM << ": " << error.What() << '\n';
+  } catch (const std::exception& error) {
+    std::cerr << PROGRAM << ": " << error.what() << '\n';
+  }
+  return EXIT_FAILURE;
+}
+
+int RunCommand(int argc, char** argv) {
+  if (!inventory::HasStandardStreams(PROGRAM)) return EXIT_FAILURE;
+  AgentOptions options;
+  if (auto status = ParseAgentOptions(argc, argv, options)) {
+    return inventory::FinishOutput(PROGRAM, *status);
+  }
+  if (options.printMof) {
+    std::cout << MofText();
+    return inventory::FinishOutput(PROGRAM, EXIT_SUCCESS);
+  }
+  EndPolitely();
+  return RunGuarded(options);
+}
+
+}  // namespace
+}  // namespace cimxml
+
+int main(int argc, char** argv) {
+  // Memory of copies and answers goes back to the system when they go. The allocator would keep
+  // tens of megabytes for each of the threads that have made one.
+  constexpr int LARGE = 256 * 1024;
+  mallopt(M_MMAP_THRESHOLD, LARGE);
+  return cimxml::RunCommand(argc, argv);
+}

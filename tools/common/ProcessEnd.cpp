@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#include "tools/common/ProcessEnd.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+
+namespace inventory {
+namespace {
+
+std::atomic<const char*> guarded{nullptr};
+std::atomic<bool> inventoryRead{false};
+
+// Runs on whichever thread called exit, while the others go on: it touches nothing of theirs.
+void OnExit() {
+  const char* program = guarded;
+  if (!program) return;
+  std::fprintf(stderr, "%s: the management daemon has gone, ending with it\n", program);
+  if (!inventoryRead) _exit(EXIT_FAILURE);
+}
+
+}  // namespace
+
+ProcessEndGuard::ProcessEndGuard(const char* program) {
+  guarded = program;
+  std::atexit(OnExit);
+}
+
+ProcessEndGuard::~ProcessEndGuard() {
+  guarded = nullptr;
+}
+
+void NoteInventoryRead() {
+  inventoryRead = true;
+}
+
+}  // namespace inventory

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+//
+// The library ends the process with status 0 when the management daemon has gone or was restarted.
+// A program that promises status 0 only for an inventory that was read watches its own end.
+#ifndef KECPP_TOOLS_COMMON_PROCESSEND_H
+#define KECPP_TOOLS_COMMON_PROCESSEND_H
+
+namespace inventory {
+
+// While a guard lives, an exit that main did not order is told on standard error, and its status
+// becomes 1 unless the inventory was read. One guard a process.
+class ProcessEndGuard {
+ public:
+  // `program` is the name in the message, a constant.
+  explicit ProcessEndGuard(const char* program);
+  ~ProcessEndGuard();
+  ProcessEndGuard(const ProcessEndGuard&) = delete;
+  ProcessEndGuard& operator=(const ProcessEndGuard&) = delete;
+};
+
+// The inventory was read and shown. Any thread.
+void NoteInventoryRead();
+
+}  // namespace inventory
+
+#endif

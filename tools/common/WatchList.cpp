@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#include "tools/common/WatchList.h"
+
+#include <initializer_list>
+
+namespace inventory {
+namespace {
+
+using namespace KE::Service;
+using namespace KE::Stub;
+
+void Fill(KELib::KEVector<KELib::KEString>& list, std::initializer_list<const char*> elements) {
+  for (const char* element : elements) list.Add(KELib::KEString(element));
+}
+
+}  // namespace
+
+void ListSystems(KELib::KEVector<KELib::KEString>& list) {
+  Fill(list, {PropSep, ObjectSep, "HostSystem", "name", "summary.overallStatus",
+              "hardware.systemInfo.uuid", "hardware.systemInfo.vendor", "hardware.systemInfo.model",
+              "vm"});
+  Fill(list, {PropSep, ObjectSep, "VirtualMachine", "name", "config.annotation", "config.uuid",
+              "config.files.vmPathName", "runtime.powerState", "runtime.host",
+              "config.guestFullName", "guest.hostName", "guest.ipAddress"});
+  Fill(list, {TraversalSep, "folderWalk", ObjectSep, "Folder", PropSep, "childEntity", SelectSep,
+              "folderWalk"});
+  Fill(list, {CacheObjectSep, ZORBEL_VMComputerSystemClass, ZORBEL_ORXComputerSystemClass});
+}
+
+void ListAuthorization(KELib::KEVector<KELib::KEString>& list) {
+  Fill(list, {PropSep, ObjectSep, "AuthorizationManager", "privilegeList", "roleList"});
+  Fill(list, {MethodSep, "RetrieveAllPermissions"});
+  Fill(list, {CacheObjectSep, Zorbel_RoleClass, Zorbel_PrivilegeClass, Zorbel_IdentityClass});
+}
+
+}  // namespace inventory

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+//
+// The inventory as one line of JSON.
+#ifndef KECPP_TOOLS_INVENTORY_INVENTORYJSON_H
+#define KECPP_TOOLS_INVENTORY_INVENTORYJSON_H
+
+#include <string>
+
+#include "tools/common/Inventory.h"
+
+namespace inventory {
+
+// One document without a line end: the lists that `lists` names, in the fixed order hosts,
+// machines, privileges, roles, identities. A byte sequence that is not UTF-8 becomes U+FFFD.
+std::string ToJson(const Inventory& inventory, const Lists& lists);
+
+}  // namespace inventory
+
+#endif

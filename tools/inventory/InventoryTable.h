@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+//
+// The inventory as tables for people.
+#ifndef KECPP_TOOLS_INVENTORY_INVENTORYTABLE_H
+#define KECPP_TOOLS_INVENTORY_INVENTORYTABLE_H
+
+#include <string>
+
+#include "tools/common/Inventory.h"
+#include "tools/inventory/TextTable.h"
+
+namespace inventory {
+
+// The tables that `lists` names, within `room`. XML entities are decoded.
+std::string ToTables(const Inventory& inventory, const Lists& lists, const TableRoom& room);
+
+// The word for a CIM operational status, e.g. "OK" for 2; the number for one without a word.
+std::string StatusWord(unsigned operationalStatus);
+
+}  // namespace inventory
+
+#endif

@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: MIT
+#include "tools/inventory/Options.h"
+
+#include <kecpp.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <vector>
+
+namespace inventory {
+namespace {
+
+constexpr int USAGE_ERROR = 2;
+
+struct ListName {
+  const char* name;
+  bool Lists::*shown;
+};
+
+constexpr ListName LIST_NAMES[] = {{"hosts", &Lists::hosts},
+                                   {"machines", &Lists::machines},
+                                   {"privileges", &Lists::privileges},
+                                   {"roles", &Lists::roles},
+                                   {"identities", &Lists::identities}};
+
+bool Show(const std::string& name, Lists& lists) {
+  for (const ListName& list : LIST_NAMES) {
+    if (name == list.name) return lists.*list.shown = true;
+  }
+  return false;
+}
+
+std::string CheckList(const std::string& name) {
+  Lists unused;
+  return Show(name, unused) ? std::string() : "there is no list " + name;
+}
+
+std::string CheckTask(const std::string& text) {
+  return ParseTaskCall(text) ? std::string() : "expected METHOD:TYPE:VALUE, got " + text;
+}
+
+void ChooseLists(const std::vector<std::string>& names, Options& options) {
+  for (const std::string& name : names) Show(name, options.lists);
+  options.wantsAuthorization = options.lists.Authorization();
+  if (!names.empty()) return;
+  options.lists.hosts = options.lists.machines = true;
+  if (options.json) {
+    options.lists.privileges = options.lists.roles = options.lists.identities = true;
+  }
+}
+
+}  // namespace
+
+// The library falls back to its default for a path that it cannot read, a folder and an empty file.
+std::string CheckConfig(const std::string& config) {
+  const bool isPath = !config.empty() && config.compare(0, 5, "<?xml") != 0;
+  struct stat status = {};
+  if (!isPath) return {};
+  if (stat(config.c_str(), &status) != 0 || access(config.c_str(), R_OK) != 0) {
+    return "cannot read " + config;
+  }
+  if (!S_ISREG(status.st_mode)) return config + " is no file";
+  return status.st_size == 0 ? config + " is empty" : std::string();
+}
+
+std::optional<TaskCall> ParseTaskCall(const std::string& text) {
+  const std::size_t first = text.find(':');
+  const std::size_t second = first == std::string::npos ? first : text.find(':', first + 1);
+  if (second == std::string::npos) return {};
+  TaskCall call{text.substr(0, first), text.substr(first + 1, second - first - 1),
+                text.substr(second + 1)};
+  if (call.method.empty() || call.type.empty() || call.value.empty()) return {};
+  return call;
+}
+
+std::optional<int> ParseOptions(int argc, const char* const* argv, Options& options) {
+  CLI::App app("Shows the inventory of a virtualization host: hosts, machines, who may do what.",
+               "kecpp-inventory");
+  std::string format = "table";
+  std::string task;
+  std::vector<std::string> lists;
+  app.add_option("--config", options.config, "Configuration: a file, or an XML text")
+      ->type_name("FILE")
+      ->check(CheckConfig);
+  app.add_option("--format", format, "How to print: table or json")
+      ->check(CLI::IsMember({"table", "json"}));
+  app.add_option("--show", lists, "Lists to show: hosts,machines,privileges,roles,identities")
+      ->delimiter(',')
+      ->check(CheckList);
+  app.add_flag("--follow", options.follow, "Print again at every change, until Ctrl-C");
+  app.add_option("--duration", options.duration, "End after so many seconds")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(0.1, 1e9));
+  app.add_option("--settle", options.settle, "Print when nothing changed for so long")
+      ->capture_default_str()
+      ->type_name("MS")
+      ->check(CLI::Range(1, 60000));
+  app.add_option("--log-level", options.logLevel, "What goes to the system log")
+      ->type_name("NAME")
+      ->check(CLI::IsMember({"none", "panic", "error", "warning", "info", "verbose", "trivia"}));
+  app.add_option("--run-task", task, "Call a method that starts a task; wait for its outcome")
+      ->type_name("METHOD:TYPE:VALUE")
+      ->check(CheckTask);
+  app.set_version_flag(
+      "--version", std::string("kecpp-inventory " KECPP_VERSION ", library ") + KELib::Version());
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : USAGE_ERROR;
+  }
+  options.json = format == "json";
+  if (!task.empty()) options.task = ParseTaskCall(task);
+  ChooseLists(lists, options);
+  return {};
+}
+
+}  // namespace inventory

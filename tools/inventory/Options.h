@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+//
+// What the command line asks for.
+#ifndef KECPP_TOOLS_INVENTORY_OPTIONS_H
+#define KECPP_TOOLS_INVENTORY_OPTIONS_H
+
+#include <optional>
+#include <string>
+
+#include "tools/common/Inventory.h"
+
+namespace inventory {
+
+// A method of the server that starts a task, and the object to call it on.
+struct TaskCall {
+  std::string method;
+  std::string type;
+  std::string value;
+};
+
+struct Options {
+  const char* program = "kecpp-inventory";  // as messages name it
+  std::string config;    // a file's path, an XML text, or empty for the library's default
+  bool json = false;     // else tables
+  bool follow = false;   // go on until interrupted or for `duration`
+  double duration = 0;   // seconds; 0 is without limit
+  int settle = 300;      // milliseconds without a change after which the inventory is complete
+  std::string logLevel;  // empty: as the configuration says
+  Lists lists;           // what is shown
+  bool wantsAuthorization = false;  // asked for by name: its absence is an error
+  std::optional<TaskCall> task;     // run this and show no inventory
+};
+
+// Reads the command line. Gives the exit status when there is nothing more to do: 0 after --help
+// and
+// --version, which print on standard output, 2 for a mistake, told on standard error.
+std::optional<int> ParseOptions(int argc, const char* const* argv, Options& options);
+
+// What is wrong with a configuration that a command line names, empty when nothing is: someone who
+// names a file wants to hear that it cannot be read, is none or is empty.
+std::string CheckConfig(const std::string& config);
+
+// "METHOD:TYPE:VALUE"; the value may hold colons. Nothing when a part is missing.
+std::optional<TaskCall> ParseTaskCall(const std::string& text);
+
+}  // namespace inventory
+
+#endif

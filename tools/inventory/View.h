@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+//
+// Prints the inventory on standard output, each time it looks different from the last time.
+#ifndef KECPP_TOOLS_INVENTORY_VIEW_H
+#define KECPP_TOOLS_INVENTORY_VIEW_H
+
+#include <string>
+
+#include "tools/common/Inventory.h"
+#include "tools/inventory/Options.h"
+
+namespace inventory {
+
+class View {
+ public:
+  explicit View(const Options& options);
+
+  // Prints unless it would look the same as the last time: a line of JSON, or tables. On a terminal
+  // tables fit its width. When they are followed there they take the place of the last ones and fit
+  // its height, unless it takes no commands; else an empty line parts them. Throws
+  // std::runtime_error when standard output does not take the text.
+  void Show(const Inventory& inventory);
+
+ private:
+  std::string Render(const Inventory& inventory) const;
+
+  const Options& options;
+  const bool redraws;
+  bool shown = false;
+  std::string last;
+};
+
+}  // namespace inventory
+
+#endif
