@@ -8,6 +8,7 @@
 #include "datasync/FullRequest.h"
 #include "datasync/PropertyList.h"
 #include "datasync/RoleMemory.h"
+#include "datasync/ServerCalls.h"
 #include "datasync/StaleObjects.h"
 #include "datasync/SyncState.h"
 #include "datasync/WaiterHolder.h"
@@ -16,14 +17,9 @@
 #include "foundation/KEException.h"
 #include "foundation/KEMutexGuard.h"
 #include "foundation/Logger.h"
-#include "http/HandleWait.h"
-#include "instance/CacheConversion.h"
 #include "instance/KECacheGuard.h"
-#include "service/call/KEMethodImpl.h"
-#include "service/call/ServiceConstants.h"
 #include "stub/classes/ClassNames.h"
 #include "xml/KEXmlBuffer.h"
-#include "xml/KEXmlReader.h"
 
 namespace KE::Service {
 
@@ -35,9 +31,6 @@ using KELib::KEString;
 using KELib::KEVector;
 using KELib::Logging::Log;
 using KELib::Logging::LOG_LEVEL_VERBOSE;
-
-// How long a library's own call waits for a free connection.
-constexpr int kHandleWaitMs = 2000;
 
 // How long a stopped loop is given before its wait is cancelled again.
 constexpr int kStopStepMs = 100;
@@ -96,6 +89,7 @@ void KEDataSyncImpl::Init(KEMethod* invoker, ManagedObjectReference* collector) 
   auto newRoom = std::make_unique<WalkRoom>(*newCache);
   auto newFilters = std::make_unique<Filters>(KELib::HASH_CAP, KELib::HASH_FILLRATIO);
   auto newMethods = std::make_unique<MethodInfos>(KELib::HASH_CAP, KELib::HASH_FILLRATIO);
+  auto newServer = std::make_unique<ServerCalls>(invoker, collector, *state, stopRequested);
   // The first iterator makes a table's room for iterators: the end must not need memory.
   newFilters->Begin();
   newMethods->Begin();
@@ -104,6 +98,7 @@ void KEDataSyncImpl::Init(KEMethod* invoker, ManagedObjectReference* collector) 
   typeCache = std::move(newCache);
   filters = std::move(newFilters);
   methodInfos = std::move(newMethods);
+  server = std::move(newServer);
   method = invoker;
   propertyCollector = collector;
 }
@@ -125,14 +120,7 @@ bool KEDataSyncImpl::WaitForChange(unsigned long long& seen, int milliseconds) {
 
 void KEDataSyncImpl::RequestStop() {
   state->AnnounceStop(stopRequested);
-  if (state->waitOut) SendCancel();
-}
-
-// Sent on the way out: a server that does not answer must not hold the stop up.
-void KEDataSyncImpl::SendCancel() {
-  constexpr int kCancelLimitMs = 500;
-  const KELib::Http::HandleWait limits(kCancelLimitMs, nullptr, kCancelLimitMs);
-  if (!CancelWait(!cancelFailureTold)) cancelFailureTold = true;
+  if (state->waitOut) server->CancelWaitToStop();
 }
 
 bool KEDataSyncImpl::End() {
@@ -147,29 +135,19 @@ bool KEDataSyncImpl::End() {
   while (!left && Clock::now() < giveUpAt) {
     if (Clock::now() >= interruptAt) {
       // The cancel did not help, or could not be sent: the peer does not answer.
-      InterruptTransfers(true);
+      if (server != nullptr) server->InterruptTransfers(true);
       interrupted = true;
     } else if (state->waitOut) {
-      SendCancel();  // an earlier one may have overtaken the wait that it was for
+      server->CancelWaitToStop();  // an earlier one may have overtaken the wait that it was for
     }
     left = state->WaitUntilLeft(kStopStepMs);
   }
-  if (interrupted) InterruptTransfers(false);
+  if (interrupted && server != nullptr) server->InterruptTransfers(false);
   if (!left) {
     Log(nullptr, KELib::Logging::LOG_LEVEL_ERROR,
         "Data sync could not be stopped: a thread is still inside.");
   }
   return left;
-}
-
-void KEDataSyncImpl::InterruptTransfers(bool interrupt) {
-  auto* invoker = dynamic_cast<KEMethodImpl*>(method);
-  if (invoker == nullptr) return;
-  if (interrupt) {
-    invoker->Interrupt();
-  } else {
-    invoker->Resume();
-  }
 }
 
 void KEDataSyncImpl::Cleanup() {
@@ -207,7 +185,7 @@ void KEDataSyncImpl::ForgetWatchesNoLock() {
 // revive the data sync first: its loop is not waited for.
 void KEDataSyncImpl::AwaitStoppedLoop() {
   while (stopRequested && !state->WaitUntilIdle(kStopStepMs)) {
-    if (state->waitOut) SendCancel();
+    if (state->waitOut) server->CancelWaitToStop();
   }
 }
 
@@ -225,7 +203,7 @@ void KEDataSyncImpl::ReviveAfterStop() {
     started = false;
     initialCycleDone = false;
     failuresInARow = cancelsInARow = 0;
-    cancelFailureTold = false;
+    server->ForgetStop();
     stopRequested = false;
   }
 }
@@ -248,17 +226,6 @@ void KEDataSyncImpl::CreateObjectSet(ManagedObjectReference* root, KEVector<KESt
 void KEDataSyncImpl::CreateFilterSpec(ManagedObjectReference* root, KEVector<KEString>& list,
                                       KELib::Xml::KEXmlBuffer& xml) {
   KE::Service::CreateFilterSpec(root, list, xml);
-}
-
-void KEDataSyncImpl::WriteCreateFilter(ManagedObjectReference* root, KEVector<KEString>& list,
-                                       KELib::Xml::KEXmlBuffer& body) {
-  body.StartAddElementTag(MethodCreateFilter);
-  body.AddNamespace(nullptr, targetNamespace);
-  body.AddElementTagAttrAndValue(ThisMorefTag, MorefTypeAttr, propertyCollector->type.Cstr(),
-                                 propertyCollector->value.Cstr());
-  CreateFilterSpec(root, list, body);
-  body.AddElementTagAndValue(PartialUpdatesTag, KELib::STR_BOOLEAN_TRUE);
-  body.EndAddElementTag(MethodCreateFilter);
 }
 
 // --- watches -------------------------------------------------------------------------------------
@@ -326,23 +293,10 @@ ManagedObjectReference* KEDataSyncImpl::CreatePropFilter(ManagedObjectReference*
                                                          KEVector<KEString>& list,
                                                          KELib::KEWaiter* waiter) {
   KELib::Xml::KEXmlBuffer body;
-  WriteCreateFilter(root, list, body);
+  server->WriteCreateFilter(root, list, body);
   KEMutexGuard guard(mutex.get());
   try {
-    KEString response;
-    {
-      const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
-      method->Invoke(targetNamespace, MethodCreateFilter, body, response);
-    }
-    KELib::Xml::KEXmlReader reader(response, false, 0);
-    ManagedObjectReference* parsed = nullptr;
-    auto reference = std::make_unique<ManagedObjectReference>();
-    parsed = reference.get();
-    KE::Instance::ConvertManagedObjectReference(ReturnVal, reader, parsed);
-    if (reference->value.Empty()) {
-      throw KELib::SystemException("CreateFilter answered without a filter.");
-    }
-    return RecordFilterNoLock(std::move(reference), list, waiter);
+    return RecordFilterNoLock(server->CreateFilter(body), list, waiter);
   } catch (const KELib::Exception& e) {
     Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Creating PropFilter : %s", e.What());
     ThrowCopy(e);
@@ -449,16 +403,7 @@ void KEDataSyncImpl::StopDataSync(ManagedObjectReference* ref) {
 void KEDataSyncImpl::DestroyPropFilter(ManagedObjectReference* filter) {
   if (filter == nullptr) return;
   KEMutexGuard guard(mutex.get());
-  try {
-    const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
-    KEString response;
-    method->Invoke(targetNamespace, MethodDestroyPropertyFilter, filter->type.Cstr(),
-                   filter->value.Cstr(), response);
-  } catch (const KELib::Exception& e) {
-    Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Destroying PropFilter : %s", e.What());
-  } catch (const std::exception& e) {
-    Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Destroying PropFilter : %s", e.what());
-  }
+  server->DestroyFilter(*filter);
   DataSyncInfo* info = FindFilterNoLock(*filter);
   if (info == nullptr) return;
   // The methods go first: what the caches hold is left as last known, as for every filter.

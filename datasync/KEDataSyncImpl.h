@@ -40,6 +40,7 @@ namespace KE::Service {
 class FullRequest;
 class PropertyList;
 class RoleMemory;
+class ServerCalls;
 class StaleObjects;
 class SyncState;
 struct TaskWait;
@@ -193,13 +194,8 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   void AwaitStoppedLoop();
   void ForgetEverythingNoLock() KECPP_REQUIRES(mutex);
   void ForgetWatchesNoLock() KECPP_REQUIRES(mutex);
-  void SendCancel();
-  bool CancelWait(bool tellFailure);
-  void InterruptTransfers(bool interrupt);
 
   // watches
-  void WriteCreateFilter(KE::Stub::ManagedObjectReference* root,
-                         KELib::KEVector<KELib::KEString>& list, KELib::Xml::KEXmlBuffer& body);
   KE::Stub::ManagedObjectReference* RecordFilterNoLock(
       std::unique_ptr<KE::Stub::ManagedObjectReference> reference,
       KELib::KEVector<KELib::KEString>& list, KELib::KEWaiter* waiter) KECPP_REQUIRES(mutex);
@@ -294,11 +290,11 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   std::atomic<bool> stopRequested{false};
 
   std::unique_ptr<SyncState> state;                // own lock
+  std::unique_ptr<ServerCalls> server;             // made by Init
   std::unique_ptr<KELib::KEMutex> methodRun;       // serialises the property methods; outermost
   std::unique_ptr<RoleMemory> roles;               // guarded by `mutex`
   std::unique_ptr<StaleObjects> stale;             // guarded by `mutex`
   KE::Stub::ManagedObjectReference unknownFilter;  // of the thread that runs a cycle
-  std::atomic<bool> cancelFailureTold{false};      // a stop repeats its cancel, but says so once
   unsigned int failuresInARow = 0;           // of the thread that runs a cycle; for the back-off
   unsigned int cancelsInARow = 0;            // likewise
   Outcome lastOutcome = Outcome::good;       // of the thread that runs a cycle

@@ -9,16 +9,14 @@
 #include "datasync/DataSyncConstants.h"
 #include "datasync/KEDataSyncImpl.h"
 #include "datasync/PropertyList.h"
+#include "datasync/ServerCalls.h"
 #include "datasync/SyncState.h"
 #include "datasync/WaiterHolder.h"
 #include "foundation/KEException.h"
 #include "foundation/KEMutexGuard.h"
 #include "foundation/Logger.h"
-#include "http/HandleWait.h"
 #include "instance/KECacheGuard.h"
 #include "instance/KEDataCache.h"
-#include "service/call/KEMethod.h"
-#include "service/call/ServiceConstants.h"
 #include "stub/classes/ClassNames.h"
 #include "xml/KEXmlReader.h"
 
@@ -32,9 +30,6 @@ using KELib::KEString;
 using KELib::KEVector;
 
 using Clock = std::chrono::steady_clock;
-
-// How long a library's own call waits for a free connection.
-constexpr int kHandleWaitMs = 2000;
 
 // The loop calls a method that failed again after this time.
 constexpr std::chrono::seconds kFailedMethodPause(1);
@@ -185,11 +180,7 @@ std::vector<KEDataSyncImpl::MethodCall> KEDataSyncImpl::RunMethods(const KEStrin
 // True when the answer was applied; an empty one changes nothing.
 bool KEDataSyncImpl::RunMethod(MethodCall& call) {
   KEString response;
-  {
-    const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
-    method->Invoke(targetNamespace, call.name.Cstr(), call.target.type.Cstr(),
-                   call.target.value.Cstr(), response);
-  }
+  server->InvokeMethod(call.name, call.target, response);
   if (response.Empty()) return false;
   ApplyMethodAnswer(call, response);
   return true;

@@ -11,6 +11,7 @@
 #include "datasync/FullRequest.h"
 #include "datasync/KEDataSyncImpl.h"
 #include "datasync/KEDataSyncWorkImpl.h"
+#include "datasync/ServerCalls.h"
 #include "datasync/StaleObjects.h"
 #include "datasync/SyncSeams.h"
 #include "datasync/SyncState.h"
@@ -20,12 +21,9 @@
 #include "foundation/KEMutexGuard.h"
 #include "foundation/KEThread.h"
 #include "foundation/Logger.h"
-#include "http/HandleWait.h"
 #include "instance/KECacheGuard.h"
-#include "service/call/KEMethod.h"
 #include "service/call/MgmtdWatch.h"
 #include "service/call/MgmtdWatchSeams.h"
-#include "service/call/ServiceConstants.h"
 #include "stub/classes/ClassNames.h"
 #include "xml/KEXmlCursor.h"
 #include "xml/KEXmlReader.h"
@@ -40,9 +38,6 @@ using KELib::Logging::Log;
 using KELib::Logging::LOG_LEVEL_ERROR;
 using KELib::Logging::LOG_LEVEL_VERBOSE;
 using Clock = std::chrono::steady_clock;
-
-// How long a library's own call waits for a free connection.
-constexpr int kHandleWaitMs = 2000;
 
 // How long a first cycle goes on for the rest of a report that a server is slow to end.
 constexpr std::chrono::seconds kLongestFirstCycle{60};
@@ -83,25 +78,7 @@ void KEDataSyncImpl::CheckDaemon() {
 }
 
 void KEDataSyncImpl::RestartDataSync() {
-  CancelWait(true);
-}
-
-bool KEDataSyncImpl::CancelWait(bool tellFailure) {
-  try {
-    KEString response;
-    method->Invoke(targetNamespace, MethodCancelWaitForUpdates, propertyCollector->type.Cstr(),
-                   propertyCollector->value.Cstr(), response);
-    return true;
-  } catch (const KELib::Exception& e) {
-    if (tellFailure) {
-      Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Cancelling data sync : %s", e.What());
-    }
-  } catch (const std::exception& e) {
-    if (tellFailure) {
-      Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Cancelling data sync : %s", e.what());
-    }
-  }
-  return false;
+  server->CancelWait(true);
 }
 
 // --- starting and leaving ------------------------------------------------------------------------
@@ -263,9 +240,8 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::Guarded(Step step) {
   } catch (const KELib::RequestTimedOutException&) {
     if (stopRequested) return Outcome::stopped;
     Log(nullptr, LOG_LEVEL_VERBOSE, "Restarting timedout datasync.");
-    const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
     const bool wasSilent = std::exchange(waitWasSilent, false);  // not so when a method timed out
-    return CancelWait(true) && wasSilent ? EndSilence() : Outcome::timedOut;
+    return server->CancelTimedOutWait() && wasSilent ? EndSilence() : Outcome::timedOut;
   } catch (const KELib::RequestFailedException& e) {
     if (stopRequested) return Outcome::stopped;
     Log(nullptr, LOG_LEVEL_VERBOSE, "%s", e.What());
@@ -313,24 +289,8 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::WaitAndApply() {
   // Methods alone have no updates to wait for before their callers see the first data.
   if (!initialCycleDone && !HasFilters()) return Outcome::good;
   KEString response;
-  {
-    const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested, 0, BeginWait());
-    struct WaitOut {
-      WaitOut(SyncState& state, const KELib::Http::HandleWait& scope, bool& wasSilent)
-          : flag(state.waitOut), limits(scope), silent(wasSilent) {
-        flag = true;
-      }
-      ~WaitOut() {
-        flag = false;
-        silent = !limits.Answered();
-      }
-      std::atomic<bool>& flag;
-      const KELib::Http::HandleWait& limits;
-      bool& silent;
-    } const waitOut(*state, limits, waitWasSilent);
-    if (stopRequested) return Outcome::stopped;
-    method->Invoke(targetNamespace, MethodWaitForUpdates, propertyCollector->type.Cstr(),
-                   propertyCollector->value.Cstr(), VersionTag, version.Cstr(), response);
+  if (!server->WaitForUpdates(version, BeginWait(), waitWasSilent, response)) {
+    return Outcome::stopped;
   }
   waitWasSilent = false;
   if (stopRequested) return Outcome::stopped;
@@ -437,14 +397,7 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::DestroyUnknownFilter() {
     stale->ExpectEverything();
     fullRequest->AfterCut(GetSyncSeams().now());
   }
-  try {
-    const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
-    KEString response;
-    method->Invoke(targetNamespace, MethodDestroyPropertyFilter, filter.type.Cstr(),
-                   filter.value.Cstr(), response);
-  } catch (const KELib::Exception& e) {
-    Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Destroying PropFilter : %s", e.What());
-  }
+  server->DestroyFilter(filter);
   return Outcome::incomplete;
 }
 
