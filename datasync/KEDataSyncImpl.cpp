@@ -5,21 +5,16 @@
 
 #include "datasync/DataSyncConstants.h"
 #include "datasync/FilterSpec.h"
-#include "datasync/FullRequest.h"
 #include "datasync/PropertyList.h"
-#include "datasync/RoleMemory.h"
 #include "datasync/ServerCalls.h"
-#include "datasync/StaleObjects.h"
 #include "datasync/SyncState.h"
-#include "datasync/WaiterHolder.h"
 #include "datasync/WalkRoom.h"
+#include "datasync/Watches.h"
 #include "foundation/KEConstants.h"
 #include "foundation/KEException.h"
 #include "foundation/KEMutexGuard.h"
 #include "foundation/Logger.h"
-#include "instance/KECacheGuard.h"
 #include "stub/classes/ClassNames.h"
-#include "xml/KEXmlBuffer.h"
 
 namespace KE::Service {
 
@@ -40,23 +35,6 @@ constexpr int kStopStepMs = 100;
   throw KELib::SystemException(text);
 }
 
-[[noreturn]] void ThrowCopy(const KELib::Exception& e) {
-  KEString text(e.What());
-  throw KELib::Exception(text.Str(), text.Length());
-}
-
-void CopyNames(const PropertyList& sections, const std::vector<unsigned int>& from,
-               KEVector<KEString>& to) {
-  for (unsigned int index : from) to.Add(sections.At(index));
-}
-
-std::unique_ptr<WaiterHolder> HolderOf(KELib::KEWaiter* waiter) {
-  if (waiter == nullptr) return nullptr;
-  auto holder = std::make_unique<WaiterHolder>();
-  holder->waiter = waiter;
-  return holder;
-}
-
 }  // namespace
 
 KEDataSync::~KEDataSync() = default;
@@ -70,16 +48,13 @@ KEDataSync* CreateDataSync(KEMethod* method, ManagedObjectReference* propertyCol
 KEDataSyncImpl::KEDataSyncImpl()
     : mutex(std::make_unique<KELib::KEMutex>()),
       state(std::make_unique<SyncState>()),
-      methodRun(std::make_unique<KELib::KEMutex>()),
-      roles(std::make_unique<RoleMemory>()),
-      stale(std::make_unique<StaleObjects>()),
-      fullRequest(std::make_unique<FullRequest>()) {}
+      methodRun(std::make_unique<KELib::KEMutex>()) {}
 
 KEDataSyncImpl::~KEDataSyncImpl() {
   while (!End()) {
     // A thread is still inside: it would use what is destroyed here.
   }
-  if (methodInfos != nullptr) ForgetWatchesNoLock();
+  if (watches != nullptr) ForgetWatches();
 }
 
 void KEDataSyncImpl::Init(KEMethod* invoker, ManagedObjectReference* collector) {
@@ -90,6 +65,8 @@ void KEDataSyncImpl::Init(KEMethod* invoker, ManagedObjectReference* collector) 
   auto newFilters = std::make_unique<Filters>(KELib::HASH_CAP, KELib::HASH_FILLRATIO);
   auto newMethods = std::make_unique<MethodInfos>(KELib::HASH_CAP, KELib::HASH_FILLRATIO);
   auto newServer = std::make_unique<ServerCalls>(invoker, collector, *state, stopRequested);
+  auto newWatches =
+      std::make_unique<Watches>(*mutex, *newFilters, *newMethods, *newCache, *state, *newServer);
   // The first iterator makes a table's room for iterators: the end must not need memory.
   newFilters->Begin();
   newMethods->Begin();
@@ -99,6 +76,7 @@ void KEDataSyncImpl::Init(KEMethod* invoker, ManagedObjectReference* collector) 
   filters = std::move(newFilters);
   methodInfos = std::move(newMethods);
   server = std::move(newServer);
+  watches = std::move(newWatches);
   method = invoker;
   propertyCollector = collector;
 }
@@ -152,32 +130,21 @@ bool KEDataSyncImpl::End() {
 
 void KEDataSyncImpl::Cleanup() {
   if (!End()) return;  // said in the log; clearing would pull the tables from under the thread
-  {
-    KEMutexGuard guard(mutex.get());
-    ForgetEverythingNoLock();
-  }
+  ForgetEverything();
   state->AcceptEntries();
 }
 
-void KEDataSyncImpl::ForgetEverythingNoLock() {
-  ForgetWatchesNoLock();
+void KEDataSyncImpl::ForgetEverything() {
+  KEMutexGuard guard(watches->GetMutex());
+  ForgetWatches();
   typeCache->Clear();
 }
 
 // Needs no memory.
-void KEDataSyncImpl::ForgetWatchesNoLock() {
-  for (auto it = filters->Begin(); !it.End(); ++it) {
-    if (it->value != nullptr) ReleaseWaiterNoLock(it->value->waiter);
-  }
-  for (auto it = methodInfos->Begin(); !it.End(); ++it) {
-    if (it->value != nullptr) ReleaseWaiterNoLock(it->value->waiter);
-  }
-  filters->Clear();
-  methodInfos->Clear();
-  roles->Clear();
+void KEDataSyncImpl::ForgetWatches() {
+  KEMutexGuard guard(watches->GetMutex());
+  watches->ForgetNoLock();
   version.Clear();
-  stale->Forget();
-  *fullRequest = FullRequest();
   state->NoteStopped();
 }
 
@@ -197,9 +164,9 @@ void KEDataSyncImpl::RenewStop() {
 void KEDataSyncImpl::ReviveAfterStop() {
   while (stopRequested) {
     AwaitStoppedLoop();
-    KEMutexGuard guard(mutex.get());
+    KEMutexGuard guard(watches->GetMutex());
     if (!stopRequested || state->GetPhase() != SyncState::Phase::idle) continue;
-    ForgetEverythingNoLock();
+    ForgetEverything();
     started = false;
     initialCycleDone = false;
     failuresInARow = cancelsInARow = 0;
@@ -251,7 +218,7 @@ ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* ro
   try {
     if (sections.hasPropertySet) filter = CreatePropFilter(root, list, waiter);
     if (!sections.methods.empty()) {
-      methods = RegisterMethods(root, sections, filter, waiter, methodsKey);
+      methods = watches->RegisterMethods(root, sections, filter, waiter, methodsKey);
       if (methods != nullptr) RunMethodsAtSetup(methodsKey.value);
     }
     if (filter != nullptr && waiter != nullptr && sections.IsTaskWatch()) {
@@ -259,175 +226,41 @@ ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* ro
     }
     StartSyncData();
   } catch (...) {
-    AbandonSetup(filter, methods, methodsKey, stopsBefore);
+    watches->Abandon(filter, methods, methodsKey, stopsBefore);
     throw;
   }
   if (blocked != nullptr) state->WaitForRelease(*blocked, stopRequested);
   return filter != nullptr ? filter : methods;
 }
 
-// Leaves no record, reference or waiter of a setup that failed behind.
-// Another thread may have stopped the watch while the call went on: then `filter` or `methods` is
-// freed.
-void KEDataSyncImpl::AbandonSetup(ManagedObjectReference* filter, ManagedObjectReference* methods,
-                                  ManagedObjectReference& methodsKey,
-                                  unsigned long long stopsBefore) noexcept {
-  try {
-    KEMutexGuard guard(mutex.get());
-    DataSyncInfo* own = FindOwnFilterNoLock(filter);
-    const bool methodsAlone = filter == nullptr && methods != nullptr;
-    MethodDataSyncInfo* info = methodsAlone ? FindMethodsNoLock(methodsKey) : nullptr;
-    if (info != nullptr && info->reference.get() != methods) info = nullptr;
-    // First what the caller may destroy, and what cannot fail.
-    if (own != nullptr) ReleaseWaiterNoLock(own->waiter);
-    if (info != nullptr) ReleaseWaiterNoLock(info->waiter);
-    if (state->Stops() != stopsBefore) return;  // the next watch ends what is left
-    if (own != nullptr) DestroyPropFilter(filter);
-    if (info != nullptr) StopMethodsNoLock(methodsKey);
-  } catch (...) {
-    Log(nullptr, LOG_LEVEL_VERBOSE, "Could not take back a watch that failed to start.");
+void KEDataSyncImpl::StopDataSync(ManagedObjectReference* ref) {
+  SyncState::CallScope scope(*state);
+  if (ref == nullptr) return;
+  KEMutexGuard guard(watches->GetMutex());
+  if (ref->type.Equals(TypePropertyFilter)) {
+    watches->DestroyFilter(ref);
+  } else {
+    watches->StopMethodsNoLock(*ref);
   }
 }
 
 ManagedObjectReference* KEDataSyncImpl::CreatePropFilter(ManagedObjectReference* root,
                                                          KEVector<KEString>& list,
                                                          KELib::KEWaiter* waiter) {
-  KELib::Xml::KEXmlBuffer body;
-  server->WriteCreateFilter(root, list, body);
-  KEMutexGuard guard(mutex.get());
-  try {
-    return RecordFilterNoLock(server->CreateFilter(body), list, waiter);
-  } catch (const KELib::Exception& e) {
-    Log(nullptr, LOG_LEVEL_VERBOSE, "Exception Creating PropFilter : %s", e.What());
-    ThrowCopy(e);
-  }
-}
-
-ManagedObjectReference* KEDataSyncImpl::RecordFilterNoLock(
-    std::unique_ptr<ManagedObjectReference> reference, KEVector<KEString>& list,
-    KELib::KEWaiter* waiter) {
-  const PropertyList sections(list);
-  auto info = std::make_unique<DataSyncInfo>();
-  info->isTask = sections.IsTaskWatch();
-  info->taskPending = info->isTask;
-  info->waiter = HolderOf(waiter);
-  CreateCaches(sections, info->cacheTypes);
-  info->classes = StaleObjects::ClassesOf(sections);
-
-  ManagedObjectReference* key = reference.get();
-  DataSyncInfo* older = FindFilterNoLock(*key);
-  const unsigned int before = older != nullptr ? older->classes : 0;
-  if (older != nullptr) {
-    // The server handed the same filter out again: whoever holds the older reference keeps it
-    // valid.
-    ReleaseWaiterNoLock(older->waiter);
-    info->methods.swap(older->methods);
-    reference = std::move(older->reference);
-    key = reference.get();
-    filters->Remove(key);
-  }
-  NoteFilterCameNoLock(*info, before);
-  info->reference = std::move(reference);
-  filters->Insert(key, info.get());
-  info.release();
-  return key;
-}
-
-// `before`: what the filter watched already, when the server has handed it out again.
-void KEDataSyncImpl::NoteFilterCameNoLock(DataSyncInfo& info, unsigned int before) {
-  const unsigned int others = WatchedClassesNoLock();
-  stale->FilterWent(before & ~info.classes, others);
-  if (!stale->FilterCame(info.classes & ~before, others, *typeCache)) return;
-  stale->ExpectEverything();
-  fullRequest->AtOnce();
-}
-
-unsigned int KEDataSyncImpl::WatchedClassesNoLock() {
-  unsigned int classes = 0;
-  for (auto it = filters->Begin(); !it.End(); ++it) {
-    if (it->value != nullptr) classes |= it->value->classes;
-  }
-  return classes;
-}
-
-// "TaskInfo" is among them always: a clean-up may have emptied the type cache.
-void KEDataSyncImpl::CreateCaches(const PropertyList& sections, KEVector<KEString>& cacheTypes) {
-  CopyNames(sections, sections.cacheTypes, cacheTypes);
-  KEString taskType(KE::Stub::TaskInfoClass);
-  typeCache->CreateDataCache(taskType);
-  for (unsigned int i = 0; i < cacheTypes.Count(); ++i) typeCache->CreateDataCache(cacheTypes[i]);
-}
-
-DataSyncInfo* KEDataSyncImpl::FindFilterNoLock(ManagedObjectReference& filter) {
-  ManagedObjectReference* key = &filter;
-  DataSyncInfo** found = filters->Get(key);
-  return found != nullptr ? *found : nullptr;
-}
-
-// The record that the calling thread made and to which `reference` belongs; null when it has gone.
-// `reference`, which may be freed, is compared only. Another watch may have its address by now, but
-// none that this thread made, since this one was set up.
-DataSyncInfo* KEDataSyncImpl::FindOwnFilterNoLock(const ManagedObjectReference* reference) {
-  if (reference == nullptr) return nullptr;
-  for (auto it = filters->Begin(); !it.End(); ++it) {
-    DataSyncInfo* info = it->value;
-    if (info == nullptr || info->reference.get() != reference) continue;
-    return info->maker == std::this_thread::get_id() ? info : nullptr;
-  }
-  return nullptr;
-}
-
-void KEDataSyncImpl::ReleaseWaiterNoLock(std::unique_ptr<WaiterHolder>& waiter) {
-  if (waiter == nullptr) return;
-  waiter->Release(*state);
-  waiter.reset();
-}
-
-void KEDataSyncImpl::ReleaseFilledNoLock(DataSyncInfo& info) {
-  if (info.waiter == nullptr || info.taskPending) return;
-  info.held = stale->IsOpen(info.classes);
-  if (!info.held) ReleaseWaiterNoLock(info.waiter);
-}
-
-void KEDataSyncImpl::StopDataSync(ManagedObjectReference* ref) {
-  SyncState::CallScope scope(*state);
-  if (ref == nullptr) return;
-  KEMutexGuard guard(mutex.get());
-  if (ref->type.Equals(TypePropertyFilter)) {
-    DestroyPropFilter(ref);
-  } else {
-    StopMethodsNoLock(*ref);
-  }
+  return watches->CreateFilter(root, list, waiter);
 }
 
 void KEDataSyncImpl::DestroyPropFilter(ManagedObjectReference* filter) {
-  if (filter == nullptr) return;
-  KEMutexGuard guard(mutex.get());
-  server->DestroyFilter(*filter);
-  DataSyncInfo* info = FindFilterNoLock(*filter);
-  if (info == nullptr) return;
-  // The methods go first: what the caches hold is left as last known, as for every filter.
-  ReleaseWaiterNoLock(info->waiter);
-  LeaveMethodsNoLock(*info);
-  RemoveFilterNoLock(*filter);
+  watches->DestroyFilter(filter);
 }
 
-// `filter` usually is the record's own reference, which dies here. Needs no memory.
-void KEDataSyncImpl::RemoveFilterNoLock(ManagedObjectReference& filter) {
-  DataSyncInfo* info = FindFilterNoLock(filter);
-  if (info == nullptr) return;
-  ReleaseWaiterNoLock(info->waiter);
-  // The map's key is the record's own reference, which must outlive the removal.
-  const std::unique_ptr<ManagedObjectReference> reference = std::move(info->reference);
-  ManagedObjectReference* key = reference.get();
-  const unsigned int classes = info->classes;
-  filters->Remove(key);
-  stale->FilterWent(classes, WatchedClassesNoLock());
+void KEDataSyncImpl::DestroyPropMethod(ManagedObjectReference* ref) {
+  watches->DestroyMethods(ref);
 }
 
-void KEDataSyncImpl::NoteUnknownFilter(ManagedObjectReference& filter) {
-  unknownFilter.type = filter.type;
-  unknownFilter.value = filter.value;
+DataSyncInfo* KEDataSyncImpl::FindFilter(ManagedObjectReference& filter) {
+  KEMutexGuard guard(watches->GetMutex());
+  return watches->FindFilterNoLock(filter);
 }
 
 }  // namespace KE::Service

@@ -37,14 +37,10 @@ class KEXmlReader;
 
 namespace KE::Service {
 
-class FullRequest;
-class PropertyList;
-class RoleMemory;
 class ServerCalls;
-class StaleObjects;
 class SyncState;
+class Watches;
 struct TaskWait;
-struct WaiterHolder;
 struct WalkRoom;
 
 class KECPP_API KEDataSyncImpl : public KEDataSync {
@@ -166,24 +162,11 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   void UpdateMissingType(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
   void UpdateObjectLeave(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
 
-  // --- for the helpers that apply update sets ----------------------------------------------------
-
   KELib::KEMutex* GetMutex() KECPP_RETURN_CAPABILITY(mutex) { return mutex.get(); }
-  RoleMemory& Roles() { return *roles; }    // guarded by `mutex`
-  StaleObjects& Stale() { return *stale; }  // likewise
 
-  // The record of a filter; null when it is not watched (any more). The caller holds `mutex`.
-  DataSyncInfo* FindFilterNoLock(KE::Stub::ManagedObjectReference& filter) KECPP_REQUIRES(mutex);
-
-  // Signals the record's waiter, if it has one. The caller holds `mutex`.
-  void ReleaseWaiterNoLock(std::unique_ptr<WaiterHolder>& waiter) KECPP_REQUIRES(mutex);
-
-  // The record's first data is there: as ReleaseWaiterNoLock, unless a task is awaited or what is
-  // cached of the watched classes is not known to be true yet. The caller holds `mutex`.
-  void ReleaseFilledNoLock(DataSyncInfo& info) KECPP_REQUIRES(mutex);
-
-  // Remembers a filter of which an update set spoke although nobody watches it.
-  void NoteUnknownFilter(KE::Stub::ManagedObjectReference& filter);
+  // The record of a filter, which a walk over an update set puts into `UpdateInfo::syncInfo`; null
+  // when it is not watched (any more). Takes the filter-table mutex, which guards the record.
+  DataSyncInfo* FindFilter(KE::Stub::ManagedObjectReference& filter);
 
  private:
   enum class Outcome { good, empty, timedOut, cancelled, incomplete, failed, stopped };
@@ -192,28 +175,9 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   // life
   void ReviveAfterStop();
   void AwaitStoppedLoop();
-  void ForgetEverythingNoLock() KECPP_REQUIRES(mutex);
-  void ForgetWatchesNoLock() KECPP_REQUIRES(mutex);
+  void ForgetEverything();
+  void ForgetWatches();
 
-  // watches
-  KE::Stub::ManagedObjectReference* RecordFilterNoLock(
-      std::unique_ptr<KE::Stub::ManagedObjectReference> reference,
-      KELib::KEVector<KELib::KEString>& list, KELib::KEWaiter* waiter) KECPP_REQUIRES(mutex);
-  KE::Stub::ManagedObjectReference* RegisterMethods(KE::Stub::ManagedObjectReference* root,
-                                                    const PropertyList& sections,
-                                                    KE::Stub::ManagedObjectReference* filter,
-                                                    KELib::KEWaiter* waiter,
-                                                    KE::Stub::ManagedObjectReference& key);
-  void CreateCaches(const PropertyList& sections, KELib::KEVector<KELib::KEString>& cacheTypes);
-  void RemoveFilterNoLock(KE::Stub::ManagedObjectReference& filter) KECPP_REQUIRES(mutex);
-  void NoteFilterCameNoLock(DataSyncInfo& info, unsigned int before) KECPP_REQUIRES(mutex);
-  unsigned int WatchedClassesNoLock() KECPP_REQUIRES(mutex);
-  void AbandonSetup(KE::Stub::ManagedObjectReference* filter,
-                    KE::Stub::ManagedObjectReference* methods,
-                    KE::Stub::ManagedObjectReference& methodsKey,
-                    unsigned long long stopsBefore) noexcept;
-  DataSyncInfo* FindOwnFilterNoLock(const KE::Stub::ManagedObjectReference* reference)
-      KECPP_REQUIRES(mutex);
   std::shared_ptr<TaskWait> BlockOnTask(const KE::Stub::ManagedObjectReference* filter,
                                         unsigned long long stopsBefore);
 
@@ -227,21 +191,9 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   void NoteMethodOutcome(MethodCall& call);
   void NoteFailedMethods();
   void ApplyMethodAnswer(MethodCall& call, KELib::KEString& response);
-  void ReleaseMethodWaiters();
   void LosePermissions(const char* text);
-  bool NamesMethodsNoLock(const MethodDataSyncInfo& methods, const DataSyncInfo* except)
-      KECPP_REQUIRES(mutex);
-  void LeaveMethodsNoLock(DataSyncInfo& filter) KECPP_REQUIRES(mutex);
-  void StopMethodsNoLock(KE::Stub::ManagedObjectReference& ref) KECPP_REQUIRES(mutex);
-  MethodDataSyncInfo* FindMethodsNoLock(KE::Stub::ManagedObjectReference& ref)
-      KECPP_REQUIRES(mutex);
-  bool IsCacheNamedNoLock(KELib::KEString& type) KECPP_REQUIRES(mutex);
-  void DropUnnamedStubsNoLock(KELib::KEVector<KELib::KEString>& cacheTypes) KECPP_REQUIRES(mutex);
 
   // loop
-  bool HasWatches();
-  bool HasMethods();
-  bool HasFilters();
   void RunFirstCycle();
   void StartThread();
   bool TryLeave(bool escaped);
@@ -263,11 +215,9 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   void AskForEverythingLater();
   void BackOff(Outcome outcome, long long cycleMilliseconds);
   void NoteFailedCycle(const char* text);
-  void FinishUpdateSet(bool cutShort);
 
   // tasks
   bool TakeTaskResult(KE::Stub::ManagedObjectReference& task);
-  void ForgetWaiterNoLock(KELib::KEWaiter* waiter) KECPP_REQUIRES(mutex);
 
   // Constant after Init.
   KEMethod* method = nullptr;
@@ -291,16 +241,14 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
 
   std::unique_ptr<SyncState> state;                // own lock
   std::unique_ptr<ServerCalls> server;             // made by Init
+  std::unique_ptr<Watches> watches;                // made by Init
   std::unique_ptr<KELib::KEMutex> methodRun;       // serialises the property methods; outermost
-  std::unique_ptr<RoleMemory> roles;               // guarded by `mutex`
-  std::unique_ptr<StaleObjects> stale;             // guarded by `mutex`
   KE::Stub::ManagedObjectReference unknownFilter;  // of the thread that runs a cycle
-  unsigned int failuresInARow = 0;           // of the thread that runs a cycle; for the back-off
-  unsigned int cancelsInARow = 0;            // likewise
-  Outcome lastOutcome = Outcome::good;       // of the thread that runs a cycle
-  bool waitWasSilent = false;                // likewise: nothing of an answer came to the last wait
-  std::unique_ptr<WalkRoom> walkRoom;        // likewise
-  std::unique_ptr<FullRequest> fullRequest;  // guarded by `mutex`
+  unsigned int failuresInARow = 0;      // of the thread that runs a cycle; for the back-off
+  unsigned int cancelsInARow = 0;       // likewise
+  Outcome lastOutcome = Outcome::good;  // of the thread that runs a cycle
+  bool waitWasSilent = false;           // likewise: nothing of an answer came to the last wait
+  std::unique_ptr<WalkRoom> walkRoom;   // likewise
 };
 
 }  // namespace KE::Service

@@ -8,10 +8,9 @@
 
 #include "datasync/DataSyncConstants.h"
 #include "datasync/KEDataSyncImpl.h"
-#include "datasync/PropertyList.h"
 #include "datasync/ServerCalls.h"
 #include "datasync/SyncState.h"
-#include "datasync/WaiterHolder.h"
+#include "datasync/Watches.h"
 #include "foundation/KEException.h"
 #include "foundation/KEMutexGuard.h"
 #include "foundation/Logger.h"
@@ -27,7 +26,6 @@ namespace {
 using KE::Stub::ManagedObjectReference;
 using KELib::KEMutexGuard;
 using KELib::KEString;
-using KELib::KEVector;
 
 using Clock = std::chrono::steady_clock;
 
@@ -53,14 +51,6 @@ void LogFailure(const char* text) {
                       "Exception Invoking property methods : %s", text);
 }
 
-bool Names(KEVector<KEString>& names, KEString& wanted) {
-  return names.Index(wanted) < names.Count();
-}
-
-bool Holds(const DataSyncInfo& filter, const MethodDataSyncInfo& methods) {
-  return std::find(filter.methods.begin(), filter.methods.end(), &methods) != filter.methods.end();
-}
-
 }  // namespace
 
 // One invocation of a run: copies, since the record may go while the server is being asked.
@@ -72,71 +62,12 @@ struct KEDataSyncImpl::MethodCall {
   std::exception_ptr error;  // null: it answered
 };
 
-// Names the record in `key`. Null when another thread has stopped `filter`, which the same list
-// made, already.
-ManagedObjectReference* KEDataSyncImpl::RegisterMethods(ManagedObjectReference* root,
-                                                        const PropertyList& sections,
-                                                        ManagedObjectReference* filter,
-                                                        KELib::KEWaiter* waiter,
-                                                        ManagedObjectReference& key) {
-  auto info = std::make_unique<MethodDataSyncInfo>();
-  info->target.type = root->type;
-  info->target.value = root->value;
-  key.type = TypePropertyMethod;
-  key.value = root->value;
-  for (unsigned int index : sections.methods) {
-    info->methods.Add(sections.At(index));
-    info->outcomes.emplace_back();
-    key.value += info->methods.Count() == 1 ? "/" : ",";
-    key.value += sections.At(index);
-  }
-  info->reference.reset(KE::Stub::CreateManagedObjectReference(key.type, key.value));
-  std::unique_ptr<WaiterHolder> holder;
-  if (waiter != nullptr && filter == nullptr) {
-    holder = std::make_unique<WaiterHolder>();
-    holder->waiter = waiter;
-  }
-
-  KEMutexGuard guard(mutex.get());
-  DataSyncInfo* owner = FindOwnFilterNoLock(filter);
-  if (filter != nullptr && owner == nullptr) return nullptr;
-  if (owner != nullptr) owner->methods.reserve(owner->methods.size() + 1);
-  CreateCaches(sections, info->cacheTypes);
-  MethodDataSyncInfo* record = FindMethodsNoLock(key);
-  if (record == nullptr) {
-    ManagedObjectReference* ownKey = info->reference.get();
-    methodInfos->Insert(ownKey, info.get());
-    record = info.release();
-  } else {
-    for (unsigned int i = 0; i < info->cacheTypes.Count(); ++i) {
-      KEString& type = info->cacheTypes[i];
-      if (!Names(record->cacheTypes, type)) record->cacheTypes.Add(type);
-    }
-  }
-  if (owner == nullptr) {
-    ++record->lists;
-  } else if (!Holds(*owner, *record)) {
-    owner->methods.push_back(record);
-  }
-  if (holder != nullptr) {
-    ReleaseWaiterNoLock(record->waiter);  // an older one had its data when its own call returned
-    record->waiter = std::move(holder);
-  }
-  return record->reference.get();
-}
-
-MethodDataSyncInfo* KEDataSyncImpl::FindMethodsNoLock(ManagedObjectReference& ref) {
-  ManagedObjectReference* key = &ref;
-  MethodDataSyncInfo** found = methodInfos->Get(key);
-  return found != nullptr ? *found : nullptr;
-}
-
 // `always` is the value of a record whose methods are due whatever became of their last calls.
 std::vector<KEDataSyncImpl::MethodCall> KEDataSyncImpl::CallsToMake(const KEString* always) {
   std::vector<MethodCall> calls;
   const Clock::time_point now = Clock::now();
-  KEMutexGuard guard(mutex.get());
-  for (auto it = methodInfos->Begin(); !it.End(); ++it) {
+  KEMutexGuard guard(watches->GetMutex());
+  for (auto it = watches->MethodsNoLock().Begin(); !it.End(); ++it) {
     MethodDataSyncInfo* info = it->value;
     if (info == nullptr) continue;
     const bool isSetUp = always != nullptr && info->reference->value.Equals(always->Cstr());
@@ -169,9 +100,9 @@ std::vector<KEDataSyncImpl::MethodCall> KEDataSyncImpl::RunMethods(const KEStrin
     }
     NoteMethodOutcome(call);
   }
-  ReleaseMethodWaiters();
+  watches->ReleaseAnsweredMethods();
   // Counted besides the update set that they follow: who read after that set reads again.
-  if (applied) state->NoteApplied(!HasFilters());
+  if (applied) state->NoteApplied(!watches->HasFilters());
   const auto answered = [](const MethodCall& call) { return call.error == nullptr; };
   calls.erase(std::remove_if(calls.begin(), calls.end(), answered), calls.end());
   return calls;
@@ -187,8 +118,8 @@ bool KEDataSyncImpl::RunMethod(MethodCall& call) {
 }
 
 void KEDataSyncImpl::NoteMethodOutcome(MethodCall& call) {
-  KEMutexGuard guard(mutex.get());
-  MethodDataSyncInfo* info = FindMethodsNoLock(call.record);
+  KEMutexGuard guard(watches->GetMutex());
+  MethodDataSyncInfo* info = watches->FindMethodsNoLock(call.record);
   if (info == nullptr || call.index >= info->outcomes.size()) return;
   MethodOutcome& outcome = info->outcomes[call.index];
   outcome.last = MethodOutcome::Last::answered;
@@ -234,8 +165,8 @@ void KEDataSyncImpl::RunMethodsInCycle() {
 // A cycle at whose end methods have not answered is one failure, however many they are, and also
 // when none of them was due.
 void KEDataSyncImpl::NoteFailedMethods() {
-  KEMutexGuard guard(mutex.get());
-  for (auto it = methodInfos->Begin(); !it.End(); ++it) {
+  KEMutexGuard guard(watches->GetMutex());
+  for (auto it = watches->MethodsNoLock().Begin(); !it.End(); ++it) {
     if (it->value == nullptr) continue;
     for (const MethodOutcome& outcome : it->value->outcomes) {
       if (outcome.last == MethodOutcome::Last::failed) {
@@ -250,100 +181,12 @@ void KEDataSyncImpl::ApplyMethodAnswer(MethodCall& call, KEString& response) {
   KELib::Xml::KEXmlReader reader(response, false, 0);
   UpdateInfo ui(ReturnVal, ReturnVal);
   ui.name = call.name;
-  KEMutexGuard guard(mutex.get());
-  if (FindMethodsNoLock(call.record) == nullptr) return;  // stopped while the server was asked
+  KEMutexGuard guard(watches->GetMutex());
+  if (watches->FindMethodsNoLock(call.record) == nullptr)
+    return;  // stopped while the server was asked
   KE::Instance::KECacheGuard caches(typeCache.get());
   caches.LockAuthorization();
   UpdateComplexType(ui, reader);
-}
-
-// Those of the records whose methods have all answered.
-void KEDataSyncImpl::ReleaseMethodWaiters() {
-  const auto isGood = [](const MethodOutcome& outcome) {
-    return outcome.last == MethodOutcome::Last::answered;
-  };
-  KEMutexGuard guard(mutex.get());
-  for (auto it = methodInfos->Begin(); !it.End(); ++it) {
-    MethodDataSyncInfo* info = it->value;
-    if (info == nullptr || info->waiter == nullptr) continue;
-    if (std::all_of(info->outcomes.begin(), info->outcomes.end(), isGood)) {
-      ReleaseWaiterNoLock(info->waiter);
-    }
-  }
-}
-
-// Whether the list of a filter names the methods, that of `except` aside.
-bool KEDataSyncImpl::NamesMethodsNoLock(const MethodDataSyncInfo& methods,
-                                        const DataSyncInfo* except) {
-  for (auto it = filters->Begin(); !it.End(); ++it) {
-    if (it->value != nullptr && it->value != except && Holds(*it->value, methods)) return true;
-  }
-  return false;
-}
-
-// For a filter that ends. Without memory nothing is lost: it may be stopped again.
-void KEDataSyncImpl::LeaveMethodsNoLock(DataSyncInfo& filter) {
-  while (!filter.methods.empty()) {
-    MethodDataSyncInfo* info = filter.methods.back();
-    if (info->lists == 0 && !NamesMethodsNoLock(*info, &filter)) {
-      DestroyPropMethod(info->reference.get());  // takes it out of `filter.methods`, too
-    } else {
-      filter.methods.pop_back();
-    }
-  }
-}
-
-// Ends one of the lists without properties that named these methods.
-void KEDataSyncImpl::StopMethodsNoLock(ManagedObjectReference& ref) {
-  MethodDataSyncInfo* info = FindMethodsNoLock(ref);
-  if (info == nullptr || info->lists == 0) return;
-  ReleaseWaiterNoLock(info->waiter);
-  if (info->lists > 1 || NamesMethodsNoLock(*info, nullptr)) {
-    --info->lists;
-  } else {
-    DestroyPropMethod(info->reference.get());
-  }
-}
-
-void KEDataSyncImpl::DestroyPropMethod(ManagedObjectReference* ref) {
-  if (ref == nullptr) return;
-  KEMutexGuard guard(mutex.get());
-  MethodDataSyncInfo* info = FindMethodsNoLock(*ref);
-  if (info == nullptr) return;
-  ReleaseWaiterNoLock(info->waiter);
-  // Everything that needs memory comes before the first change.
-  KEVector<KEString> cacheTypes;
-  for (unsigned int i = 0; i < info->cacheTypes.Count(); ++i) cacheTypes.Add(info->cacheTypes[i]);
-  KE::Instance::KECacheGuard caches(typeCache.get());
-  caches.LockAll();  // deleting a stub writes into its partners, whichever caches they live in
-  for (auto it = filters->Begin(); !it.End(); ++it) {
-    if (it->value == nullptr) continue;
-    auto& held = it->value->methods;
-    held.erase(std::remove(held.begin(), held.end(), info), held.end());
-  }
-  // The map's key is the record's own reference, which must outlive the removal.
-  const std::unique_ptr<ManagedObjectReference> reference = std::move(info->reference);
-  ManagedObjectReference* key = reference.get();
-  methodInfos->Remove(key);
-  DropUnnamedStubsNoLock(cacheTypes);
-}
-
-bool KEDataSyncImpl::IsCacheNamedNoLock(KEString& type) {
-  for (auto it = filters->Begin(); !it.End(); ++it) {
-    if (it->value != nullptr && Names(it->value->cacheTypes, type)) return true;
-  }
-  for (auto it = methodInfos->Begin(); !it.End(); ++it) {
-    if (it->value != nullptr && Names(it->value->cacheTypes, type)) return true;
-  }
-  return false;
-}
-
-void KEDataSyncImpl::DropUnnamedStubsNoLock(KEVector<KEString>& cacheTypes) {
-  for (unsigned int i = 0; i < cacheTypes.Count(); ++i) {
-    if (IsCacheNamedNoLock(cacheTypes[i])) continue;
-    KE::Instance::KEDataCache* cache = typeCache->GetDataCache(cacheTypes[i]);
-    if (cache != nullptr) cache->ClearNoLock();
-  }
 }
 
 void KEDataSyncImpl::LosePermissions(const char* text) {
@@ -355,7 +198,7 @@ void KEDataSyncImpl::LosePermissions(const char* text) {
 
 void KEDataSyncImpl::CleanupSessionUserPermissions() {
   try {
-    KEMutexGuard guard(mutex.get());
+    KEMutexGuard guard(watches->GetMutex());
     KE::Instance::KECacheGuard caches(typeCache.get());
     caches.LockAuthorization();
     for (const char* name : {KE::Stub::Zorbel_RoleClass, KE::Stub::Zorbel_PrivilegeClass,

@@ -8,14 +8,13 @@
 #include <utility>
 
 #include "datasync/DataSyncConstants.h"
-#include "datasync/FullRequest.h"
 #include "datasync/KEDataSyncImpl.h"
 #include "datasync/KEDataSyncWorkImpl.h"
 #include "datasync/ServerCalls.h"
 #include "datasync/StaleObjects.h"
 #include "datasync/SyncSeams.h"
 #include "datasync/SyncState.h"
-#include "datasync/WaiterHolder.h"
+#include "datasync/Watches.h"
 #include "foundation/KECondition.h"
 #include "foundation/KEException.h"
 #include "foundation/KEMutexGuard.h"
@@ -84,12 +83,12 @@ void KEDataSyncImpl::RestartDataSync() {
 // --- starting and leaving ------------------------------------------------------------------------
 
 void KEDataSyncImpl::StartSyncData() {
-  if (started || !HasWatches()) return;
+  if (started || !watches->Any()) return;
   if (!state->BeginFirstCycle(stopRequested)) return;
   try {
     if (!stopRequested) CheckDaemon();
     RunFirstCycle();
-    if (stopRequested || !HasWatches()) {
+    if (stopRequested || !watches->Any()) {
       initialCycleDone = false;
       state->SetPhase(SyncState::Phase::idle);
       return;
@@ -115,7 +114,7 @@ void KEDataSyncImpl::RunFirstCycle() {
   for (unsigned int failures = 0; failures < kFailuresToGiveUp;) {
     initialCycleDone = false;
     SyncData();
-    if (stopRequested || !HasWatches()) return;
+    if (stopRequested || !watches->Any()) return;
     if (lastOutcome == Outcome::good || lastOutcome == Outcome::timedOut) {
       if (!AwaitsMore() || GetSyncSeams().now() >= end) return;
       if (lastOutcome == Outcome::good) continue;
@@ -126,10 +125,11 @@ void KEDataSyncImpl::RunFirstCycle() {
 
 // The last wait was answered, or was a short one, and the next one will bring more.
 bool KEDataSyncImpl::AwaitsMore() {
-  KEMutexGuard guard(mutex.get());
-  if (filters->Count() == 0) return false;
-  if (fullRequest->Wanted() || stale->AwaitsPart()) return true;
-  return lastOutcome == Outcome::good && stale->IsOpen(WatchedClassesNoLock());
+  KEMutexGuard guard(watches->GetMutex());
+  if (!watches->HasFiltersNoLock()) return false;
+  StaleObjects& stale = watches->StaleNoLock();
+  if (watches->RequestNoLock().Wanted() || stale.AwaitsPart()) return true;
+  return lastOutcome == Outcome::good && stale.IsOpen(watches->ClassesNoLock());
 }
 
 void KEDataSyncImpl::StartThread() {
@@ -163,16 +163,10 @@ bool KEDataSyncImpl::RunThread() noexcept {
 // The one step in which the loop ends: a watch that is added at this moment either is seen here,
 // and the loop goes on, or finds the states reset and starts a loop of its own.
 bool KEDataSyncImpl::TryLeave(bool escaped) {
-  KEMutexGuard guard(mutex.get());
-  const bool watches = filters->Count() > 0 || methodInfos->Count() > 0;
-  if (watches && !escaped && !stopRequested) return false;
-  for (auto it = filters->Begin(); !it.End(); ++it) {
-    if (it->value != nullptr) ReleaseWaiterNoLock(it->value->waiter);
-  }
-  for (auto it = methodInfos->Begin(); !it.End(); ++it) {
-    if (it->value != nullptr) ReleaseWaiterNoLock(it->value->waiter);
-  }
-  if (filters->Count() == 0) ForgetVersion();
+  KEMutexGuard guard(watches->GetMutex());
+  if (watches->AnyNoLock() && !escaped && !stopRequested) return false;
+  watches->ReleaseAllNoLock();
+  if (!watches->HasFiltersNoLock()) ForgetVersion();
   initialCycleDone = false;
   started = false;
   state->SetPhase(SyncState::Phase::ending);
@@ -181,47 +175,32 @@ bool KEDataSyncImpl::TryLeave(bool escaped) {
   return true;
 }
 
-bool KEDataSyncImpl::HasWatches() {
-  KEMutexGuard guard(mutex.get());
-  return filters->Count() > 0 || methodInfos->Count() > 0;
-}
-
-bool KEDataSyncImpl::HasFilters() {
-  KEMutexGuard guard(mutex.get());
-  return filters->Count() > 0;
-}
-
-bool KEDataSyncImpl::HasMethods() {
-  KEMutexGuard guard(mutex.get());
-  return methodInfos->Count() > 0;
-}
-
 // --- the loop ------------------------------------------------------------------------------------
 
 void KEDataSyncImpl::SyncData() {
   lastOutcome = Outcome::stopped;
-  while (!stopRequested && HasWatches()) {
+  while (!stopRequested && watches->Any()) {
     const auto begin = Clock::now();
     lastOutcome = RunCycle();
     const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
     BackOff(lastOutcome, took.count());
     if (!initialCycleDone.exchange(true)) break;
   }
-  if (!HasFilters()) ForgetVersion();
+  if (!watches->HasFilters()) ForgetVersion();
 }
 
 // The next wait asks for everything.
 void KEDataSyncImpl::ForgetVersion() {
-  KEMutexGuard guard(mutex.get());
+  KEMutexGuard guard(watches->GetMutex());
   version.Clear();
-  stale->ExpectEverything();
-  fullRequest->AtOnce();
+  watches->StaleNoLock().ExpectEverything();
+  watches->RequestNoLock().AtOnce();
 }
 
 KEDataSyncImpl::Outcome KEDataSyncImpl::RunCycle() {
   const Outcome outcome = Guarded([this] { return WaitAndApply(); });
   if (outcome != Outcome::good && outcome != Outcome::timedOut) return outcome;
-  if (stopRequested || !HasMethods()) return outcome;
+  if (stopRequested || !watches->HasMethods()) return outcome;
   return Guarded([this, outcome] {
     RunMethodsInCycle();
     return outcome;
@@ -276,18 +255,12 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::HandleFailure(const char* text) {
 // A server that does not answer must hold nobody for ever who waits for a task or for the end of a
 // report.
 void KEDataSyncImpl::NoteFailedCycle(const char* text) {
-  if (state->NoteFailure(text) < kFailuresToGiveUp) return;
-  KEMutexGuard guard(mutex.get());
-  for (auto it = filters->Begin(); !it.End(); ++it) {
-    DataSyncInfo* info = it->value;
-    if (info == nullptr) continue;
-    if (info->taskPending || stale->IsOpen(info->classes)) ReleaseWaiterNoLock(info->waiter);
-  }
+  if (state->NoteFailure(text) >= kFailuresToGiveUp) watches->ReleaseAfterFailures();
 }
 
 KEDataSyncImpl::Outcome KEDataSyncImpl::WaitAndApply() {
   // Methods alone have no updates to wait for before their callers see the first data.
-  if (!initialCycleDone && !HasFilters()) return Outcome::good;
+  if (!initialCycleDone && !watches->HasFilters()) return Outcome::good;
   KEString response;
   if (!server->WaitForUpdates(version, BeginWait(), waitWasSilent, response)) {
     return Outcome::stopped;
@@ -304,15 +277,17 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::WaitAndApply() {
 // Prepares what watches for stale objects, and returns how many milliseconds the next wait may stay
 // unanswered; 0: as long as the connection allows.
 int KEDataSyncImpl::BeginWait() {
-  KEMutexGuard guard(mutex.get());
+  KEMutexGuard guard(watches->GetMutex());
   const SyncTime now = GetSyncSeams().now();
-  const bool everything = fullRequest->Due(now);
-  stale->BeginWait(everything, WatchedClassesNoLock(), *typeCache);
+  StaleObjects& stale = watches->StaleNoLock();
+  FullRequest& request = watches->RequestNoLock();
+  const bool everything = request.Due(now);
+  stale.BeginWait(everything, watches->ClassesNoLock(), *typeCache);
   if (everything) {
     version.Clear();
-    fullRequest->Sent();
+    request.Sent();
   }
-  return stale->AwaitsPart() ? StaleObjects::kNextPartMs : fullRequest->WaitLimit(now);
+  return stale.AwaitsPart() ? StaleObjects::kNextPartMs : request.WaitLimit(now);
 }
 
 KEDataSyncImpl::Outcome KEDataSyncImpl::ApplyResponse(KEString& response) {
@@ -336,16 +311,16 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::ApplyResponse(KEString& response) {
 // The server takes the set for delivered. What it said is learned by asking for everything, but
 // not at once: a set that cannot be applied may come again each time.
 void KEDataSyncImpl::AskForEverythingLater() {
-  KEMutexGuard guard(mutex.get());
-  stale->ExpectEverything();
-  fullRequest->AfterFailure(GetSyncSeams().now());
+  KEMutexGuard guard(watches->GetMutex());
+  watches->StaleNoLock().ExpectEverything();
+  watches->RequestNoLock().AfterFailure(GetSyncSeams().now());
 }
 
 void KEDataSyncImpl::EndAnswer(bool advanced) {
   {
-    KEMutexGuard guard(mutex.get());
-    fullRequest->NoteWholeSet();
-    stale->EndAnswer(advanced);
+    KEMutexGuard guard(watches->GetMutex());
+    watches->RequestNoLock().NoteWholeSet();
+    watches->StaleNoLock().EndAnswer(advanced);
   }
   SettleReports();
 }
@@ -353,12 +328,9 @@ void KEDataSyncImpl::EndAnswer(bool advanced) {
 KEDataSyncImpl::Outcome KEDataSyncImpl::EndSilence() {
   return Guarded([this] {
     {
-      KEMutexGuard guard(mutex.get());
-      for (auto it = filters->Begin(); !it.End(); ++it) {
-        // A report that ends in silence had nothing to say: that is the first data.
-        if (it->value != nullptr) it->value->held = stale->IsOpen(it->value->classes);
-      }
-      stale->EndSilence();
+      KEMutexGuard guard(watches->GetMutex());
+      watches->HoldForReportsNoLock();
+      watches->StaleNoLock().EndSilence();
     }
     SettleReports();
     return Outcome::timedOut;
@@ -393,9 +365,9 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::DestroyUnknownFilter() {
   filter.type.Transfer(unknownFilter.type);
   filter.value.Transfer(unknownFilter.value);
   {
-    KEMutexGuard guard(mutex.get());
-    stale->ExpectEverything();
-    fullRequest->AfterCut(GetSyncSeams().now());
+    KEMutexGuard guard(watches->GetMutex());
+    watches->StaleNoLock().ExpectEverything();
+    watches->RequestNoLock().AfterCut(GetSyncSeams().now());
   }
   server->DestroyFilter(filter);
   return Outcome::incomplete;
@@ -405,20 +377,16 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::DestroyUnknownFilter() {
 // their end.
 void KEDataSyncImpl::SettleReports() {
   for (KEString type, id;;) {  // a reader waits for one object at most
-    KEMutexGuard guard(mutex.get());
-    const KE::Instance::ObjectKind* const kind = stale->StaleKind();
+    KEMutexGuard guard(watches->GetMutex());
+    const KE::Instance::ObjectKind* const kind = watches->StaleNoLock().StaleKind();
     if (kind == nullptr) break;
     KE::Instance::KECacheGuard caches(typeCache.get());
     caches.LockKinds(kind->group);
     type = kind->cacheClass;
-    stale->TakeStale(*kind, id);
+    watches->StaleNoLock().TakeStale(*kind, id);
     if (typeCache->GetDataCache(type) != nullptr) typeCache->RemoveValNoLock(type, id);
   }
-  if (WaiterHolder::Count() == 0) return;
-  KEMutexGuard guard(mutex.get());
-  for (auto it = filters->Begin(); !it.End(); ++it) {
-    if (it->value != nullptr && it->value->held) ReleaseFilledNoLock(*it->value);
-  }
+  watches->ReleaseHeld();
 }
 
 // A failure that repeats must neither spin nor flood the log. Time-outs and cancels are none.

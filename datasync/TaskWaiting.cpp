@@ -6,6 +6,7 @@
 #include "datasync/KEDataSyncImpl.h"
 #include "datasync/SyncState.h"
 #include "datasync/WaiterHolder.h"
+#include "datasync/Watches.h"
 #include "foundation/KEMutexGuard.h"
 #include "foundation/Logger.h"
 #include "instance/CacheConversion.h"
@@ -50,11 +51,12 @@ bool KEDataSyncImpl::WaitForTask(KEString& response, KELib::KEWaiter* waiter) {
   const unsigned long long stopsBefore = state->Stops();
   ManagedObjectReference* filter = SetupDataSync(&task, list, waiter);
   // A stop, of everything or of this filter, may have freed the reference while this thread waited.
-  KEMutexGuard guard(mutex.get());
-  const bool isWatched = FindOwnFilterNoLock(filter) != nullptr && state->Stops() == stopsBefore;
-  if (!isWatched) ForgetWaiterNoLock(waiter);  // the caller may destroy it now
+  KEMutexGuard guard(watches->GetMutex());
+  const bool isWatched =
+      watches->FindOwnFilterNoLock(filter) != nullptr && state->Stops() == stopsBefore;
+  if (!isWatched) watches->ReleaseNoLock(waiter);  // the caller may destroy it now
   const bool succeeded = TakeTaskResult(task);
-  if (isWatched) DestroyPropFilter(filter);
+  if (isWatched) watches->DestroyFilter(filter);
   return succeeded;
 }
 
@@ -63,21 +65,12 @@ bool KEDataSyncImpl::WaitForTask(KEString& response, KELib::KEWaiter* waiter) {
 std::shared_ptr<TaskWait> KEDataSyncImpl::BlockOnTask(const ManagedObjectReference* filter,
                                                       unsigned long long stopsBefore) {
   auto wait = std::make_shared<TaskWait>();
-  KEMutexGuard guard(mutex.get());
+  KEMutexGuard guard(watches->GetMutex());
   if (state->Stops() != stopsBefore) return nullptr;
-  DataSyncInfo* info = FindOwnFilterNoLock(filter);
+  DataSyncInfo* info = watches->FindOwnFilterNoLock(filter);
   if (info == nullptr || info->waiter == nullptr) return nullptr;
   info->waiter->blocked = wait;
   return wait;
-}
-
-// Signals a waiter that a record still holds.
-void KEDataSyncImpl::ForgetWaiterNoLock(KELib::KEWaiter* waiter) {
-  for (auto it = filters->Begin(); !it.End(); ++it) {
-    DataSyncInfo* info = it->value;
-    if (info == nullptr || info->waiter == nullptr) continue;
-    if (info->waiter->waiter == waiter) ReleaseWaiterNoLock(info->waiter);
-  }
 }
 
 // Removes the task's stub. True when there was one and its state is "success".

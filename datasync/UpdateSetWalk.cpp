@@ -2,10 +2,9 @@
 #include "datasync/UpdateSetWalk.h"
 
 #include "datasync/DataSyncConstants.h"
-#include "datasync/KEDataSyncImpl.h"
 #include "datasync/ListValue.h"
 #include "datasync/ObjectTarget.h"
-#include "datasync/StaleObjects.h"
+#include "datasync/Watches.h"
 #include "foundation/Logger.h"
 
 namespace KE::Service {
@@ -55,7 +54,7 @@ class UpdateSetWalk::ObjectLock {
     walk.tableServed = true;
     UpdateInfo& info = walk.ui;
     if (info.syncInfo == nullptr) return;
-    target.emplace(info, *walk.sync.GetCache(), walk.room.systems);
+    target.emplace(info, walk.types, walk.room.systems);
     if (target->IsComputerSystem()) {
       walk.room.systems.Lock(walk.room.caches);
     } else {
@@ -65,8 +64,8 @@ class UpdateSetWalk::ObjectLock {
 
   void RetakeTable() KECPP_NO_THREAD_SAFETY_ANALYSIS {
     walk.table.reset();
-    walk.table.emplace(walk.sync.GetMutex());
-    walk.ui.syncInfo = walk.sync.FindFilterNoLock(walk.ui.filter);
+    walk.table.emplace(walk.watches.GetMutex());
+    walk.ui.syncInfo = walk.watches.FindFilterNoLock(walk.ui.filter);
   }
 
   UpdateSetWalk& walk;
@@ -74,24 +73,32 @@ class UpdateSetWalk::ObjectLock {
   std::optional<ObjectTarget> target;
 };
 
-UpdateSetWalk::UpdateSetWalk(KEDataSyncImpl& owner, KELib::Xml::KEXmlCursor& text, WalkRoom& kept)
-    : sync(owner), cursor(text), room(kept), ui(kept.update) {
+UpdateSetWalk::UpdateSetWalk(Watches& tables, KE::Instance::KETypeCache& typeCache,
+                             KELib::Xml::KEXmlCursor& text, WalkRoom& kept)
+    : watches(tables),
+      roles(tables.RolesNoLock()),
+      stale(tables.StaleNoLock()),
+      types(typeCache),
+      cursor(text),
+      room(kept),
+      ui(kept.update) {
   ui.syncInfo = nullptr;  // a walk that threw may have left something here
   ui.kind.Clear();
   ClearReference(ui.obj);
 }
 
-void UpdateSetWalk::Run() {
-  while (EnterFilterSet() && ApplyFilterSet()) {
+bool UpdateSetWalk::Run() {
+  while (EnterFilterSet()) {
+    if (!ApplyFilterSet()) return false;
   }
+  return true;
 }
 
 bool UpdateSetWalk::EnterFilterSet() {
   XmlSlice name, version;
   for (;;) {
     if (cursor.PassTag("<filterSet>")) return true;
-    if (cursor.PassStartTag("<returnval") ||
-        cursor.TakeText("<version", "</version>", version)) {
+    if (cursor.PassStartTag("<returnval") || cursor.TakeText("<version", "</version>", version)) {
       continue;
     }
     if (cursor.PassTag("</returnval>")) return false;
@@ -109,7 +116,7 @@ bool UpdateSetWalk::EnterFilterSet() {
   }
 }
 
-// The cursor stands in the filter set's content.
+// The cursor stands in the filter set's content. False when nobody watches its filter.
 bool UpdateSetWalk::ApplyFilterSet() {
   XmlSlice name, type, id;
   bool begun = false, closed = false;
@@ -145,26 +152,25 @@ bool UpdateSetWalk::ApplyFilterSet() {
 }
 
 // Outside the analysis, as all that concerns the table mutex here: the guard outlives the call.
-bool UpdateSetWalk::BeginFilter(const XmlSlice& type, const XmlSlice& id)
-    KECPP_NO_THREAD_SAFETY_ANALYSIS {
+bool UpdateSetWalk::BeginFilter(const XmlSlice& type,
+                                const XmlSlice& id) KECPP_NO_THREAD_SAFETY_ANALYSIS {
   room.filterType.Set(type);
   room.filterId.Set(id);
-  if (!table) table.emplace(sync.GetMutex());
-  ui.syncInfo = sync.FindFilterNoLock(ui.filter);
+  if (!table) table.emplace(watches.GetMutex());
+  ui.syncInfo = watches.FindFilterNoLock(ui.filter);
   if (ui.syncInfo == nullptr) {
     LogSkipped(ui.filter);
-    sync.NoteUnknownFilter(ui.filter);
     return false;
   }
   if (ui.syncInfo->waiter != nullptr) ui.syncInfo->received = true;
-  sync.Stale().NoteFilterSet(ui.syncInfo->classes);
+  stale.NoteFilterSet(ui.syncInfo->classes);
   return true;
 }
 
 // The table mutex is held since the filter was last looked up.
 void UpdateSetWalk::EndFilter() KECPP_NO_THREAD_SAFETY_ANALYSIS {
   DataSyncInfo* info = ui.syncInfo;
-  if (info != nullptr) sync.ReleaseFilledNoLock(*info);
+  if (info != nullptr) watches.ReleaseFilledNoLock(*info);
   ui.syncInfo = nullptr;
   ClearReference(ui.filter);
 }
@@ -193,7 +199,7 @@ void UpdateSetWalk::ApplyObjectSet() {
     }
   }
   if (!closed) cursor.Leave("objectSet");
-  if (ui.syncInfo != nullptr) sync.Stale().Name(ui.obj);
+  if (ui.syncInfo != nullptr) stale.Name(ui.obj);
   if (leaves && lock.Take()) lock.Target().Remove();
   leaves = false;
   ui.kind.Clear();
@@ -243,7 +249,7 @@ void UpdateSetWalk::ApplyValue(ObjectLock& lock, const XmlSlice& val, const XmlS
   }
   property.CopyTo(ui.name);
   op.CopyTo(ui.op);
-  ListValue(ui, *sync.GetCache(), room.systems, sync.Roles(), cursor).ApplyElement(val);
+  ListValue(ui, types, room.systems, roles, cursor).ApplyElement(val);
   ui.name.Clear();
   ui.op.Clear();
   ui.valueType.Clear();

@@ -22,19 +22,22 @@
 
 namespace KE::Service {
 
-class KEDataSyncImpl;
+class RoleMemory;
+class StaleObjects;
+class Watches;
 
 class UpdateSetWalk {
  public:
-  // `cursor` stands anywhere in front of the filter sets. All three outlive the walk.
-  UpdateSetWalk(KEDataSyncImpl& sync, KELib::Xml::KEXmlCursor& cursor, WalkRoom& room);
+  // `cursor` stands anywhere in front of the filter sets. All four outlive the walk.
+  UpdateSetWalk(Watches& watches, KE::Instance::KETypeCache& types, KELib::Xml::KEXmlCursor& cursor,
+                WalkRoom& room);
   UpdateSetWalk(const UpdateSetWalk&) = delete;
   UpdateSetWalk& operator=(const UpdateSetWalk&) = delete;
 
-  // Applies everything up to the end of the result, or up to a filter that nobody watches: that is
-  // logged and reported to the data sync. Throws what the cursor and the caches throw; what was
-  // applied before stays.
-  void Run();
+  // Applies everything up to the end of the result. False when it ended before, at a filter that
+  // nobody watches: that is logged, and the room's update names it. Throws what the cursor and the
+  // caches throw; what was applied before stays.
+  bool Run();
 
  private:
   class ObjectLock;
@@ -55,13 +58,16 @@ class UpdateSetWalk {
   void ApplyMissingSet();
   KELib::Xml::XmlSlice ReadType();
 
-  KEDataSyncImpl& sync;
+  Watches& watches;
+  RoleMemory& roles;  // these two are guarded by the filter-table mutex
+  StaleObjects& stale;
+  KE::Instance::KETypeCache& types;
   KELib::Xml::KEXmlCursor& cursor;
   WalkRoom& room;
-  UpdateInfo& ui;  // the room's
+  UpdateInfo& ui;                            // the room's
   std::optional<KELib::KEMutexGuard> table;  // has a value while the filter-table mutex is held
-  bool tableServed = false;  // an object was applied since it was taken
-  bool leaves = false;  // the object set's kind is "leave"
+  bool tableServed = false;                  // an object was applied since it was taken
+  bool leaves = false;                       // the object set's kind is "leave"
 };
 
 }  // namespace KE::Service

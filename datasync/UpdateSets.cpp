@@ -10,7 +10,7 @@
 #include "datasync/ListValue.h"
 #include "datasync/ObjectTarget.h"
 #include "datasync/UpdateSetWalk.h"
-#include "datasync/WaiterHolder.h"
+#include "datasync/Watches.h"
 #include "foundation/KEMutexGuard.h"
 #include "instance/KECacheGuard.h"
 #include "instance/ObjectKinds.h"
@@ -44,26 +44,16 @@ void KEDataSyncImpl::UpdateSetToCache(UpdateInfo& ui, KEXmlReader& r) {
   try {
     RoomLoan loan(*walkRoom, *typeCache);
     KEXmlCursor cursor(r, &loan.Room().tags);
-    UpdateSetWalk walk(*this, cursor, loan.Room());
-    walk.Run();
+    UpdateSetWalk walk(*watches, *typeCache, cursor, loan.Room());
+    if (!walk.Run()) {
+      unknownFilter.type = loan.Room().update.filter.type;
+      unknownFilter.value = loan.Room().update.filter.value;
+    }
     cursor.MoveReader();
-    FinishUpdateSet(false);
+    watches->ReleaseAfterSet(false);
   } catch (...) {
-    FinishUpdateSet(true);
+    watches->ReleaseAfterSet(true);
     throw;
-  }
-}
-
-// A watch whose set was cut short hears everything again, of its task too. Its waiter is released
-// now, since this server may never send a whole set; one that waits until the cache is true is not.
-void KEDataSyncImpl::FinishUpdateSet(bool cutShort) {
-  if (WaiterHolder::Count() == 0) return;
-  KEMutexGuard guard(mutex.get());
-  for (auto it = filters->Begin(); !it.End(); ++it) {
-    DataSyncInfo* info = it->value;
-    if (info == nullptr) continue;
-    if (cutShort || !info->received) ReleaseFilledNoLock(*info);
-    info->received = false;
   }
 }
 
@@ -77,7 +67,7 @@ void KEDataSyncImpl::LockCaches(KE::Instance::KEMultiCacheLock& lock, UpdateInfo
 }
 
 void KEDataSyncImpl::UpdateSimpleType(UpdateInfo& ui, KEXmlReader& r) {
-  KEMutexGuard guard(mutex.get());
+  KEMutexGuard guard(watches->GetMutex());
   KE::Instance::KECacheGuard caches(typeCache.get());
   caches.LockFor(ui.obj.type);
   KEXmlCursor cursor(r);
@@ -95,12 +85,12 @@ void KEDataSyncImpl::UpdateSimpleType(UpdateInfo& ui, KEXmlReader& r) {
 }
 
 void KEDataSyncImpl::UpdateComplexType(UpdateInfo& ui, KEXmlReader& r) {
-  KEMutexGuard guard(mutex.get());
+  KEMutexGuard guard(watches->GetMutex());
   KE::Instance::KECacheGuard caches(typeCache.get());
   ListValue::LockFor(ui, caches);
   KEXmlCursor cursor(r);
   ComputerSystems systems(*typeCache);
-  ListValue value(ui, *typeCache, systems, *roles, cursor);
+  ListValue value(ui, *typeCache, systems, watches->RolesNoLock(), cursor);
   if (cursor.InStartTag()) {
     value.ApplyElement(SliceOf(ui.valueTag));
   } else {
@@ -112,10 +102,10 @@ void KEDataSyncImpl::UpdateComplexType(UpdateInfo& ui, KEXmlReader& r) {
 void KEDataSyncImpl::UpdateArrayOfComplexType(UpdateInfo& ui, KEXmlReader& r,
                                               KE::Instance::KEDataCache* primary,
                                               KE::Instance::KEDataCache* secondary) {
-  KEMutexGuard guard(mutex.get());
+  KEMutexGuard guard(watches->GetMutex());
   KEXmlCursor cursor(r);
   ComputerSystems systems(*typeCache);
-  ListValue value(ui, *typeCache, systems, *roles, cursor);
+  ListValue value(ui, *typeCache, systems, watches->RolesNoLock(), cursor);
   if (cursor.InStartTag() && !cursor.Enter()) return;
   value.ApplyItems(primary, secondary);
   XmlSlice ended;
@@ -127,10 +117,10 @@ void KEDataSyncImpl::UpdateSingleComplexType(UpdateInfo& ui, KEXmlReader& r,
                                              KE::Instance::KEDataCache* primary,
                                              KE::Instance::KEDataCache* secondary,
                                              KELib::KEHashmap<KEString, bool>* seen) {
-  KEMutexGuard guard(mutex.get());
+  KEMutexGuard guard(watches->GetMutex());
   KEXmlCursor cursor(r);
   ComputerSystems systems(*typeCache);
-  ListValue value(ui, *typeCache, systems, *roles, cursor);
+  ListValue value(ui, *typeCache, systems, watches->RolesNoLock(), cursor);
   const XmlSlice item = ui.valueType.Empty() ? SliceOf(ui.valueTag) : SliceOf(ui.valueType);
   value.ApplyItem(item, primary, secondary, seen);
   cursor.MoveReader();
@@ -139,7 +129,7 @@ void KEDataSyncImpl::UpdateSingleComplexType(UpdateInfo& ui, KEXmlReader& r,
 void KEDataSyncImpl::ProcessArrayDeletes(KE::Instance::KEDataCache* cache,
                                          KELib::KEHashmap<KEString, bool>& seen) {
   if (cache == nullptr) return;
-  KEMutexGuard guard(mutex.get());
+  KEMutexGuard guard(watches->GetMutex());
   ListValue::DeleteUnseen(*cache, seen);
 }
 
@@ -150,7 +140,7 @@ void KEDataSyncImpl::GetAssociatedType(const char* tag, KE::Instance::KEDataCach
 }
 
 void KEDataSyncImpl::UpdateMissingType(UpdateInfo& ui, KEXmlReader&) {
-  KEMutexGuard guard(mutex.get());
+  KEMutexGuard guard(watches->GetMutex());
   KE::Instance::KECacheGuard caches(typeCache.get());
   caches.LockFor(ui.obj.type);
   ComputerSystems systems(*typeCache);

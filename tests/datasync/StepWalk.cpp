@@ -36,10 +36,7 @@ class Walk {
     for (const auto filterSet : document.child("returnval").children("filterSet")) {
       if (filterSet.child("filter").empty()) continue;
       Take(filterSet.child("filter"), ui.filter);
-      {
-        KELib::KEMutexGuard guard(sync.GetMutex());
-        ui.syncInfo = sync.FindFilterNoLock(ui.filter);
-      }
+      ui.syncInfo = sync.FindFilter(ui.filter);
       if (ui.syncInfo == nullptr) return;
       for (const auto part : filterSet.children()) {
         if (std::strcmp(part.name(), "objectSet") == 0) ApplyObject(part);
