@@ -39,7 +39,7 @@ struct KECPP_API DataSyncInfo {
 
   std::thread::id maker = std::this_thread::get_id();  // who set the watch up
   std::vector<MethodDataSyncInfo*> methods;            // that its list named too; not owned
-  unsigned int classes = 0;  // that it watches (StaleObjects::Classes)
+  unsigned int classes = 0;                            // that it watches (StaleObjects::Classes)
   bool held = false;  // the first data is there, but the waiter waits until the classes are true
 };
 

@@ -5,10 +5,11 @@
 
 #include "datasync/DataSyncConstants.h"
 #include "datasync/FilterSpec.h"
+#include "datasync/PromisedSteps.h"
 #include "datasync/PropertyList.h"
 #include "datasync/ServerCalls.h"
 #include "datasync/SyncState.h"
-#include "datasync/WalkRoom.h"
+#include "datasync/UpdateSets.h"
 #include "datasync/Watches.h"
 #include "foundation/KEConstants.h"
 #include "foundation/KEException.h"
@@ -61,22 +62,22 @@ void KEDataSyncImpl::Init(KEMethod* invoker, ManagedObjectReference* collector) 
   auto newCache = std::make_unique<KE::Instance::KETypeCache>();
   KEString taskType(KE::Stub::TaskInfoClass);
   newCache->CreateDataCache(taskType);
-  auto newRoom = std::make_unique<WalkRoom>(*newCache);
   auto newFilters = std::make_unique<Filters>(KELib::HASH_CAP, KELib::HASH_FILLRATIO);
   auto newMethods = std::make_unique<MethodInfos>(KELib::HASH_CAP, KELib::HASH_FILLRATIO);
   auto newServer = std::make_unique<ServerCalls>(invoker, collector, *state, stopRequested);
   auto newWatches =
       std::make_unique<Watches>(*mutex, *newFilters, *newMethods, *newCache, *state, *newServer);
+  auto newSets = std::make_unique<UpdateSets>(*newWatches, *newCache);
   // The first iterator makes a table's room for iterators: the end must not need memory.
   newFilters->Begin();
   newMethods->Begin();
   KEMutexGuard guard(mutex.get());
-  walkRoom = std::move(newRoom);
   typeCache = std::move(newCache);
   filters = std::move(newFilters);
   methodInfos = std::move(newMethods);
   server = std::move(newServer);
   watches = std::move(newWatches);
+  updateSets = std::move(newSets);
   method = invoker;
   propertyCollector = collector;
 }
@@ -261,6 +262,57 @@ void KEDataSyncImpl::DestroyPropMethod(ManagedObjectReference* ref) {
 DataSyncInfo* KEDataSyncImpl::FindFilter(ManagedObjectReference& filter) {
   KEMutexGuard guard(watches->GetMutex());
   return watches->FindFilterNoLock(filter);
+}
+
+// --- applying update sets ------------------------------------------------------------------------
+
+void KEDataSyncImpl::UpdateSetToCache(UpdateInfo& ui, KELib::Xml::KEXmlReader& r) {
+  ui.syncInfo = nullptr;
+  ManagedObjectReference unknown;
+  updateSets->Apply(r, unknown);
+}
+
+void KEDataSyncImpl::LockCaches(KE::Instance::KEMultiCacheLock& lock, UpdateInfo& ui) {
+  PromisedSteps(*watches, *typeCache).LockCaches(lock, ui);
+}
+
+void KEDataSyncImpl::UpdateSimpleType(UpdateInfo& ui, KELib::Xml::KEXmlReader& r) {
+  PromisedSteps(*watches, *typeCache).UpdateSimpleType(ui, r);
+}
+
+void KEDataSyncImpl::UpdateComplexType(UpdateInfo& ui, KELib::Xml::KEXmlReader& r) {
+  PromisedSteps(*watches, *typeCache).UpdateComplexType(ui, r);
+}
+
+void KEDataSyncImpl::UpdateArrayOfComplexType(UpdateInfo& ui, KELib::Xml::KEXmlReader& r,
+                                              KE::Instance::KEDataCache* primary,
+                                              KE::Instance::KEDataCache* secondary) {
+  PromisedSteps(*watches, *typeCache).UpdateArrayOfComplexType(ui, r, primary, secondary);
+}
+
+void KEDataSyncImpl::UpdateSingleComplexType(UpdateInfo& ui, KELib::Xml::KEXmlReader& r,
+                                             KE::Instance::KEDataCache* primary,
+                                             KE::Instance::KEDataCache* secondary,
+                                             KELib::KEHashmap<KEString, bool>* seen) {
+  PromisedSteps(*watches, *typeCache).UpdateSingleComplexType(ui, r, primary, secondary, seen);
+}
+
+void KEDataSyncImpl::ProcessArrayDeletes(KE::Instance::KEDataCache* cache,
+                                         KELib::KEHashmap<KEString, bool>& seen) {
+  PromisedSteps(*watches, *typeCache).ProcessArrayDeletes(cache, seen);
+}
+
+void KEDataSyncImpl::GetAssociatedType(const char* tag, KE::Instance::KEDataCache*,
+                                       KELib::Xml::KEXmlReader& r, KEString& out) {
+  PromisedSteps::GetAssociatedType(tag, r, out);
+}
+
+void KEDataSyncImpl::UpdateMissingType(UpdateInfo& ui, KELib::Xml::KEXmlReader&) {
+  PromisedSteps(*watches, *typeCache).UpdateMissingType(ui);
+}
+
+void KEDataSyncImpl::UpdateObjectLeave(UpdateInfo& ui, KELib::Xml::KEXmlReader& r) {
+  UpdateMissingType(ui, r);
 }
 
 }  // namespace KE::Service

@@ -39,9 +39,9 @@ namespace KE::Service {
 
 class ServerCalls;
 class SyncState;
+class UpdateSets;
 class Watches;
 struct TaskWait;
-struct WalkRoom;
 
 class KECPP_API KEDataSyncImpl : public KEDataSync {
  public:
@@ -203,7 +203,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   Outcome WaitAndApply();
   Outcome ApplyResponse(KELib::KEString& response);
   Outcome HandleFailure(const char* text);
-  Outcome DestroyUnknownFilter();
+  Outcome DestroyUnknownFilter(KE::Stub::ManagedObjectReference& filter);
   void CheckDaemon();
   void ReadVersion(KELib::Xml::KEXmlReader& r);
   void ForgetVersion();
@@ -239,16 +239,15 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
 
   std::atomic<bool> stopRequested{false};
 
-  std::unique_ptr<SyncState> state;                // own lock
-  std::unique_ptr<ServerCalls> server;             // made by Init
-  std::unique_ptr<Watches> watches;                // made by Init
-  std::unique_ptr<KELib::KEMutex> methodRun;       // serialises the property methods; outermost
-  KE::Stub::ManagedObjectReference unknownFilter;  // of the thread that runs a cycle
-  unsigned int failuresInARow = 0;      // of the thread that runs a cycle; for the back-off
-  unsigned int cancelsInARow = 0;       // likewise
-  Outcome lastOutcome = Outcome::good;  // of the thread that runs a cycle
-  bool waitWasSilent = false;           // likewise: nothing of an answer came to the last wait
-  std::unique_ptr<WalkRoom> walkRoom;   // likewise
+  std::unique_ptr<SyncState> state;           // own lock
+  std::unique_ptr<ServerCalls> server;        // made by Init
+  std::unique_ptr<Watches> watches;           // made by Init
+  std::unique_ptr<UpdateSets> updateSets;     // made by Init
+  std::unique_ptr<KELib::KEMutex> methodRun;  // serialises the property methods; outermost
+  unsigned int failuresInARow = 0;            // of the thread that runs a cycle; for the back-off
+  unsigned int cancelsInARow = 0;             // likewise
+  Outcome lastOutcome = Outcome::good;        // of the thread that runs a cycle
+  bool waitWasSilent = false;  // likewise: nothing of an answer came to the last wait
 };
 
 }  // namespace KE::Service

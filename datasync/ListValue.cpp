@@ -103,6 +103,21 @@ void ListValue::ReadText(const XmlSlice& element, KEString& out) {
 
 // --- lists ---------------------------------------------------------------------------------------
 
+void ListValue::ApplyAt(UpdateInfo& ui, KELib::Xml::KEXmlReader& r,
+                        KE::Instance::KETypeCache& types, RoleMemory& roles) {
+  KE::Instance::KECacheGuard caches(&types);
+  LockFor(ui, caches);
+  KELib::Xml::KEXmlCursor cursor(r);
+  ComputerSystems systems(types);
+  ListValue value(ui, types, systems, roles, cursor);
+  if (cursor.InStartTag()) {
+    value.ApplyElement({ui.valueTag, static_cast<unsigned int>(std::strlen(ui.valueTag))});
+  } else {
+    value.ApplyBareItems();
+  }
+  cursor.MoveReader();
+}
+
 void ListValue::ApplyElement(const XmlSlice& element) {
   if (kind == Kind::other || !BelongsToObject()) {
     cursor.SkipElement(element);

@@ -25,6 +25,9 @@
 #include "instance/KETypeCache.h"
 #include "xml/KEXmlCursor.h"
 
+namespace KELib::Xml {
+class KEXmlReader;
+}
 namespace KE::Stub {
 class Zorbel_Identity;
 class Zorbel_Privilege;
@@ -43,6 +46,11 @@ class ListValue {
 
   // Takes the caches that the list named by `ui` can touch.
   static void LockFor(UpdateInfo& ui, KE::Instance::KECacheGuard& guard);
+
+  // Applies the list on which `r` stands, and moves `r` behind it. Takes the caches that LockFor
+  // takes; the caller holds the filter-table mutex.
+  static void ApplyAt(UpdateInfo& ui, KELib::Xml::KEXmlReader& r, KE::Instance::KETypeCache& types,
+                      RoleMemory& roles);
 
   // The cursor stands in the start tag of the value `element`: applies and passes it. A list that
   // does not belong to the current object's type is passed over.

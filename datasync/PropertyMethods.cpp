@@ -8,6 +8,7 @@
 
 #include "datasync/DataSyncConstants.h"
 #include "datasync/KEDataSyncImpl.h"
+#include "datasync/ListValue.h"
 #include "datasync/ServerCalls.h"
 #include "datasync/SyncState.h"
 #include "datasync/Watches.h"
@@ -186,7 +187,7 @@ void KEDataSyncImpl::ApplyMethodAnswer(MethodCall& call, KEString& response) {
     return;  // stopped while the server was asked
   KE::Instance::KECacheGuard caches(typeCache.get());
   caches.LockAuthorization();
-  UpdateComplexType(ui, reader);
+  ListValue::ApplyAt(ui, reader, *typeCache, watches->RolesNoLock());
 }
 
 void KEDataSyncImpl::LosePermissions(const char* text) {

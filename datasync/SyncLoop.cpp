@@ -14,6 +14,7 @@
 #include "datasync/StaleObjects.h"
 #include "datasync/SyncSeams.h"
 #include "datasync/SyncState.h"
+#include "datasync/UpdateSets.h"
 #include "datasync/Watches.h"
 #include "foundation/KECondition.h"
 #include "foundation/KEException.h"
@@ -294,16 +295,16 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::ApplyResponse(KEString& response) {
   KELib::Xml::KEXmlReader reader(response, false, 0);
   const KEString before(version);
   ReadVersion(reader);
-  UpdateInfo ui(Val, nullptr);
+  KE::Stub::ManagedObjectReference unknown;
   try {
-    UpdateSetToCache(ui, reader);
+    updateSets->Apply(reader, unknown);
   } catch (...) {
     AskForEverythingLater();
     throw;
   }
-  if (unknownFilter.value.Empty()) EndAnswer(!version.Equals(before));
+  if (unknown.value.Empty()) EndAnswer(!version.Equals(before));
   state->NoteApplied(true);
-  if (!unknownFilter.value.Empty()) return DestroyUnknownFilter();
+  if (!unknown.value.Empty()) return DestroyUnknownFilter(unknown);
   state->NoteGoodCycle();
   return Outcome::good;
 }
@@ -360,10 +361,8 @@ void KEDataSyncImpl::ReadVersion(KELib::Xml::KEXmlReader& r) {
 
 // An update set spoke of a filter that nobody watches: the rest of the set was not applied, and the
 // server would go on reporting it. Destroy it, and ask for everything once more.
-KEDataSyncImpl::Outcome KEDataSyncImpl::DestroyUnknownFilter() {
-  KE::Stub::ManagedObjectReference filter;
-  filter.type.Transfer(unknownFilter.type);
-  filter.value.Transfer(unknownFilter.value);
+KEDataSyncImpl::Outcome KEDataSyncImpl::DestroyUnknownFilter(
+    KE::Stub::ManagedObjectReference& filter) {
   {
     KEMutexGuard guard(watches->GetMutex());
     watches->StaleNoLock().ExpectEverything();
