@@ -7,6 +7,7 @@
 #include "datasync/FilterSpec.h"
 #include "datasync/PromisedSteps.h"
 #include "datasync/PropertyList.h"
+#include "datasync/PropertyMethods.h"
 #include "datasync/ServerCalls.h"
 #include "datasync/SyncState.h"
 #include "datasync/UpdateSets.h"
@@ -47,9 +48,7 @@ KEDataSync* CreateDataSync(KEMethod* method, ManagedObjectReference* propertyCol
 }
 
 KEDataSyncImpl::KEDataSyncImpl()
-    : mutex(std::make_unique<KELib::KEMutex>()),
-      state(std::make_unique<SyncState>()),
-      methodRun(std::make_unique<KELib::KEMutex>()) {}
+    : mutex(std::make_unique<KELib::KEMutex>()), state(std::make_unique<SyncState>()) {}
 
 KEDataSyncImpl::~KEDataSyncImpl() {
   while (!End()) {
@@ -68,6 +67,8 @@ void KEDataSyncImpl::Init(KEMethod* invoker, ManagedObjectReference* collector) 
   auto newWatches =
       std::make_unique<Watches>(*mutex, *newFilters, *newMethods, *newCache, *state, *newServer);
   auto newSets = std::make_unique<UpdateSets>(*newWatches, *newCache);
+  auto newPropertyMethods =
+      std::make_unique<PropertyMethods>(*newWatches, *newServer, *state, *newCache, stopRequested);
   // The first iterator makes a table's room for iterators: the end must not need memory.
   newFilters->Begin();
   newMethods->Begin();
@@ -78,6 +79,7 @@ void KEDataSyncImpl::Init(KEMethod* invoker, ManagedObjectReference* collector) 
   server = std::move(newServer);
   watches = std::move(newWatches);
   updateSets = std::move(newSets);
+  propertyMethods = std::move(newPropertyMethods);
   method = invoker;
   propertyCollector = collector;
 }
@@ -220,7 +222,7 @@ ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* ro
     if (sections.hasPropertySet) filter = CreatePropFilter(root, list, waiter);
     if (!sections.methods.empty()) {
       methods = watches->RegisterMethods(root, sections, filter, waiter, methodsKey);
-      if (methods != nullptr) RunMethodsAtSetup(methodsKey.value);
+      if (methods != nullptr) propertyMethods->RunAtSetup(methodsKey.value);
     }
     if (filter != nullptr && waiter != nullptr && sections.IsTaskWatch()) {
       blocked = BlockOnTask(filter, stopsBefore);
@@ -262,6 +264,14 @@ void KEDataSyncImpl::DestroyPropMethod(ManagedObjectReference* ref) {
 DataSyncInfo* KEDataSyncImpl::FindFilter(ManagedObjectReference& filter) {
   KEMutexGuard guard(watches->GetMutex());
   return watches->FindFilterNoLock(filter);
+}
+
+void KEDataSyncImpl::PropMethodToCache() {
+  propertyMethods->Run();
+}
+
+void KEDataSyncImpl::CleanupSessionUserPermissions() {
+  propertyMethods->ForgetPermissions();
 }
 
 // --- applying update sets ------------------------------------------------------------------------

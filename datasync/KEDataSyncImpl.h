@@ -17,7 +17,6 @@
 #include <atomic>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "datasync/DataSyncInfo.h"
 #include "datasync/KEDataSync.h"
@@ -37,6 +36,7 @@ class KEXmlReader;
 
 namespace KE::Service {
 
+class PropertyMethods;
 class ServerCalls;
 class SyncState;
 class UpdateSets;
@@ -181,18 +181,6 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   std::shared_ptr<TaskWait> BlockOnTask(const KE::Stub::ManagedObjectReference* filter,
                                         unsigned long long stopsBefore);
 
-  // methods
-  struct MethodCall;
-  std::vector<MethodCall> CallsToMake(const KELib::KEString* always);
-  std::vector<MethodCall> RunMethods(const KELib::KEString* always);
-  void RunMethodsAtSetup(const KELib::KEString& record);
-  void RunMethodsInCycle();
-  bool RunMethod(MethodCall& call);
-  void NoteMethodOutcome(MethodCall& call);
-  void NoteFailedMethods();
-  void ApplyMethodAnswer(MethodCall& call, KELib::KEString& response);
-  void LosePermissions(const char* text);
-
   // loop
   void RunFirstCycle();
   void StartThread();
@@ -239,15 +227,15 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
 
   std::atomic<bool> stopRequested{false};
 
-  std::unique_ptr<SyncState> state;           // own lock
-  std::unique_ptr<ServerCalls> server;        // made by Init
-  std::unique_ptr<Watches> watches;           // made by Init
-  std::unique_ptr<UpdateSets> updateSets;     // made by Init
-  std::unique_ptr<KELib::KEMutex> methodRun;  // serialises the property methods; outermost
-  unsigned int failuresInARow = 0;            // of the thread that runs a cycle; for the back-off
-  unsigned int cancelsInARow = 0;             // likewise
-  Outcome lastOutcome = Outcome::good;        // of the thread that runs a cycle
-  bool waitWasSilent = false;  // likewise: nothing of an answer came to the last wait
+  std::unique_ptr<SyncState> state;                  // own lock
+  std::unique_ptr<ServerCalls> server;               // made by Init
+  std::unique_ptr<Watches> watches;                  // made by Init
+  std::unique_ptr<UpdateSets> updateSets;            // made by Init
+  std::unique_ptr<PropertyMethods> propertyMethods;  // made by Init
+  unsigned int failuresInARow = 0;      // of the thread that runs a cycle; for the back-off
+  unsigned int cancelsInARow = 0;       // likewise
+  Outcome lastOutcome = Outcome::good;  // of the thread that runs a cycle
+  bool waitWasSilent = false;           // likewise: nothing of an answer came to the last wait
 };
 
 }  // namespace KE::Service

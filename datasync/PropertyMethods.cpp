@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
-//
-// Property methods: server methods without arguments whose answers fill caches. The server does not
-// report changes of what they answer, so they are invoked again after every cycle of the loop.
+#include "datasync/PropertyMethods.h"
+
 #include <algorithm>
 #include <exception>
 #include <utility>
 
 #include "datasync/DataSyncConstants.h"
-#include "datasync/KEDataSyncImpl.h"
 #include "datasync/ListValue.h"
 #include "datasync/ServerCalls.h"
 #include "datasync/SyncState.h"
@@ -54,8 +52,17 @@ void LogFailure(const char* text) {
 
 }  // namespace
 
+PropertyMethods::PropertyMethods(Watches& owner, ServerCalls& serverCalls, SyncState& syncState,
+                                 KE::Instance::KETypeCache& typeCache,
+                                 const std::atomic<bool>& stop)
+    : watches(owner),
+      server(serverCalls),
+      state(syncState),
+      types(typeCache),
+      stopRequested(stop) {}
+
 // One invocation of a run: copies, since the record may go while the server is being asked.
-struct KEDataSyncImpl::MethodCall {
+struct PropertyMethods::MethodCall {
   ManagedObjectReference record;
   ManagedObjectReference target;
   KEString name;
@@ -64,11 +71,11 @@ struct KEDataSyncImpl::MethodCall {
 };
 
 // `always` is the value of a record whose methods are due whatever became of their last calls.
-std::vector<KEDataSyncImpl::MethodCall> KEDataSyncImpl::CallsToMake(const KEString* always) {
+std::vector<PropertyMethods::MethodCall> PropertyMethods::CallsToMake(const KEString* always) {
   std::vector<MethodCall> calls;
   const Clock::time_point now = Clock::now();
-  KEMutexGuard guard(watches->GetMutex());
-  for (auto it = watches->MethodsNoLock().Begin(); !it.End(); ++it) {
+  KEMutexGuard guard(watches.GetMutex());
+  for (auto it = watches.MethodsNoLock().Begin(); !it.End(); ++it) {
     MethodDataSyncInfo* info = it->value;
     if (info == nullptr) continue;
     const bool isSetUp = always != nullptr && info->reference->value.Equals(always->Cstr());
@@ -88,8 +95,8 @@ std::vector<KEDataSyncImpl::MethodCall> KEDataSyncImpl::CallsToMake(const KEStri
 }
 
 // Returns the calls that failed. One that fails keeps no other from being made.
-std::vector<KEDataSyncImpl::MethodCall> KEDataSyncImpl::RunMethods(const KEString* always) {
-  KEMutexGuard run(methodRun.get());
+std::vector<PropertyMethods::MethodCall> PropertyMethods::RunMethods(const KEString* always) {
+  KEMutexGuard run(&methodRun);
   bool applied = false;
   std::vector<MethodCall> calls = CallsToMake(always);
   for (MethodCall& call : calls) {
@@ -101,26 +108,26 @@ std::vector<KEDataSyncImpl::MethodCall> KEDataSyncImpl::RunMethods(const KEStrin
     }
     NoteMethodOutcome(call);
   }
-  watches->ReleaseAnsweredMethods();
+  watches.ReleaseAnsweredMethods();
   // Counted besides the update set that they follow: who read after that set reads again.
-  if (applied) state->NoteApplied(!watches->HasFilters());
+  if (applied) state.NoteApplied(!watches.HasFilters());
   const auto answered = [](const MethodCall& call) { return call.error == nullptr; };
   calls.erase(std::remove_if(calls.begin(), calls.end(), answered), calls.end());
   return calls;
 }
 
 // True when the answer was applied; an empty one changes nothing.
-bool KEDataSyncImpl::RunMethod(MethodCall& call) {
+bool PropertyMethods::RunMethod(MethodCall& call) {
   KEString response;
-  server->InvokeMethod(call.name, call.target, response);
+  server.InvokeMethod(call.name, call.target, response);
   if (response.Empty()) return false;
   ApplyMethodAnswer(call, response);
   return true;
 }
 
-void KEDataSyncImpl::NoteMethodOutcome(MethodCall& call) {
-  KEMutexGuard guard(watches->GetMutex());
-  MethodDataSyncInfo* info = watches->FindMethodsNoLock(call.record);
+void PropertyMethods::NoteMethodOutcome(MethodCall& call) {
+  KEMutexGuard guard(watches.GetMutex());
+  MethodDataSyncInfo* info = watches.FindMethodsNoLock(call.record);
   if (info == nullptr || call.index >= info->outcomes.size()) return;
   MethodOutcome& outcome = info->outcomes[call.index];
   outcome.last = MethodOutcome::Last::answered;
@@ -130,13 +137,13 @@ void KEDataSyncImpl::NoteMethodOutcome(MethodCall& call) {
   WithText(call.error, [&](const char* text) { outcome.failure = text; });
 }
 
-void KEDataSyncImpl::PropMethodToCache() {
+void PropertyMethods::Run() {
   const std::vector<MethodCall> failed = RunMethods(nullptr);
   if (!failed.empty()) std::rethrow_exception(failed.front().error);
 }
 
 // The watch is refused for a failure of the methods that it asked for, and for no other.
-void KEDataSyncImpl::RunMethodsAtSetup(const KEString& record) {
+void PropertyMethods::RunAtSetup(const KEString& record) {
   std::exception_ptr refusal;
   for (const MethodCall& call : RunMethods(&record)) {
     WithText(call.error, LogFailure);
@@ -146,7 +153,7 @@ void KEDataSyncImpl::RunMethodsAtSetup(const KEString& record) {
 }
 
 // The wait was good: a failing method is neither a reason to look for the daemon nor to pause.
-void KEDataSyncImpl::RunMethodsInCycle() {
+void PropertyMethods::RunInCycle() {
   const std::vector<MethodCall> failed = RunMethods(nullptr);
   if (stopRequested) return;
   for (const MethodCall& call : failed) {
@@ -165,47 +172,47 @@ void KEDataSyncImpl::RunMethodsInCycle() {
 
 // A cycle at whose end methods have not answered is one failure, however many they are, and also
 // when none of them was due.
-void KEDataSyncImpl::NoteFailedMethods() {
-  KEMutexGuard guard(watches->GetMutex());
-  for (auto it = watches->MethodsNoLock().Begin(); !it.End(); ++it) {
+void PropertyMethods::NoteFailedMethods() {
+  KEMutexGuard guard(watches.GetMutex());
+  for (auto it = watches.MethodsNoLock().Begin(); !it.End(); ++it) {
     if (it->value == nullptr) continue;
     for (const MethodOutcome& outcome : it->value->outcomes) {
       if (outcome.last == MethodOutcome::Last::failed) {
-        state->NoteFailure(outcome.failure.Cstr());
+        state.NoteFailure(outcome.failure.Cstr());
         return;
       }
     }
   }
 }
 
-void KEDataSyncImpl::ApplyMethodAnswer(MethodCall& call, KEString& response) {
+void PropertyMethods::ApplyMethodAnswer(MethodCall& call, KEString& response) {
   KELib::Xml::KEXmlReader reader(response, false, 0);
   UpdateInfo ui(ReturnVal, ReturnVal);
   ui.name = call.name;
-  KEMutexGuard guard(watches->GetMutex());
-  if (watches->FindMethodsNoLock(call.record) == nullptr)
+  KEMutexGuard guard(watches.GetMutex());
+  if (watches.FindMethodsNoLock(call.record) == nullptr)
     return;  // stopped while the server was asked
-  KE::Instance::KECacheGuard caches(typeCache.get());
+  KE::Instance::KECacheGuard caches(&types);
   caches.LockAuthorization();
-  ListValue::ApplyAt(ui, reader, *typeCache, watches->RolesNoLock());
+  ListValue::ApplyAt(ui, reader, types, watches.RolesNoLock());
 }
 
-void KEDataSyncImpl::LosePermissions(const char* text) {
+void PropertyMethods::LosePermissions(const char* text) {
   KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE, "%s", text);
   KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE,
                       "KECimProvider stopping datasync. Session Authentication revoked.");
-  CleanupSessionUserPermissions();
+  ForgetPermissions();
 }
 
-void KEDataSyncImpl::CleanupSessionUserPermissions() {
+void PropertyMethods::ForgetPermissions() {
   try {
-    KEMutexGuard guard(watches->GetMutex());
-    KE::Instance::KECacheGuard caches(typeCache.get());
+    KEMutexGuard guard(watches.GetMutex());
+    KE::Instance::KECacheGuard caches(&types);
     caches.LockAuthorization();
     for (const char* name : {KE::Stub::Zorbel_RoleClass, KE::Stub::Zorbel_PrivilegeClass,
                              KE::Stub::Zorbel_IdentityClass}) {
       KEString type(name);
-      KE::Instance::KEDataCache* cache = typeCache->GetDataCache(type);
+      KE::Instance::KEDataCache* cache = types.GetDataCache(type);
       if (cache != nullptr) cache->ClearNoLock();
     }
   } catch (const std::exception& e) {

@@ -10,6 +10,7 @@
 #include "datasync/DataSyncConstants.h"
 #include "datasync/KEDataSyncImpl.h"
 #include "datasync/KEDataSyncWorkImpl.h"
+#include "datasync/PropertyMethods.h"
 #include "datasync/ServerCalls.h"
 #include "datasync/StaleObjects.h"
 #include "datasync/SyncSeams.h"
@@ -203,7 +204,7 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::RunCycle() {
   if (outcome != Outcome::good && outcome != Outcome::timedOut) return outcome;
   if (stopRequested || !watches->HasMethods()) return outcome;
   return Guarded([this, outcome] {
-    RunMethodsInCycle();
+    propertyMethods->RunInCycle();
     return outcome;
   });
 }
@@ -231,7 +232,7 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::Guarded(Step step) {
     return Outcome::stopped;
   } catch (const KELib::NoPermissionException& e) {  // a lost login among them
     if (stopRequested) return Outcome::stopped;
-    LosePermissions(e.What());
+    propertyMethods->LosePermissions(e.What());
     NoteFailedCycle(e.What());
     return Outcome::failed;
   } catch (const KELib::Throwable& e) {
