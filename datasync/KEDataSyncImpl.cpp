@@ -10,6 +10,7 @@
 #include "datasync/PropertyMethods.h"
 #include "datasync/ServerCalls.h"
 #include "datasync/SyncState.h"
+#include "datasync/TaskWaiting.h"
 #include "datasync/UpdateSets.h"
 #include "datasync/Watches.h"
 #include "foundation/KEConstants.h"
@@ -225,7 +226,7 @@ ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* ro
       if (methods != nullptr) propertyMethods->RunAtSetup(methodsKey.value);
     }
     if (filter != nullptr && waiter != nullptr && sections.IsTaskWatch()) {
-      blocked = BlockOnTask(filter, stopsBefore);
+      blocked = TaskWaiting(*watches, *state, *typeCache).BlockOnTask(filter, stopsBefore);
     }
     StartSyncData();
   } catch (...) {
@@ -264,6 +265,10 @@ void KEDataSyncImpl::DestroyPropMethod(ManagedObjectReference* ref) {
 DataSyncInfo* KEDataSyncImpl::FindFilter(ManagedObjectReference& filter) {
   KEMutexGuard guard(watches->GetMutex());
   return watches->FindFilterNoLock(filter);
+}
+
+bool KEDataSyncImpl::WaitForTask(KEString& response, KELib::KEWaiter* waiter) {
+  return TaskWaiting(*watches, *state, *typeCache).WaitForTask(*this, response, waiter);
 }
 
 void KEDataSyncImpl::PropMethodToCache() {

@@ -178,9 +178,6 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   void ForgetEverything();
   void ForgetWatches();
 
-  std::shared_ptr<TaskWait> BlockOnTask(const KE::Stub::ManagedObjectReference* filter,
-                                        unsigned long long stopsBefore);
-
   // loop
   void RunFirstCycle();
   void StartThread();
@@ -203,9 +200,6 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   void AskForEverythingLater();
   void BackOff(Outcome outcome, long long cycleMilliseconds);
   void NoteFailedCycle(const char* text);
-
-  // tasks
-  bool TakeTaskResult(KE::Stub::ManagedObjectReference& task);
 
   // Constant after Init.
   KEMethod* method = nullptr;

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
-//
-// Waiting for a server task: a filter of its own on the task's state, the caller blocked inside
-// SetupDataSync until the loop has seen the task end.
+#include "datasync/TaskWaiting.h"
+
 #include "datasync/DataSyncConstants.h"
-#include "datasync/KEDataSyncImpl.h"
+#include "datasync/KEDataSync.h"
 #include "datasync/SyncState.h"
 #include "datasync/WaiterHolder.h"
 #include "datasync/Watches.h"
@@ -33,13 +32,16 @@ void ReadTask(KEString& response, ManagedObjectReference& task) {
 
 }  // namespace
 
-bool KEDataSyncImpl::WaitForTask(KEString& response, KELib::KEWaiter* waiter) {
+TaskWaiting::TaskWaiting(Watches& owner, SyncState& syncState, KE::Instance::KETypeCache& typeCache)
+    : watches(owner), state(syncState), types(typeCache) {}
+
+bool TaskWaiting::WaitForTask(KEDataSync& sync, KEString& response, KELib::KEWaiter* waiter) {
   if (waiter == nullptr) {
     KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_VERBOSE,
                         "No waiter provided to wait for task.");
     return false;
   }
-  SyncState::CallScope scope(*state);
+  SyncState::CallScope scope(state);
   ManagedObjectReference task;
   ReadTask(response, task);
 
@@ -48,43 +50,41 @@ bool KEDataSyncImpl::WaitForTask(KEString& response, KELib::KEWaiter* waiter) {
     KEString text(element);
     list.Add(text);
   }
-  const unsigned long long stopsBefore = state->Stops();
-  ManagedObjectReference* filter = SetupDataSync(&task, list, waiter);
+  const unsigned long long stopsBefore = state.Stops();
+  ManagedObjectReference* filter = sync.SetupDataSync(&task, list, waiter);
   // A stop, of everything or of this filter, may have freed the reference while this thread waited.
-  KEMutexGuard guard(watches->GetMutex());
+  KEMutexGuard guard(watches.GetMutex());
   const bool isWatched =
-      watches->FindOwnFilterNoLock(filter) != nullptr && state->Stops() == stopsBefore;
-  if (!isWatched) watches->ReleaseNoLock(waiter);  // the caller may destroy it now
+      watches.FindOwnFilterNoLock(filter) != nullptr && state.Stops() == stopsBefore;
+  if (!isWatched) watches.ReleaseNoLock(waiter);  // the caller may destroy it now
   const bool succeeded = TakeTaskResult(task);
-  if (isWatched) watches->DestroyFilter(filter);
+  if (isWatched) watches.DestroyFilter(filter);
   return succeeded;
 }
 
-// What the calling thread blocks on until the record of `filter` has seen its task end. Null when
-// it has done so already, and when the record has gone, and `filter` with it.
-std::shared_ptr<TaskWait> KEDataSyncImpl::BlockOnTask(const ManagedObjectReference* filter,
-                                                      unsigned long long stopsBefore) {
+std::shared_ptr<TaskWait> TaskWaiting::BlockOnTask(const ManagedObjectReference* filter,
+                                                   unsigned long long stopsBefore) {
   auto wait = std::make_shared<TaskWait>();
-  KEMutexGuard guard(watches->GetMutex());
-  if (state->Stops() != stopsBefore) return nullptr;
-  DataSyncInfo* info = watches->FindOwnFilterNoLock(filter);
+  KEMutexGuard guard(watches.GetMutex());
+  if (state.Stops() != stopsBefore) return nullptr;
+  DataSyncInfo* info = watches.FindOwnFilterNoLock(filter);
   if (info == nullptr || info->waiter == nullptr) return nullptr;
   info->waiter->blocked = wait;
   return wait;
 }
 
 // Removes the task's stub. True when there was one and its state is "success".
-bool KEDataSyncImpl::TakeTaskResult(ManagedObjectReference& task) {
+bool TaskWaiting::TakeTaskResult(ManagedObjectReference& task) {
   KEString type(KE::Stub::TaskInfoClass);
-  KE::Instance::KECacheGuard caches(typeCache.get());
+  KE::Instance::KECacheGuard caches(&types);
   caches.LockTasks();
-  if (typeCache->GetDataCache(type) == nullptr) return false;
+  if (types.GetDataCache(type) == nullptr) return false;
   KELib::Stub::KEStubRef ref;
-  typeCache->GetVal(type, task.value, ref);
+  types.GetVal(type, task.value, ref);
   auto* info = dynamic_cast<KE::Stub::TaskInfo*>(ref.GetData());
   if (info == nullptr) return false;
   const bool succeeded = info->state.Equals(SuccessStr);
-  typeCache->RemoveValNoLock(type, task.value);
+  types.RemoveValNoLock(type, task.value);
   return succeeded;
 }
 
