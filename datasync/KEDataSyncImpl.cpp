@@ -9,6 +9,7 @@
 #include "datasync/PropertyList.h"
 #include "datasync/PropertyMethods.h"
 #include "datasync/ServerCalls.h"
+#include "datasync/SyncLoop.h"
 #include "datasync/SyncState.h"
 #include "datasync/TaskWaiting.h"
 #include "datasync/UpdateSets.h"
@@ -70,6 +71,9 @@ void KEDataSyncImpl::Init(KEMethod* invoker, ManagedObjectReference* collector) 
   auto newSets = std::make_unique<UpdateSets>(*newWatches, *newCache);
   auto newPropertyMethods =
       std::make_unique<PropertyMethods>(*newWatches, *newServer, *state, *newCache, stopRequested);
+  auto newLoop = std::make_unique<SyncLoop>(
+      *this, SyncLoop::Fields{version, initialCycleDone, started, stopRequested, *newCache},
+      SyncLoop::Helpers{*newWatches, *newSets, *newPropertyMethods, *newServer, *state});
   // The first iterator makes a table's room for iterators: the end must not need memory.
   newFilters->Begin();
   newMethods->Begin();
@@ -81,6 +85,7 @@ void KEDataSyncImpl::Init(KEMethod* invoker, ManagedObjectReference* collector) 
   watches = std::move(newWatches);
   updateSets = std::move(newSets);
   propertyMethods = std::move(newPropertyMethods);
+  loop = std::move(newLoop);
   method = invoker;
   propertyCollector = collector;
 }
@@ -171,9 +176,7 @@ void KEDataSyncImpl::ReviveAfterStop() {
     KEMutexGuard guard(watches->GetMutex());
     if (!stopRequested || state->GetPhase() != SyncState::Phase::idle) continue;
     ForgetEverything();
-    started = false;
-    initialCycleDone = false;
-    failuresInARow = cancelsInARow = 0;
+    loop->Revive();
     server->ForgetStop();
     stopRequested = false;
   }
@@ -220,7 +223,7 @@ ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* ro
   ManagedObjectReference methodsKey;  // as `methods` is, which another thread may free
   std::shared_ptr<TaskWait> blocked;
   try {
-    if (sections.hasPropertySet) filter = CreatePropFilter(root, list, waiter);
+    if (sections.hasPropertySet) filter = watches->CreateFilter(root, list, waiter);
     if (!sections.methods.empty()) {
       methods = watches->RegisterMethods(root, sections, filter, waiter, methodsKey);
       if (methods != nullptr) propertyMethods->RunAtSetup(methodsKey.value);
@@ -228,7 +231,7 @@ ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* ro
     if (filter != nullptr && waiter != nullptr && sections.IsTaskWatch()) {
       blocked = TaskWaiting(*watches, *state, *typeCache).BlockOnTask(filter, stopsBefore);
     }
-    StartSyncData();
+    loop->Start();
   } catch (...) {
     watches->Abandon(filter, methods, methodsKey, stopsBefore);
     throw;
@@ -277,6 +280,24 @@ void KEDataSyncImpl::PropMethodToCache() {
 
 void KEDataSyncImpl::CleanupSessionUserPermissions() {
   propertyMethods->ForgetPermissions();
+}
+
+// --- the loop ------------------------------------------------------------------------------------
+
+void KEDataSyncImpl::RestartDataSync() {
+  server->CancelWait(true);
+}
+
+void KEDataSyncImpl::StartSyncData() {
+  loop->Start();
+}
+
+void KEDataSyncImpl::SyncData() {
+  loop->Run();
+}
+
+bool KEDataSyncImpl::RunThread() noexcept {
+  return loop->RunThread();
 }
 
 // --- applying update sets ------------------------------------------------------------------------

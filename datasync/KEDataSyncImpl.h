@@ -1,22 +1,26 @@
 // SPDX-License-Identifier: MIT
 //
-// The data sync: the tables of watches, the loop that waits for updates, and the caches.
+// The data sync as agents know it: its life, and what sets a watch up. All else it hands on.
 //
-// Sources, by concern: KEDataSyncImpl.cpp (life, tables, registration), SyncLoop.cpp (the loop and
-// its thread), PropertyMethods.cpp, TaskWaiting.cpp, UpdateSets.cpp (what is applied, by the
-// helpers in UpdateSetWalk, ObjectTarget and ListValue).
+//   Watches          the tables of watches, their mutex and their waiters
+//   SyncLoop         the cycles of the loop, its thread, what happens when something goes wrong
+//   UpdateSets       applies what a cycle brings
+//   PropertyMethods  server methods that are invoked after every cycle
+//   TaskWaiting      waiting for a server task
+//   ServerCalls      the calls to the server
+//   SyncState        who is inside, and how everybody is woken
+//   PromisedSteps    what only agents call that were built against it
 //
-// Locks, outermost first: `mutex` (the filter-table mutex), the type cache's, the data caches',
-// then
-//   the leaf inside `state`. "CreateFilter" and "DestroyPropertyFilter" are sent while `mutex` is
-//   held, so that no update set of a filter can be looked at before the filter is recorded. No
-//   other call is: waiting for updates, cancelling it and invoking property methods hold no lock.
+// Locks, outermost first: that of the property methods, `mutex` (the filter-table mutex), the type
+//   cache's, the data caches', then the leaf inside `state`. "CreateFilter" and
+//   "DestroyPropertyFilter" are sent while `mutex` is held, so that no update set of a filter can
+//   be looked at before the filter is recorded. No other call is: waiting for updates and
+//   cancelling the wait hold no lock, a property method only that of the property methods.
 #ifndef KECPP_DATASYNC_KEDATASYNCIMPL_H
 #define KECPP_DATASYNC_KEDATASYNCIMPL_H
 
 #include <atomic>
 #include <memory>
-#include <string>
 
 #include "datasync/DataSyncInfo.h"
 #include "datasync/KEDataSync.h"
@@ -38,10 +42,10 @@ namespace KE::Service {
 
 class PropertyMethods;
 class ServerCalls;
+class SyncLoop;
 class SyncState;
 class UpdateSets;
 class Watches;
-struct TaskWait;
 
 class KECPP_API KEDataSyncImpl : public KEDataSync {
  public:
@@ -65,58 +69,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   void GetStatus(KESyncStatus& status) override;
   bool WaitForChange(unsigned long long& seen, int milliseconds) override;
 
-  // --- the filter's request (datasync/FilterSpec.h) ----------------------------------------------
-
-  // The functions of these names; see there.
-  static void CreatePropertySet(KELib::KEVector<KELib::KEString>& list,
-                                KELib::Xml::KEXmlBuffer& xml);
-  static void CreateSelectSet(KELib::KEVector<KELib::KEString>& list, KELib::Xml::KEXmlBuffer& xml);
-  static void CreateObjectSet(KE::Stub::ManagedObjectReference* root,
-                              KELib::KEVector<KELib::KEString>& list, KELib::Xml::KEXmlBuffer& xml);
-  static void CreateFilterSpec(KE::Stub::ManagedObjectReference* root,
-                               KELib::KEVector<KELib::KEString>& list,
-                               KELib::Xml::KEXmlBuffer& xml);
-
-  // --- watches -----------------------------------------------------------------------------------
-
-  // Creates the filter on the server and records it; takes the filter-table mutex. Any failure is
-  // logged as "Exception Creating PropFilter : ..." and thrown as Exception.
-  KE::Stub::ManagedObjectReference* CreatePropFilter(KE::Stub::ManagedObjectReference* root,
-                                                     KELib::KEVector<KELib::KEString>& list,
-                                                     KELib::KEWaiter* waiter);
-
-  // Asks the server to destroy the filter and removes its record, also when the server fails, and
-  // with it the methods that no other list names. The record's waiter is signalled.
-  void DestroyPropFilter(KE::Stub::ManagedObjectReference* filter);
-
-  // Removes the record of property methods, however many lists name it, and the stubs of its cache
-  // types that no other record names. Its waiter is signalled.
-  void DestroyPropMethod(KE::Stub::ManagedObjectReference* ref);
-
-  // Invokes every registered property method and applies the answers, except that a method that
-  // failed is left out until a second has passed. A failure keeps no other method from being
-  // invoked; the first one is thrown in the end. Holds no lock while it invokes; runs are
-  // serialised.
-  void PropMethodToCache();
-
-  // Empties the caches of roles, privileges and identities, under their mutexes. Never throws.
-  void CleanupSessionUserPermissions();
-
-  // --- the loop ----------------------------------------------------------------------------------
-
-  // Makes the server end the pending wait.
-  void RestartDataSync();
-
-  // Runs the first cycle on the calling thread and starts the sync thread; nothing while it runs or
-  // without a watch. Throws SystemException "Failed to start Sync thread".
-  void StartSyncData();
-
-  // One cycle while the first one is to be done, otherwise cycles until no watch is left or a stop
-  // is requested.
-  void SyncData();
-
-  // What the sync thread runs: SyncData, then its last word. Never throws.
-  bool RunThread() noexcept;
+  // --- for the session and the thread ------------------------------------------------------------
 
   // RequestStop, unless one is in force: a watch that was set up since the last one has ended it.
   void RenewStop();
@@ -126,7 +79,41 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   // Cleanup ends, new entries are refused.
   bool End();
 
-  // --- applying update sets (on the sync thread; each takes the locks that it needs) -------------
+  // What the sync thread runs: SyncData, then its last word. Never throws.
+  bool RunThread() noexcept;
+
+  // --- promised: for agents that were built against them -----------------------------------------
+  //
+  // The library calls none of these. Each takes the locks that it needs unless the calling thread
+  // holds them.
+
+  // The functions of these names in datasync/FilterSpec.h; see there.
+  static void CreatePropertySet(KELib::KEVector<KELib::KEString>& list,
+                                KELib::Xml::KEXmlBuffer& xml);
+  static void CreateSelectSet(KELib::KEVector<KELib::KEString>& list, KELib::Xml::KEXmlBuffer& xml);
+  static void CreateObjectSet(KE::Stub::ManagedObjectReference* root,
+                              KELib::KEVector<KELib::KEString>& list, KELib::Xml::KEXmlBuffer& xml);
+  static void CreateFilterSpec(KE::Stub::ManagedObjectReference* root,
+                               KELib::KEVector<KELib::KEString>& list,
+                               KELib::Xml::KEXmlBuffer& xml);
+
+  // Watches::CreateFilter, DestroyFilter and DestroyMethods.
+  KE::Stub::ManagedObjectReference* CreatePropFilter(KE::Stub::ManagedObjectReference* root,
+                                                     KELib::KEVector<KELib::KEString>& list,
+                                                     KELib::KEWaiter* waiter);
+  void DestroyPropFilter(KE::Stub::ManagedObjectReference* filter);
+  void DestroyPropMethod(KE::Stub::ManagedObjectReference* ref);
+
+  // PropertyMethods::Run and ForgetPermissions.
+  void PropMethodToCache();
+  void CleanupSessionUserPermissions();
+
+  // Makes the server end the pending wait.
+  void RestartDataSync();
+
+  // SyncLoop::Start and Run.
+  void StartSyncData();
+  void SyncData();
 
   // Applies a whole update set, and lets go of the waiters of those watches whose data it brought.
   // Throws what the reader and the caches throw; what was applied before stays.
@@ -165,41 +152,16 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   KELib::KEMutex* GetMutex() KECPP_RETURN_CAPABILITY(mutex) { return mutex.get(); }
 
   // The record of a filter, which a walk over an update set puts into `UpdateInfo::syncInfo`; null
-  // when it is not watched (any more). Takes the filter-table mutex, which guards the record.
+  // when it is not watched (any more). Guarded by `mutex`.
   DataSyncInfo* FindFilter(KE::Stub::ManagedObjectReference& filter);
 
  private:
-  enum class Outcome { good, empty, timedOut, cancelled, incomplete, failed, stopped };
-  class LoopPause;
-
-  // life
   void ReviveAfterStop();
   void AwaitStoppedLoop();
   void ForgetEverything();
   void ForgetWatches();
 
-  // loop
-  void RunFirstCycle();
-  void StartThread();
-  bool TryLeave(bool escaped);
-  Outcome RunCycle();
-  template <typename Step>
-  Outcome Guarded(Step step);
-  Outcome WaitAndApply();
-  Outcome ApplyResponse(KELib::KEString& response);
-  Outcome HandleFailure(const char* text);
-  Outcome DestroyUnknownFilter(KE::Stub::ManagedObjectReference& filter);
-  void CheckDaemon();
-  void ReadVersion(KELib::Xml::KEXmlReader& r);
-  void ForgetVersion();
-  void SettleReports();
-  void EndAnswer(bool advanced);
-  Outcome EndSilence();
-  int BeginWait();
-  bool AwaitsMore();
-  void AskForEverythingLater();
-  void BackOff(Outcome outcome, long long cycleMilliseconds);
-  void NoteFailedCycle(const char* text);
+  // The fields down to `stopRequested` are promised. The helpers below borrow them.
 
   // Constant after Init.
   KEMethod* method = nullptr;
@@ -210,7 +172,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
 
   std::unique_ptr<KE::Instance::KETypeCache> typeCache;  // constant after Init; own locks
 
-  // Guarded by `mutex`.
+  // Guarded by `mutex`. Only `watches` uses them.
   std::unique_ptr<Filters> filters KECPP_PT_GUARDED_BY(mutex);
   std::unique_ptr<MethodInfos> methodInfos KECPP_PT_GUARDED_BY(mutex);
 
@@ -221,15 +183,14 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
 
   std::atomic<bool> stopRequested{false};
 
-  std::unique_ptr<SyncState> state;                  // own lock
-  std::unique_ptr<ServerCalls> server;               // made by Init
-  std::unique_ptr<Watches> watches;                  // made by Init
-  std::unique_ptr<UpdateSets> updateSets;            // made by Init
-  std::unique_ptr<PropertyMethods> propertyMethods;  // made by Init
-  unsigned int failuresInARow = 0;      // of the thread that runs a cycle; for the back-off
-  unsigned int cancelsInARow = 0;       // likewise
-  Outcome lastOutcome = Outcome::good;  // of the thread that runs a cycle
-  bool waitWasSilent = false;           // likewise: nothing of an answer came to the last wait
+  std::unique_ptr<SyncState> state;  // made by the constructor; own lock
+
+  // Made by Init, null before. Each uses those above it.
+  std::unique_ptr<ServerCalls> server;
+  std::unique_ptr<Watches> watches;
+  std::unique_ptr<UpdateSets> updateSets;
+  std::unique_ptr<PropertyMethods> propertyMethods;
+  std::unique_ptr<SyncLoop> loop;
 };
 
 }  // namespace KE::Service

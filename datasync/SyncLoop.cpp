@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-//
-// The loop that waits for updates, its thread, and what it does when something goes wrong.
+#include "datasync/SyncLoop.h"
+
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "datasync/DataSyncConstants.h"
-#include "datasync/KEDataSyncImpl.h"
 #include "datasync/KEDataSyncWorkImpl.h"
 #include "datasync/PropertyMethods.h"
 #include "datasync/ServerCalls.h"
@@ -56,20 +55,33 @@ const char* const kCanceledFault = "RequestCanceled";
 
 // The pause inside a check of the daemon: ended by a stop. And the last word before `exit`, so that
 // an exit handler which frees the library does not wait for this thread.
-class KEDataSyncImpl::LoopPause : public MgmtdPause {
+class SyncLoop::LoopPause : public MgmtdPause {
  public:
-  explicit LoopPause(KEDataSyncImpl& owner) : sync(owner) {}
+  explicit LoopPause(SyncLoop& owner) : loop(owner) {}
   bool Pause(int milliseconds) override {
-    return sync.state->Pause(milliseconds, sync.stopRequested);
+    return loop.state.Pause(milliseconds, loop.stopRequested);
   }
-  void BeforeExit() override { sync.state->LeaveForExit(sync.started); }
+  void BeforeExit() override { loop.state.LeaveForExit(loop.started); }
 
  private:
-  KEDataSyncImpl& sync;
+  SyncLoop& loop;
 };
 
+SyncLoop::SyncLoop(KEDataSyncImpl& dataSync, const Fields& fields, const Helpers& helpers)
+    : owner(dataSync),
+      version(fields.version),
+      initialCycleDone(fields.initialCycleDone),
+      started(fields.started),
+      stopRequested(fields.stopRequested),
+      typeCache(fields.typeCache),
+      watches(helpers.watches),
+      updateSets(helpers.updateSets),
+      propertyMethods(helpers.propertyMethods),
+      server(helpers.server),
+      state(helpers.state) {}
+
 // Without memory the check is left out: the next failure brings the next one.
-void KEDataSyncImpl::CheckDaemon() {
+void SyncLoop::CheckDaemon() {
   LoopPause pause(*this);
   try {
     CheckMgmtd(pause);
@@ -78,32 +90,28 @@ void KEDataSyncImpl::CheckDaemon() {
   }
 }
 
-void KEDataSyncImpl::RestartDataSync() {
-  server->CancelWait(true);
-}
-
 // --- starting and leaving ------------------------------------------------------------------------
 
-void KEDataSyncImpl::StartSyncData() {
-  if (started || !watches->Any()) return;
-  if (!state->BeginFirstCycle(stopRequested)) return;
+void SyncLoop::Start() {
+  if (started || !watches.Any()) return;
+  if (!state.BeginFirstCycle(stopRequested)) return;
   try {
     if (!stopRequested) CheckDaemon();
     RunFirstCycle();
-    if (stopRequested || !watches->Any()) {
+    if (stopRequested || !watches.Any()) {
       initialCycleDone = false;
-      state->SetPhase(SyncState::Phase::idle);
+      state.SetPhase(SyncState::Phase::idle);
       return;
     }
     StartThread();
   } catch (const KELib::Exception& e) {
     initialCycleDone = false;
-    state->SetPhase(SyncState::Phase::idle);
+    state.SetPhase(SyncState::Phase::idle);
     KEString text(e.What());
     throw KELib::Exception(text.Str(), text.Length());
   } catch (...) {
     initialCycleDone = false;
-    state->SetPhase(SyncState::Phase::idle);
+    state.SetPhase(SyncState::Phase::idle);
     throw;
   }
 }
@@ -111,12 +119,12 @@ void KEDataSyncImpl::StartSyncData() {
 // Repeats a failed first cycle, so that the caches are full when the caller goes on, and adds
 // cycles until what is cached is true. A dead server must not hold the agent: the thread goes on
 // trying after a time-out or three failures.
-void KEDataSyncImpl::RunFirstCycle() {
+void SyncLoop::RunFirstCycle() {
   const SyncTime end = GetSyncSeams().now() + kLongestFirstCycle;
   for (unsigned int failures = 0; failures < kFailuresToGiveUp;) {
     initialCycleDone = false;
-    SyncData();
-    if (stopRequested || !watches->Any()) return;
+    Run();
+    if (stopRequested || !watches.Any()) return;
     if (lastOutcome == Outcome::good || lastOutcome == Outcome::timedOut) {
       if (!AwaitsMore() || GetSyncSeams().now() >= end) return;
       if (lastOutcome == Outcome::good) continue;
@@ -126,21 +134,21 @@ void KEDataSyncImpl::RunFirstCycle() {
 }
 
 // The last wait was answered, or was a short one, and the next one will bring more.
-bool KEDataSyncImpl::AwaitsMore() {
-  KEMutexGuard guard(watches->GetMutex());
-  if (!watches->HasFiltersNoLock()) return false;
-  StaleObjects& stale = watches->StaleNoLock();
-  if (watches->RequestNoLock().Wanted() || stale.AwaitsPart()) return true;
-  return lastOutcome == Outcome::good && stale.IsOpen(watches->ClassesNoLock());
+bool SyncLoop::AwaitsMore() {
+  KEMutexGuard guard(watches.GetMutex());
+  if (!watches.HasFiltersNoLock()) return false;
+  StaleObjects& stale = watches.StaleNoLock();
+  if (watches.RequestNoLock().Wanted() || stale.AwaitsPart()) return true;
+  return lastOutcome == Outcome::good && stale.IsOpen(watches.ClassesNoLock());
 }
 
-void KEDataSyncImpl::StartThread() {
-  auto work = std::make_unique<KEDataSyncWorkImpl>(this);
+void SyncLoop::StartThread() {
+  auto work = std::make_unique<KEDataSyncWorkImpl>(&owner);
   KELib::KEThread* thread = KELib::CreateKEThread(work.get());
   if (thread == nullptr) throw KELib::SystemException("Failed to start Sync thread");
   work.release();  // the thread object owns it from here on
   started = true;
-  state->SetPhase(SyncState::Phase::running);
+  state.SetPhase(SyncState::Phase::running);
   try {
     thread->Start();
   } catch (...) {
@@ -150,11 +158,17 @@ void KEDataSyncImpl::StartThread() {
   }
 }
 
-bool KEDataSyncImpl::RunThread() noexcept {
+void SyncLoop::Revive() {
+  started = false;
+  initialCycleDone = false;
+  failuresInARow = cancelsInARow = 0;
+}
+
+bool SyncLoop::RunThread() noexcept {
   bool escaped = false;
   do {
     try {
-      SyncData();
+      Run();
     } catch (...) {
       escaped = true;
     }
@@ -164,54 +178,54 @@ bool KEDataSyncImpl::RunThread() noexcept {
 
 // The one step in which the loop ends: a watch that is added at this moment either is seen here,
 // and the loop goes on, or finds the states reset and starts a loop of its own.
-bool KEDataSyncImpl::TryLeave(bool escaped) {
-  KEMutexGuard guard(watches->GetMutex());
-  if (watches->AnyNoLock() && !escaped && !stopRequested) return false;
-  watches->ReleaseAllNoLock();
-  if (!watches->HasFiltersNoLock()) ForgetVersion();
+bool SyncLoop::TryLeave(bool escaped) {
+  KEMutexGuard guard(watches.GetMutex());
+  if (watches.AnyNoLock() && !escaped && !stopRequested) return false;
+  watches.ReleaseAllNoLock();
+  if (!watches.HasFiltersNoLock()) ForgetVersion();
   initialCycleDone = false;
   started = false;
-  state->SetPhase(SyncState::Phase::ending);
+  state.SetPhase(SyncState::Phase::ending);
   guard.Release();
-  state->ThreadLeaves();
+  state.ThreadLeaves();
   return true;
 }
 
 // --- the loop ------------------------------------------------------------------------------------
 
-void KEDataSyncImpl::SyncData() {
+void SyncLoop::Run() {
   lastOutcome = Outcome::stopped;
-  while (!stopRequested && watches->Any()) {
+  while (!stopRequested && watches.Any()) {
     const auto begin = Clock::now();
     lastOutcome = RunCycle();
     const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
     BackOff(lastOutcome, took.count());
     if (!initialCycleDone.exchange(true)) break;
   }
-  if (!watches->HasFilters()) ForgetVersion();
+  if (!watches.HasFilters()) ForgetVersion();
 }
 
 // The next wait asks for everything.
-void KEDataSyncImpl::ForgetVersion() {
-  KEMutexGuard guard(watches->GetMutex());
+void SyncLoop::ForgetVersion() {
+  KEMutexGuard guard(watches.GetMutex());
   version.Clear();
-  watches->StaleNoLock().ExpectEverything();
-  watches->RequestNoLock().AtOnce();
+  watches.StaleNoLock().ExpectEverything();
+  watches.RequestNoLock().AtOnce();
 }
 
-KEDataSyncImpl::Outcome KEDataSyncImpl::RunCycle() {
+SyncLoop::Outcome SyncLoop::RunCycle() {
   const Outcome outcome = Guarded([this] { return WaitAndApply(); });
   if (outcome != Outcome::good && outcome != Outcome::timedOut) return outcome;
-  if (stopRequested || !watches->HasMethods()) return outcome;
+  if (stopRequested || !watches.HasMethods()) return outcome;
   return Guarded([this, outcome] {
-    propertyMethods->RunInCycle();
+    propertyMethods.RunInCycle();
     return outcome;
   });
 }
 
 // Runs a step of the cycle; every failure ends here.
 template <typename Step>
-KEDataSyncImpl::Outcome KEDataSyncImpl::Guarded(Step step) {
+SyncLoop::Outcome SyncLoop::Guarded(Step step) {
   try {
     return step();
   } catch (const KE::RequestCanceledException&) {
@@ -222,17 +236,17 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::Guarded(Step step) {
     if (stopRequested) return Outcome::stopped;
     Log(nullptr, LOG_LEVEL_VERBOSE, "Restarting timedout datasync.");
     const bool wasSilent = std::exchange(waitWasSilent, false);  // not so when a method timed out
-    return server->CancelTimedOutWait() && wasSilent ? EndSilence() : Outcome::timedOut;
+    return server.CancelTimedOutWait() && wasSilent ? EndSilence() : Outcome::timedOut;
   } catch (const KELib::RequestFailedException& e) {
     if (stopRequested) return Outcome::stopped;
     Log(nullptr, LOG_LEVEL_VERBOSE, "%s", e.What());
     Log(nullptr, LOG_LEVEL_ERROR, "KECimProvider exiting on Mgmtd exit!!");
-    state->LeaveForExit(started);
+    state.LeaveForExit(started);
     GetMgmtdWatchSeams().exitProcess(EXIT_SUCCESS);
     return Outcome::stopped;
   } catch (const KELib::NoPermissionException& e) {  // a lost login among them
     if (stopRequested) return Outcome::stopped;
-    propertyMethods->LosePermissions(e.What());
+    propertyMethods.LosePermissions(e.What());
     NoteFailedCycle(e.What());
     return Outcome::failed;
   } catch (const KELib::Throwable& e) {
@@ -244,7 +258,7 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::Guarded(Step step) {
   }
 }
 
-KEDataSyncImpl::Outcome KEDataSyncImpl::HandleFailure(const char* text) {
+SyncLoop::Outcome SyncLoop::HandleFailure(const char* text) {
   if (stopRequested) return Outcome::stopped;
   Log(nullptr, LOG_LEVEL_VERBOSE,
       "Exception Updating cache with UpdateSet : %s Continuing with wait for update.", text);
@@ -256,15 +270,15 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::HandleFailure(const char* text) {
 
 // A server that does not answer must hold nobody for ever who waits for a task or for the end of a
 // report.
-void KEDataSyncImpl::NoteFailedCycle(const char* text) {
-  if (state->NoteFailure(text) >= kFailuresToGiveUp) watches->ReleaseAfterFailures();
+void SyncLoop::NoteFailedCycle(const char* text) {
+  if (state.NoteFailure(text) >= kFailuresToGiveUp) watches.ReleaseAfterFailures();
 }
 
-KEDataSyncImpl::Outcome KEDataSyncImpl::WaitAndApply() {
+SyncLoop::Outcome SyncLoop::WaitAndApply() {
   // Methods alone have no updates to wait for before their callers see the first data.
-  if (!initialCycleDone && !watches->HasFilters()) return Outcome::good;
+  if (!initialCycleDone && !watches.HasFilters()) return Outcome::good;
   KEString response;
-  if (!server->WaitForUpdates(version, BeginWait(), waitWasSilent, response)) {
+  if (!server.WaitForUpdates(version, BeginWait(), waitWasSilent, response)) {
     return Outcome::stopped;
   }
   waitWasSilent = false;
@@ -278,13 +292,13 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::WaitAndApply() {
 
 // Prepares what watches for stale objects, and returns how many milliseconds the next wait may stay
 // unanswered; 0: as long as the connection allows.
-int KEDataSyncImpl::BeginWait() {
-  KEMutexGuard guard(watches->GetMutex());
+int SyncLoop::BeginWait() {
+  KEMutexGuard guard(watches.GetMutex());
   const SyncTime now = GetSyncSeams().now();
-  StaleObjects& stale = watches->StaleNoLock();
-  FullRequest& request = watches->RequestNoLock();
+  StaleObjects& stale = watches.StaleNoLock();
+  FullRequest& request = watches.RequestNoLock();
   const bool everything = request.Due(now);
-  stale.BeginWait(everything, watches->ClassesNoLock(), *typeCache);
+  stale.BeginWait(everything, watches.ClassesNoLock(), typeCache);
   if (everything) {
     version.Clear();
     request.Sent();
@@ -292,47 +306,47 @@ int KEDataSyncImpl::BeginWait() {
   return stale.AwaitsPart() ? StaleObjects::kNextPartMs : request.WaitLimit(now);
 }
 
-KEDataSyncImpl::Outcome KEDataSyncImpl::ApplyResponse(KEString& response) {
+SyncLoop::Outcome SyncLoop::ApplyResponse(KEString& response) {
   KELib::Xml::KEXmlReader reader(response, false, 0);
   const KEString before(version);
   ReadVersion(reader);
   KE::Stub::ManagedObjectReference unknown;
   try {
-    updateSets->Apply(reader, unknown);
+    updateSets.Apply(reader, unknown);
   } catch (...) {
     AskForEverythingLater();
     throw;
   }
   if (unknown.value.Empty()) EndAnswer(!version.Equals(before));
-  state->NoteApplied(true);
+  state.NoteApplied(true);
   if (!unknown.value.Empty()) return DestroyUnknownFilter(unknown);
-  state->NoteGoodCycle();
+  state.NoteGoodCycle();
   return Outcome::good;
 }
 
 // The server takes the set for delivered. What it said is learned by asking for everything, but
 // not at once: a set that cannot be applied may come again each time.
-void KEDataSyncImpl::AskForEverythingLater() {
-  KEMutexGuard guard(watches->GetMutex());
-  watches->StaleNoLock().ExpectEverything();
-  watches->RequestNoLock().AfterFailure(GetSyncSeams().now());
+void SyncLoop::AskForEverythingLater() {
+  KEMutexGuard guard(watches.GetMutex());
+  watches.StaleNoLock().ExpectEverything();
+  watches.RequestNoLock().AfterFailure(GetSyncSeams().now());
 }
 
-void KEDataSyncImpl::EndAnswer(bool advanced) {
+void SyncLoop::EndAnswer(bool advanced) {
   {
-    KEMutexGuard guard(watches->GetMutex());
-    watches->RequestNoLock().NoteWholeSet();
-    watches->StaleNoLock().EndAnswer(advanced);
+    KEMutexGuard guard(watches.GetMutex());
+    watches.RequestNoLock().NoteWholeSet();
+    watches.StaleNoLock().EndAnswer(advanced);
   }
   SettleReports();
 }
 
-KEDataSyncImpl::Outcome KEDataSyncImpl::EndSilence() {
+SyncLoop::Outcome SyncLoop::EndSilence() {
   return Guarded([this] {
     {
-      KEMutexGuard guard(watches->GetMutex());
-      watches->HoldForReportsNoLock();
-      watches->StaleNoLock().EndSilence();
+      KEMutexGuard guard(watches.GetMutex());
+      watches.HoldForReportsNoLock();
+      watches.StaleNoLock().EndSilence();
     }
     SettleReports();
     return Outcome::timedOut;
@@ -340,14 +354,14 @@ KEDataSyncImpl::Outcome KEDataSyncImpl::EndSilence() {
 }
 
 // The version stands before the filter sets; a filter set's texts are not searched for it.
-void KEDataSyncImpl::ReadVersion(KELib::Xml::KEXmlReader& r) {
+void SyncLoop::ReadVersion(KELib::Xml::KEXmlReader& r) {
   KELib::Xml::KEXmlCursor cursor(r);
   KELib::Xml::XmlSlice name;
   while (cursor.NextChild(name)) {
     if (name.Is(VersionTag, std::strlen(VersionTag))) {
       KELib::KEStringBuffer joined(0);
       cursor.Text(name, joined).CopyTo(version);
-      state->NoteVersion(version);
+      state.NoteVersion(version);
       cursor.MoveReader();
       return;
     }
@@ -362,35 +376,34 @@ void KEDataSyncImpl::ReadVersion(KELib::Xml::KEXmlReader& r) {
 
 // An update set spoke of a filter that nobody watches: the rest of the set was not applied, and the
 // server would go on reporting it. Destroy it, and ask for everything once more.
-KEDataSyncImpl::Outcome KEDataSyncImpl::DestroyUnknownFilter(
-    KE::Stub::ManagedObjectReference& filter) {
+SyncLoop::Outcome SyncLoop::DestroyUnknownFilter(KE::Stub::ManagedObjectReference& filter) {
   {
-    KEMutexGuard guard(watches->GetMutex());
-    watches->StaleNoLock().ExpectEverything();
-    watches->RequestNoLock().AfterCut(GetSyncSeams().now());
+    KEMutexGuard guard(watches.GetMutex());
+    watches.StaleNoLock().ExpectEverything();
+    watches.RequestNoLock().AfterCut(GetSyncSeams().now());
   }
-  server->DestroyFilter(filter);
+  server.DestroyFilter(filter);
   return Outcome::incomplete;
 }
 
 // Removes what the reports that are over have not named, and releases the waiters that waited for
 // their end.
-void KEDataSyncImpl::SettleReports() {
+void SyncLoop::SettleReports() {
   for (KEString type, id;;) {  // a reader waits for one object at most
-    KEMutexGuard guard(watches->GetMutex());
-    const KE::Instance::ObjectKind* const kind = watches->StaleNoLock().StaleKind();
+    KEMutexGuard guard(watches.GetMutex());
+    const KE::Instance::ObjectKind* const kind = watches.StaleNoLock().StaleKind();
     if (kind == nullptr) break;
-    KE::Instance::KECacheGuard caches(typeCache.get());
+    KE::Instance::KECacheGuard caches(&typeCache);
     caches.LockKinds(kind->group);
     type = kind->cacheClass;
-    watches->StaleNoLock().TakeStale(*kind, id);
-    if (typeCache->GetDataCache(type) != nullptr) typeCache->RemoveValNoLock(type, id);
+    watches.StaleNoLock().TakeStale(*kind, id);
+    if (typeCache.GetDataCache(type) != nullptr) typeCache.RemoveValNoLock(type, id);
   }
-  watches->ReleaseHeld();
+  watches.ReleaseHeld();
 }
 
 // A failure that repeats must neither spin nor flood the log. Time-outs and cancels are none.
-void KEDataSyncImpl::BackOff(Outcome outcome, long long cycleMilliseconds) {
+void SyncLoop::BackOff(Outcome outcome, long long cycleMilliseconds) {
   if (outcome == Outcome::good) failuresInARow = cancelsInARow = 0;
   if (outcome == Outcome::cancelled) ++cancelsInARow;
   // One cancelled wait is somebody's wish; a server that cancels every wait at once is a failure.
@@ -401,7 +414,7 @@ void KEDataSyncImpl::BackOff(Outcome outcome, long long cycleMilliseconds) {
   const unsigned int last = sizeof(delays) / sizeof(delays[0]) - 1;
   const unsigned int step = failuresInARow < last ? failuresInARow : last;
   ++failuresInARow;
-  if (cycleMilliseconds < kShortCycleMs) state->Pause(delays[step], stopRequested);
+  if (cycleMilliseconds < kShortCycleMs) state.Pause(delays[step], stopRequested);
 }
 
 }  // namespace KE::Service
