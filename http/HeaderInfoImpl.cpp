@@ -22,7 +22,7 @@ HeaderIterator& HeaderIteratorImpl::operator++() {
 }
 
 HeaderIteratorImpl HeaderIteratorImpl::operator++(int) {
-  const HeaderIteratorImpl before = *this;
+  HeaderIteratorImpl before = *this;
   ++*this;
   return before;
 }

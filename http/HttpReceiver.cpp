@@ -42,7 +42,7 @@ unsigned int NotedRoom(const char* block) {
   const std::size_t size = BlockSize(block), others = 1 + sizeof(Note);
   if (size < kSmallestRoom + others) return 0;
   unsigned int room = kSmallestRoom;
-  while (room < 1U << 30 && 2 * room + others <= size) room *= 2;
+  while (room < 1U << 30 && std::size_t{2} * room + others <= size) room *= 2;
   return room;
 }
 
