@@ -57,27 +57,31 @@ bool Note(ListValue::Seen* seen, KEString& key) {
 
 }  // namespace
 
-ListValue::ListValue(UpdateInfo& update, KE::Instance::KETypeCache& cache, ComputerSystems& systems,
+ListValue::ListValue(UpdateInfo& update, KE::Instance::KETypeCache& cache, ObjectCaches& objects,
                      RoleMemory& roles, KELib::Xml::KEXmlCursor& text)
     : ui(update),
       types(cache),
       memory(roles),
       cursor(text),
-      kind(KindOf(update.name)),
-      target(update, cache, systems),
+      caches(objects),
+      target(update, cache, objects),
+      references(ObjectTarget::FindList(target.Kind().id, update.name)),
+      kind(KindOf(update.name, references)),
       joined(0) {}
 
-ListValue::Kind ListValue::KindOf(const KEString& name) {
+ListValue::Kind ListValue::KindOf(const KEString& name, const Property* references) {
+  if (references != nullptr) return Kind::references;
   if (name.Equals("privilegeList")) return Kind::privileges;
   if (name.Equals("roleList")) return Kind::roles;
   if (name.Equals(MethodRetrieveAllPermissions)) return Kind::permissions;
-  return name.Equals(VmList) ? Kind::machines : Kind::other;
+  return Kind::other;
 }
 
 void ListValue::LockFor(UpdateInfo& ui, KE::Instance::KECacheGuard& guard) {
-  switch (KindOf(ui.name)) {
-    case Kind::machines:
-      guard.LockComputerSystems();
+  const KE::Instance::KindId object = KE::Instance::KindOf(ui.obj.type).id;
+  switch (KindOf(ui.name, ObjectTarget::FindList(object, ui.name))) {
+    case Kind::references:
+      guard.LockFor(ui.obj.type);
       break;
     case Kind::other:
       break;
@@ -88,7 +92,7 @@ void ListValue::LockFor(UpdateInfo& ui, KE::Instance::KECacheGuard& guard) {
 
 // Within an update set only the caches of the object's own type are locked.
 bool ListValue::BelongsToObject() const {
-  if (kind == Kind::machines) return ui.obj.type.Equals(TypeHostSystem);
+  if (kind == Kind::references) return true;
   return ui.obj.type.Empty() || ui.obj.type.Equals(TypeAuthorizationManager);
 }
 
@@ -108,8 +112,8 @@ void ListValue::ApplyAt(UpdateInfo& ui, KELib::Xml::KEXmlReader& r,
   KE::Instance::KECacheGuard caches(&types);
   LockFor(ui, caches);
   KELib::Xml::KEXmlCursor cursor(r);
-  ComputerSystems systems(types);
-  ListValue value(ui, types, systems, roles, cursor);
+  ObjectCaches objects(types);
+  ListValue value(ui, types, objects, roles, cursor);
   if (cursor.InStartTag()) {
     value.ApplyElement({ui.valueTag, static_cast<unsigned int>(std::strlen(ui.valueTag))});
   } else {
@@ -160,9 +164,8 @@ void ListValue::ChooseCaches(KEDataCache*& primary, KEDataCache*& secondary) {
       {Kind::privileges, KE::Stub::Zorbel_PrivilegeClass, nullptr},
       {Kind::roles, KE::Stub::Zorbel_RoleClass, KE::Stub::Zorbel_PrivilegeClass},
       {Kind::permissions, KE::Stub::Zorbel_IdentityClass, KE::Stub::Zorbel_RoleClass},
-      {Kind::machines, KE::Stub::ZORBEL_ORXComputerSystemClass,
-       KE::Stub::ZORBEL_VMComputerSystemClass},
   };
+  if (kind == Kind::references) primary = caches.Of(target.Kind().id);
   for (const auto& entry : kCaches) {
     if (entry.kind != kind) continue;
     primary = Cache(entry.primary);
@@ -174,7 +177,7 @@ void ListValue::ApplyItems(KEDataCache* primary, KEDataCache* secondary) {
   if (primary == nullptr) ChooseCaches(primary, secondary);
   Seen seen;
   const bool wasEmpty = primary == nullptr || primary->Size() == 0;
-  if (kind == Kind::machines && primary != nullptr) ApplyMachines();
+  if (kind == Kind::references && primary != nullptr) ApplyReferences();
   XmlSlice item;
   while (cursor.NextChild(item)) {
     if (primary != nullptr && item.Is(ui.valueType.Cstr(), ui.valueType.Length())) {
@@ -184,7 +187,7 @@ void ListValue::ApplyItems(KEDataCache* primary, KEDataCache* secondary) {
     }
   }
   LinkGranted();
-  if (!wasEmpty && kind != Kind::machines) Sweep(*primary, seen);
+  if (!wasEmpty && kind != Kind::references && kind != Kind::other) Sweep(*primary, seen);
   if (newPrivileges) LinkRememberedPrivileges();
 }
 
@@ -207,9 +210,9 @@ void ListValue::DeleteUnseen(KEDataCache& cache, Seen& seen) {
 void ListValue::ApplyItem(const XmlSlice& element, KEDataCache* primary, KEDataCache* secondary,
                           Seen* seen) {
   if (primary == nullptr) ChooseCaches(primary, secondary);
-  if (kind == Kind::machines) {
-    target.LinkMachine(cursor.Text(element, joined));
-  } else if (primary == nullptr) {
+  if (kind == Kind::references) {
+    target.ApplyItem(*references, cursor.Text(element, joined));
+  } else if (primary == nullptr || kind == Kind::other) {
     cursor.SkipElement(element);
   } else if (kind == Kind::privileges) {
     ApplyPrivilege(element, *primary, seen);
@@ -350,11 +353,12 @@ void ListValue::LinkGranted() {
 }
 
 // Those of a list's items that are written as servers write them.
-void ListValue::ApplyMachines() {
+void ListValue::ApplyReferences() {
+  target.BeginList(*references);
   if (!ui.valueType.Equals("ManagedObjectReference")) return;
-  XmlSlice machine;
-  while (cursor.TakeText("<ManagedObjectReference", "</ManagedObjectReference>", machine)) {
-    target.LinkMachine(machine);
+  XmlSlice id;
+  while (cursor.TakeText("<ManagedObjectReference", "</ManagedObjectReference>", id)) {
+    target.ApplyItem(*references, id);
   }
 }
 

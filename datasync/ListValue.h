@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// A value with element content: lists of privileges, roles, permissions and machines, and the
+// A value with element content: lists of privileges, roles, permissions and references, and the
 // answers of property methods, item by item.
 //
 // Privileges, roles and permissions are full replacements: what a list no longer names is deleted.
-// A host's list of machines only makes links: its items are no keys of the hosts' cache.
+// What a list of references does is in the table of its object's kind (ObjectProperties.cpp).
 //
 // Thread safety: the caller holds the filter-table mutex and the caches that LockFor takes.
 #ifndef KECPP_DATASYNC_LISTVALUE_H
@@ -41,7 +41,7 @@ class ListValue {
   using Seen = KELib::KEHashmap<KELib::KEString, bool>;
 
   // `ui.name` says which list it is, `ui.obj` whose.
-  ListValue(UpdateInfo& ui, KE::Instance::KETypeCache& cache, ComputerSystems& systems,
+  ListValue(UpdateInfo& ui, KE::Instance::KETypeCache& cache, ObjectCaches& caches,
             RoleMemory& roles, KELib::Xml::KEXmlCursor& cursor);
 
   // Takes the caches that the list named by `ui` can touch.
@@ -72,9 +72,9 @@ class ListValue {
   static void DeleteUnseen(KE::Instance::KEDataCache& cache, Seen& seen);
 
  private:
-  enum class Kind { privileges, roles, permissions, machines, other };
+  enum class Kind { privileges, roles, permissions, references, other };
 
-  static Kind KindOf(const KELib::KEString& name);
+  static Kind KindOf(const KELib::KEString& name, const Property* references);
   bool BelongsToObject() const;
   KE::Instance::KEDataCache* Cache(const char* typeName);
 
@@ -87,7 +87,7 @@ class ListValue {
                  KE::Instance::KEDataCache* privileges, Seen* seen);
   void ApplyPermission(const KELib::Xml::XmlSlice& element, KE::Instance::KEDataCache& cache,
                        KE::Instance::KEDataCache* roleCache, Seen* seen);
-  void ApplyMachines();
+  void ApplyReferences();
   void ReadRoleInfo(const KELib::Xml::XmlSlice& element, KELib::KEString& label,
                     KELib::KEString& summary);
   void LinkPrivileges(KE::Stub::Zorbel_Role& role, RoleMemory::PrivilegeIds& ids,
@@ -101,8 +101,10 @@ class ListValue {
   KE::Instance::KETypeCache& types;
   RoleMemory& memory;
   KELib::Xml::KEXmlCursor& cursor;
-  Kind kind;
+  ObjectCaches& caches;
   ObjectTarget target;
+  const Property* const references;  // null unless the list is one of the object's own kind
+  const Kind kind;
   bool newPrivileges = false;
   std::vector<KE::Stub::Zorbel_Privilege*> named;  // by the role at hand
 

@@ -1,89 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "datasync/ObjectTarget.h"
 
-#include <array>
 #include <cstring>
 #include <memory>
 
 #include "datasync/DataSyncConstants.h"
 #include "datasync/DataSyncInfo.h"
-#include "instance/CacheConversion.h"
-#include "instance/HostLinks.h"
 #include "stub/base/KEStubRef.h"
 #include "stub/classes/ClassNames.h"
 #include "stub/classes/TaskInfo.h"
-#include "stub/classes/ZORBEL_ORXComputerSystem.h"
-#include "stub/classes/ZORBEL_VMComputerSystem.h"
-#include "xml/FixedText.h"
 
 namespace KE::Service {
 
 namespace {
 
-using KE::Stub::ZORBEL_ORXComputerSystem;
-using KE::Stub::ZORBEL_VMComputerSystem;
 using KELib::KEString;
 using KELib::Xml::XmlSlice;
-
-// A property whose value is kept as it stands.
-template <typename Stub>
-struct TextProperty {
-  XmlSlice path;
-  KEString Stub::*field;
-};
-
-template <std::size_t N>
-constexpr XmlSlice Path(const char (&text)[N]) {
-  return {text, N - 1};
-}
-
-constexpr TextProperty<ZORBEL_VMComputerSystem> kMachineTexts[] = {
-    {Path("name"), &ZORBEL_VMComputerSystem::ElementName},
-    {Path("config.annotation"), &ZORBEL_VMComputerSystem::Description},
-    {Path("config.uuid"), &ZORBEL_VMComputerSystem::UUID},
-    {Path("config.files.vmPathName"), &ZORBEL_VMComputerSystem::VMPathName},
-    {Path("config.guestFullName"), &ZORBEL_VMComputerSystem::GuestFullName},
-    {Path("guest.hostName"), &ZORBEL_VMComputerSystem::GuestHostName},
-    {Path("guest.ipAddress"), &ZORBEL_VMComputerSystem::GuestIPAddress},
-};
-
-constexpr TextProperty<ZORBEL_ORXComputerSystem> kHostTexts[] = {
-    {Path("name"), &ZORBEL_ORXComputerSystem::ElementName},
-    {Path("hardware.systemInfo.uuid"), &ZORBEL_ORXComputerSystem::UUID},
-    {Path("hardware.systemInfo.vendor"), &ZORBEL_ORXComputerSystem::Vendor},
-    {Path("hardware.systemInfo.model"), &ZORBEL_ORXComputerSystem::Model},
-};
-
-// The place of each path in its table, by the path's length, which tells the paths of one table
-// apart.
-constexpr unsigned int kLongestPath = 26;
-using ByLength = std::array<unsigned char, kLongestPath + 1>;
-constexpr unsigned char kNone = 255;
-
-template <typename Stub, std::size_t N>
-constexpr ByLength IndexOf(const TextProperty<Stub> (&table)[N]) {
-  ByLength index{};
-  for (unsigned int length = 0; length <= kLongestPath; ++length) {
-    index[length] = kNone;
-    for (unsigned char i = 0; i < N; ++i) {
-      if (table[i].path.length == length) index[length] = i;
-    }
-  }
-  return index;
-}
-
-constexpr ByLength kMachineIndex = IndexOf(kMachineTexts);
-constexpr ByLength kHostIndex = IndexOf(kHostTexts);
-
-template <typename Stub, std::size_t N>
-bool ApplyText(Stub& stub, const TextProperty<Stub> (&table)[N], const ByLength& index,
-               const XmlSlice& property, const XmlSlice& value) {
-  if (property.length > kLongestPath || index[property.length] == kNone) return false;
-  const TextProperty<Stub>& entry = table[index[property.length]];
-  if (!KELib::Xml::SameText(property.text, entry.path.text, property.length)) return false;
-  value.CopyTo(stub.*entry.field);
-  return true;
-}
 
 bool IsRemoval(const XmlSlice& op) {
   return op.Is("remove") || op.Is("indirectRemove");
@@ -92,70 +24,46 @@ bool IsRemoval(const XmlSlice& op) {
 }  // namespace
 
 ObjectTarget::ObjectTarget(UpdateInfo& update, KE::Instance::KETypeCache& cache,
-                           ComputerSystems& computers)
-    : ui(update), types(cache), systems(computers), kind(ObjectKind::other) {
-  if (ui.obj.type.Equals(TypeVirtualMachine)) {
-    kind = ObjectKind::machine;
-  } else if (ui.obj.type.Equals(TypeHostSystem)) {
-    kind = ObjectKind::host;
-  }
-}
+                           ObjectCaches& objects)
+    : ObjectTarget(update, KE::Instance::KindOf(update.obj.type), cache, objects) {}
+
+ObjectTarget::ObjectTarget(UpdateInfo& update, const KE::Instance::ObjectKind& objectKind,
+                           KE::Instance::KETypeCache& cache, ObjectCaches& objects)
+    : ui(update),
+      types(cache),
+      caches(objects),
+      kind(objectKind),
+      properties(PropertiesOf(kind.id)) {}
 
 void ObjectTarget::Apply(const XmlSlice& property, const XmlSlice& op, const XmlSlice& value) {
-  if (kind == ObjectKind::other) {
-    ApplyToTask(property, value);
-  } else if (IsRemoval(op)) {
-    return;
-  } else if (kind == ObjectKind::machine) {
-    ApplyToMachine(property, value);
-  } else {
-    ApplyToHost(property, value);
-  }
-}
-
-ZORBEL_VMComputerSystem& ObjectTarget::Machine() {
-  if (machine == nullptr) machine = systems.Machine(ui.obj);
-  return *machine;
-}
-
-ZORBEL_ORXComputerSystem& ObjectTarget::Host() {
-  if (host == nullptr) host = systems.Host(ui.obj);
-  return *host;
-}
-
-void ObjectTarget::ApplyToMachine(const XmlSlice& property, const XmlSlice& value) {
-  ZORBEL_VMComputerSystem& stub = Machine();
-  if (ApplyText(stub, kMachineTexts, kMachineIndex, property, value)) return;
-  if (property.Is("runtime.powerState")) {
-    value.CopyTo(stub.PowerState);
-    KE::Instance::ConvertVMPowerState(stub.PowerState, stub.OperationalStatus);
-  } else if (property.Is("runtime.host")) {
-    ZORBEL_ORXComputerSystem* partner = systems.FindHost(value);
-    if (partner != nullptr) {
-      KE::Instance::LinkToHost(stub, *partner, KE::Instance::OldLink::moved);
+  if (properties == nullptr) {
+    if (kind.IsAnyOther()) ApplyToTask(property, value);
+  } else if (!IsRemoval(op)) {
+    KELib::Stub::KEStubBase& filled = Stub();
+    if (const Property* found = properties->table.Find(property)) {
+      found->Put(filled, value, caches);
     }
   }
 }
 
-void ObjectTarget::ApplyToHost(const XmlSlice& property, const XmlSlice& value) {
-  ZORBEL_ORXComputerSystem& stub = Host();
-  if (ApplyText(stub, kHostTexts, kHostIndex, property, value)) return;
-  if (property.Is("summary.overallStatus")) {
-    KEString status;
-    value.CopyTo(status);
-    KE::Instance::ConvertHostOverallStatus(status, stub.OperationalStatus);
-  } else if (property.Is("vm")) {
-    LinkMachine(value);
-  }
+KELib::Stub::KEStubBase& ObjectTarget::Stub() {
+  if (stub == nullptr) stub = &caches.FindOrFile(kind.id, ui.obj, properties->make);
+  return *stub;
 }
 
-void ObjectTarget::LinkMachine(const XmlSlice& id) {
-  if (kind != ObjectKind::host) return;
-  ZORBEL_ORXComputerSystem& stub = Host();
-  ZORBEL_VMComputerSystem* partner = systems.FindMachine(id);
-  if (partner != nullptr) {
-    KE::Instance::LinkToHost(*partner, stub, KE::Instance::OldLink::replaced);
-  }
+const Property* ObjectTarget::FindList(KE::Instance::KindId kind, const KEString& path) {
+  const ObjectProperties* const properties = PropertiesOf(kind);
+  if (properties == nullptr) return nullptr;
+  const Property* const found = properties->table.Find({path.Cstr(), path.Length()});
+  return found != nullptr && found->isList ? found : nullptr;
+}
+
+void ObjectTarget::BeginList(const Property& list) {
+  if (list.beginList != nullptr) list.beginList(Stub());
+}
+
+void ObjectTarget::ApplyItem(const Property& list, const XmlSlice& item) {
+  list.Put(Stub(), item, caches);
 }
 
 void ObjectTarget::ApplyToTask(const XmlSlice& property, const XmlSlice& value) {
@@ -180,17 +88,10 @@ void ObjectTarget::ApplyToTask(const XmlSlice& property, const XmlSlice& value) 
   if (ui.syncInfo != nullptr) ui.syncInfo->taskPending = false;
 }
 
-const char* ObjectTarget::CacheType() const {
-  if (kind == ObjectKind::machine) return KE::Stub::ZORBEL_VMComputerSystemClass;
-  if (kind == ObjectKind::host) return KE::Stub::ZORBEL_ORXComputerSystemClass;
-  return nullptr;
-}
-
 void ObjectTarget::Remove() {
-  machine = nullptr;
-  host = nullptr;
-  if (const char* name = CacheType()) {
-    KEString type(name);
+  stub = nullptr;
+  if (properties != nullptr) {
+    KEString type(kind.cacheClass);
     types.RemoveValNoLock(type, ui.obj.value);
   } else if (ui.syncInfo != nullptr && ui.syncInfo->isTask) {
     ui.syncInfo->taskPending = false;  // it will never report its end

@@ -3,13 +3,14 @@
 // The stub that the current object set speaks of: found or created once, then filled property by
 // property.
 //
-// Thread safety: the caller holds the filter-table mutex and the data caches of the object's type.
+// Thread safety: the caller holds the filter-table mutex and the data caches of the object's kind.
 // Ownership: the caches own the stubs; a target is of no use once the guard on the caches is let
 // go.
 #ifndef KECPP_DATASYNC_OBJECTTARGET_H
 #define KECPP_DATASYNC_OBJECTTARGET_H
 
-#include "datasync/ComputerSystems.h"
+#include "datasync/ObjectCaches.h"
+#include "datasync/ObjectProperties.h"
 #include "datasync/UpdateInfo.h"
 #include "instance/KETypeCache.h"
 #include "xml/KEXmlCursor.h"
@@ -18,10 +19,12 @@ namespace KE::Service {
 
 class ObjectTarget {
  public:
-  // Stands for `ui.obj` from now on. Nothing is looked up yet.
-  ObjectTarget(UpdateInfo& ui, KE::Instance::KETypeCache& types, ComputerSystems& systems);
+  // Is the target of `ui.obj`, which is of that kind, from now on. Nothing is looked up yet.
+  ObjectTarget(UpdateInfo& ui, const KE::Instance::ObjectKind& kind,
+               KE::Instance::KETypeCache& types, ObjectCaches& caches);
+  ObjectTarget(UpdateInfo& ui, KE::Instance::KETypeCache& types, ObjectCaches& caches);
 
-  bool IsComputerSystem() const { return kind != ObjectKind::other; }
+  const KE::Instance::ObjectKind& Kind() const { return kind; }
 
   // Applies one property's value. Unknown object types and properties are passed over, and so are
   // "remove" and "indirectRemove": the last value that was known is worth more than none.
@@ -32,26 +35,23 @@ class ObjectTarget {
   // The object has left the watch: deletes its stub; a task counts as ended.
   void Remove();
 
-  // The host runs the machine of that identifier: makes or moves the machine's link. Passed over
-  // when the machine is not cached or the object no host.
-  void LinkMachine(const KELib::Xml::XmlSlice& id);
+  // The property of that path when its values may be lists of references; null for others.
+  static const Property* FindList(KE::Instance::KindId kind, const KELib::KEString& path);
+
+  // A list of a property that FindList has found: begins it, and applies one item.
+  void BeginList(const Property& list);
+  void ApplyItem(const Property& list, const KELib::Xml::XmlSlice& item);
 
  private:
-  enum class ObjectKind { machine, host, other };
-
-  KE::Stub::ZORBEL_VMComputerSystem& Machine();
-  KE::Stub::ZORBEL_ORXComputerSystem& Host();
-  void ApplyToMachine(const KELib::Xml::XmlSlice& property, const KELib::Xml::XmlSlice& value);
-  void ApplyToHost(const KELib::Xml::XmlSlice& property, const KELib::Xml::XmlSlice& value);
+  KELib::Stub::KEStubBase& Stub();
   void ApplyToTask(const KELib::Xml::XmlSlice& property, const KELib::Xml::XmlSlice& value);
-  const char* CacheType() const;
 
   UpdateInfo& ui;
   KE::Instance::KETypeCache& types;
-  ComputerSystems& systems;
-  ObjectKind kind;
-  KE::Stub::ZORBEL_VMComputerSystem* machine = nullptr;
-  KE::Stub::ZORBEL_ORXComputerSystem* host = nullptr;
+  ObjectCaches& caches;
+  const KE::Instance::ObjectKind& kind;
+  const ObjectProperties* const properties;  // null for kinds whose objects are no stubs
+  KELib::Stub::KEStubBase* stub = nullptr;   // null until it is needed
 };
 
 }  // namespace KE::Service

@@ -3,8 +3,8 @@
 
 #include <cstring>
 
-#include "datasync/ComputerSystems.h"
 #include "datasync/ListValue.h"
+#include "datasync/ObjectCaches.h"
 #include "datasync/ObjectTarget.h"
 #include "datasync/Watches.h"
 #include "foundation/KEMutexGuard.h"
@@ -52,8 +52,8 @@ void PromisedSteps::UpdateSimpleType(UpdateInfo& ui, KEXmlReader& r) {
   KEXmlCursor cursor(r);
   KELib::KEStringBuffer joined(0);
   const XmlSlice value = cursor.Text(SliceOf(ui.valueTag), joined);
-  ComputerSystems systems(types);
-  ObjectTarget target(ui, types, systems);
+  ObjectCaches objects(types);
+  ObjectTarget target(ui, types, objects);
   const XmlSlice op = SliceOf(ui.op);
   if (ui.kind.Equals("leave") && !op.Is("remove") && !op.Is("indirectRemove")) {
     target.Remove();
@@ -73,8 +73,8 @@ void PromisedSteps::UpdateArrayOfComplexType(UpdateInfo& ui, KEXmlReader& r,
                                              KE::Instance::KEDataCache* secondary) {
   KEMutexGuard guard(watches.GetMutex());
   KEXmlCursor cursor(r);
-  ComputerSystems systems(types);
-  ListValue value(ui, types, systems, watches.RolesNoLock(), cursor);
+  ObjectCaches objects(types);
+  ListValue value(ui, types, objects, watches.RolesNoLock(), cursor);
   if (cursor.InStartTag() && !cursor.Enter()) return;
   value.ApplyItems(primary, secondary);
   XmlSlice ended;
@@ -88,8 +88,8 @@ void PromisedSteps::UpdateSingleComplexType(UpdateInfo& ui, KEXmlReader& r,
                                             KELib::KEHashmap<KEString, bool>* seen) {
   KEMutexGuard guard(watches.GetMutex());
   KEXmlCursor cursor(r);
-  ComputerSystems systems(types);
-  ListValue value(ui, types, systems, watches.RolesNoLock(), cursor);
+  ObjectCaches objects(types);
+  ListValue value(ui, types, objects, watches.RolesNoLock(), cursor);
   const XmlSlice item = ui.valueType.Empty() ? SliceOf(ui.valueTag) : SliceOf(ui.valueType);
   value.ApplyItem(item, primary, secondary, seen);
   cursor.MoveReader();
@@ -111,8 +111,8 @@ void PromisedSteps::UpdateMissingType(UpdateInfo& ui) {
   KEMutexGuard guard(watches.GetMutex());
   KE::Instance::KECacheGuard caches(&types);
   caches.LockFor(ui.obj.type);
-  ComputerSystems systems(types);
-  ObjectTarget(ui, types, systems).Remove();
+  ObjectCaches objects(types);
+  ObjectTarget(ui, types, objects).Remove();
 }
 
 }  // namespace KE::Service

@@ -54,12 +54,8 @@ class UpdateSetWalk::ObjectLock {
     walk.tableServed = true;
     UpdateInfo& info = walk.ui;
     if (info.syncInfo == nullptr) return;
-    target.emplace(info, walk.types, walk.room.systems);
-    if (target->IsComputerSystem()) {
-      walk.room.systems.Lock(walk.room.caches);
-    } else {
-      walk.room.caches.LockFor(info.obj.type);
-    }
+    target.emplace(info, *walk.objectKind, walk.types, walk.room.objects);
+    walk.room.objects.Lock(walk.room.caches, target->Kind());
   }
 
   void RetakeTable() KECPP_NO_THREAD_SAFETY_ANALYSIS {
@@ -84,7 +80,7 @@ UpdateSetWalk::UpdateSetWalk(Watches& tables, KE::Instance::KETypeCache& typeCac
       ui(kept.update) {
   ui.syncInfo = nullptr;  // a walk that threw may have left something here
   ui.kind.Clear();
-  ClearReference(ui.obj);
+  ClearObject();
 }
 
 bool UpdateSetWalk::Run() {
@@ -203,7 +199,7 @@ void UpdateSetWalk::ApplyObjectSet() {
   if (leaves && lock.Take()) lock.Target().Remove();
   leaves = false;
   ui.kind.Clear();
-  ClearReference(ui.obj);
+  ClearObject();
 }
 
 // Takes what a change is and to which property, as servers write it.
@@ -249,7 +245,7 @@ void UpdateSetWalk::ApplyValue(ObjectLock& lock, const XmlSlice& val, const XmlS
   }
   property.CopyTo(ui.name);
   op.CopyTo(ui.op);
-  ListValue(ui, types, room.systems, roles, cursor).ApplyElement(val);
+  ListValue(ui, types, room.objects, roles, cursor).ApplyElement(val);
   ui.name.Clear();
   ui.op.Clear();
   ui.valueType.Clear();
@@ -268,7 +264,7 @@ void UpdateSetWalk::ApplyMissingSet() {
   cursor.Leave("missingSet");
   ObjectLock lock(*this);
   if (lock.Take()) lock.Target().Remove();
-  ClearReference(ui.obj);
+  ClearObject();
 }
 
 // Takes the kind and the object as servers write them.
@@ -281,6 +277,12 @@ void UpdateSetWalk::TakeHead() {
 void UpdateSetWalk::SetObject(const XmlSlice& type, const XmlSlice& id) {
   room.objectType.Set(type);
   room.objectId.Set(id);
+  objectKind = &KE::Instance::KindOf(std::string_view(type.text, type.length));
+}
+
+void UpdateSetWalk::ClearObject() {
+  ClearReference(ui.obj);
+  objectKind = &KE::Instance::kAnyOther;
 }
 
 void UpdateSetWalk::SetKind(const XmlSlice& kind) {

@@ -49,6 +49,7 @@ class UpdateSetWalk {
   void ApplyObjectSet();
   void TakeHead();
   void SetKind(const KELib::Xml::XmlSlice& kind);
+  void ClearObject();
   void SetObject(const KELib::Xml::XmlSlice& type, const KELib::Xml::XmlSlice& id);
   void ReadObject(const KELib::Xml::XmlSlice& name);
   void ApplyChangeSet(ObjectLock& lock);
@@ -64,10 +65,11 @@ class UpdateSetWalk {
   KE::Instance::KETypeCache& types;
   KELib::Xml::KEXmlCursor& cursor;
   WalkRoom& room;
-  UpdateInfo& ui;                            // the room's
-  std::optional<KELib::KEMutexGuard> table;  // has a value while the filter-table mutex is held
-  bool tableServed = false;                  // an object was applied since it was taken
-  bool leaves = false;                       // the object set's kind is "leave"
+  UpdateInfo& ui;                              // the room's
+  std::optional<KELib::KEMutexGuard> table;    // has a value while the filter-table mutex is held
+  bool tableServed = false;                    // an object was applied since it was taken
+  const KE::Instance::ObjectKind* objectKind;  // of `ui.obj`; set with it
+  bool leaves = false;                         // the object set's kind is "leave"
 };
 
 }  // namespace KE::Service

@@ -10,8 +10,8 @@
 #include <atomic>
 #include <memory>
 
-#include "datasync/ComputerSystems.h"
 #include "datasync/DataSyncConstants.h"
+#include "datasync/ObjectCaches.h"
 #include "datasync/UpdateInfo.h"
 #include "foundation/KEString.h"
 #include "foundation/KEStringBuffer.h"
@@ -35,7 +35,7 @@ class ReusedText {
 struct WalkRoom {
   explicit WalkRoom(KE::Instance::KETypeCache& types)
       : update(Val, nullptr),
-        systems(types),
+        objects(types),
         caches(&types),
         kind(update.kind),
         objectType(update.obj.type),
@@ -47,7 +47,7 @@ struct WalkRoom {
 
   UpdateInfo update;
   std::atomic<bool> taken{false};  // by a RoomLoan
-  ComputerSystems systems;
+  ObjectCaches objects;
   KE::Instance::KECacheGuard caches;  // holds something within an object set only
   ReusedText kind, objectType, objectId, filterType, filterId;
   KELib::Xml::KnownTagRests tags;

@@ -10,12 +10,15 @@
 #ifndef KECPP_INSTANCE_OBJECTKINDS_H
 #define KECPP_INSTANCE_OBJECTKINDS_H
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <iterator>
 #include <string_view>
 
 #include "foundation/KEString.h"
 #include "stub/classes/ClassNames.h"
+#include "xml/FixedText.h"
 
 namespace KE::Instance {
 
@@ -42,6 +45,10 @@ struct ObjectKind {
 
   constexpr std::size_t Index() const { return static_cast<std::size_t>(id); }
   constexpr bool IsAnyOther() const { return serverType.empty(); }
+  bool Is(std::string_view type) const {
+    return type.size() == serverType.size() &&
+           KELib::Xml::SameText(type.data(), serverType.data(), type.size());
+  }
 };
 
 // Types of server objects.
@@ -85,11 +92,42 @@ constexpr KindRange KindsOf(LockGroup group) {
   return {first, past};
 }
 
+// For each row the rows of its lock group.
+inline constexpr auto kLockedWith = [] {
+  std::array<KindRange, kObjectKindCount> ranges{};
+  for (const ObjectKind& kind : kObjectKinds) ranges[kind.Index()] = KindsOf(kind.group);
+  return ranges;
+}();
+
+inline const KindRange& LockedWith(const ObjectKind& kind) {
+  return kLockedWith[kind.Index()];
+}
+
+inline constexpr const ObjectKind& kAnyOther = kObjectKinds[kObjectKindCount - 1];
+
+inline constexpr std::size_t kLongestType = [] {
+  std::size_t longest = 0;
+  for (const ObjectKind& kind : kObjectKinds) longest = std::max(longest, kind.serverType.size());
+  return longest;
+}();
+// For each length the first row whose type has it, where the search begins; else the last row.
+inline constexpr auto kFirstOfLength = [] {
+  std::array<const ObjectKind*, kLongestType + 1> first{};
+  for (std::size_t length = 0; length <= kLongestType; ++length) {
+    first[length] = kObjectKinds;
+    while (!first[length]->IsAnyOther() && first[length]->serverType.size() != length) {
+      ++first[length];
+    }
+  }
+  return first;
+}();
+
 // The kind of a server type; an object of several kinds has the first one. Of a type that is in no
 // row the last one. O(number of kinds), without allocations: asked once for each object set.
 inline const ObjectKind& KindOf(std::string_view serverType) {
-  const ObjectKind* kind = kObjectKinds;
-  while (kind->serverType != serverType && !kind->IsAnyOther()) ++kind;
+  if (serverType.size() > kLongestType) return kAnyOther;
+  const ObjectKind* kind = kFirstOfLength[serverType.size()];
+  while (!kind->IsAnyOther() && !kind->Is(serverType)) ++kind;
   return *kind;
 }
 

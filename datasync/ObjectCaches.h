@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+//
+// The data caches of all kinds of objects, for those who apply update sets: looked up once instead
+// of for every value, and again when data caches have come or gone since.
+//
+// Thread safety: of one thread. Lock before anything else is called; what is found is of no use any
+//   more once the guard lets go.
+#ifndef KECPP_DATASYNC_OBJECTCACHES_H
+#define KECPP_DATASYNC_OBJECTCACHES_H
+
+#include "foundation/KEString.h"
+#include "instance/KECacheGuard.h"
+#include "instance/KETypeCache.h"
+#include "instance/ObjectKinds.h"
+#include "stub/base/KEStubBase.h"
+#include "stub/base/StubCast.h"
+#include "stub/classes/ManagedObjectReference.h"
+#include "xml/KEXmlCursor.h"
+
+namespace KE::Service {
+
+class ObjectCaches {
+ public:
+  // Makes the stub of a new object; the caller owns it.
+  using MakeStub = KELib::Stub::KEStubBase* (*)(KE::Stub::ManagedObjectReference& object);
+
+  // `types` outlives the object.
+  explicit ObjectCaches(KE::Instance::KETypeCache& types);
+
+  // Takes the mutexes of the data caches of the kind's lock group, as far as there are any.
+  void Lock(KE::Instance::KECacheGuard& guard, const KE::Instance::ObjectKind& kind);
+
+  // The data cache of a kind; null while there is none.
+  KE::Instance::KEDataCache* Of(KE::Instance::KindId kind) const {
+    return caches[static_cast<std::size_t>(kind)];
+  }
+
+  // The stub under that identifier; null when it is not cached, or of another class.
+  template <typename Stub>
+  Stub* Find(KE::Instance::KindId kind, const KELib::Xml::XmlSlice& id) {
+    return KELib::Stub::StubCast<Stub>(FindStub(kind, id));
+  }
+
+  // The stub of `object`; when it is not cached, `make` makes the one that is filed. Throws
+  // SystemException "No Data Map found for type :..." when there is no data cache.
+  KELib::Stub::KEStubBase& FindOrFile(KE::Instance::KindId kind,
+                                      KE::Stub::ManagedObjectReference& object, MakeStub make);
+
+ private:
+  static constexpr std::size_t kCount = KE::Instance::kObjectKindCount;
+
+  void LookUp();
+  KELib::Stub::KEStubBase* FindStub(KE::Instance::KindId kind, const KELib::Xml::XmlSlice& id);
+
+  KE::Instance::KETypeCache& types;
+  unsigned int generation;
+  KELib::KEString names[kCount];
+  KE::Instance::KEDataCache* caches[kCount];
+  KELib::KEString key;  // of the last search
+  unsigned int keyRoom = 0;
+};
+
+}  // namespace KE::Service
+
+#endif
