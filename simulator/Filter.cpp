@@ -107,7 +107,7 @@ void Filter::WalkLocked(const Inventory& inventory, std::string& out) {
 bool Filter::ReportObjectLocked(const Inventory& inventory, const std::string& id,
                                 std::string& out) {
   const Object* object = inventory.FindLocked(id);
-  const FilterSpec::Paths* paths = object != nullptr ? spec.PathsOf(object->type) : nullptr;
+  const Selection::Paths* paths = object != nullptr ? spec.PathsOf(object->type) : nullptr;
   if (paths == nullptr) return false;
   Report& report = reports[id];
   const bool isNew = report.at == 0;

@@ -10,14 +10,14 @@
 #include <string>
 #include <unordered_map>
 
-#include "simulator/FilterSpec.h"
 #include "simulator/Inventory.h"
+#include "simulator/Selection.h"
 
 namespace sim {
 
 class Filter {
  public:
-  explicit Filter(FilterSpec asked) : spec(std::move(asked)) {}
+  explicit Filter(Selection asked) : spec(std::move(asked)) {}
 
   // Appends what the client was not told yet: "objectSet" elements of at most `room` objects, which
   // are taken off `room`, of objects that left, and a "missingSet" when there is no start object.
@@ -44,7 +44,7 @@ class Filter {
   void Leave(const std::string& id, const std::string& type, std::string& out);
   bool ReportObjectLocked(const Inventory& inventory, const std::string& id, std::string& out);
 
-  FilterSpec spec;
+  Selection spec;
   std::unordered_map<std::string, Report> reports;  // by object, of all that are selected or were
   std::deque<std::string> pending;                  // objects that may have news
   Types left;                                       // told, but not acknowledged

@@ -57,7 +57,7 @@ PropertyCollector::Session& PropertyCollector::FindLocked(const std::string& ses
 std::string PropertyCollector::CreateFilter(const std::string& session,
                                             const pugi::xml_node& spec) {
   try {
-    FilterSpec asked(spec);
+    Selection asked(spec);
     const std::lock_guard<std::mutex> lock(inventory.Mutex());
     Session& owner = FindLocked(session);
     const std::string id =

@@ -18,9 +18,9 @@
 #include <thread>
 #include <vector>
 
+#include "tools/agent/AgentServer.h"
 #include "tools/agent/CacheQueries.h"
 #include "tools/agent/CimEndpoint.h"
-#include "tools/agent/HttpServer.h"
 
 namespace {
 
@@ -167,7 +167,7 @@ int main(int argc, char** argv) {
   cimxml::CacheGate gate(std::chrono::milliseconds(0));
   gate.Open({&cache, true});
   const cimxml::Operations operations(gate);
-  cimxml::HttpServer server(nullptr, cimxml::Limits());
+  cimxml::AgentServer server(nullptr, cimxml::Limits());
   cimxml::AddCimEndpoint(server, operations);
   const int port = server.Bind("127.0.0.1", 0);
   server.Start();

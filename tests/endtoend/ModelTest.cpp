@@ -11,9 +11,8 @@
 
 #include "endtoend/Simulator.h"
 #include "support/ReadCaches.h"
-#include "tools/common/Connection.h"
+#include "tools/common/DaemonConnection.h"
 #include "tools/common/EndOfRun.h"
-#include "tools/inventory/Options.h"
 
 namespace endtoend {
 namespace {
@@ -233,13 +232,12 @@ TEST(Model, TheCachesEqualThePlainModelAfterEveryChange) {
   constexpr int kSteps = 2000;
   Simulator simulator({"--hosts", "3", "--machines", "8"});
   KELib::Logging::GetDefaultLogger()->SetLevelByName("error");
-  inventory::Options options;
-  options.config = simulator.Config();
-  options.lists = {true, true, true, true, true};
-  options.wantsAuthorization = true;
-  inventory::EndOfRun end(0);
-  std::optional<inventory::Connection> agent(
-      std::in_place, *KE::Service::GetServiceManagerInstance(), options, end);
+  tools::EndOfRun end(0);
+  std::optional<tools::DaemonConnection> agent(
+      std::in_place, *KE::Service::GetServiceManagerInstance(),
+      tools::ConnectionNeeds{"model", simulator.Config(),
+                             tools::ConnectionNeeds::Authorization::required},
+      end);
   agent->Watch(end);
   const auto caches = [&] { return ReadCaches(agent->Cache()); };
   RandomChanges changes(simulator, seed);

@@ -11,10 +11,10 @@
 #include "tools/inventory/InventoryJson.h"
 
 inline nlohmann::json ReadCaches(KE::Instance::KETypeCache& cache) {
-  inventory::Inventory all;
-  all.systems = inventory::ReadComputerSystems(cache);
-  all.authorization = inventory::ReadAuthorization(cache);
-  return nlohmann::json::parse(ToJson(all, {true, true, true, true, true}));
+  tools::InventoryCopy all;
+  all.systems = tools::ReadSystems(cache);
+  all.authorization = tools::ReadAuthorization(cache);
+  return nlohmann::json::parse(tools::inventory::ToJson(all, {true, true, true, true, true}));
 }
 
 #endif

@@ -25,13 +25,13 @@ KE::Stub::ManagedObjectReference* Watch(KE::Service::KEServiceInst& instance,
 
 inline KE::Stub::ManagedObjectReference* WatchSystems(KE::Service::KEServiceInst& instance,
                                                       KE::Service::KEDataSync& sync) {
-  return Watch(instance, sync, KE::Service::PxaRootFolder, inventory::ListSystems);
+  return Watch(instance, sync, KE::Service::PxaRootFolder, tools::ListSystems);
 }
 
 inline KE::Stub::ManagedObjectReference* WatchAuthorization(KE::Service::KEServiceInst& instance,
                                                             KE::Service::KEDataSync& sync,
                                                             KELib::KEWaiter* waiter = nullptr) {
-  return Watch(instance, sync, "authorizationManager", inventory::ListAuthorization, waiter);
+  return Watch(instance, sync, "authorizationManager", tools::ListAuthorization, waiter);
 }
 
 #endif

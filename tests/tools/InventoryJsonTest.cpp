@@ -8,12 +8,12 @@
 #include "support/Rows.h"
 #include "tools/inventory/Options.h"
 
-namespace inventory {
+namespace tools::inventory {
 namespace {
 
 // A file says which lists are shown, and as what.
 TEST(InventoryJson, WritesEveryFieldOfWhatIsAskedForInTheFixedOrder) {
-  Inventory all;
+  InventoryCopy all;
   all.systems.hosts = {{"h1", "left", "d", "u", "v", "m", 2, {"vm1"}}};
   all.systems.machines = {
       {"vm1", "one", "d", "u", "guest", "name", "ip", "path", "poweredOn", 2, "h1"},
@@ -30,7 +30,7 @@ TEST(InventoryJson, WritesEveryFieldOfWhatIsAskedForInTheFixedOrder) {
 }
 
 TEST(InventoryJson, ReplacesWhatIsNotUtf8AndKeepsEntities) {
-  Inventory all;
+  InventoryCopy all;
   all.systems.hosts.resize(1);
   Host& host = all.systems.hosts.front();
   host.elementName =
@@ -49,4 +49,4 @@ TEST(InventoryJson, ReplacesWhatIsNotUtf8AndKeepsEntities) {
 }
 
 }  // namespace
-}  // namespace inventory
+}  // namespace tools::inventory

@@ -8,7 +8,7 @@
 #include "tools/common/CellText.h"
 #include "tools/inventory/TextTable.h"
 
-namespace inventory {
+namespace tools::inventory {
 namespace {
 
 using testing::HasSubstr;
@@ -47,7 +47,7 @@ TEST(TextTable, CutsTheWidestColumnsAndAtLastTheLines) {
 }
 
 TEST(InventoryTable, DecodesEntitiesAndNamesTheHostOfAMachine) {
-  Inventory all;
+  InventoryCopy all;
   all.systems.hosts = {{"h1", "R&amp;D", "", "", "V", "M", 3, {"vm1"}}};
   all.systems.machines.resize(2);
   all.systems.machines[0].name = "vm1";
@@ -65,4 +65,4 @@ TEST(InventoryTable, DecodesEntitiesAndNamesTheHostOfAMachine) {
 }
 
 }  // namespace
-}  // namespace inventory
+}  // namespace tools::inventory

@@ -5,7 +5,7 @@
 
 #include "support/Answers.h"
 
-namespace inventory {
+namespace tools::inventory {
 namespace {
 
 std::string Parsed(const std::string& words) {
@@ -34,4 +34,4 @@ TEST(Options, AreReadAsWritten) {
 }
 
 }  // namespace
-}  // namespace inventory
+}  // namespace tools::inventory

@@ -6,7 +6,7 @@
 #include <CLI/CLI.hpp>
 #include <charconv>
 
-#include "tools/inventory/Options.h"
+#include "tools/common/ConfigArgument.h"
 
 namespace cimxml {
 namespace {
@@ -72,7 +72,7 @@ std::optional<int> ParseAgentOptions(int argc, const char* const* argv, AgentOpt
   long long wait = options.readyWait.count();
   app.add_option("--config", options.config, "Configuration: a file, or an XML text")
       ->type_name("FILE")
-      ->check(inventory::CheckConfig);
+      ->check(tools::CheckConfig);
   app.add_option_function<std::string>(
          "--listen",
          [&](const std::string& text) {

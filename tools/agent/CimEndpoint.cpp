@@ -87,7 +87,7 @@ void Answer(const Operations& operations, const httplib::Request& http,
 
 }  // namespace
 
-void AddCimEndpoint(HttpServer& server, const Operations& operations) {
+void AddCimEndpoint(AgentServer& server, const Operations& operations) {
   for (const char* path : {"/cimom", "/"}) {
     server.Post(path, [&operations](const httplib::Request& http, httplib::Response& response) {
       Answer(operations, http, response);

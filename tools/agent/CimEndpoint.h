@@ -6,7 +6,7 @@
 #ifndef KECPP_TOOLS_AGENT_CIMENDPOINT_H
 #define KECPP_TOOLS_AGENT_CIMENDPOINT_H
 
-#include "tools/agent/HttpServer.h"
+#include "tools/agent/AgentServer.h"
 #include "tools/agent/Operations.h"
 
 namespace cimxml {
@@ -14,7 +14,7 @@ namespace cimxml {
 // Adds "POST /cimom" and "POST /". `operations` outlives the server. A request that cannot be
 // understood gets status 400 or 501 and the header "CIMError", one that comes before the first fill
 // 503 and "Retry-After".
-void AddCimEndpoint(HttpServer& server, const Operations& operations);
+void AddCimEndpoint(AgentServer& server, const Operations& operations);
 
 }  // namespace cimxml
 

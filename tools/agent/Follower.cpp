@@ -3,6 +3,7 @@
 
 #include <iostream>
 #include <thread>
+#include <utility>
 
 namespace cimxml {
 namespace {
@@ -13,7 +14,7 @@ constexpr int PAUSE_SLICES = 5;
 // While it lives the connection's caches may be read.
 class OpenGate {
  public:
-  OpenGate(CacheGate& opened, inventory::Connection& connection) : gate(opened) {
+  OpenGate(CacheGate& opened, tools::DaemonConnection& connection) : gate(opened) {
     gate.Open({&connection.Cache(), connection.HasAuthorization()});
   }
   ~OpenGate() { gate.Close(); }
@@ -26,16 +27,19 @@ class OpenGate {
 
 }  // namespace
 
-Follower::Follower(KE::Service::KEServiceInstManager& serviceManager,
-                   const inventory::Options& opts, const inventory::EndOfRun& endOfRun,
-                   CacheGate& cacheGate, SyncState& syncState)
-    : manager(serviceManager), options(opts), end(endOfRun), gate(cacheGate), state(syncState) {}
+Follower::Follower(KE::Service::KEServiceInstManager& serviceManager, tools::ConnectionNeeds asked,
+                   const tools::EndOfRun& endOfRun, CacheGate& cacheGate, DaemonState& daemonState)
+    : manager(serviceManager),
+      needs(std::move(asked)),
+      end(endOfRun),
+      gate(cacheGate),
+      state(daemonState) {}
 
 void Follower::Run() {
   while (!end.Ended()) {
     try {
       FollowOneConnection();
-    } catch (const inventory::ConnectionError& error) {
+    } catch (const tools::ConnectionError& error) {
       Tell(error.what());
     }
     Pause();
@@ -43,7 +47,7 @@ void Follower::Run() {
 }
 
 void Follower::FollowOneConnection() {
-  inventory::Connection connection(manager, options, end);
+  tools::DaemonConnection connection(manager, needs, end);
   connection.Watch(end);
   const OpenGate opened(gate, connection);
   state.Connected();
@@ -51,7 +55,7 @@ void Follower::FollowOneConnection() {
   FollowUntilLost(connection);
 }
 
-void Follower::FollowUntilLost(inventory::Connection& connection) {
+void Follower::FollowUntilLost(tools::DaemonConnection& connection) {
   unsigned long long seen = 0;
   std::string reason;
   while (!end.Ended()) {

@@ -12,33 +12,32 @@
 #include <string>
 
 #include "tools/agent/CacheGate.h"
-#include "tools/agent/SyncState.h"
-#include "tools/common/Connection.h"
+#include "tools/agent/DaemonState.h"
+#include "tools/common/DaemonConnection.h"
 #include "tools/common/EndOfRun.h"
-#include "tools/inventory/Options.h"
 
 namespace cimxml {
 
 class Follower {
  public:
   // The arguments outlive the object. Failures are told on standard error, each once.
-  Follower(KE::Service::KEServiceInstManager& manager, const inventory::Options& options,
-           const inventory::EndOfRun& end, CacheGate& gate, SyncState& state);
+  Follower(KE::Service::KEServiceInstManager& manager, tools::ConnectionNeeds needs,
+           const tools::EndOfRun& end, CacheGate& gate, DaemonState& state);
 
   // Returns at the end of the run, with the gate closed.
   void Run();
 
  private:
   void FollowOneConnection();
-  void FollowUntilLost(inventory::Connection& connection);
+  void FollowUntilLost(tools::DaemonConnection& connection);
   void Tell(const std::string& failure);
   void Pause() const;
 
   KE::Service::KEServiceInstManager& manager;
-  const inventory::Options& options;
-  const inventory::EndOfRun& end;
+  const tools::ConnectionNeeds needs;
+  const tools::EndOfRun& end;
   CacheGate& gate;
-  SyncState& state;
+  DaemonState& state;
   std::string told;  // the last failure
 };
 

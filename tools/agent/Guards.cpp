@@ -114,7 +114,7 @@ void Explain(int status, const std::string& methods, httplib::Response& response
 
 }  // namespace
 
-void AddGuards(HttpServer& server, const Access& access, const Limits& limits) {
+void AddGuards(AgentServer& server, const Access& access, const Limits& limits) {
   server.set_pre_routing_handler(
       [&server, access, limits](const httplib::Request& request, httplib::Response& response) {
         const std::string methods = server.Methods(request.path);

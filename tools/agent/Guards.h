@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "tools/agent/HttpServer.h"
+#include "tools/agent/AgentServer.h"
 #include "tools/agent/Limits.h"
 #include "tools/agent/Users.h"
 
@@ -27,7 +27,7 @@ struct Access {
 // no XML, or whose form would have to be unpacked and could grow without a bound (415); whose
 // length is unknown (411), told twice (400) or hidden in a coding other than "chunked" (501). The
 // users outlive the server.
-void AddGuards(HttpServer& server, const Access& access, const Limits& limits);
+void AddGuards(AgentServer& server, const Access& access, const Limits& limits);
 
 }  // namespace cimxml
 

@@ -8,7 +8,7 @@
 
 #include "tools/agent/Errors.h"
 #include "tools/common/CacheReader.h"
-#include "tools/common/Inventory.h"
+#include "tools/common/InventoryCopy.h"
 
 namespace cimxml {
 namespace {
@@ -38,7 +38,7 @@ StatusRow Row(const char* kind, const std::string& key, Json json) {
   return {id, Dump(json)};
 }
 
-StatusRow RowOf(const inventory::Host& host) {
+StatusRow RowOf(const tools::Host& host) {
   return Row("host", host.name,
              {{"name", Raw(host.elementName)},
               {"status", host.operationalStatus},
@@ -48,7 +48,7 @@ StatusRow RowOf(const inventory::Host& host) {
 
 using HostNames = std::map<std::string, std::string>;
 
-StatusRow RowOf(const inventory::Machine& machine, const HostNames& hostNames) {
+StatusRow RowOf(const tools::Machine& machine, const HostNames& hostNames) {
   const auto host = machine.host ? hostNames.find(*machine.host) : hostNames.end();
   return Row("machine", machine.name,
              {{"name", Raw(machine.elementName)},
@@ -59,7 +59,7 @@ StatusRow RowOf(const inventory::Machine& machine, const HostNames& hostNames) {
               {"address", Raw(machine.guestIPAddress)}});
 }
 
-StatusRows RowsOf(const inventory::ComputerSystems& systems) {
+StatusRows RowsOf(const tools::Systems& systems) {
   StatusRows rows;
   HostNames hostNames;
   for (const auto& host : systems.hosts) {
@@ -99,7 +99,7 @@ class Difference {
   std::string gone;
 };
 
-std::string StateEvent(const SyncReport& report) {
+std::string StateEvent(const DaemonReport& report) {
   const Json json = {{"connected", report.connected},
                      {"sets", report.sets},
                      {"failures", report.consecutiveFailures},
@@ -114,8 +114,8 @@ std::string StateEvent(const SyncReport& report) {
 
 }  // namespace
 
-StatusFeed::StatusFeed(CacheGate& cacheGate, SyncState& syncState)
-    : gate(cacheGate), state(syncState), rows(std::make_shared<StatusRows>()) {}
+StatusFeed::StatusFeed(CacheGate& cacheGate, DaemonState& daemonState)
+    : gate(cacheGate), state(daemonState), rows(std::make_shared<StatusRows>()) {}
 
 std::string StatusFeed::Next(View& view) {
   const bool first = !view.rows;
@@ -137,12 +137,11 @@ std::shared_ptr<const StatusRows> StatusFeed::Rows(unsigned long long reports) {
   std::lock_guard<std::mutex> lock(mutex);
   if (reports <= reportsCopied) return rows;
   std::this_thread::sleep_until(copiedAt + COPY_INTERVAL);
-  const SyncReport report = state.Report();
+  const DaemonReport report = state.Report();
   if (!report.connected) return rows;  // the last known ones
   try {
-    inventory::ComputerSystems systems;
-    gate.Read(
-        [&](const Caches& caches) { systems = inventory::ReadComputerSystems(*caches.cache); });
+    tools::Systems systems;
+    gate.Read([&](const Caches& caches) { systems = tools::ReadSystems(*caches.cache); });
     rows = std::make_shared<StatusRows>(RowsOf(systems));
     reportsCopied = report.times;
     copiedAt = Clock::now();

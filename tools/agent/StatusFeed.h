@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "tools/agent/CacheGate.h"
-#include "tools/agent/SyncState.h"
+#include "tools/agent/DaemonState.h"
 
 namespace cimxml {
 
@@ -29,7 +29,7 @@ using StatusRows = std::vector<StatusRow>;  // sorted by id
 class StatusFeed {
  public:
   // The arguments outlive the object.
-  StatusFeed(CacheGate& gate, SyncState& state);
+  StatusFeed(CacheGate& gate, DaemonState& state);
 
   // One page's position in the feed.
   struct View {
@@ -45,7 +45,7 @@ class StatusFeed {
   std::shared_ptr<const StatusRows> Rows(unsigned long long reports);
 
   CacheGate& gate;
-  SyncState& state;
+  DaemonState& state;
   std::mutex mutex;
   std::shared_ptr<const StatusRows> rows;          // the last copy; guarded by `mutex`
   unsigned long long reportsCopied = 0;            // what it shows at least; likewise

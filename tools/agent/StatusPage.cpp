@@ -32,7 +32,7 @@ std::string ContentSecurityPolicy(const std::string& page) {
          ContentHash(page, "<style>", "</style>") + "'";
 }
 
-void AddPage(HttpServer& server) {
+void AddPage(AgentServer& server) {
   const std::string page = STATUS_PAGE;
   const std::string policy = ContentSecurityPolicy(page);
   server.Get("/", [page, policy](const httplib::Request&, httplib::Response& response) {
@@ -64,7 +64,7 @@ httplib::ContentProviderWithoutLength EventSource(StatusFeed& feed, std::shared_
   };
 }
 
-void AddEvents(HttpServer& server, StatusFeed& feed, const Limits& limits) {
+void AddEvents(AgentServer& server, StatusFeed& feed, const Limits& limits) {
   const auto places = std::make_shared<std::atomic<unsigned>>(std::max(1u, limits.connections / 2));
   server.Get("/events", [&feed, places](const httplib::Request&, httplib::Response& response) {
     const std::shared_ptr<void> place = TakePlace(places);
@@ -80,7 +80,7 @@ void AddEvents(HttpServer& server, StatusFeed& feed, const Limits& limits) {
 
 }  // namespace
 
-void AddStatusPage(HttpServer& server, StatusFeed& feed, const Limits& limits) {
+void AddStatusPage(AgentServer& server, StatusFeed& feed, const Limits& limits) {
   AddPage(server);
   AddEvents(server, feed, limits);
 }

@@ -4,7 +4,7 @@
 #ifndef KECPP_TOOLS_AGENT_STATUSPAGE_H
 #define KECPP_TOOLS_AGENT_STATUSPAGE_H
 
-#include "tools/agent/HttpServer.h"
+#include "tools/agent/AgentServer.h"
 #include "tools/agent/Limits.h"
 #include "tools/agent/StatusFeed.h"
 
@@ -12,7 +12,7 @@ namespace cimxml {
 
 // Adds "GET /" and "GET /events". At most half of the connections may be event streams, so that
 // pages that were left open keep no CIM client out. `feed` outlives the server.
-void AddStatusPage(HttpServer& server, StatusFeed& feed, const Limits& limits);
+void AddStatusPage(AgentServer& server, StatusFeed& feed, const Limits& limits);
 
 }  // namespace cimxml
 

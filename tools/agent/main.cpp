@@ -14,12 +14,12 @@
 #include <utility>
 
 #include "tools/agent/AgentOptions.h"
+#include "tools/agent/AgentServer.h"
 #include "tools/agent/CimEndpoint.h"
 #include "tools/agent/ClassElements.h"
 #include "tools/agent/Follower.h"
 #include "tools/agent/Guards.h"
 #include "tools/agent/HangUp.h"
-#include "tools/agent/HttpServer.h"
 #include "tools/agent/PoliteEnd.h"
 #include "tools/agent/StatusPage.h"
 #include "tools/agent/Users.h"
@@ -59,7 +59,7 @@ void WarnOfOpenFiles(const AgentOptions& options) {
 }
 
 // All or nothing: with one file wrong, none of the others is used.
-void ReadAgain(const AgentOptions& options, Users* users, HttpServer& server) {
+void ReadAgain(const AgentOptions& options, Users* users, AgentServer& server) {
   try {
     TlsContext context = MakeTls(options);
     if (users) users->ReadAgain();
@@ -74,23 +74,15 @@ void ReadAgain(const AgentOptions& options, Users* users, HttpServer& server) {
   WarnOfOpenFiles(options);
 }
 
-inventory::Options ConnectionOptions(const AgentOptions& options) {
-  inventory::Options connection;
-  connection.program = PROGRAM;
-  connection.config = options.config;
-  connection.lists = {true, true, true, true, true};
-  return connection;
-}
-
 void Run(const AgentOptions& options) {
-  const inventory::EndOfRun end(0);
+  const tools::EndOfRun end(0);
   const std::unique_ptr<Users> users(
       options.usersFile.empty() ? nullptr : std::make_unique<Users>(options.usersFile));
   CacheGate gate(options.readyWait);
-  SyncState state;
+  DaemonState state;
   const Operations operations(gate, options.limits);
   StatusFeed feed(gate, state);
-  HttpServer server(MakeTls(options), options.limits);
+  AgentServer server(MakeTls(options), options.limits);
   const int port = server.Bind(options.address, options.port);
   if (!server.IsLocal()) WarnOfOpenDoors(options);
   AddGuards(server, {users.get(), options.address, server.IsLocal()}, options.limits);
@@ -105,17 +97,16 @@ void Run(const AgentOptions& options) {
             << ":" << port << "/" << std::endl;
   if (!std::cout) throw std::runtime_error("cannot write to standard output");
 
-  const inventory::Options connectionOptions = ConnectionOptions(options);
-  inventory::Library library;
-  inventory::ApplyLogLevel(options.config, options.logLevel);
-  Follower(library.manager, connectionOptions, end, gate, state).Run();
+  tools::Library library;
+  tools::ApplyLogLevel(options.config, options.logLevel);
+  Follower(library.manager, {PROGRAM, options.config}, end, gate, state).Run();
   gate.End();
   state.End();
   server.Stop();
 }
 
 int RunGuarded(const AgentOptions& options) {
-  const inventory::ProcessEndGuard guard(PROGRAM);
+  const tools::ProcessEndGuard guard(PROGRAM);
   try {
     Run(options);
     return EXIT_SUCCESS;
@@ -128,14 +119,14 @@ int RunGuarded(const AgentOptions& options) {
 }
 
 int RunCommand(int argc, char** argv) {
-  if (!inventory::HasStandardStreams(PROGRAM)) return EXIT_FAILURE;
+  if (!tools::HasStandardStreams(PROGRAM)) return EXIT_FAILURE;
   AgentOptions options;
   if (auto status = ParseAgentOptions(argc, argv, options)) {
-    return inventory::FinishOutput(PROGRAM, *status);
+    return tools::FinishOutput(PROGRAM, *status);
   }
   if (options.printMof) {
     std::cout << MofText();
-    return inventory::FinishOutput(PROGRAM, EXIT_SUCCESS);
+    return tools::FinishOutput(PROGRAM, EXIT_SUCCESS);
   }
   EndPolitely();
   return RunGuarded(options);

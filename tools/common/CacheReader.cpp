@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace inventory {
+namespace tools {
 namespace {
 
 using namespace KE::Instance;
@@ -120,8 +120,8 @@ Identity CopyOf(Zorbel_Identity& stub) {
 
 }  // namespace
 
-ComputerSystems ReadComputerSystems(KETypeCache& cache) {
-  ComputerSystems systems;
+Systems ReadSystems(KETypeCache& cache) {
+  Systems systems;
   {
     KEDataCache* machines = Find(cache, ZORBEL_VMComputerSystemClass);
     KEDataCache* hosts = Find(cache, ZORBEL_ORXComputerSystemClass);
@@ -164,4 +164,4 @@ unsigned CountMachines(KETypeCache& cache) {
   return machines ? machines->Size() : 0;
 }
 
-}  // namespace inventory
+}  // namespace tools

@@ -11,12 +11,12 @@
 
 #include <kecpp.h>
 
-#include "tools/common/Inventory.h"
+#include "tools/common/InventoryCopy.h"
 
-namespace inventory {
+namespace tools {
 
 // Hosts, machines and their links. Linear in their number but for the sorting.
-ComputerSystems ReadComputerSystems(KE::Instance::KETypeCache& cache);
+Systems ReadSystems(KE::Instance::KETypeCache& cache);
 
 // Roles, privileges, identities and their memberships.
 Authorization ReadAuthorization(KE::Instance::KETypeCache& cache);
@@ -24,6 +24,6 @@ Authorization ReadAuthorization(KE::Instance::KETypeCache& cache);
 // The number of machines cached so far.
 unsigned CountMachines(KE::Instance::KETypeCache& cache);
 
-}  // namespace inventory
+}  // namespace tools
 
 #endif

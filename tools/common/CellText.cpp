@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace inventory {
+namespace tools {
 namespace {
 
 constexpr const char* ELLIPSIS = "\xe2\x80\xa6";
@@ -115,4 +115,4 @@ std::string CutToCells(const std::string& printable, std::size_t cells) {
   return printable.substr(0, BytesIn(printable, cells - 1, used)) + ELLIPSIS;
 }
 
-}  // namespace inventory
+}  // namespace tools

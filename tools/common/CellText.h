@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <string>
 
-namespace inventory {
+namespace tools {
 
 // The text with a "?" for every control character, every character that changes the direction of
 // writing, and every byte that is not UTF-8: a server's text must not steer the terminal.
@@ -23,6 +23,6 @@ std::size_t CellsOf(const std::string& printable);
 // ellipsis. `cells` is at least 1.
 std::string CutToCells(const std::string& printable, std::size_t cells);
 
-}  // namespace inventory
+}  // namespace tools
 
 #endif

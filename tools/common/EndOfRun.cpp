@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <atomic>
 
-namespace inventory {
+namespace tools {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -47,4 +47,4 @@ int EndOfRun::Slice(int milliseconds) const {
   return static_cast<int>(std::clamp<long long>(left, 1, milliseconds));
 }
 
-}  // namespace inventory
+}  // namespace tools

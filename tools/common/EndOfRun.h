@@ -9,7 +9,7 @@
 #include <chrono>
 #include <optional>
 
-namespace inventory {
+namespace tools {
 
 class EndOfRun {
  public:
@@ -27,6 +27,6 @@ class EndOfRun {
   std::optional<std::chrono::steady_clock::time_point> deadline;
 };
 
-}  // namespace inventory
+}  // namespace tools
 
 #endif

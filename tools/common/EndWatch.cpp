@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <utility>
 
-namespace inventory {
+namespace tools {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -54,4 +54,4 @@ void EndWatch::GiveUp() const {
   _exit(EXIT_FAILURE);
 }
 
-}  // namespace inventory
+}  // namespace tools

@@ -11,7 +11,7 @@
 
 #include "tools/common/EndOfRun.h"
 
-namespace inventory {
+namespace tools {
 
 class EndWatch {
  public:
@@ -36,6 +36,6 @@ class EndWatch {
   std::thread thread;
 };
 
-}  // namespace inventory
+}  // namespace tools
 
 #endif

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-namespace inventory {
+namespace tools {
 
 void ApplyLogLevel(const std::string& config, const std::string& level) {
   auto* logger = KELib::Logging::GetDefaultLogger();
@@ -22,4 +22,4 @@ void ApplyLogLevel(const std::string& config, const std::string& level) {
   if (!level.empty()) logger->SetLevelByName(level.c_str());
 }
 
-}  // namespace inventory
+}  // namespace tools

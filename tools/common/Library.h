@@ -8,7 +8,7 @@
 
 #include <string>
 
-namespace inventory {
+namespace tools {
 
 // One a process; no thread uses the library outside of its life.
 class Library {
@@ -25,6 +25,6 @@ class Library {
 // the configured level but leaves applying it to its user.
 void ApplyLogLevel(const std::string& config, const std::string& level);
 
-}  // namespace inventory
+}  // namespace tools
 
 #endif

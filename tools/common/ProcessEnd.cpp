@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-namespace inventory {
+namespace tools {
 namespace {
 
 std::atomic<const char*> guarded{nullptr};
@@ -36,4 +36,4 @@ void NoteInventoryRead() {
   inventoryRead = true;
 }
 
-}  // namespace inventory
+}  // namespace tools

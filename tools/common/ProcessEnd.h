@@ -5,7 +5,7 @@
 #ifndef KECPP_TOOLS_COMMON_PROCESSEND_H
 #define KECPP_TOOLS_COMMON_PROCESSEND_H
 
-namespace inventory {
+namespace tools {
 
 // While a guard lives, an exit that main did not order is told on standard error, and its status
 // becomes 1 unless the inventory was read. One guard a process.
@@ -21,6 +21,6 @@ class ProcessEndGuard {
 // The inventory was read and shown. Any thread.
 void NoteInventoryRead();
 
-}  // namespace inventory
+}  // namespace tools
 
 #endif

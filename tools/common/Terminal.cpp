@@ -9,7 +9,7 @@
 #include <cstring>
 #include <iostream>
 
-namespace inventory {
+namespace tools {
 namespace {
 
 bool IsOpen(int descriptor) {
@@ -45,4 +45,4 @@ int FinishOutput(const char* program, int status) {
   return EXIT_FAILURE;
 }
 
-}  // namespace inventory
+}  // namespace tools

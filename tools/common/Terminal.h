@@ -6,7 +6,7 @@
 
 #include <cstddef>
 
-namespace inventory {
+namespace tools {
 
 struct TerminalSize {
   std::size_t rows = 0;  // both 0 when it is no terminal or does not know
@@ -26,6 +26,6 @@ bool HasStandardStreams(const char* program);
 // that is success and standard output did not take everything: failure, told on standard error.
 int FinishOutput(const char* program, int status);
 
-}  // namespace inventory
+}  // namespace tools
 
 #endif

@@ -3,7 +3,7 @@
 
 #include <initializer_list>
 
-namespace inventory {
+namespace tools {
 namespace {
 
 using namespace KE::Service;
@@ -33,4 +33,4 @@ void ListAuthorization(KELib::KEVector<KELib::KEString>& list) {
   Fill(list, {CacheObjectSep, Zorbel_RoleClass, Zorbel_PrivilegeClass, Zorbel_IdentityClass});
 }
 
-}  // namespace inventory
+}  // namespace tools

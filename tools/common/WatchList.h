@@ -7,7 +7,7 @@
 
 #include <kecpp.h>
 
-namespace inventory {
+namespace tools {
 
 // Hosts and machines anywhere below a root "Folder". `list` is empty before.
 void ListSystems(KELib::KEVector<KELib::KEString>& list);
@@ -15,6 +15,6 @@ void ListSystems(KELib::KEVector<KELib::KEString>& list);
 // Privileges, roles and identities of a root "AuthorizationManager". `list` is empty before.
 void ListAuthorization(KELib::KEVector<KELib::KEString>& list);
 
-}  // namespace inventory
+}  // namespace tools
 
 #endif

@@ -9,7 +9,7 @@
 #include "tools/common/CacheReader.h"
 #include "tools/common/Terminal.h"
 
-namespace inventory {
+namespace tools::inventory {
 
 FillProgress::FillProgress(KE::Instance::KETypeCache& typeCache) : cache(typeCache) {
   if (TakesCommands(STDERR_FILENO)) thread = std::thread(&FillProgress::Show, this);
@@ -36,4 +36,4 @@ void FillProgress::Show() {
   }
 }
 
-}  // namespace inventory
+}  // namespace tools::inventory

@@ -10,7 +10,7 @@
 #include <mutex>
 #include <thread>
 
-namespace inventory {
+namespace tools::inventory {
 
 // Lives while the caches are filled by another thread. Shows nothing when standard error is no
 // terminal that takes commands. The line is wiped by the destructor, which waits for the thread
@@ -32,6 +32,6 @@ class FillProgress {
   std::thread thread;
 };
 
-}  // namespace inventory
+}  // namespace tools::inventory
 
 #endif

@@ -3,7 +3,8 @@
 
 #include <nlohmann/json.hpp>
 
-namespace inventory {
+// The JSON library looks for these beside their types.
+namespace tools {
 
 using Json = nlohmann::ordered_json;
 
@@ -52,7 +53,11 @@ static void to_json(Json& json, const Identity& identity) {
   json = Json{{"InstanceID", identity.instanceID}, {"roles", identity.roles}};
 }
 
-std::string ToJson(const Inventory& inventory, const Lists& lists) {
+}  // namespace tools
+
+namespace tools::inventory {
+
+std::string ToJson(const InventoryCopy& inventory, const Lists& lists) {
   Json document = Json::object();
   if (lists.hosts) document["hosts"] = inventory.systems.hosts;
   if (lists.machines) document["machines"] = inventory.systems.machines;
@@ -62,4 +67,4 @@ std::string ToJson(const Inventory& inventory, const Lists& lists) {
   return document.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-}  // namespace inventory
+}  // namespace tools::inventory

@@ -6,14 +6,15 @@
 
 #include <string>
 
-#include "tools/common/Inventory.h"
+#include "tools/common/InventoryCopy.h"
+#include "tools/inventory/Lists.h"
 
-namespace inventory {
+namespace tools::inventory {
 
 // One document without a line end: the lists that `lists` names, in the fixed order hosts,
 // machines, privileges, roles, identities. A byte sequence that is not UTF-8 becomes U+FFFD.
-std::string ToJson(const Inventory& inventory, const Lists& lists);
+std::string ToJson(const InventoryCopy& inventory, const Lists& lists);
 
-}  // namespace inventory
+}  // namespace tools::inventory
 
 #endif

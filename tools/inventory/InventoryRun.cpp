@@ -9,7 +9,7 @@
 #include "tools/common/ProcessEnd.h"
 #include "tools/inventory/FillProgress.h"
 
-namespace inventory {
+namespace tools::inventory {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -44,7 +44,7 @@ void InventoryRun::Follow() {
 
 void InventoryRun::Connect() {
   seen = 0;
-  connection = std::make_unique<Connection>(manager, options, end);
+  connection = std::make_unique<DaemonConnection>(manager, NeedsOf(options), end);
   FillProgress progress(connection->Cache());
   connection->Watch(end);
 }
@@ -53,15 +53,15 @@ void InventoryRun::Settle() {
   const auto limit = Clock::now() + SETTLE_LIMIT;
   while (connection->Sync().WaitForChange(seen, options.settle)) {
     if (end.Ended() || Clock::now() > limit) {
-      std::cerr << "kecpp-inventory: the inventory still changes; it is shown as it is now\n";
+      std::cerr << PROGRAM << ": the inventory still changes; it is shown as it is now\n";
       return;
     }
   }
 }
 
 void InventoryRun::ReadAndShow() {
-  Inventory now;
-  if (options.lists.Systems()) now.systems = ReadComputerSystems(connection->Cache());
+  InventoryCopy now;
+  if (options.lists.Systems()) now.systems = ReadSystems(connection->Cache());
   if (options.lists.Authorization()) now.authorization = ReadAuthorization(connection->Cache());
   view.Show(now);
 }
@@ -71,7 +71,7 @@ void InventoryRun::ShowNextChange() {
 }
 
 void InventoryRun::Reconnect(const std::string& reason) {
-  std::cerr << "kecpp-inventory: connection lost (" << reason << "), connecting again\n";
+  std::cerr << PROGRAM << ": connection lost (" << reason << "), connecting again\n";
   connection.reset();
   std::string told;
   while (!end.Ended()) {
@@ -82,11 +82,11 @@ void InventoryRun::Reconnect(const std::string& reason) {
     } catch (const ConnectionError& error) {
       connection.reset();
       if (told != error.what() && !end.Ended())
-        std::cerr << "kecpp-inventory: " << error.what() << '\n';
+        std::cerr << PROGRAM << ": " << error.what() << '\n';
       told = error.what();
       std::this_thread::sleep_for(std::chrono::milliseconds(end.Slice(RECONNECT_PAUSE_MS)));
     }
   }
 }
 
-}  // namespace inventory
+}  // namespace tools::inventory

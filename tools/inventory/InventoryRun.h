@@ -6,13 +6,13 @@
 
 #include <memory>
 
-#include "tools/common/Connection.h"
+#include "tools/common/DaemonConnection.h"
 #include "tools/common/EndOfRun.h"
-#include "tools/common/Inventory.h"
+#include "tools/common/InventoryCopy.h"
 #include "tools/inventory/Options.h"
 #include "tools/inventory/View.h"
 
-namespace inventory {
+namespace tools::inventory {
 
 class InventoryRun {
  public:
@@ -40,10 +40,10 @@ class InventoryRun {
   const Options& options;
   const EndOfRun& end;
   View view;
-  std::unique_ptr<Connection> connection;
+  std::unique_ptr<DaemonConnection> connection;
   unsigned long long seen = 0;  // changes of this connection that were shown
 };
 
-}  // namespace inventory
+}  // namespace tools::inventory
 
 #endif

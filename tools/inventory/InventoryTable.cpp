@@ -5,7 +5,7 @@
 
 #include <unordered_map>
 
-namespace inventory {
+namespace tools::inventory {
 namespace {
 
 std::string Decoded(const std::string& xmlText) {
@@ -20,7 +20,7 @@ std::string Joined(const std::vector<std::string>& keys) {
   return all;
 }
 
-std::string HostTable(const ComputerSystems& systems, const TableRoom& room) {
+std::string HostTable(const Systems& systems, const TableRoom& room) {
   TextTable table("Hosts", {"NAME", "KEY", "STATUS", "VENDOR", "MODEL", "MACHINES"});
   for (const Host& host : systems.hosts) {
     table.AddRow({Decoded(host.elementName), Decoded(host.name), StatusWord(host.operationalStatus),
@@ -29,7 +29,7 @@ std::string HostTable(const ComputerSystems& systems, const TableRoom& room) {
   return table.Format(room);
 }
 
-std::string MachineTable(const ComputerSystems& systems, const TableRoom& room) {
+std::string MachineTable(const Systems& systems, const TableRoom& room) {
   std::unordered_map<std::string, std::string> hostNames;
   for (const Host& host : systems.hosts) hostNames[host.name] = host.elementName;
   TextTable table("Machines", {"NAME", "KEY", "HOST", "POWER", "STATUS", "GUEST", "ADDRESS"});
@@ -90,7 +90,7 @@ std::string StatusWord(unsigned operationalStatus) {
   }
 }
 
-std::string ToTables(const Inventory& inventory, const Lists& lists, const TableRoom& room) {
+std::string ToTables(const InventoryCopy& inventory, const Lists& lists, const TableRoom& room) {
   std::string text;
   auto add = [&text](const std::string& table) { text += (text.empty() ? "" : "\n") + table; };
   if (lists.hosts) add(HostTable(inventory.systems, room));
@@ -101,4 +101,4 @@ std::string ToTables(const Inventory& inventory, const Lists& lists, const Table
   return text;
 }
 
-}  // namespace inventory
+}  // namespace tools::inventory

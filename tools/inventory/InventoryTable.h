@@ -6,17 +6,18 @@
 
 #include <string>
 
-#include "tools/common/Inventory.h"
+#include "tools/common/InventoryCopy.h"
+#include "tools/inventory/Lists.h"
 #include "tools/inventory/TextTable.h"
 
-namespace inventory {
+namespace tools::inventory {
 
 // The tables that `lists` names, within `room`. XML entities are decoded.
-std::string ToTables(const Inventory& inventory, const Lists& lists, const TableRoom& room);
+std::string ToTables(const InventoryCopy& inventory, const Lists& lists, const TableRoom& room);
 
 // The word for a CIM operational status, e.g. "OK" for 2; the number for one without a word.
 std::string StatusWord(unsigned operationalStatus);
 
-}  // namespace inventory
+}  // namespace tools::inventory
 
 #endif

@@ -2,13 +2,13 @@
 #include "tools/inventory/Options.h"
 
 #include <kecpp.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <vector>
 
-namespace inventory {
+#include "tools/common/ConfigArgument.h"
+
+namespace tools::inventory {
 namespace {
 
 constexpr int USAGE_ERROR = 2;
@@ -52,16 +52,12 @@ void ChooseLists(const std::vector<std::string>& names, Options& options) {
 
 }  // namespace
 
-// The library falls back to its default for a path that it cannot read, a folder and an empty file.
-std::string CheckConfig(const std::string& config) {
-  const bool isPath = !config.empty() && config.compare(0, 5, "<?xml") != 0;
-  struct stat status = {};
-  if (!isPath) return {};
-  if (stat(config.c_str(), &status) != 0 || access(config.c_str(), R_OK) != 0) {
-    return "cannot read " + config;
-  }
-  if (!S_ISREG(status.st_mode)) return config + " is no file";
-  return status.st_size == 0 ? config + " is empty" : std::string();
+ConnectionNeeds NeedsOf(const Options& options) {
+  using Authorization = ConnectionNeeds::Authorization;
+  const Authorization authorization = options.wantsAuthorization      ? Authorization::required
+                                      : options.lists.Authorization() ? Authorization::whereAllowed
+                                                                      : Authorization::none;
+  return {PROGRAM, options.config, authorization};
 }
 
 std::optional<TaskCall> ParseTaskCall(const std::string& text) {
@@ -76,7 +72,7 @@ std::optional<TaskCall> ParseTaskCall(const std::string& text) {
 
 std::optional<int> ParseOptions(int argc, const char* const* argv, Options& options) {
   CLI::App app("Shows the inventory of a virtualization host: hosts, machines, who may do what.",
-               "kecpp-inventory");
+               PROGRAM);
   std::string format = "table";
   std::string task;
   std::vector<std::string> lists;
@@ -115,4 +111,4 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, Options& opti
   return {};
 }
 
-}  // namespace inventory
+}  // namespace tools::inventory

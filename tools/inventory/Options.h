@@ -7,9 +7,10 @@
 #include <optional>
 #include <string>
 
-#include "tools/common/Inventory.h"
+#include "tools/common/DaemonConnection.h"
+#include "tools/inventory/Lists.h"
 
-namespace inventory {
+namespace tools::inventory {
 
 // A method of the server that starts a task, and the object to call it on.
 struct TaskCall {
@@ -18,8 +19,9 @@ struct TaskCall {
   std::string value;
 };
 
+constexpr const char* PROGRAM = "kecpp-inventory";  // as messages name it
+
 struct Options {
-  const char* program = "kecpp-inventory";  // as messages name it
   std::string config;    // a file's path, an XML text, or empty for the library's default
   bool json = false;     // else tables
   bool follow = false;   // go on until interrupted or for `duration`
@@ -31,18 +33,16 @@ struct Options {
   std::optional<TaskCall> task;     // run this and show no inventory
 };
 
-// Reads the command line. Gives the exit status when there is nothing more to do: 0 after --help
-// and
-// --version, which print on standard output, 2 for a mistake, told on standard error.
-std::optional<int> ParseOptions(int argc, const char* const* argv, Options& options);
+// What the lists that are shown ask of the connection.
+ConnectionNeeds NeedsOf(const Options& options);
 
-// What is wrong with a configuration that a command line names, empty when nothing is: someone who
-// names a file wants to hear that it cannot be read, is none or is empty.
-std::string CheckConfig(const std::string& config);
+// Reads the command line. Gives the exit status when there is nothing more to do: 0 after --help
+// and --version, which print on standard output, 2 for a mistake, told on standard error.
+std::optional<int> ParseOptions(int argc, const char* const* argv, Options& options);
 
 // "METHOD:TYPE:VALUE"; the value may hold colons. Nothing when a part is missing.
 std::optional<TaskCall> ParseTaskCall(const std::string& text);
 
-}  // namespace inventory
+}  // namespace tools::inventory
 
 #endif

@@ -4,7 +4,7 @@
 #include <chrono>
 #include <future>
 
-namespace inventory {
+namespace tools::inventory {
 namespace {
 
 // Waits on a thread of its own, so that the end of the run can let the wait go.
@@ -20,7 +20,7 @@ bool AwaitTask(KE::Service::KEDataSync& sync, KELib::KEString& response, const E
 
 }  // namespace
 
-bool RunTask(Connection& connection, const TaskCall& call, const EndOfRun& end) {
+bool RunTask(DaemonConnection& connection, const TaskCall& call, const EndOfRun& end) {
   try {
     KELib::KEString response;
     connection.Method().Invoke(KE::Service::targetNamespace, call.method.c_str(), call.type.c_str(),
@@ -31,4 +31,4 @@ bool RunTask(Connection& connection, const TaskCall& call, const EndOfRun& end) 
   }
 }
 
-}  // namespace inventory
+}  // namespace tools::inventory

@@ -4,17 +4,17 @@
 #ifndef KECPP_TOOLS_INVENTORY_TASKRUN_H
 #define KECPP_TOOLS_INVENTORY_TASKRUN_H
 
-#include "tools/common/Connection.h"
+#include "tools/common/DaemonConnection.h"
 #include "tools/common/EndOfRun.h"
 #include "tools/inventory/Options.h"
 
-namespace inventory {
+namespace tools::inventory {
 
 // True exactly when the task ended in success. False also when the run ends before the task; the
 // connection is of no further use then. Throws ConnectionError when the task cannot be started or
 // watched.
-bool RunTask(Connection& connection, const TaskCall& call, const EndOfRun& end);
+bool RunTask(DaemonConnection& connection, const TaskCall& call, const EndOfRun& end);
 
-}  // namespace inventory
+}  // namespace tools::inventory
 
 #endif

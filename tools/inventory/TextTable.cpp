@@ -5,7 +5,7 @@
 
 #include "tools/common/CellText.h"
 
-namespace inventory {
+namespace tools::inventory {
 namespace {
 
 constexpr std::size_t INDENT = 2;
@@ -67,4 +67,4 @@ std::string TextTable::Format(const TableRoom& room) const {
   return text;
 }
 
-}  // namespace inventory
+}  // namespace tools::inventory

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace inventory {
+namespace tools::inventory {
 
 // How much of a table is shown. Zero: everything.
 struct TableRoom {
@@ -36,6 +36,6 @@ class TextTable {
   std::vector<std::size_t> widths;
 };
 
-}  // namespace inventory
+}  // namespace tools::inventory
 
 #endif

@@ -11,7 +11,7 @@
 #include "tools/inventory/InventoryJson.h"
 #include "tools/inventory/InventoryTable.h"
 
-namespace inventory {
+namespace tools::inventory {
 namespace {
 
 constexpr const char* CLEAR_SCREEN = "\033[H\033[2J";
@@ -30,7 +30,7 @@ std::size_t RowsPerTable(std::size_t terminalRows, const Lists& lists) {
 View::View(const Options& opts)
     : options(opts), redraws(opts.follow && !opts.json && TakesCommands(STDOUT_FILENO)) {}
 
-std::string View::Render(const Inventory& inventory) const {
+std::string View::Render(const InventoryCopy& inventory) const {
   if (options.json) return ToJson(inventory, options.lists) + '\n';
   const TerminalSize size = SizeOfTerminal(STDOUT_FILENO);
   TableRoom room;
@@ -39,7 +39,7 @@ std::string View::Render(const Inventory& inventory) const {
   return ToTables(inventory, options.lists, room);
 }
 
-void View::Show(const Inventory& inventory) {
+void View::Show(const InventoryCopy& inventory) {
   std::string text = Render(inventory);
   if (shown && text == last) return;
   if (redraws) std::cout << CLEAR_SCREEN;
@@ -49,4 +49,4 @@ void View::Show(const Inventory& inventory) {
   last = std::move(text);
 }
 
-}  // namespace inventory
+}  // namespace tools::inventory

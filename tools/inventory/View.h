@@ -6,10 +6,10 @@
 
 #include <string>
 
-#include "tools/common/Inventory.h"
+#include "tools/common/InventoryCopy.h"
 #include "tools/inventory/Options.h"
 
-namespace inventory {
+namespace tools::inventory {
 
 class View {
  public:
@@ -19,10 +19,10 @@ class View {
   // tables fit its width. When they are followed there they take the place of the last ones and fit
   // its height, unless it takes no commands; else an empty line parts them. Throws
   // std::runtime_error when standard output does not take the text.
-  void Show(const Inventory& inventory);
+  void Show(const InventoryCopy& inventory);
 
  private:
-  std::string Render(const Inventory& inventory) const;
+  std::string Render(const InventoryCopy& inventory) const;
 
   const Options& options;
   const bool redraws;
@@ -30,6 +30,6 @@ class View {
   std::string last;
 };
 
-}  // namespace inventory
+}  // namespace tools::inventory
 
 #endif

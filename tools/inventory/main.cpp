@@ -9,7 +9,7 @@
 #include <iostream>
 
 #include "tools/common/CellText.h"
-#include "tools/common/Connection.h"
+#include "tools/common/DaemonConnection.h"
 #include "tools/common/EndOfRun.h"
 #include "tools/common/Library.h"
 #include "tools/common/ProcessEnd.h"
@@ -18,12 +18,12 @@
 #include "tools/inventory/Options.h"
 #include "tools/inventory/TaskRun.h"
 
-namespace inventory {
+namespace tools::inventory {
 namespace {
 
 int ReportTask(KE::Service::KEServiceInstManager& manager, const Options& options,
                const EndOfRun& end) {
-  Connection connection(manager, options, end);
+  DaemonConnection connection(manager, NeedsOf(options), end);
   const bool success = RunTask(connection, *options.task, end);
   std::cout << options.task->method << (success ? ": success" : ": no success") << std::endl;
   return success ? EXIT_SUCCESS : EXIT_FAILURE;
@@ -39,8 +39,6 @@ int Run(const Options& options) {
   if (options.follow) run.Follow();
   return EXIT_SUCCESS;
 }
-
-constexpr const char* PROGRAM = "kecpp-inventory";
 
 int RunGuarded(const Options& options) {
   const ProcessEndGuard guard(PROGRAM);
@@ -62,8 +60,8 @@ int RunCommand(int argc, char** argv) {
 }
 
 }  // namespace
-}  // namespace inventory
+}  // namespace tools::inventory
 
 int main(int argc, char** argv) {
-  return inventory::RunCommand(argc, argv);
+  return tools::inventory::RunCommand(argc, argv);
 }

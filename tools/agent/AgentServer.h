@@ -5,8 +5,8 @@
 //
 // Thread safety: routes are added before Start; handlers run on the connections' threads, many at
 // once. Bind, Start and Stop are called by one thread.
-#ifndef KECPP_TOOLS_AGENT_HTTPSERVER_H
-#define KECPP_TOOLS_AGENT_HTTPSERVER_H
+#ifndef KECPP_TOOLS_AGENT_AGENTSERVER_H
+#define KECPP_TOOLS_AGENT_AGENTSERVER_H
 
 #include <httplib.h>
 
@@ -17,16 +17,19 @@
 #include <string>
 #include <thread>
 
+#include "tools/agent/ConnectionThreads.h"
 #include "tools/agent/Limits.h"
 #include "tools/agent/TlsContext.h"
 
 namespace cimxml {
 
-class HttpServer final : private httplib::Server {
+class SocketStream;
+
+class AgentServer final : private httplib::Server {
  public:
   // Without a TLS context it serves plain HTTP.
-  HttpServer(TlsContext tls, const Limits& limits);
-  ~HttpServer() override;
+  AgentServer(TlsContext tls, const Limits& limits);
+  ~AgentServer() override;
 
   using httplib::Server::set_pre_routing_handler;
 
@@ -54,10 +57,10 @@ class HttpServer final : private httplib::Server {
   void Stop();
 
  private:
-  class ConnectionThreads;
-
   bool process_and_close_socket(socket_t socket) override;
+  void Enter(socket_t socket);
   void Serve(socket_t socket);
+  bool Answer(SocketStream& stream, bool last);
   bool Process(httplib::Stream& stream, bool last, bool& closed,
                const std::function<void(httplib::Request&)>& setUp);
   void Rehearse();
@@ -72,6 +75,7 @@ class HttpServer final : private httplib::Server {
   TlsContext tls;                  // guarded by `mutex`
   std::set<socket_t> connections;  // guarded by `mutex`
   bool stopping = false;           // guarded by `mutex`
+  ConnectionThreads threads;
   std::thread listener;
 };
 

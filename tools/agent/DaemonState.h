@@ -3,8 +3,8 @@
 // How the connection to the daemon is, for those who ask from other threads.
 //
 // Thread safety: any thread.
-#ifndef KECPP_TOOLS_AGENT_SYNCSTATE_H
-#define KECPP_TOOLS_AGENT_SYNCSTATE_H
+#ifndef KECPP_TOOLS_AGENT_DAEMONSTATE_H
+#define KECPP_TOOLS_AGENT_DAEMONSTATE_H
 
 #include <kecpp.h>
 
@@ -15,7 +15,7 @@
 
 namespace cimxml {
 
-struct SyncReport {
+struct DaemonReport {
   bool connected = false;
   unsigned long long sets = 0;  // update sets applied on this connection
   unsigned consecutiveFailures = 0;
@@ -27,13 +27,13 @@ struct SyncReport {
   unsigned long long times = 0;  // how often something was reported
 };
 
-class SyncState {
+class DaemonState {
  public:
   void Connected();
   void Lost(const std::string& reason);
   void Update(const KE::Service::KESyncStatus& status);
 
-  SyncReport Report();
+  DaemonReport Report();
 
   // Waits until something was reported after the `seen`th time (start with 0), at most for `limit`.
   // True when it was: `seen` is then the report's `times`. False at once after End.
@@ -46,7 +46,7 @@ class SyncState {
 
   std::mutex mutex;
   std::condition_variable changed;
-  SyncReport report;  // guarded by `mutex`, like all below
+  DaemonReport report;  // guarded by `mutex`, like all below
   bool ended = false;
 };
 

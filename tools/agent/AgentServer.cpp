@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "tools/agent/HttpServer.h"
+#include "tools/agent/AgentServer.h"
 
 #include <netdb.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <condition_variable>
 #include <stdexcept>
 #include <utility>
 
@@ -17,13 +16,6 @@ namespace cimxml {
 namespace {
 
 constexpr int REQUESTS_PER_CONNECTION = 1000;
-
-// Set while the listening thread hands over a connection for which there is no thread.
-thread_local bool refusing = false;
-
-// Set when what the client has sent after the request that this thread serves may be a part of it:
-// when its end is in doubt, or when it was not read to the end, as those that fail.
-thread_local bool endsConnection = false;
 
 // The library's own options would let a second server take the same port.
 void ShareNoPort(socket_t socket) {
@@ -45,60 +37,21 @@ bool HasDoubtfulEnd(const httplib::Request& request, const SocketStream& stream)
   return request.has_header("Transfer-Encoding") || stream.HasBareLineEnd();
 }
 
-}  // namespace
-
-// A thread for each connection, so that a slow client costs its own thread and nobody else's.
-class HttpServer::ConnectionThreads final : public httplib::TaskQueue {
+// Hands each socket over on the listening thread: who serves it is decided there.
+class OnThisThread final : public httplib::TaskQueue {
  public:
-  explicit ConnectionThreads(unsigned connections) : limit(connections) {}
-
-  servers::Enqueued enqueue(std::function<void()> serve) override {
-    if (TakePlace()) {
-      try {
-        std::thread([this, serve] {
-          serve();
-          GivePlace();
-        }).detach();
-        return servers::Enqueued(true);
-      } catch (const std::system_error&) {  // no more threads
-        GivePlace();
-      }
-    }
-    refusing = true;
-    serve();
-    refusing = false;
-    return servers::Enqueued(true);  // its socket is closed already
+  servers::Enqueued enqueue(std::function<void()> handOver) override {
+    handOver();
+    return servers::Enqueued(true);
   }
-
-  void shutdown() override {
-    std::unique_lock<std::mutex> lock(mutex);
-    left.wait(lock, [this] { return taken == 0; });
-  }
-
- private:
-  bool TakePlace() {
-    std::lock_guard<std::mutex> lock(mutex);
-    if (taken == limit) return false;
-    ++taken;
-    return true;
-  }
-
-  // The last thing that a connection's thread does: after it this object may be gone.
-  void GivePlace() {
-    std::lock_guard<std::mutex> lock(mutex);
-    --taken;
-    left.notify_all();
-  }
-
-  const unsigned limit;
-  std::mutex mutex;
-  std::condition_variable left;
-  unsigned taken = 0;  // guarded by `mutex`
+  void shutdown() override {}
 };
 
-HttpServer::HttpServer(TlsContext context, const Limits& serverLimits)
-    : limits(serverLimits), tls(std::move(context)) {
-  new_task_queue = [this] { return new ConnectionThreads(limits.connections); };
+}  // namespace
+
+AgentServer::AgentServer(TlsContext context, const Limits& serverLimits)
+    : limits(serverLimits), tls(std::move(context)), threads(limits.connections) {
+  new_task_queue = [] { return new OnThisThread; };
   set_payload_max_length(limits.bodyBytes);
   set_keep_alive_max_count(REQUESTS_PER_CONNECTION);
   set_keep_alive_timeout(limits.time.count());
@@ -108,34 +61,34 @@ HttpServer::HttpServer(TlsContext context, const Limits& serverLimits)
   set_post_routing_handler([](const httplib::Request& request, httplib::Response& response) {
     // A client that begins with the extended method goes on without it when it reads this.
     if (request.method == "M-POST") response.status = 501;
-    endsConnection = endsConnection || response.status >= 400;
+    const bool goesOn = request.response_handler && request.response_handler(response);
     const bool isSaid = request.get_header_value("Connection") == "close";
-    if (endsConnection && !isSaid) response.set_header("Connection", "close");
+    if (!goesOn && !isSaid) response.set_header("Connection", "close");
   });
 }
 
-HttpServer::~HttpServer() {
+AgentServer::~AgentServer() {
   Stop();
 }
 
-void HttpServer::Get(const char* path, Handler handler) {
+void AgentServer::Get(const char* path, Handler handler) {
   httplib::Server::Get(path, std::move(handler));
   std::string& list = methods[path];
   list = list.empty() ? "GET, HEAD" : "GET, HEAD, " + list;
 }
 
-void HttpServer::Post(const char* path, Handler handler) {
+void AgentServer::Post(const char* path, Handler handler) {
   httplib::Server::Post(path, std::move(handler));
   std::string& list = methods[path];
   list += list.empty() ? "POST" : ", POST";
 }
 
-std::string HttpServer::Methods(const std::string& path) const {
+std::string AgentServer::Methods(const std::string& path) const {
   const auto known = methods.find(path);
   return known == methods.end() ? "" : known->second;
 }
 
-int HttpServer::Bind(const std::string& address, int port) {
+int AgentServer::Bind(const std::string& address, int port) {
   const int bound =
       port != 0 ? (bind_to_port(address, port) ? port : -1) : bind_to_any_port(address);
   if (bound > 0) {
@@ -145,7 +98,7 @@ int HttpServer::Bind(const std::string& address, int port) {
   throw std::runtime_error("cannot listen on " + address + ":" + std::to_string(port));
 }
 
-bool HttpServer::IsLocal() const {
+bool AgentServer::IsLocal() const {
   sockaddr_storage storage{};
   socklen_t length = sizeof storage;
   auto* address = reinterpret_cast<sockaddr*>(&storage);
@@ -155,25 +108,25 @@ bool HttpServer::IsLocal() const {
   return IsLoopback(text);
 }
 
-bool HttpServer::Process(httplib::Stream& stream, bool last, bool& closed,
-                         const std::function<void(httplib::Request&)>& setUp) {
-  return servers::ProcessRequest<httplib::Server>(*this, &HttpServer::process_request, stream, last,
-                                                  closed, setUp);
+bool AgentServer::Process(httplib::Stream& stream, bool last, bool& closed,
+                          const std::function<void(httplib::Request&)>& setUp) {
+  return servers::ProcessRequest<httplib::Server>(*this, &AgentServer::process_request, stream,
+                                                  last, closed, setUp);
 }
 
-void HttpServer::UseTls(TlsContext context) {
+void AgentServer::UseTls(TlsContext context) {
   std::lock_guard<std::mutex> lock(mutex);
   tls = std::move(context);
 }
 
-TlsContext HttpServer::Tls() {
+TlsContext AgentServer::Tls() {
   std::lock_guard<std::mutex> lock(mutex);
   return tls;
 }
 
 // One request, answered on this thread: tables that the HTTP library makes on first use are then
 // made before several threads could use them first.
-void HttpServer::Rehearse() {
+void AgentServer::Rehearse() {
   static const char REQUEST[] = "GET / HTTP/1.0\r\nRange: bytes=0-\r\n\r\n";
   int ends[2];
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) return;
@@ -186,44 +139,47 @@ void HttpServer::Rehearse() {
   ::close(ends[1]);
 }
 
-void HttpServer::Start() {
+void AgentServer::Start() {
   Rehearse();
   listener = std::thread([this] { listen_after_bind(); });
 }
 
-void HttpServer::Stop() {
+void AgentServer::Stop() {
   if (!listener.joinable()) return;
   ShutConnections();
   stop();
   listener.join();
+  threads.AwaitEnd();
 }
 
-void HttpServer::ShutConnections() {
+void AgentServer::ShutConnections() {
   std::lock_guard<std::mutex> lock(mutex);
   stopping = true;
   for (socket_t socket : connections) ::shutdown(socket, SHUT_RDWR);
 }
 
-bool HttpServer::process_and_close_socket(socket_t socket) {
-  if (refusing) {
-    Refuse(socket);
-    return false;
-  }
-  {
-    std::lock_guard<std::mutex> lock(mutex);
-    connections.insert(socket);
-    if (stopping) ::shutdown(socket, SHUT_RDWR);
-  }
-  Serve(socket);
-  return true;
+// On the listening thread.
+bool AgentServer::process_and_close_socket(socket_t socket) {
+  const bool isServed = threads.Start([this, socket] {
+    Enter(socket);
+    Serve(socket);
+  });
+  if (!isServed) Refuse(socket);
+  return isServed;
+}
+
+void AgentServer::Enter(socket_t socket) {
+  std::lock_guard<std::mutex> lock(mutex);
+  connections.insert(socket);
+  if (stopping) ::shutdown(socket, SHUT_RDWR);
 }
 
 // The socket leaves the set before it is closed: its number may be given away at once.
-void HttpServer::Serve(socket_t socket) {
+void AgentServer::Serve(socket_t socket) {
   const TlsContext context = Tls();
   SocketStream stream(socket, context.get(), limits);
   struct Leave {
-    HttpServer& server;
+    AgentServer& server;
     socket_t socket;
     ~Leave() {
       std::lock_guard<std::mutex> lock(server.mutex);
@@ -231,20 +187,30 @@ void HttpServer::Serve(socket_t socket) {
     }
   } leave{*this, socket};
   if (!stream.Accept()) return;
-  for (int left = REQUESTS_PER_CONNECTION; left > 0 && stream.AwaitRequest(); --left) {
-    bool closed = false;
-    endsConnection = false;
-    const auto setUp = [&](httplib::Request& request) {
-      request.ssl = stream.Tls();
-      DropCostlyWishes(request);
-      endsConnection = HasDoubtfulEnd(request, stream);
+  int left = REQUESTS_PER_CONNECTION;
+  while (left > 0 && stream.AwaitRequest() && Answer(stream, left == 1)) --left;
+}
+
+// False when the connection is of no more use. It ends after a request whose end is in doubt or
+// which was not read to its end, as those that fail: what the client has sent after it may be a
+// part of it. A request whose head cannot be read does not get as far as `setUp`.
+bool AgentServer::Answer(SocketStream& stream, bool last) {
+  bool closed = false;
+  bool goesOn = false;
+  const auto setUp = [&](httplib::Request& request) {
+    request.ssl = stream.Tls();
+    DropCostlyWishes(request);
+    const bool doubtful = HasDoubtfulEnd(request, stream);
+    // The library leaves this field to its clients. Here the answer's last handler calls it.
+    request.response_handler = [&goesOn, doubtful](const httplib::Response& response) {
+      return goesOn = !doubtful && response.status < 400;
     };
-    if (!Process(stream, left == 1, closed, setUp) || closed || endsConnection) return;
-  }
+  };
+  return Process(stream, last, closed, setUp) && !closed && goesOn;
 }
 
 // On the listening thread, which must not wait: the answer fits into an empty socket's buffer.
-void HttpServer::Refuse(socket_t socket) {
+void AgentServer::Refuse(socket_t socket) {
   static const char ANSWER[] =
       "HTTP/1.1 503 Service Unavailable\r\nRetry-After: 1\r\nContent-Length: 0\r\n"
       "Connection: close\r\n\r\n";

@@ -2,8 +2,8 @@
 //
 // What a property filter asks for: which objects, found by walking from a start object, and which
 // of their properties.
-#ifndef KECPP_SIMULATOR_FILTERSPEC_H
-#define KECPP_SIMULATOR_FILTERSPEC_H
+#ifndef KECPP_SIMULATOR_SELECTION_H
+#define KECPP_SIMULATOR_SELECTION_H
 
 #include <functional>
 #include <map>
@@ -16,12 +16,12 @@
 
 namespace sim {
 
-class FilterSpec {
+class Selection {
  public:
   using Paths = std::set<std::string, std::less<>>;
 
   // Reads a "spec" element. Throws std::runtime_error that says what is wrong with it.
-  explicit FilterSpec(const pugi::xml_node& spec);
+  explicit Selection(const pugi::xml_node& spec);
 
   // The objects that the filter selects now, each once, in the order of the walk. The result is
   // good for as long as the caller holds the inventory's mutex. Linear in what is walked over.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "simulator/FilterSpec.h"
+#include "simulator/Selection.h"
 
 #include <cstring>
 #include <stdexcept>
@@ -25,7 +25,7 @@ bool Flag(const pugi::xml_node& node, const char* name) {
 
 }  // namespace
 
-FilterSpec::FilterSpec(const pugi::xml_node& spec) {
+Selection::Selection(const pugi::xml_node& spec) {
   for (const pugi::xml_node& set : spec.children("propSet")) {
     if (Flag(set, "all")) throw std::runtime_error("propSet asks for all properties");
     Paths& wanted = paths[Required(set, "type")];
@@ -42,7 +42,7 @@ FilterSpec::FilterSpec(const pugi::xml_node& spec) {
   for (const pugi::xml_node& select : objectSet.children("selectSet")) ReadTraversal(select);
 }
 
-void FilterSpec::ReadTraversal(const pugi::xml_node& node) {
+void Selection::ReadTraversal(const pugi::xml_node& node) {
   if (std::strcmp(node.attribute("xsi:type").value(), "TraversalSpec") != 0) {
     throw std::runtime_error("selectSet is no TraversalSpec");
   }
@@ -57,12 +57,12 @@ void FilterSpec::ReadTraversal(const pugi::xml_node& node) {
   startTraversals.push_back(name);
 }
 
-const FilterSpec::Paths* FilterSpec::PathsOf(const std::string& type) const {
+const Selection::Paths* Selection::PathsOf(const std::string& type) const {
   const auto found = paths.find(type);
   return found != paths.end() ? &found->second : nullptr;
 }
 
-bool FilterSpec::IsWalkedSince(const Object& object, Version since) const {
+bool Selection::IsWalkedSince(const Object& object, Version since) const {
   for (const auto& entry : traversals) {
     const Property* walked =
         entry.second.type == object.type ? object.Find(entry.second.path) : nullptr;
@@ -71,8 +71,8 @@ bool FilterSpec::IsWalkedSince(const Object& object, Version since) const {
   return false;
 }
 
-void FilterSpec::AddStepsFrom(const Inventory& inventory, const Step& step,
-                              std::vector<Step>& steps) const {
+void Selection::AddStepsFrom(const Inventory& inventory, const Step& step,
+                             std::vector<Step>& steps) const {
   for (const std::string& name : *step.traversals) {
     const auto found = traversals.find(name);
     if (found == traversals.end() || found->second.type != step.object->type) continue;
@@ -90,7 +90,7 @@ void FilterSpec::AddStepsFrom(const Inventory& inventory, const Step& step,
   }
 }
 
-std::vector<const Object*> FilterSpec::SelectLocked(const Inventory& inventory) const {
+std::vector<const Object*> Selection::SelectLocked(const Inventory& inventory) const {
   std::vector<const Object*> selected;
   std::unordered_set<const Object*> found;
   std::set<std::pair<const Object*, const void*>> walked;  // an object may be met on several ways

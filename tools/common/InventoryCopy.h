@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
 //
-// The inventory as the tool shows it: plain copies of what the caches hold, so that nothing is read
-// from a cache after its mutex was let go. Texts are the bytes of the stubs, unchanged (XML
-// entities stay as they are); every list is sorted by key.
-#ifndef KECPP_TOOLS_COMMON_INVENTORY_H
-#define KECPP_TOOLS_COMMON_INVENTORY_H
+// Plain copies of what the caches hold, so that nothing is read from a cache after its mutex was
+// let go. Texts are the bytes of the stubs, unchanged (XML entities stay as they are); every list
+// is sorted by key.
+#ifndef KECPP_TOOLS_COMMON_INVENTORYCOPY_H
+#define KECPP_TOOLS_COMMON_INVENTORYCOPY_H
 
 #include <optional>
 #include <string>
 #include <vector>
 
-namespace inventory {
+namespace tools {
 
 struct Host {
   std::string name;  // the key
@@ -58,7 +58,7 @@ struct Identity {
   std::vector<std::string> roles;  // keys
 };
 
-struct ComputerSystems {
+struct Systems {
   std::vector<Host> hosts;
   std::vector<Machine> machines;
 };
@@ -69,23 +69,11 @@ struct Authorization {
   std::vector<Identity> identities;
 };
 
-struct Inventory {
-  ComputerSystems systems;
+struct InventoryCopy {
+  Systems systems;
   Authorization authorization;
 };
 
-// Which lists are shown.
-struct Lists {
-  bool hosts = false;
-  bool machines = false;
-  bool privileges = false;
-  bool roles = false;
-  bool identities = false;
-
-  bool Systems() const { return hosts || machines; }
-  bool Authorization() const { return privileges || roles || identities; }
-};
-
-}  // namespace inventory
+}  // namespace tools
 
 #endif

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 //
-// One logged-in connection to the management daemon, with the watches that this tool needs.
+// One logged-in connection to the management daemon, with the watches that its tool needs.
 //
 // Thread safety: one thread makes, uses and destroys it; another one may read the caches while
 //   Watch runs. Nobody may use the caches once the destructor was entered.
 // Ownership: the library owns what the accessors return; it lives as long as the connection.
-#ifndef KECPP_TOOLS_COMMON_CONNECTION_H
-#define KECPP_TOOLS_COMMON_CONNECTION_H
+#ifndef KECPP_TOOLS_COMMON_DAEMONCONNECTION_H
+#define KECPP_TOOLS_COMMON_DAEMONCONNECTION_H
 
 #include <kecpp.h>
 
@@ -17,9 +17,8 @@
 
 #include "tools/common/CellText.h"
 #include "tools/common/EndOfRun.h"
-#include "tools/inventory/Options.h"
 
-namespace inventory {
+namespace tools {
 
 // The daemon cannot be reached, refuses the login or does not give its inventory. The text may be
 // shown on a terminal.
@@ -28,15 +27,26 @@ class ConnectionError : public std::runtime_error {
   explicit ConnectionError(const std::string& text) : std::runtime_error(Printable(text)) {}
 };
 
-class Connection {
+// What a tool asks of its connection.
+struct ConnectionNeeds {
+  // Roles, privileges and identities: not watched; watched unless the daemon keeps them from this
+  // account, which is told on standard error; or their absence is an error.
+  enum class Authorization { none, whereAllowed, required };
+
+  const char* program;  // as messages name it, a constant
+  std::string config;   // a file's path, an XML text, or empty for the library's default
+  Authorization authorization = Authorization::whereAllowed;
+};
+
+class DaemonConnection {
  public:
   // Connects and logs in; the end of the run cuts it short. Throws ConnectionError.
-  Connection(KE::Service::KEServiceInstManager& manager, const Options& options,
-             const EndOfRun& end);
+  DaemonConnection(KE::Service::KEServiceInstManager& manager, ConnectionNeeds needs,
+                   const EndOfRun& end);
 
-  // Sets up the watches for the lists that are shown. On return the first data is in the caches;
-  // a daemon that splits its first answer may have more to come. The end of the run cuts it short.
-  // Throws ConnectionError when the first data did not arrive.
+  // Sets up the watches of hosts and machines and, as needed, of roles. On return the first data is
+  // in the caches; a daemon that splits its first answer may have more to come. The end of the run
+  // cuts it short. Throws ConnectionError when the first data did not arrive.
   void Watch(const EndOfRun& end);
 
   KE::Service::KEDataSync& Sync() { return *sync; }
@@ -63,7 +73,7 @@ class Connection {
     void operator()(KE::Service::KEServiceInst* inst) const { manager->FreeServiceInstance(inst); }
   };
 
-  const Options& options;
+  const ConnectionNeeds needs;
   // Before the instance, so that it dies after it: a waiter that was not signalled yet must live
   // until the data sync has let go of it.
   std::unique_ptr<KELib::KEWaiter> firstData;
@@ -73,6 +83,6 @@ class Connection {
   std::atomic<bool> wasCut{false};
 };
 
-}  // namespace inventory
+}  // namespace tools
 
 #endif

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "tools/common/Connection.h"
+#include "tools/common/DaemonConnection.h"
 
 #include <iostream>
+#include <utility>
 
 #include "tools/common/EndWatch.h"
 #include "tools/common/WatchList.h"
 
-namespace inventory {
+namespace tools {
 namespace {
 
 using KE::Service::KESyncStatus;
@@ -25,6 +26,10 @@ Reference FindReference(KE::Service::KEServiceInst& instance, const char* name) 
   }
 }
 
+bool IsRequired(ConnectionNeeds::Authorization authorization) {
+  return authorization == ConnectionNeeds::Authorization::required;
+}
+
 std::string FailureText(const KESyncStatus& status) {
   const std::string text = status.lastFailure.Cstr();
   return text.empty() ? "no data arrived" : Printable(text);
@@ -39,12 +44,12 @@ std::string LastFailure(KE::Service::KEServiceInstManager& manager) {
 
 }  // namespace
 
-Connection::Connection(KE::Service::KEServiceInstManager& manager, const Options& opts,
-                       const EndOfRun& end)
-    : options(opts), firstData(KELib::CreateKEWaiter()), instance(nullptr, {&manager}) {
+DaemonConnection::DaemonConnection(KE::Service::KEServiceInstManager& manager,
+                                   ConnectionNeeds asked, const EndOfRun& end)
+    : needs(std::move(asked)), firstData(KELib::CreateKEWaiter()), instance(nullptr, {&manager}) {
   try {
-    KELib::KEString config(options.config.c_str());
-    const EndWatch watch(end, options.program, [&manager] { manager.InterruptConnecting(); });
+    KELib::KEString config(needs.config.c_str());
+    const EndWatch watch(end, needs.program, [&manager] { manager.InterruptConnecting(); });
     instance.reset(manager.GetServiceInstance(config, KE::Service::DEFAULT_CONFIG_CONTENT));
     if (!instance) throw ConnectionError("cannot connect: " + LastFailure(manager));
     KE::Service::KESession* session = instance->GetSession();
@@ -57,9 +62,9 @@ Connection::Connection(KE::Service::KEServiceInstManager& manager, const Options
   }
 }
 
-void Connection::Watch(const EndOfRun& end) {
+void DaemonConnection::Watch(const EndOfRun& end) {
   try {
-    const EndWatch watch(end, options.program, [this] { CutWatching(); });
+    const EndWatch watch(end, needs.program, [this] { CutWatching(); });
     SetUpWatches(end);
   } catch (const ConnectionError&) {
     if (!wasCut) throw;
@@ -72,31 +77,31 @@ void Connection::Watch(const EndOfRun& end) {
 }
 
 // A daemon that does not answer must not hold the end up.
-void Connection::CutWatching() {
+void DaemonConnection::CutWatching() {
   wasCut = true;
   if (auto* method = dynamic_cast<KE::Service::KEMethodImpl*>(&Method())) method->Interrupt();
   sync->RequestStop();
 }
 
-void Connection::SetUpWatches(const EndOfRun& end) {
+void DaemonConnection::SetUpWatches(const EndOfRun& end) {
   try {
     WatchSystems();
   } catch (const KELib::Throwable& error) {
     throw ConnectionError(std::string("cannot watch hosts and machines: ") + error.What());
   }
-  if (!options.lists.Authorization()) return;
+  if (needs.authorization == ConnectionNeeds::Authorization::none) return;
   try {
     WatchAuthorization(end);
   } catch (const KELib::Throwable& error) {
     const std::string text =
         Printable(std::string("cannot watch roles and privileges: ") + error.What());
-    if (options.wantsAuthorization || wasCut) throw ConnectionError(text);
-    std::cerr << options.program << ": " << text << '\n';
+    if (IsRequired(needs.authorization) || wasCut) throw ConnectionError(text);
+    std::cerr << needs.program << ": " << text << '\n';
   }
 }
 
 // The first watch of a data sync fills the caches before SetupDataSync returns.
-void Connection::WatchSystems() {
+void DaemonConnection::WatchSystems() {
   Reference root = FindReference(*instance, KE::Service::PxaRootFolder);
   if (!root) throw ConnectionError("the management daemon names no root folder");
   KELib::KEVector<KELib::KEString> list;
@@ -110,10 +115,10 @@ void Connection::WatchSystems() {
 }
 
 // A further watch returns at once; its waiter tells when the first data is there.
-void Connection::WatchAuthorization(const EndOfRun& end) {
+void DaemonConnection::WatchAuthorization(const EndOfRun& end) {
   Reference root = FindReference(*instance, "authorizationManager");
   if (!root) {
-    if (options.wantsAuthorization) throw ConnectionError("there is no authorization manager");
+    if (IsRequired(needs.authorization)) throw ConnectionError("there is no authorization manager");
     return;
   }
   KELib::KEVector<KELib::KEString> list;
@@ -123,7 +128,7 @@ void Connection::WatchAuthorization(const EndOfRun& end) {
   hasAuthorization = true;
 }
 
-void Connection::AwaitFirstData(const EndOfRun& end) {
+void DaemonConnection::AwaitFirstData(const EndOfRun& end) {
   std::string reason;
   while (!firstData->Wait(end.Slice(WAIT_SLICE_MS))) {
     if (IsLost(reason)) throw ConnectionError("cannot read roles and privileges: " + reason);
@@ -131,7 +136,7 @@ void Connection::AwaitFirstData(const EndOfRun& end) {
   }
 }
 
-bool Connection::IsLost(std::string& reason) {
+bool DaemonConnection::IsLost(std::string& reason) {
   KESyncStatus status;
   sync->GetStatus(status);
   if (status.consecutiveFailures < LOST_AFTER_FAILURES && status.loopRunning) return false;
@@ -139,4 +144,4 @@ bool Connection::IsLost(std::string& reason) {
   return true;
 }
 
-}  // namespace inventory
+}  // namespace tools

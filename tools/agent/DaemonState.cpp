@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tools/agent/SyncState.h"
+#include "tools/agent/DaemonState.h"
 
 namespace cimxml {
 namespace {
@@ -13,12 +13,12 @@ long long Now() {
 }  // namespace
 
 // The caller holds the mutex.
-void SyncState::Note() {
+void DaemonState::Note() {
   ++report.times;
   changed.notify_all();
 }
 
-void SyncState::Connected() {
+void DaemonState::Connected() {
   std::lock_guard<std::mutex> lock(mutex);
   report.connected = true;
   ++report.connections;
@@ -28,7 +28,7 @@ void SyncState::Connected() {
   Note();
 }
 
-void SyncState::Lost(const std::string& reason) {
+void DaemonState::Lost(const std::string& reason) {
   std::lock_guard<std::mutex> lock(mutex);
   report.connected = false;
   report.lastFailure = Now();
@@ -36,7 +36,7 @@ void SyncState::Lost(const std::string& reason) {
   Note();
 }
 
-void SyncState::Update(const KE::Service::KESyncStatus& status) {
+void DaemonState::Update(const KE::Service::KESyncStatus& status) {
   std::lock_guard<std::mutex> lock(mutex);
   const bool sameSets = status.setsApplied == report.sets;
   if (sameSets && status.consecutiveFailures == report.consecutiveFailures) return;
@@ -51,12 +51,12 @@ void SyncState::Update(const KE::Service::KESyncStatus& status) {
   Note();
 }
 
-SyncReport SyncState::Report() {
+DaemonReport DaemonState::Report() {
   std::lock_guard<std::mutex> lock(mutex);
   return report;
 }
 
-bool SyncState::WaitForChange(unsigned long long& seen, std::chrono::milliseconds limit) {
+bool DaemonState::WaitForChange(unsigned long long& seen, std::chrono::milliseconds limit) {
   std::unique_lock<std::mutex> lock(mutex);
   changed.wait_for(lock, limit, [&] { return ended || report.times > seen; });
   if (ended || report.times <= seen) return false;
@@ -64,13 +64,13 @@ bool SyncState::WaitForChange(unsigned long long& seen, std::chrono::millisecond
   return true;
 }
 
-void SyncState::End() {
+void DaemonState::End() {
   std::lock_guard<std::mutex> lock(mutex);
   ended = true;
   changed.notify_all();
 }
 
-bool SyncState::Ended() {
+bool DaemonState::Ended() {
   std::lock_guard<std::mutex> lock(mutex);
   return ended;
 }
