@@ -24,7 +24,6 @@
 #include "instance/KECacheGuard.h"
 #include "service/call/MgmtdWatch.h"
 #include "service/call/MgmtdWatchSeams.h"
-#include "stub/classes/ClassNames.h"
 #include "xml/KEXmlCursor.h"
 #include "xml/KEXmlReader.h"
 

@@ -77,9 +77,6 @@ bool Watches::AnyNoLock() {
   return filters.Count() > 0 || methodInfos.Count() > 0;
 }
 
-// Leaves no record, reference or waiter of a setup that failed behind.
-// Another thread may have stopped the watch while the call went on: then `filter` or `methods` is
-// freed.
 void Watches::Abandon(ManagedObjectReference* filter, ManagedObjectReference* methods,
                       ManagedObjectReference& methodsKey, unsigned long long stopsBefore) noexcept {
   try {
@@ -203,7 +200,6 @@ DataSyncInfo* Watches::FindFilterNoLock(ManagedObjectReference& filter) {
   return found != nullptr ? *found : nullptr;
 }
 
-// The record that the calling thread made and to which `reference` belongs; null when it has gone.
 // `reference`, which may be freed, is compared only. Another watch may have its address by now, but
 // none that this thread made, since this one was set up.
 DataSyncInfo* Watches::FindOwnFilterNoLock(const ManagedObjectReference* reference) {
@@ -248,8 +244,6 @@ bool Watches::HasMethods() {
   return methodInfos.Count() > 0;
 }
 
-// Names the record in `key`. Null when another thread has stopped `filter`, which the same list
-// made, already.
 ManagedObjectReference* Watches::RegisterMethods(ManagedObjectReference* root,
                                                  const PropertyList& sections,
                                                  ManagedObjectReference* filter,
@@ -327,7 +321,6 @@ void Watches::LeaveMethodsNoLock(DataSyncInfo& filter) {
   }
 }
 
-// Ends one of the lists without properties that named these methods.
 void Watches::StopMethodsNoLock(ManagedObjectReference& ref) {
   MethodDataSyncInfo* info = FindMethodsNoLock(ref);
   if (info == nullptr || info->lists == 0) return;
@@ -384,7 +377,6 @@ void Watches::ReleaseFilledNoLock(DataSyncInfo& info) {
   if (!info.held) ReleaseWaiterNoLock(info.waiter);
 }
 
-// Signals a waiter that a record still holds.
 void Watches::ReleaseNoLock(KELib::KEWaiter* waiter) {
   for (auto it = filters.Begin(); !it.End(); ++it) {
     DataSyncInfo* info = it->value;
@@ -438,7 +430,6 @@ void Watches::ReleaseHeld() {
   }
 }
 
-// Those of the records whose methods have all answered.
 void Watches::ReleaseAnsweredMethods() {
   const auto isGood = [](const MethodOutcome& outcome) {
     return outcome.last == MethodOutcome::Last::answered;
