@@ -10,11 +10,11 @@
 #include <string>
 #include <vector>
 
-#include "endtoend/ChildProcess.h"
+#include "simulator/driver/ChildProcess.h"
 
 namespace agenttest {
 
-class AgentProcess : public endtoend::ChildProcess {
+class AgentProcess : public driver::ChildProcess {
  public:
   // Starts it on a free port with `config` (an XML text) and these options besides, and waits until
   // it listens. Throws when it does not.

@@ -10,12 +10,12 @@
 
 #include "agent/AgentProcess.h"
 #include "agent/WbemClient.h"
-#include "endtoend/Simulator.h"
+#include "simulator/driver/Simulator.h"
 
 namespace agenttest {
 namespace {
 
-using endtoend::Json;
+using driver::Json;
 using testing::HasSubstr;
 
 constexpr const char* HOST = "ZORBEL_ORXComputerSystem";
@@ -81,7 +81,7 @@ class Client : public testing::Test {
   // Waits until all that the client sees is the truth.
   void ExpectTruth() {
     Instances expected, seen;
-    endtoend::Eventually([&] {
+    driver::Eventually([&] {
       expected = Expected(simulator.Truth(), 0, std::size(LISTS));
       seen = client.GetInstances("ei", "CIM_ManagedElement");
       return seen == expected;
@@ -94,7 +94,7 @@ class Client : public testing::Test {
     return client.GetNames("ain", ObjectPath(list.type, list.key, key));
   }
 
-  endtoend::Simulator simulator{{"--hosts", "3", "--machines", "30", "--seed", "5"}};
+  driver::Simulator simulator{{"--hosts", "3", "--machines", "30", "--seed", "5"}};
   AgentProcess agent{simulator.Config()};
   WbemClient client{agent.Address()};
 };
@@ -211,7 +211,7 @@ TEST_F(Client, SeesAllOrNothingWhileTheDaemonRestarts) {
   });
   for (int logins = 2; logins < 5; ++logins) {
     simulator.Control("restart", {{"pid", logins}});
-    EXPECT_TRUE(endtoend::Eventually([&] { return simulator.Stats()["sessions"] == 1; }));
+    EXPECT_TRUE(driver::Eventually([&] { return simulator.Stats()["sessions"] == 1; }));
   }
   done = true;
   polling.join();

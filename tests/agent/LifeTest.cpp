@@ -16,7 +16,7 @@
 #include "agent/AgentProcess.h"
 #include "agent/RawClient.h"
 #include "agent/WbemClient.h"
-#include "endtoend/Simulator.h"
+#include "simulator/driver/Simulator.h"
 #include "support/Rows.h"
 #include "tools/agent/Backlog.h"
 #include "tools/agent/TlsContext.h"
@@ -25,8 +25,8 @@
 namespace agenttest {
 namespace {
 
-using endtoend::Eventually;
-using endtoend::Simulator;
+using driver::Eventually;
+using driver::Simulator;
 using testing::HasSubstr;
 
 std::string Call(const std::string& method, const std::string& type) {
@@ -265,7 +265,7 @@ class Users : public testing::Test {
     return answer ? answer->status : 0;
   }
 
-  endtoend::TemporaryFolder folder;
+  driver::TemporaryFolder folder;
   const std::string file = folder.path + "/users";
 };
 
@@ -304,7 +304,7 @@ TEST_F(Users, UnknownOnesCostWhatTheCostliestDoes) {
 TEST_F(Users, AreReadAgainWithTheCertificate) {
   Allow("ann", "old");
   const std::string pem = folder.path + "/pem";
-  std::filesystem::copy_file(KECPP_TEST_CERTIFICATE, pem);
+  std::filesystem::copy_file(KECPP_CLIENT_CERTIFICATE, pem);
   chmod(pem.c_str(), 0600);
   chmod(file.c_str(), 0644);
   AgentProcess agent(NO_DAEMON, {"--tls", pem + ":" + pem, "--users", file});
@@ -314,7 +314,7 @@ TEST_F(Users, AreReadAgainWithTheCertificate) {
   agent.Signal(SIGHUP);
   EXPECT_TRUE(Eventually([&] { return CountOf(agent.Errors(), "nothing has changed") == 1; }));
   EXPECT_EQ(StatusFor(agent, "ann", "old"), 200) << agent.Errors();
-  std::filesystem::copy_file(KECPP_TEST_CERTIFICATE, pem,
+  std::filesystem::copy_file(KECPP_CLIENT_CERTIFICATE, pem,
                              std::filesystem::copy_options::overwrite_existing);
   chmod(pem.c_str(), 0600);
   agent.Signal(SIGHUP);
@@ -326,7 +326,7 @@ TEST_F(Users, AreReadAgainWithTheCertificate) {
 }
 
 TEST(Tls, HasNoRsaKeyExchangeAndNoCbc) {
-  const std::string pem = KECPP_TEST_CERTIFICATE;
+  const std::string pem = KECPP_CLIENT_CERTIFICATE;
   const auto context = cimxml::MakeTlsContext(pem, pem);
   STACK_OF(SSL_CIPHER)* ciphers = SSL_CTX_get_ciphers(context.get());
   EXPECT_GT(sk_SSL_CIPHER_num(ciphers), 0);
@@ -340,7 +340,7 @@ TEST(Tls, HasNoRsaKeyExchangeAndNoCbc) {
 TEST_F(Users, MayComeOverTls) {
   if (!WbemClient::IsInstalled()) GTEST_SKIP() << "wbemcli is not installed";
   Allow("bob", "secret");
-  const std::string pem = KECPP_TEST_CERTIFICATE;
+  const std::string pem = KECPP_CLIENT_CERTIFICATE;
   Simulator simulator({"--machines", "3"});
   AgentProcess agent(simulator.Config(), {"--tls", pem + ":" + pem, "--users", file});
   const WbemClient user("bob:secret@" + agent.Address(), "https");
@@ -357,7 +357,7 @@ TEST_F(Users, AndOtherOptionsAreCheckedBeforeAnythingIsServed) {
   for (const Row& row : ReadRows(KECPP_AGENT_TESTS "/refused-options.txt")) {
     std::vector<std::string> options = Split(row[0], " ");
     std::replace(options.begin(), options.end(), std::string("USERS"), file);
-    endtoend::ChildProcess agent({KECPP_AGENT_PROGRAM}, options);
+    driver::ChildProcess agent({KECPP_AGENT_PROGRAM}, options);
     EXPECT_EQ(std::to_string(agent.Wait()), row[1]) << row[0];
     EXPECT_THAT(agent.Errors(), HasSubstr(row[2]));
   }

@@ -13,7 +13,7 @@
 
 #include "agent/AgentProcess.h"
 #include "agent/RawClient.h"
-#include "endtoend/Simulator.h"
+#include "simulator/driver/Simulator.h"
 #include "support/CaseFile.h"
 
 namespace agenttest {
@@ -81,7 +81,7 @@ bool RunCase(const std::filesystem::path& file, int port) {
 }
 
 TEST(Message, IsAnsweredAsTheCasesSay) {
-  endtoend::Simulator simulator({"--hosts", "2", "--machines", "6", "--seed", "7"});
+  driver::Simulator simulator({"--hosts", "2", "--machines", "6", "--seed", "7"});
   AgentProcess agent(simulator.Config());
   std::size_t cases = 0;
   for (const auto& file : CaseFiles(KECPP_AGENT_TESTS "/cases")) {

@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "endtoend/ChildProcess.h"
+#include "simulator/driver/ChildProcess.h"
 
 namespace agenttest {
 
@@ -37,7 +37,7 @@ class WbemClient {
                   const Words& options = {}) const {
     Words command = {PROGRAM, operation, "-nl", "-noverify"};
     command.insert(command.end(), options.begin(), options.end());
-    endtoend::ChildProcess client(command, {prefix + (object.empty() ? "" : ":" + object)});
+    driver::ChildProcess client(command, {prefix + (object.empty() ? "" : ":" + object)});
     return client.Wait() == 0 ? client.Output() : "failed: " + client.Errors() + client.Output();
   }
 

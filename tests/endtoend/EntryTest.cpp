@@ -5,11 +5,12 @@
 #include <gtest/gtest.h>
 #include <kecpp.h>
 
-#include "endtoend/Simulator.h"
+#include "simulator/driver/Simulator.h"
 
 namespace endtoend {
 namespace {
 
+using driver::Simulator;
 using KE::Service::DEFAULT_CONFIG_CONTENT;
 using KE::Service::KEServiceInst;
 using KE::Service::KESession;

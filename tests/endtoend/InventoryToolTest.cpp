@@ -10,13 +10,17 @@
 #include <algorithm>
 #include <regex>
 
-#include "endtoend/Simulator.h"
 #include "endtoend/Tool.h"
+#include "simulator/driver/Simulator.h"
 #include "support/Rows.h"
 
 namespace endtoend {
 namespace {
 
+using driver::ChildProcess;
+using driver::Eventually;
+using driver::Json;
+using driver::Simulator;
 using testing::HasSubstr;
 
 TEST(WholeInventory, IsTheTruth) {

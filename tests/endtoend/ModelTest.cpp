@@ -9,7 +9,7 @@
 #include <set>
 #include <string>
 
-#include "endtoend/Simulator.h"
+#include "simulator/driver/Simulator.h"
 #include "support/ReadCaches.h"
 #include "tools/common/DaemonConnection.h"
 #include "tools/common/EndOfRun.h"
@@ -17,6 +17,8 @@
 namespace endtoend {
 namespace {
 
+using driver::Json;
+using driver::Simulator;
 using Ids = std::set<std::string>;
 
 // The inventory as it should be, kept with the simplest means: objects by key in lists by name. Of

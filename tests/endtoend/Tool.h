@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
-#include "endtoend/ChildProcess.h"
+#include "simulator/driver/ChildProcess.h"
 
 namespace endtoend {
 
-class Tool : public ChildProcess {
+class Tool : public driver::ChildProcess {
  public:
   // Starts it with `config` (an XML text) and these options besides.
   Tool(const std::string& config, const std::vector<std::string>& options)
@@ -29,7 +29,7 @@ class Tool : public ChildProcess {
 
   // Waits until the last document is `truth`; gives up when the tool has ended.
   bool Becomes(const nlohmann::json& truth) {
-    return Eventually([&] { return LastDocument() == truth || !IsRunning(); }) &&
+    return driver::Eventually([&] { return LastDocument() == truth || !IsRunning(); }) &&
            LastDocument() == truth;
   }
 };

@@ -183,7 +183,7 @@ std::atomic<bool> parked{false};  // the user's thread does nothing any more
 
 // A user may free everything when the process ends, on whichever thread that is.
 void FreeAtExit() {
-  if (!pthread_equal(pthread_self(), user)) endtoend::Eventually([] { return parked.load(); });
+  if (!pthread_equal(pthread_self(), user)) driver::Eventually([] { return parked.load(); });
   delete doomed;
   for (const CapturedLog::Line& line : CapturedLog::Lines()) std::cerr << line.text << '\n';
 }

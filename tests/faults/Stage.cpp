@@ -55,8 +55,8 @@ Stage::Stage(const std::string& kind, bool hasPassword)
   config = hasPassword ? simulator.Config(USER, ESCAPED_PASSWORD) : simulator.Config();
   Replace(config, ">root<", std::string(">") + USER + "<");
   if (!certificate.empty()) {
-    if (fault != "ca-gone") std::filesystem::copy_file(KECPP_TEST_CERTIFICATE, removed);
-    Replace(config, certificate + KECPP_TEST_CERTIFICATE, certificate + removed);
+    if (fault != "ca-gone") std::filesystem::copy_file(KECPP_CLIENT_CERTIFICATE, removed);
+    Replace(config, certificate + KECPP_CLIENT_CERTIFICATE, certificate + removed);
   }
   Replace(config, "<timeout>60<", "<timeout>" + TimeoutFor(fault) + "<");
 }
@@ -84,7 +84,7 @@ void Stage::BeginFault(const std::string& methodName) {
 }
 
 Stage::Attempts Stage::EndFault() {
-  if (!certificate.empty()) std::filesystem::copy_file(KECPP_TEST_CERTIFICATE, removed);
+  if (!certificate.empty()) std::filesystem::copy_file(KECPP_CLIENT_CERTIFICATE, removed);
   simulator.Control("fault", {{"kind", "clear"}});
   // Pauses of 10 ms and 100 ms, then of a second; the last failure may be on its way yet.
   const auto took = std::chrono::steady_clock::now() - faultBegan;

@@ -16,15 +16,15 @@
 #include <string>
 #include <vector>
 
-#include "endtoend/Simulator.h"
 #include "service/call/MgmtdWatchSeams.h"
+#include "simulator/driver/Simulator.h"
 #include "support/ReadCaches.h"
 #include "support/Watches.h"
 
 namespace faults {
 
-using endtoend::Eventually;
-using endtoend::Json;
+using driver::Eventually;
+using driver::Json;
 
 // "*" in a pattern: any characters.
 inline bool Matches(const std::string& text, const std::string& pattern) {
@@ -98,9 +98,9 @@ class Stage {
 
   const std::string fault;
   const std::string certificate;  // the element of the configuration whose file is removed
-  endtoend::TemporaryFolder folder;
+  driver::TemporaryFolder folder;
   const std::string removed = folder.path + "/removed.pem", pidFile;
-  endtoend::Simulator simulator;
+  driver::Simulator simulator;
   std::string config, method;
   KE::Service::KEServiceInstManager& manager = *KE::Service::GetServiceManagerInstance();
   KE::Service::KEServiceInst* instance = nullptr;

@@ -16,18 +16,18 @@
 #include <tuple>
 #include <vector>
 
-#include "endtoend/Simulator.h"
 #include "service/call/MgmtdWatchSeams.h"
-#include "support/ProcessSample.h"
+#include "simulator/driver/ProcessSample.h"
+#include "simulator/driver/Simulator.h"
 #include "support/Watches.h"
 #include "torture/FailingCalls.h"
 
 namespace shutdowntest {
 namespace {
 
-using endtoend::Eventually;
-using endtoend::Json;
-using endtoend::Simulator;
+using driver::Eventually;
+using driver::Json;
+using driver::Simulator;
 using Clock = std::chrono::steady_clock;
 
 constexpr long PROMISED_LIVE_MS = 2000, PROMISED_HANGING_MS = 5000;
@@ -155,7 +155,7 @@ class Freeing : public testing::TestWithParam<std::tuple<Moment, bool, int>> {};
 
 TEST_P(Freeing, IsBoundedAndLeavesNothing) {
   const auto& [moment, hangs, timeout] = GetParam();
-  const endtoend::TemporaryFolder folder;
+  const driver::TemporaryFolder folder;
   const std::string pidFile = folder.path + "/pid";
   const long promised = hangs ? PROMISED_HANGING_MS : PROMISED_LIVE_MS;
   std::vector<long> times;

@@ -2,8 +2,8 @@
 #include <cstring>
 #include <memory>
 
+#include "simulator/driver/ProcessSample.h"
 #include "stress/Scene.h"
-#include "support/ProcessSample.h"
 #include "support/Watches.h"
 
 namespace stress {

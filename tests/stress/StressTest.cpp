@@ -10,7 +10,7 @@
 #include <iostream>
 #include <stdexcept>
 
-#include "endtoend/Simulator.h"
+#include "simulator/driver/Simulator.h"
 #include "stress/Scene.h"
 #include "support/ReadCaches.h"
 #include "support/Rows.h"
@@ -20,7 +20,7 @@ namespace stress {
 namespace {
 
 using namespace KE::Service;
-using endtoend::Json;
+using driver::Json;
 
 constexpr std::chrono::seconds TRUTH_LIMIT(30);
 
@@ -30,7 +30,7 @@ class Daemon {
   Daemon(Board& board, Tally& counts)
       : tally(counts), player(board, "daemon", [this](Seat& seat) { return Act(seat); }) {}
 
-  endtoend::Simulator simulator{{"--hosts", "4", "--machines", "40"}};
+  driver::Simulator simulator{{"--hosts", "4", "--machines", "40"}};
 
   // While calm nothing changes and nothing goes wrong.
   void Calm() {

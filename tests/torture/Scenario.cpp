@@ -19,8 +19,8 @@
 namespace torture {
 namespace {
 
-using endtoend::Eventually;
-using endtoend::Json;
+using driver::Eventually;
+using driver::Json;
 
 std::mutex logMutex;
 std::string logLines;  // guarded by it
@@ -47,7 +47,7 @@ std::string WithAllSettings(std::string document) {
 // One life.
 class Scenario {
  public:
-  explicit Scenario(endtoend::Simulator& sim)
+  explicit Scenario(driver::Simulator& sim)
       : simulator(sim), document(WithAllSettings(sim.Config())), file(sim.ConfigFile(document)) {}
 
   Findings Run() {
@@ -165,7 +165,7 @@ class Scenario {
     Call();
   }
 
-  endtoend::Simulator& simulator;
+  driver::Simulator& simulator;
   const std::string document, file;
   int waitsBefore = 0;  // that the simulator had seen before the change
   Findings findings;
@@ -176,7 +176,7 @@ class Scenario {
 
 }  // namespace
 
-Findings RunScenario(endtoend::Simulator& simulator) {
+Findings RunScenario(driver::Simulator& simulator) {
   return Scenario(simulator).Run();
 }
 

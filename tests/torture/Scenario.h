@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "endtoend/Simulator.h"
+#include "simulator/driver/Simulator.h"
 
 namespace torture {
 
@@ -20,7 +20,7 @@ struct Findings {
 };
 
 // Runs it once. Throws std::runtime_error when it cannot go on. One thread at a time.
-Findings RunScenario(endtoend::Simulator& simulator);
+Findings RunScenario(driver::Simulator& simulator);
 
 }  // namespace torture
 

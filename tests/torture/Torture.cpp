@@ -15,11 +15,11 @@
 #include <fstream>
 #include <map>
 
-#include "endtoend/Simulator.h"
 #include "foundation/KEException.h"
 #include "http/HttpConnectionPool.h"
 #include "service/call/MgmtdWatchSeams.h"
-#include "support/ProcessSample.h"
+#include "simulator/driver/ProcessSample.h"
+#include "simulator/driver/Simulator.h"
 #include "support/Rows.h"
 #include "torture/FailingCalls.h"
 #include "torture/Scenario.h"
@@ -84,7 +84,7 @@ bool ReachesCodeWithoutShare() {
 
 class Torture {
  public:
-  Torture(endtoend::Simulator& daemon, const Options& choice) : simulator(daemon), options(choice) {
+  Torture(driver::Simulator& daemon, const Options& choice) : simulator(daemon), options(choice) {
     for (const Row& row : expected) codes[SetupCode(row.at(3))] = false;
     codes[""] = true;
   }
@@ -176,7 +176,7 @@ class Torture {
   void CheckNothingIsLeft(const Living& before, long descriptors) {
     const bool known = !complaints.empty();  // their texts are blocks
     const auto openNow = [] { return SampleOf("/proc/self").descriptors; };
-    endtoend::Eventually(
+    driver::Eventually(
         [&] { return CountLiving().threads == before.threads && openNow() == descriptors; });
     const Living now = CountLiving();
     const auto compare = [this](const char* what, long is, long was) {
@@ -192,7 +192,7 @@ class Torture {
   }
 
   const std::vector<Row> expected = ReadRows(KECPP_EXPECTED_ERRORS);
-  endtoend::Simulator& simulator;
+  driver::Simulator& simulator;
   const Options options;
   std::vector<std::string> complaints;  // of the round
   std::map<std::string, bool> codes;    // reached or not; complete from the start
@@ -202,9 +202,9 @@ class Torture {
 int Main(const Options& options) {
   setvbuf(stdout, nullptr, _IOLBF, 0);  // what was said stays said when a round crashes
   signal(SIGALRM, OnAlarm);
-  endtoend::Simulator simulator({"--https", "--hosts", "2", "--machines", "5"});
+  driver::Simulator simulator({"--https", "--hosts", "2", "--machines", "5"});
   // Read on every check, but empty: then none is remembered, and no check pauses.
-  const endtoend::TemporaryFolder folder;
+  const driver::TemporaryFolder folder;
   const std::string pidFile = folder.path + "/pid";
   std::ofstream(pidFile).close();
   KE::Service::GetMgmtdWatchSeams().pidFile = pidFile.c_str();

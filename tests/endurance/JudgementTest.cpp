@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "soak/Judgement.h"
+#include "endurance/Judgement.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-namespace soak {
+namespace endurance {
 namespace {
 
 // An hour in which nothing is wrong, the memory up and down by a megabyte, and up by a hundred for
@@ -67,4 +67,4 @@ TEST(SoakJudgement, SamplesThisProcess) {
 }
 
 }  // namespace
-}  // namespace soak
+}  // namespace endurance

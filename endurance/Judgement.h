@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
 //
 // By what an endurance run passes or fails.
-#ifndef KECPP_TESTS_SOAK_JUDGEMENT_H
-#define KECPP_TESTS_SOAK_JUDGEMENT_H
+#ifndef KECPP_ENDURANCE_JUDGEMENT_H
+#define KECPP_ENDURANCE_JUDGEMENT_H
 
 #include <algorithm>
 #include <cstdio>
 #include <string>
 #include <vector>
 
-#include "support/ProcessSample.h"
+#include "simulator/driver/ProcessSample.h"
 
-namespace soak {
+namespace endurance {
 
 // The bounds. A leak of 100 bytes for each update set of an hour with ten changes a second would be
 // 3.5 MB.
@@ -87,6 +87,6 @@ inline std::vector<std::string> Breaches(const Record& run) {
   return breaches;
 }
 
-}  // namespace soak
+}  // namespace endurance
 
 #endif

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "endtoend/ChildProcess.h"
+#include "simulator/driver/ChildProcess.h"
 
 #include <fcntl.h>
 #include <signal.h>
@@ -14,7 +14,7 @@
 #include <stdexcept>
 #include <thread>
 
-namespace endtoend {
+namespace driver {
 namespace {
 
 std::string ReadFile(const std::string& path) {
@@ -23,7 +23,7 @@ std::string ReadFile(const std::string& path) {
 }
 
 std::string MakeFolder() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "kecpp-test-XXXXXX").string();
+  std::string pattern = (std::filesystem::temp_directory_path() / "kecpp-XXXXXX").string();
   if (!mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp");
   return pattern;
 }
@@ -113,4 +113,4 @@ std::string ChildProcess::Errors() const {
   return ReadFile(folder.path + "/err");
 }
 
-}  // namespace endtoend
+}  // namespace driver

@@ -4,8 +4,8 @@
 // its log the lines in a file.
 //
 // Thread safety: one thread uses it; a thread of its own reads the tool's output.
-#ifndef KECPP_TESTS_SOAK_FOLLOWEDTOOL_H
-#define KECPP_TESTS_SOAK_FOLLOWEDTOOL_H
+#ifndef KECPP_ENDURANCE_FOLLOWEDTOOL_H
+#define KECPP_ENDURANCE_FOLLOWEDTOOL_H
 
 #include <signal.h>
 #include <sys/stat.h>
@@ -18,10 +18,10 @@
 #include <string>
 #include <thread>
 
-#include "endtoend/ChildProcess.h"
-#include "support/ProcessSample.h"
+#include "simulator/driver/ChildProcess.h"
+#include "simulator/driver/ProcessSample.h"
 
-namespace soak {
+namespace endurance {
 
 class FollowedTool {
  public:
@@ -44,7 +44,7 @@ class FollowedTool {
 
   // Waits until the last document is `truth`, at most a minute.
   bool Becomes(const nlohmann::json& truth) {
-    return endtoend::Eventually([&] { return LastDocument() == truth || !IsRunning(); }) &&
+    return driver::Eventually([&] { return LastDocument() == truth || !IsRunning(); }) &&
            LastDocument() == truth;
   }
   nlohmann::json LastDocument() {
@@ -97,14 +97,14 @@ class FollowedTool {
     return found;
   }
 
-  endtoend::TemporaryFolder folder;
-  endtoend::ChildProcess process;
+  driver::TemporaryFolder folder;
+  driver::ChildProcess process;
   std::mutex mutex;  // guards what follows
   std::string last;
   unsigned long documents = 0;
   std::thread reader;
 };
 
-}  // namespace soak
+}  // namespace endurance
 
 #endif

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // What the system says of a process, or of one of its threads, at a moment.
-#ifndef KECPP_TESTS_SUPPORT_PROCESSSAMPLE_H
-#define KECPP_TESTS_SUPPORT_PROCESSSAMPLE_H
+#ifndef KECPP_SIMULATOR_DRIVER_PROCESSSAMPLE_H
+#define KECPP_SIMULATOR_DRIVER_PROCESSSAMPLE_H
 
 #include <unistd.h>
 

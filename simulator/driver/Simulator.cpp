@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "endtoend/Simulator.h"
+#include "simulator/driver/Simulator.h"
 
 #include <httplib.h>
 
@@ -7,7 +7,7 @@
 #include <fstream>
 #include <stdexcept>
 
-namespace endtoend {
+namespace driver {
 namespace {
 
 // The environment overrides what the build says.
@@ -25,7 +25,7 @@ Simulator::Simulator(const std::vector<std::string>& options)
 
 std::string Simulator::Document(const std::string& loginInfo) const {
   // The daemon does not ask for a certificate, but the library wants one for https.
-  const std::string pem = KECPP_TEST_CERTIFICATE;
+  const std::string pem = KECPP_CLIENT_CERTIFICATE;
   return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Config>\n<SSLInfo><certFile>" + pem +
          "</certFile><passPhrase/><keyFile>" + pem + "</keyFile><CACertFile>" + pem +
          "</CACertFile></SSLInfo>\n<ConnectionInfo><url>" + url +
@@ -64,4 +64,4 @@ Json Simulator::Ask(const std::string& method, const std::string& control,
   return answer->body.empty() ? Json() : Json::parse(answer->body);
 }
 
-}  // namespace endtoend
+}  // namespace driver

@@ -6,17 +6,17 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <map>
 #include <random>
 #include <stdexcept>
 #include <thread>
 
-#include "endtoend/Simulator.h"
-#include "soak/FollowedTool.h"
-#include "soak/Judgement.h"
-#include "support/Rows.h"
+#include "endurance/FollowedTool.h"
+#include "endurance/Judgement.h"
+#include "simulator/driver/Simulator.h"
 
-namespace soak {
+namespace endurance {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -79,10 +79,10 @@ class Endurance {
   }
 
   void OrderFault() {
-    const Row& order = orders[random() % orders.size()];
-    const auto body = endtoend::Json::parse(order.at(1));
-    simulator.Control(order[0], body);
-    ++ordered[body.value("kind", order[0])];
+    const driver::Json& order = orders[random() % orders.size()];
+    const auto control = order.at(0).get<std::string>();
+    simulator.Control(control, order.at(1));
+    ++ordered[order.at(1).value("kind", control)];
     ++run.faults;
   }
 
@@ -136,16 +136,18 @@ class Endurance {
 
   const double total;  // seconds
   const Clock::time_point start = Clock::now();
-  const std::vector<Row> orders = ReadRows(KECPP_SOAK_ORDERS);
+  // What goes wrong, one of these at random: a control of the simulated daemon and the order for
+  // it. The time-outs of the configuration are longer than the delays.
+  const driver::Json orders = driver::Json::parse(std::ifstream(KECPP_SOAK_ORDERS));
   std::mt19937_64 random;
-  endtoend::Simulator simulator;
+  driver::Simulator simulator;
   FollowedTool tool;
   std::map<std::string, unsigned> ordered;  // by kind
   Record run;
 };
 
 }  // namespace
-}  // namespace soak
+}  // namespace endurance
 
 int main(int argc, char** argv) {
   const double minutes = argc > 1 ? std::strtod(argv[1], nullptr) : 60;
@@ -155,7 +157,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   try {
-    return soak::Endurance(minutes, seed).Go() ? EXIT_SUCCESS : EXIT_FAILURE;
+    return endurance::Endurance(minutes, seed).Go() ? EXIT_SUCCESS : EXIT_FAILURE;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "kecpp-soak: %s\n", error.what());
     return EXIT_FAILURE;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// A program that a test starts. It dies with the test, whatever happens.
-#ifndef KECPP_TESTS_ENDTOEND_CHILDPROCESS_H
-#define KECPP_TESTS_ENDTOEND_CHILDPROCESS_H
+// A program that this one starts. It dies with this one, whatever happens.
+#ifndef KECPP_SIMULATOR_DRIVER_CHILDPROCESS_H
+#define KECPP_SIMULATOR_DRIVER_CHILDPROCESS_H
 
 #include <sys/types.h>
 
@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace endtoend {
+namespace driver {
 
 // Asks again and again, up to a minute, until `condition` holds; false when it never did.
 bool Eventually(const std::function<bool()>& condition);
@@ -60,6 +60,6 @@ class ChildProcess {
   int status = 0;
 };
 
-}  // namespace endtoend
+}  // namespace driver
 
 #endif

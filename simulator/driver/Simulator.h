@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: MIT
 //
-// The simulated management daemon as a process of its own, and its controls.
-#ifndef KECPP_TESTS_ENDTOEND_SIMULATOR_H
-#define KECPP_TESTS_ENDTOEND_SIMULATOR_H
+// Starts the simulated management daemon as a process on a free port, writes the configuration that
+// leads an agent to it, and controls it: faults, changes, the true inventory. For tests of an agent
+// as much as for those of the library.
+#ifndef KECPP_SIMULATOR_DRIVER_SIMULATOR_H
+#define KECPP_SIMULATOR_DRIVER_SIMULATOR_H
 
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
-#include "endtoend/ChildProcess.h"
+#include "simulator/driver/ChildProcess.h"
 
-namespace endtoend {
+namespace driver {
 
 using Json = nlohmann::json;
 
@@ -49,6 +51,6 @@ class Simulator {
   const std::string host;  // of the controls: scheme, address and port
 };
 
-}  // namespace endtoend
+}  // namespace driver
 
 #endif
