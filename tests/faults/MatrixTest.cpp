@@ -29,7 +29,7 @@ struct Cell {
   }
 };
 
-const std::vector<Entry>& Table(const std::string& title) {
+const std::vector<Entry>& Table(const char* title) {
   static auto& tables = *new std::map<std::string, std::vector<Entry>>;
   auto& entries = tables[title];
   if (entries.empty()) entries = ReadTable(KECPP_FAILURES, title);
