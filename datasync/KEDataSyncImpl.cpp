@@ -110,6 +110,12 @@ void KEDataSyncImpl::RequestStop() {
   if (state->waitOut) server->CancelWaitToStop();
 }
 
+// In this order: a watch that ends the stop lets calls pass afterwards.
+void KEDataSyncImpl::StopAtOnce() {
+  if (server != nullptr) server->Transfers().Interrupt();
+  state->AnnounceStop(stopRequested);
+}
+
 bool KEDataSyncImpl::End() {
   using Clock = std::chrono::steady_clock;
   const auto begin = Clock::now();
@@ -122,14 +128,14 @@ bool KEDataSyncImpl::End() {
   while (!left && Clock::now() < giveUpAt) {
     if (Clock::now() >= interruptAt) {
       // The cancel did not help, or could not be sent: the peer does not answer.
-      if (server != nullptr) server->InterruptTransfers(true);
+      if (server != nullptr) server->Transfers().Interrupt();
       interrupted = true;
     } else if (state->waitOut) {
       server->CancelWaitToStop();  // an earlier one may have overtaken the wait that it was for
     }
     left = state->WaitUntilLeft(kStopStepMs);
   }
-  if (interrupted && server != nullptr) server->InterruptTransfers(false);
+  if (interrupted && server != nullptr) server->Transfers().Resume();
   if (!left) {
     Log(nullptr, KELib::Logging::LOG_LEVEL_ERROR,
         "Data sync could not be stopped: a thread is still inside.");
@@ -285,7 +291,7 @@ void KEDataSyncImpl::CleanupSessionUserPermissions() {
 // --- the loop ------------------------------------------------------------------------------------
 
 void KEDataSyncImpl::RestartDataSync() {
-  server->CancelWait(true);
+  server->CancelWait();
 }
 
 void KEDataSyncImpl::StartSyncData() {

@@ -71,6 +71,11 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
 
   // --- for the session and the thread ------------------------------------------------------------
 
+  // As RequestStop, and ends the calls that are under way, one that SetupDataSync waits for among
+  // them: for a server that may not answer. A thread that begins a call of the data sync before it
+  // sees the stop is ended as well. The first watch afterwards lets calls pass again. Any thread.
+  void StopAtOnce();
+
   // RequestStop, unless one is in force: a watch that was set up since the last one has ended it.
   void RenewStop();
 

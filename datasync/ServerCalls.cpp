@@ -7,9 +7,9 @@
 #include "foundation/KEConstants.h"
 #include "foundation/KEException.h"
 #include "foundation/Logger.h"
-#include "http/HandleWait.h"
+#include "http/CallLimits.h"
 #include "instance/CacheConversion.h"
-#include "service/call/KEMethodImpl.h"
+#include "service/call/KEMethod.h"
 #include "service/call/ServiceConstants.h"
 #include "xml/KEXmlBuffer.h"
 #include "xml/KEXmlReader.h"
@@ -21,11 +21,9 @@ namespace {
 using KE::Stub::ManagedObjectReference;
 using KELib::KEString;
 using KELib::KEVector;
+using KELib::Http::CallLimits;
 using KELib::Logging::Log;
 using KELib::Logging::LOG_LEVEL_VERBOSE;
-
-// How long a library's own call waits for a free connection.
-constexpr int kHandleWaitMs = 2000;
 
 }  // namespace
 
@@ -47,7 +45,7 @@ void ServerCalls::WriteCreateFilter(ManagedObjectReference* root, KEVector<KEStr
 std::unique_ptr<ManagedObjectReference> ServerCalls::CreateFilter(KELib::Xml::KEXmlBuffer& body) {
   KEString response;
   {
-    const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
+    const CallLimits limits(&interrupter, &stopRequested);
     method->Invoke(targetNamespace, MethodCreateFilter, body, response);
   }
   KELib::Xml::KEXmlReader reader(response, false, 0);
@@ -63,7 +61,7 @@ std::unique_ptr<ManagedObjectReference> ServerCalls::CreateFilter(KELib::Xml::KE
 
 void ServerCalls::DestroyFilter(ManagedObjectReference& filter) {
   try {
-    const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
+    const CallLimits limits(&interrupter, &stopRequested);
     KEString response;
     method->Invoke(targetNamespace, MethodDestroyPropertyFilter, filter.type.Cstr(),
                    filter.value.Cstr(), response);
@@ -76,9 +74,10 @@ void ServerCalls::DestroyFilter(ManagedObjectReference& filter) {
 
 bool ServerCalls::WaitForUpdates(const KEString& version, int answerLimit, bool& silent,
                                  KEString& response) {
-  const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested, 0, answerLimit);
+  CallLimits limits(&interrupter, &stopRequested);
+  limits.SetAnswerLimit(answerLimit);
   struct WaitOut {
-    WaitOut(SyncState& state, const KELib::Http::HandleWait& scope, bool& wasSilent)
+    WaitOut(SyncState& state, const CallLimits& scope, bool& wasSilent)
         : flag(state.waitOut), limits(scope), silent(wasSilent) {
       flag = true;
     }
@@ -87,7 +86,7 @@ bool ServerCalls::WaitForUpdates(const KEString& version, int answerLimit, bool&
       silent = !limits.Answered();
     }
     std::atomic<bool>& flag;
-    const KELib::Http::HandleWait& limits;
+    const CallLimits& limits;
     bool& silent;
   } const waitOut(state, limits, silent);
   if (stopRequested) return false;
@@ -96,7 +95,7 @@ bool ServerCalls::WaitForUpdates(const KEString& version, int answerLimit, bool&
   return true;
 }
 
-bool ServerCalls::CancelWait(bool tellFailure) {
+bool ServerCalls::SendCancel(bool tellFailure) {
   try {
     KEString response;
     method->Invoke(targetNamespace, MethodCancelWaitForUpdates, propertyCollector->type.Cstr(),
@@ -114,31 +113,34 @@ bool ServerCalls::CancelWait(bool tellFailure) {
   return false;
 }
 
+bool ServerCalls::CancelWait() {
+  CallLimits limits(&interrupter);
+  limits.SetHandleWait(0);
+  return SendCancel(true);
+}
+
 bool ServerCalls::CancelTimedOutWait() {
-  const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
-  return CancelWait(true);
+  const CallLimits limits(&interrupter, &stopRequested);
+  return SendCancel(true);
 }
 
 void ServerCalls::CancelWaitToStop() {
   constexpr int kCancelLimitMs = 500;
-  const KELib::Http::HandleWait limits(kCancelLimitMs, nullptr, kCancelLimitMs);
-  if (!CancelWait(!cancelFailureTold)) cancelFailureTold = true;
+  CallLimits limits(&interrupter);
+  limits.SetHandleWait(kCancelLimitMs);
+  limits.SetTransferLimit(kCancelLimitMs);
+  if (!SendCancel(!cancelFailureTold)) cancelFailureTold = true;
+}
+
+void ServerCalls::ForgetStop() {
+  cancelFailureTold = false;
+  interrupter.Resume();
 }
 
 void ServerCalls::InvokeMethod(const KEString& name, const ManagedObjectReference& target,
                                KEString& response) {
-  const KELib::Http::HandleWait limits(kHandleWaitMs, &stopRequested);
+  const CallLimits limits(&interrupter, &stopRequested);
   method->Invoke(targetNamespace, name.Cstr(), target.type.Cstr(), target.value.Cstr(), response);
-}
-
-void ServerCalls::InterruptTransfers(bool interrupt) {
-  auto* invoker = dynamic_cast<KEMethodImpl*>(method);
-  if (invoker == nullptr) return;
-  if (interrupt) {
-    invoker->Interrupt();
-  } else {
-    invoker->Resume();
-  }
 }
 
 }  // namespace KE::Service

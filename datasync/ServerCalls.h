@@ -3,8 +3,8 @@
 // The calls that the data sync sends to the server: to its property collector, and the property
 // methods.
 //
-// The library's own calls wait up to two seconds for a free connection, or until a stop is
-// requested.
+// Unless said otherwise a call waits for a free handle as all of the library's own calls do, or
+// until a stop is requested. Transfers() ends all of them.
 //
 // Thread safety: every operation from any thread. None takes a lock.
 // Ownership: borrows what it is made with.
@@ -16,6 +16,7 @@
 
 #include "foundation/KEString.h"
 #include "foundation/KEVector.h"
+#include "http/Interrupter.h"
 #include "stub/classes/ManagedObjectReference.h"
 
 namespace KELib::Xml {
@@ -51,30 +52,34 @@ class ServerCalls {
   bool WaitForUpdates(const KELib::KEString& version, int answerLimit, bool& silent,
                       KELib::KEString& response);
 
-  // "CancelWaitForUpdates". A failure is logged if `tellFailure`; true when the server answered.
-  // Fails at once when no connection is free.
-  bool CancelWait(bool tellFailure);
+  // "CancelWaitForUpdates". A failure is logged; true when the server answered. Fails at once when
+  // no handle is free.
+  bool CancelWait();
 
-  // As CancelWait, for a wait that timed out: waits for a free connection.
+  // As CancelWait, for a wait that timed out: waits for a free handle.
   bool CancelTimedOutWait();
 
   // As CancelWait, for a stop: a server that does not answer is given up after half a second. A
-  // stop that repeats the cancel logs one failure only, until ForgetStop.
+  // stop that repeats the cancel logs one failure only, until ForgetStop, which also lets calls
+  // pass again that the stop had ended.
   void CancelWaitToStop();
-  void ForgetStop() { cancelFailureTold = false; }
+  void ForgetStop();
 
   // A property method: `name` on `target`, without arguments.
   void InvokeMethod(const KELib::KEString& name, const KE::Stub::ManagedObjectReference& target,
                     KELib::KEString& response);
 
-  // Ends all transfers at once and refuses new ones, or lets them pass again.
-  void InterruptTransfers(bool interrupt);
+  // What ends these calls from another thread.
+  KELib::Http::Interrupter& Transfers() { return interrupter; }
 
  private:
+  bool SendCancel(bool tellFailure);
+
   KEMethod* const method;
   KE::Stub::ManagedObjectReference* const propertyCollector;
   SyncState& state;
   const std::atomic<bool>& stopRequested;
+  KELib::Http::Interrupter interrupter;
   std::atomic<bool> cancelFailureTold{false};
 };
 

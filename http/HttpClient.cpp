@@ -5,7 +5,7 @@
 #include <chrono>
 
 #include "foundation/KEException.h"
-#include "http/HandleWait.h"
+#include "http/CallLimits.h"
 #include "http/HttpException.h"
 #include "http/HttpTransfer.h"
 
@@ -60,10 +60,10 @@ void HttpClientImpl::TakeHandle(HttpHandleRef& ref) {
   using std::chrono::milliseconds;
   constexpr milliseconds kSlice(50);
   if (IsConnected()) session->GetHandle(ref);
-  const HandleWait* patience = HandleWait::Current();
-  if (ref.handle == nullptr && IsConnected() && patience != nullptr) {
-    const auto deadline = Clock::now() + milliseconds(patience->Milliseconds());
-    for (auto now = Clock::now(); ref.handle == nullptr && now < deadline && !patience->Stopped();
+  const CallLimits* limits = CallLimits::Current();
+  if (ref.handle == nullptr && IsConnected() && limits != nullptr) {
+    const auto deadline = Clock::now() + milliseconds(limits->HandleWait());
+    for (auto now = Clock::now(); ref.handle == nullptr && now < deadline && !limits->Stopped();
          now = Clock::now()) {
       const auto left = std::chrono::duration_cast<milliseconds>(deadline - now) + milliseconds(1);
       session->GetPool()->WaitForFreeHandle(static_cast<int>(std::min(left, kSlice).count()));
@@ -71,14 +71,6 @@ void HttpClientImpl::TakeHandle(HttpHandleRef& ref) {
     }
   }
   if (ref.handle == nullptr) throw HttpException("Unable to connect. Busy.");
-}
-
-void HttpClientImpl::Interrupt() {
-  if (session != nullptr) session->Interrupt();
-}
-
-void HttpClientImpl::Resume() {
-  if (session != nullptr) session->Resume();
 }
 
 }  // namespace Http

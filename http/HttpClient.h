@@ -2,9 +2,8 @@
 //
 // Posts requests to one server.
 //
-// Thread safety: Post(), Interrupt() and Resume() from any thread, several at once; the others
-// while
-//   no other thread uses the client.
+// Thread safety: Post() from any thread, several at once; the others while no other thread uses the
+//   client.
 #ifndef KECPP_HTTP_HTTPCLIENT_H
 #define KECPP_HTTP_HTTPCLIENT_H
 
@@ -28,7 +27,7 @@ class KECPP_API HttpClient {
   // Posts the request's content to the connection's URL and appends the reply's body to the
   // response, whatever the HTTP status. A transfer that fails is told by the response's error code
   // and text; a time-out throws RequestTimedOutException. Throws HttpException "Unable to connect.
-  // Busy." when all handles are in use (within a HandleWait only after having waited for one), and
+  // Busy." when all handles are in use (within CallLimits only after having waited for one), and
   // for options that cannot be set. Blocks for the time of the transfer; holds no lock.
   virtual void Post(HttpRequest* request, HttpResponse* response) = 0;
 
@@ -61,10 +60,6 @@ class KECPP_API HttpClientImpl : public HttpClient {
   // Null before Init().
   ConnectionInfo* GetConnectionInfo() override;
   HttpSessionImpl* GetSession() override { return session.get(); }
-
-  // End all transfers and let new ones fail, until Resume(). As the pool's operations.
-  void Interrupt();
-  void Resume();
 
  private:
   void TakeHandle(HttpHandleRef& ref);

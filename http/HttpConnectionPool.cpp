@@ -10,7 +10,6 @@
 #include "http/HttpConstants.h"
 #include "http/HttpException.h"
 #include "http/HttpReceiver.h"
-#include "http/SocketRegistry.h"
 
 namespace KELib {
 namespace Http {
@@ -43,9 +42,7 @@ bool PrepareShare(void* share, std::mutex* mutex) {
 }  // namespace
 
 HttpConnectionPool::HttpConnectionPool()
-    : mutex(std::make_unique<KEMutex>()),
-      sockets(std::make_unique<SocketRegistry>()),
-      replyLimit(HttpReceiver::DEFAULT_LIMIT) {}
+    : mutex(std::make_unique<KEMutex>()), replyLimit(HttpReceiver::DEFAULT_LIMIT) {}
 
 HttpConnectionPool::~HttpConnectionPool() {
   Release();
@@ -112,7 +109,6 @@ void HttpConnectionPool::GrowNoLock(unsigned int slots) {
   while (added.size() < slots - size) {
     added.push_back(std::make_unique<HttpHandle>());
     added.back()->Init(share);
-    sockets->Serve(added.back()->handle);
   }
   const unsigned int first = size;
   ReplaceArraysNoLock(slots);
@@ -236,20 +232,6 @@ bool HttpConnectionPool::WaitForFreeHandle(int milliseconds) {
   KEMutexGuard guard(mutex.get());
   if (FindFreeNoLock() == size) handleFreed.Wait(*mutex, milliseconds);
   return FindFreeNoLock() < size;
-}
-
-// --- interrupting --------------------------------------------------------------------------------
-
-void HttpConnectionPool::Interrupt() {
-  sockets->Interrupt();
-}
-
-void HttpConnectionPool::Resume() {
-  sockets->Resume();
-}
-
-unsigned int HttpConnectionPool::Interruptions() const {
-  return sockets->Interruptions();
 }
 
 }  // namespace Http

@@ -28,7 +28,6 @@ namespace KELib {
 namespace Http {
 
 class ConnectionInfo;
-class SocketRegistry;
 
 class KECPP_API HttpConnectionPool {
  public:
@@ -67,14 +66,6 @@ class KECPP_API HttpConnectionPool {
   // now.
   bool WaitForFreeHandle(int milliseconds);
 
-  // Ends all transfers that are under way, within milliseconds, and lets new ones fail until
-  // Resume().
-  void Interrupt();
-  void Resume();
-
-  // How often Interrupt() was called.
-  unsigned int Interruptions() const;
-
   // The largest body of a reply, in bytes, below 2^31. Unless set: 1 GiB, or 512 MB on 32-bit
   // builds. Concerns transfers that begin afterwards.
   void SetReplyLimit(unsigned int bytes) { replyLimit = bytes; }
@@ -107,7 +98,6 @@ class KECPP_API HttpConnectionPool {
   std::vector<std::pair<const HttpHandleRef*, HttpHandle*>> holders KECPP_GUARDED_BY(mutex);
   KEQuietCondition handleFreed;
   std::mutex shareMutex;  // held by the transfer library around its use of the cookie store
-  std::unique_ptr<SocketRegistry> sockets;
   std::atomic<unsigned int> replyLimit;
 };
 

@@ -10,9 +10,12 @@
 #include "http/HttpConnectionPool.h"
 #include "http/HttpConstants.h"
 #include "http/HttpException.h"
+#include "http/SocketRegistry.h"
 
 namespace KELib {
 namespace Http {
+
+HttpHandle::HttpHandle() = default;
 
 HttpHandle::~HttpHandle() {
   Release();
@@ -22,6 +25,7 @@ void HttpHandle::Init(void* share) {
   constexpr long kDefaultTimeout = 60;
   if (share == nullptr) ThrowHttpException(ERR_HTTP_SETUP, "0010");
   Release();
+  if (sockets == nullptr) sockets = std::make_unique<SocketRegistry>();
   handle = curl_easy_init();
   if (handle == nullptr) ThrowHttpException(ERR_HTTP_SETUP, "0011");
   try {
@@ -30,6 +34,7 @@ void HttpHandle::Init(void* share) {
     SetEasyOption(handle, CURLOPT_NOPROGRESS, 1L, {ERR_HTTP_SETUP, "0014"});
     SetEasyOption(handle, CURLOPT_NOSIGNAL, 1L, {ERR_HTTP_SETUP, "0015"});
     if (!SetTimeout(kDefaultTimeout)) ThrowHttpException(ERR_HTTP_SETUP, "0016");
+    sockets->Serve(handle);
   } catch (...) {
     Release();
     throw;

@@ -9,6 +9,8 @@
 #ifndef KECPP_HTTP_HTTPHANDLE_H
 #define KECPP_HTTP_HTTPHANDLE_H
 
+#include <memory>
+
 #include "foundation/KEExport.h"
 
 struct curl_slist;
@@ -19,10 +21,11 @@ namespace Http {
 class ConnectionInfo;
 class HttpConnectionPool;
 class SSLInfo;
+class SocketRegistry;
 
 class KECPP_API HttpHandle {
  public:
-  HttpHandle() = default;
+  HttpHandle();
   HttpHandle(const HttpHandle&) = delete;
   HttpHandle& operator=(const HttpHandle&) = delete;
   ~HttpHandle();  // calls Release()
@@ -46,6 +49,8 @@ class KECPP_API HttpHandle {
   curl_slist* headers = nullptr;  // owned; in use by the handle
   long timeout = 0;               // seconds, as last set
   char errorText[256] = "";       // written by the transfer library during a transfer
+
+  std::unique_ptr<SocketRegistry> sockets;  // null before Init()
 };
 
 // A thread's hold on a pool's handle, given back when the reference dies. Copies refer to the same

@@ -23,13 +23,5 @@ void HttpSessionImpl::GetHandle(HttpHandleRef& ref) {
   if (pool != nullptr) pool->GetHandle(connectionInfo.get(), ref);
 }
 
-void HttpSessionImpl::Interrupt() {
-  if (pool != nullptr) pool->Interrupt();
-}
-
-void HttpSessionImpl::Resume() {
-  if (pool != nullptr) pool->Resume();
-}
-
 }  // namespace Http
 }  // namespace KELib

@@ -50,10 +50,6 @@ class KECPP_API HttpSessionImpl : public HttpSession {
   // Gives the settings, which the session forgets, back to the caller.
   ConnectionInfo* ReleaseConnectionInfo() { return connectionInfo.release(); }
 
-  // As the pool's operations.
-  void Interrupt();
-  void Resume();
-
  private:
   std::unique_ptr<HttpConnectionPool> pool;
   std::unique_ptr<ConnectionInfo> connectionInfo;

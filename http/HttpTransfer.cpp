@@ -4,11 +4,13 @@
 #include <curl/curl.h>
 
 #include "foundation/KEException.h"
+#include "http/CallLimits.h"
 #include "http/CallTrace.h"
 #include "http/EasyOption.h"
-#include "http/HandleWait.h"
 #include "http/HttpConstants.h"
 #include "http/HttpException.h"
+#include "http/Interrupter.h"
+#include "http/SocketRegistry.h"
 
 namespace KELib {
 namespace Http {
@@ -73,9 +75,9 @@ void HttpTransfer::RestoreTimeout() {
 }
 
 void HttpTransfer::ApplyTimeLimit() {
-  const HandleWait* scope = HandleWait::Current();
-  if (scope != nullptr) ApplyAnswerLimit(scope->AnswerMilliseconds());
-  const long limit = scope != nullptr ? scope->TransferMilliseconds() : 0;
+  const CallLimits* scope = CallLimits::Current();
+  if (scope != nullptr) ApplyAnswerLimit(scope->AnswerLimit());
+  const long limit = scope != nullptr ? scope->TransferLimit() : 0;
   if (limit <= 0 || (handle.timeout > 0 && handle.timeout <= limit / 1000)) return;
   if (curl_easy_setopt(handle.handle, CURLOPT_TIMEOUT_MS, limit) != CURLE_OK) {
     throw HttpException("Unable to set request timeout.");
@@ -116,9 +118,14 @@ void HttpTransfer::PointAt(HttpRequest& request, HttpResponse& response) {
 
 // A cut connection can look like the regular end of a reply, so the result alone does not tell.
 int HttpTransfer::Perform() {
-  const unsigned int before = pool.Interruptions();
-  const CURLcode result = curl_easy_perform(handle.handle);
-  interrupted = pool.Interruptions() != before;
+  const CallLimits* scope = CallLimits::Current();
+  CURLcode result = CURLE_OK;
+  {
+    const Interrupter::Registration registration(
+        scope != nullptr ? scope->GetInterrupter() : nullptr, *handle.sockets);
+    result = curl_easy_perform(handle.handle);
+  }
+  interrupted = handle.sockets->IsCut();
   return interrupted && result == CURLE_OK ? CURLE_ABORTED_BY_CALLBACK : result;
 }
 
@@ -162,7 +169,7 @@ std::size_t HttpTransfer::Store(const char* data, unsigned int length) noexcept 
 // Without an announcement the length is -1.
 void HttpTransfer::ExpectAnnounced() {
   begun = true;
-  if (HandleWait::Current() != nullptr) HandleWait::Current()->NoteAnswer();
+  if (CallLimits::Current() != nullptr) CallLimits::Current()->NoteAnswer();
   curl_off_t length = -1;
   curl_easy_getinfo(handle.handle, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
   if (length > 0) receiver->Expect(static_cast<unsigned long long>(length));

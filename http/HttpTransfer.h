@@ -29,7 +29,7 @@ class HttpTransfer {
   // Leaves nothing in the handle that points to request or response.
   ~HttpTransfer();
 
-  // Posts, as HttpClient::Post. A transfer during which the pool was interrupted has failed,
+  // Posts, as HttpClient::Post. A transfer that the scope's interrupter has ended has failed,
   // whatever its result. After a time-out the handle keeps the request's own time-out.
   void Run(HttpRequest& request, HttpResponse& response);
 
@@ -39,7 +39,7 @@ class HttpTransfer {
   static std::size_t StoreChunk(char* data, std::size_t size, std::size_t count,
                                 void* transfer) noexcept;
 
-  // True when nothing of the answer has come within the time that a HandleWait scope allows.
+  // True when nothing of the answer has come within the time that a CallLimits scope allows.
   bool IsAnswerLate() noexcept;
 
  private:
@@ -62,9 +62,9 @@ class HttpTransfer {
   std::optional<HttpReceiver> receiver;
   bool begun = false;    // the first chunk has come
   KEString storeError;   // why the last chunk was refused
-  bool limited = false;  // the handle's time-out is that of a HandleWait scope
+  bool limited = false;  // the handle's time-out is that of a CallLimits scope
   bool interrupted = false;
-  std::optional<std::chrono::steady_clock::time_point> answerDue;  // the HandleWait scope's limit
+  std::optional<std::chrono::steady_clock::time_point> answerDue;  // the CallLimits scope's limit
   bool late = false;  // the transfer was ended because its answer had not begun
 };
 

@@ -34,21 +34,25 @@ void SocketRegistry::Serve(void* easy) {
   }
 }
 
-void SocketRegistry::Interrupt() {
+void SocketRegistry::Cut() {
   std::lock_guard<std::mutex> guard(mutex);
-  refusing = true;
-  ++interruptions;
+  cut = true;
   for (const int socket : sockets) ::shutdown(socket, SHUT_RDWR);
 }
 
-void SocketRegistry::Resume() {
+void SocketRegistry::Admit() {
   std::lock_guard<std::mutex> guard(mutex);
-  refusing = false;
+  cut = false;
+}
+
+bool SocketRegistry::IsCut() const {
+  std::lock_guard<std::mutex> guard(mutex);
+  return cut;
 }
 
 int SocketRegistry::Open(int family, int type, int protocol) {
   std::lock_guard<std::mutex> guard(mutex);
-  if (refusing) return -1;
+  if (cut) return -1;
   try {
     sockets.reserve(sockets.size() + 1);
   } catch (...) {

@@ -87,12 +87,4 @@ void SoapHttpClientImpl::Request(SoapRequest& request, SoapResponse& response) {
   ThrowExceptionIfFault(response);
 }
 
-void SoapHttpClientImpl::Interrupt() {
-  if (auto* client = dynamic_cast<Http::HttpClientImpl*>(httpClient.get())) client->Interrupt();
-}
-
-void SoapHttpClientImpl::Resume() {
-  if (auto* client = dynamic_cast<Http::HttpClientImpl*>(httpClient.get())) client->Resume();
-}
-
 }  // namespace KELib::Soap

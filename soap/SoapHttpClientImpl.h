@@ -28,10 +28,6 @@ class KECPP_API SoapHttpClientImpl : public SoapClient {
   void UnsetProxy() override;
   void Request(SoapRequest& request, SoapResponse& response) override;
 
-  // Ends the transfers in flight and refuses new ones, until Resume. Any thread.
-  void Interrupt();
-  void Resume();
-
  private:
   std::unique_ptr<Http::HttpClient> httpClient;
 };

@@ -8,7 +8,7 @@
 #include "foundation/KEException.h"
 #include "foundation/Logger.h"
 #include "http/CallTrace.h"
-#include "service/call/KESoapClientImpl.h"
+#include "service/call/KESoapClient.h"
 #include "service/call/ServiceConstants.h"
 #include "soap/SoapException.h"
 #include "soap/SoapRequest.h"
@@ -169,14 +169,6 @@ void KEMethodImpl::Invoke(const char* ns, const char* method, const char* thisTy
   body.AddElementTagAndValue(argName, argValue);
   body.EndAddElementTag(method);
   Invoke(ns, method, body, result);
-}
-
-void KEMethodImpl::Interrupt() {
-  if (auto* impl = dynamic_cast<KESoapClientImpl*>(client)) impl->Interrupt();
-}
-
-void KEMethodImpl::Resume() {
-  if (auto* impl = dynamic_cast<KESoapClientImpl*>(client)) impl->Resume();
 }
 
 }  // namespace KE::Service

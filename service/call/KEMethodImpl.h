@@ -23,11 +23,6 @@ class KECPP_API KEMethodImpl : public KEMethod {
   void Invoke(const char* ns, const char* method, const char* thisType, const char* thisValue,
               const char* argName, const char* argValue, KELib::KEString& result) override;
 
-  // End the transfers in flight and refuse new ones, until Resume. Any thread. Nothing happens with
-  // a client that is no KESoapClientImpl.
-  void Interrupt();
-  void Resume();
-
  private:
   void Send(const char* ns, const char* method, KELib::Xml::KEXmlBuffer& body,
             KELib::KEString& result);

@@ -10,7 +10,7 @@
 #include "http/HttpConstants.h"
 #include "http/SSLInfo.h"
 #include "service/call/ServiceConstants.h"
-#include "soap/SoapHttpClientImpl.h"
+#include "soap/SoapClient.h"
 
 namespace KE::Service {
 
@@ -179,18 +179,6 @@ void KESoapClientImpl::UnsetProxy() {
 void KESoapClientImpl::Request(KELib::Soap::SoapRequest& request,
                                KELib::Soap::SoapResponse& response) {
   if (soapClient) soapClient->Request(request, response);
-}
-
-void KESoapClientImpl::Interrupt() {
-  if (auto* client = dynamic_cast<KELib::Soap::SoapHttpClientImpl*>(soapClient.get())) {
-    client->Interrupt();
-  }
-}
-
-void KESoapClientImpl::Resume() {
-  if (auto* client = dynamic_cast<KELib::Soap::SoapHttpClientImpl*>(soapClient.get())) {
-    client->Resume();
-  }
 }
 
 }  // namespace KE::Service

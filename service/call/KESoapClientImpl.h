@@ -44,10 +44,6 @@ class KECPP_API KESoapClientImpl : public KESoapClient {
   // Deletes the SOAP client. No request may be under way.
   void ReleaseClient();
 
-  // Ends the transfers in flight and refuses new ones, until Resume. Any thread.
-  void Interrupt();
-  void Resume();
-
  private:
   std::unique_ptr<KELib::Soap::SoapClient> soapClient;
   KELib::KEString reserved;  // always empty

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "foundation/KEMutexGuard.h"
-#include "service/call/KEMethodImpl.h"
 
 namespace KE::Service {
 
@@ -25,8 +24,7 @@ ConnectState& ConnectState::Get() {
 
 // --- attempts ------------------------------------------------------------------------------------
 
-ConnectState::Attempt::Attempt(KEMethod* invoker)
-    : method(dynamic_cast<KEMethodImpl*>(invoker)), thread(std::this_thread::get_id()) {
+ConnectState::Attempt::Attempt() : limits(&interrupter), thread(std::this_thread::get_id()) {
   ConnectState& state = Get();
   KEMutexGuard guard(&state.mutex);
   next = state.attempts;
@@ -39,21 +37,19 @@ ConnectState::Attempt::~Attempt() {
   Attempt** link = &state.attempts;
   while (*link != this) link = &(*link)->next;
   *link = next;
-  if (interrupted) method->Resume();
 }
 
 void ConnectState::Interrupt() {
   KEMutexGuard guard(&mutex);
   for (Attempt* attempt = attempts; attempt != nullptr; attempt = attempt->next) {
-    if (attempt->method == nullptr) continue;
-    attempt->interrupted = true;
-    attempt->method->Interrupt();
+    attempt->interrupter.Interrupt();
   }
 }
 
 bool ConnectState::IsInterruptedNoLock() const {
   for (const Attempt* attempt = attempts; attempt != nullptr; attempt = attempt->next) {
-    if (attempt->interrupted && attempt->thread == std::this_thread::get_id()) return true;
+    if (attempt->thread != std::this_thread::get_id()) continue;
+    if (attempt->interrupter.IsInterrupting()) return true;
   }
   return false;
 }

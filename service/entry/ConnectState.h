@@ -3,8 +3,7 @@
 // What is being connected at this moment, and why the last attempt failed. One a process, as the
 // manager is; never destroyed, since a thread may connect while the process ends.
 //
-// Thread safety: every operation from any thread. Under its mutex only that of a connection pool's
-//   sockets is taken.
+// Thread safety: every operation from any thread. Under its mutex only an interrupter's is taken.
 #ifndef KECPP_SERVICE_ENTRY_CONNECTSTATE_H
 #define KECPP_SERVICE_ENTRY_CONNECTSTATE_H
 
@@ -12,29 +11,28 @@
 
 #include "foundation/KEMutex.h"
 #include "foundation/KEThreadAnnotations.h"
+#include "http/CallLimits.h"
+#include "http/Interrupter.h"
 #include "service/entry/ConnectReason.h"
 
 namespace KE::Service {
 
-class KEMethod;
-class KEMethodImpl;
-
 class ConnectState {
  public:
-  // A thread's attempt to connect, which may be interrupted. It lives on the stack, shorter than
-  // `method`. Nothing is interrupted with a method that is no KEMethodImpl.
+  // The calling thread's attempt to connect: Interrupt ends the calls that it makes while this
+  // lives on its stack.
   class Attempt {
    public:
-    explicit Attempt(KEMethod* method);
-    ~Attempt();  // lets the transfers of `method` go again
+    Attempt();
+    ~Attempt();
     Attempt(const Attempt&) = delete;
     Attempt& operator=(const Attempt&) = delete;
 
    private:
     friend class ConnectState;
-    KEMethodImpl* const method;
+    KELib::Http::Interrupter interrupter;
+    KELib::Http::CallLimits limits;
     const std::thread::id thread;
-    bool interrupted = false;
     Attempt* next = nullptr;
   };
 

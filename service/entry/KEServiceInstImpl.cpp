@@ -41,7 +41,7 @@ bool KEServiceInstImpl::Init(KELib::KEConfig* source) {
   KELib::Http::CallTrace trace;
   try {
     if (!MakeClient()) return false;
-    const ConnectState::Attempt attempt(method.get());
+    const ConnectState::Attempt attempt;
     return SetupService() && CreateSessionNoLock() != nullptr;
   } catch (const KELib::Exception& e) {
     ConnectState::Get().Note(ConnectStep::firstCall, e.What());

@@ -10,8 +10,8 @@
 #include "foundation/KEMutexGuard.h"
 #include "foundation/Logger.h"
 #include "foundation/StringUtil.h"
+#include "http/CallLimits.h"
 #include "http/CallTrace.h"
-#include "http/HandleWait.h"
 #include "service/call/KEMethod.h"
 #include "service/call/ServiceConstants.h"
 #include "service/entry/ConnectState.h"
@@ -28,10 +28,6 @@ namespace {
 
 using KELib::KEMutexGuard;
 using KELib::KEString;
-
-// How long a library's own call waits for a free connection: a lost "Logout" would orphan the
-// server's session.
-constexpr int kHandleWaitMs = 2000;
 
 // A server that does not answer must not hold the end of a session up.
 constexpr int kLogoutLimitMs = 1000;
@@ -172,7 +168,7 @@ void KESessionImpl::AcquireTicket(const KEString& user, KEString& ticketUser, KE
   StartBody(MethodAcquireLocalTicket, body);
   body.AddElementTagAndValue(userNameTag, userXml.Cstr());
   body.EndAddElementTag(MethodAcquireLocalTicket);
-  const KELib::Http::HandleWait limits(kHandleWaitMs, nullptr);
+  const KELib::Http::CallLimits limits;
   method->Invoke(targetNamespace, MethodAcquireLocalTicket, body, response);
   ServiceContent ticket(response);
   ticket.Text(userNameTag, ticketUser);
@@ -213,7 +209,7 @@ void KESessionImpl::SendLogin(const KEString& userXml, const KEString& passwordX
   body.AddElementTagAndValue(CfgKeyPassword, passwordXml.Cstr());
   body.EndAddElementTag(MethodLogin);
   try {
-    const KELib::Http::HandleWait limits(kHandleWaitMs, nullptr);
+    const KELib::Http::CallLimits limits;
     method->Invoke(targetNamespace, MethodLogin, body, userSession);
     loggedIn = true;
     ConnectState::Get().Clear();
@@ -256,7 +252,8 @@ void KESessionImpl::Logout() {
     KELib::Xml::KEXmlBuffer body;
     StartBody(MethodLogout, body);
     body.EndAddElementTag(MethodLogout);
-    const KELib::Http::HandleWait limits(kHandleWaitMs, nullptr, kLogoutLimitMs);
+    KELib::Http::CallLimits limits;
+    limits.SetTransferLimit(kLogoutLimitMs);
     method->Invoke(targetNamespace, MethodLogout, body, userSession);
   } catch (const KELib::Exception& e) {
     LogReason("Exception Logging out : %s", e);

@@ -22,7 +22,7 @@
 #include <vector>
 
 #include "foundation/KEException.h"
-#include "http/HandleWait.h"
+#include "http/CallLimits.h"
 #include "service/call/KEMethod.h"
 #include "xml/KEXmlBuffer.h"
 
@@ -38,8 +38,8 @@ class FakeServer : public KE::Service::KEMethod {
 
   // How many milliseconds the caller lets a call stay unanswered; 0: no limit.
   static int AnswerLimit() {
-    const auto* scope = KELib::Http::HandleWait::Current();
-    return scope != nullptr ? scope->AnswerMilliseconds() : 0;
+    const auto* scope = KELib::Http::CallLimits::Current();
+    return scope != nullptr ? scope->AnswerLimit() : 0;
   }
 
   static Answer Text(const std::string& text) {

@@ -6,8 +6,9 @@
 #include <cstdlib>
 #include <thread>
 
-#include "http/HandleWait.h"
+#include "http/CallLimits.h"
 #include "http/HttpFixture.h"
+#include "http/Interrupter.h"
 
 namespace KELib::Http {
 namespace {
@@ -118,7 +119,8 @@ TEST_F(HttpClientTest, ATimeoutIsTheRequestsOnlyUnlessItExpired) {
 TEST_F(HttpClientTest, AScopeMayShortenTransfers) {
   server.Push(Reply::Ok("").Hanging());
   {
-    const HandleWait scope(0, nullptr, 20);
+    CallLimits scope;
+    scope.SetTransferLimit(20);
     EXPECT_EQ(0u, Post().thrown.find("RequestTimedOutException: "));
   }
   auto patient = HangingPosts(1);
@@ -130,7 +132,8 @@ TEST_F(HttpClientTest, AScopeMayShortenTransfers) {
 // libcurl looks at this limit about once a second: one that is over by then has been looked at.
 TEST_F(HttpClientTest, AScopeMayLimitTheWaitForAnAnswerButNotTheAnswer) {
   const auto post = [this](bool answers) {
-    const HandleWait scope(0, nullptr, 0, 20);
+    CallLimits scope;
+    scope.SetAnswerLimit(20);
     Outcome outcome = Post();
     EXPECT_EQ(answers, scope.Answered());
     return outcome;
@@ -151,35 +154,53 @@ TEST_F(HttpClientTest, WithAllHandlesInUseAPostFailsAtOnceUnlessItMayWait) {
   EXPECT_EQ(busy, Post().thrown);
   std::atomic<bool> stop{true};
   {
-    const HandleWait stopped(60000, &stop);
+    CallLimits stopped(nullptr, &stop);
+    stopped.SetHandleWait(60000);
     EXPECT_EQ(busy, Post().thrown);
-    const HandleWait brief(10, nullptr);
+    CallLimits brief;
+    brief.SetHandleWait(10);
     EXPECT_EQ(busy, Post().thrown);
   }
-  EXPECT_EQ(nullptr, HandleWait::Current());
+  EXPECT_EQ(nullptr, CallLimits::Current());
   server.Push(Reply::Ok("third"));
   auto third = std::async(std::launch::async, [this] {
-    const HandleWait patient(60000, nullptr);
+    CallLimits patient;
+    patient.SetHandleWait(60000);
     return Post();
   });
   server.ReleaseHanging();
   EXPECT_EQ("third", third.get().content);
 }
 
-TEST_F(HttpClientTest, AnInterruptEndsTransfersWithoutSendingThemAgain) {
-  Post();  // both transfers below would be sent again when a kept connection turns out to be dead
-  auto silent = HangingPosts(1);
-  server.Push(Reply::Raw("HTTP/1.0 200 OK\r\n\r\n<a/>").Hanging(23));
-  auto endless = PostAside();
-  ASSERT_TRUE(server.WaitForRequests(3));
-  Client().Interrupt();
-  EXPECT_GT(silent[0].get().code, 0);
+TEST_F(HttpClientTest, AnInterrupterEndsTheTransfersOfItsScopesWithoutSendingThemAgain) {
+  Interrupter interrupter;
+  const auto post = [&] {
+    const CallLimits outer(&interrupter);
+    const CallLimits inner;
+    return Post();
+  };
+  const auto postAside = [&](const Reply& reply) {
+    const std::size_t before = server.Requests().size();
+    server.Push(reply);
+    auto posted = std::async(std::launch::async, post);
+    EXPECT_TRUE(server.WaitForRequests(before + 1));
+    return posted;
+  };
+  Pool().SetSize(3);
+  Post();  // the next transfer would be sent again if its kept connection turned out to be dead
+  auto silent = postAside(Reply::Ok("late").Hanging());
+  auto endless = postAside(Reply::Raw("HTTP/1.0 200 OK\r\n\r\n<a/>").Hanging(23));
+  auto others = HangingPosts(1);
+  interrupter.Interrupt();
+  EXPECT_GT(silent.get().code, 0);
   EXPECT_GT(endless.get().code, 0) << "a reply that ends with its connection passed for complete";
-  EXPECT_EQ(CURLE_COULDNT_CONNECT, Post().code);
-  EXPECT_EQ(3u, server.Requests().size());
-  Client().Resume();
+  EXPECT_EQ(CURLE_COULDNT_CONNECT, post().code);
+  EXPECT_EQ(4u, server.Requests().size());
+  server.ReleaseHanging();
+  EXPECT_EQ("late", others[0].get().content);
+  interrupter.Resume();
   server.Push(Reply::Ok("again"));
-  EXPECT_EQ("again", Post().content);
+  EXPECT_EQ("again", post().content);
 }
 
 TEST_F(HttpClientTest, OnlyTheSettingsDecideAboutAProxy) {

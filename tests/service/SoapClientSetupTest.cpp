@@ -7,6 +7,8 @@
 #include "config/DefaultConfig.h"
 #include "config/KEConfig.h"
 #include "foundation/KEException.h"
+#include "http/CallLimits.h"
+#include "http/Interrupter.h"
 #include "service/call/KEMethodImpl.h"
 #include "service/call/KESoapClientImpl.h"
 #include "soap/SoapClient.h"
@@ -120,9 +122,11 @@ TEST_F(SoapClientSetupTest, TimeOutAndInterruptionReachTheTransfer) {
   Connect(Element("url", server.Url()) + Element("timeout", "1"));
   server.Push(Reply::Ok("").Hanging());
   EXPECT_THROW(Call(), KELib::RequestTimedOutException);
-  method.Interrupt();
+  KELib::Http::Interrupter interrupter;
+  interrupter.Interrupt();
+  const KELib::Http::CallLimits limits(&interrupter);
   EXPECT_THROW(Call(), KELib::SystemException);
-  method.Resume();
+  interrupter.Resume();
   EXPECT_EQ("pong", Call());
 }
 
@@ -131,7 +135,6 @@ TEST_F(SoapClientSetupTest, WithoutASoapClientNothingIsSent) {
   method.Init(&unconnected);
   EXPECT_EQ("", Call());
   unconnected.UnsetProxy();
-  method.Interrupt();
   EXPECT_FALSE(unconnected.Init(nullptr));
 }
 

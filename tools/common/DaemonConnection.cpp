@@ -69,18 +69,13 @@ void DaemonConnection::Watch(const EndOfRun& end) {
   } catch (const ConnectionError&) {
     if (!wasCut) throw;
   }
-  if (!wasCut) return;
-  if (auto* method = dynamic_cast<KE::Service::KEMethodImpl*>(&Method())) {
-    method->Resume();  // for the logout
-  }
-  throw ConnectionError("ended before the inventory was read");
+  if (wasCut) throw ConnectionError("ended before the inventory was read");
 }
 
 // A daemon that does not answer must not hold the end up.
 void DaemonConnection::CutWatching() {
   wasCut = true;
-  if (auto* method = dynamic_cast<KE::Service::KEMethodImpl*>(&Method())) method->Interrupt();
-  sync->RequestStop();
+  if (auto* impl = dynamic_cast<KE::Service::KEDataSyncImpl*>(sync)) impl->StopAtOnce();
 }
 
 void DaemonConnection::SetUpWatches(const EndOfRun& end) {
