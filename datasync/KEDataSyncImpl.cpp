@@ -229,7 +229,7 @@ ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* ro
   ManagedObjectReference methodsKey;  // as `methods` is, which another thread may free
   std::shared_ptr<TaskWait> blocked;
   try {
-    if (sections.hasPropertySet) filter = watches->CreateFilter(root, list, waiter);
+    if (sections.hasPropertySet) filter = watches->CreateFilter(root, sections, waiter);
     if (!sections.methods.empty()) {
       methods = watches->RegisterMethods(root, sections, filter, waiter, methodsKey);
       if (methods != nullptr) propertyMethods->RunAtSetup(methodsKey.value);
@@ -260,7 +260,7 @@ void KEDataSyncImpl::StopDataSync(ManagedObjectReference* ref) {
 ManagedObjectReference* KEDataSyncImpl::CreatePropFilter(ManagedObjectReference* root,
                                                          KEVector<KEString>& list,
                                                          KELib::KEWaiter* waiter) {
-  return watches->CreateFilter(root, list, waiter);
+  return watches->CreateFilter(root, PropertyList(list), waiter);
 }
 
 void KEDataSyncImpl::DestroyPropFilter(ManagedObjectReference* filter) {

@@ -8,7 +8,8 @@
 //   cache types   "_co_" TYPE...                       up to the next separator of a section
 //   methods       "_m_" METHOD...                      up to the next separator of a section
 // What stands before the first separator, and what a section cannot use, is passed over. A section
-// that lacks an operand is remembered as an error; whoever writes that section throws it.
+// that lacks an operand is remembered as an error, which the functions that write the section
+// throw.
 //
 // Ownership: keeps positions only; the list must outlive it, unchanged.
 #ifndef KECPP_DATASYNC_PROPERTYLIST_H

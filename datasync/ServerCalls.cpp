@@ -2,7 +2,7 @@
 #include "datasync/ServerCalls.h"
 
 #include "datasync/DataSyncConstants.h"
-#include "datasync/FilterSpec.h"
+#include "datasync/FilterWriter.h"
 #include "datasync/SyncState.h"
 #include "foundation/KEConstants.h"
 #include "foundation/KEException.h"
@@ -20,7 +20,6 @@ namespace {
 
 using KE::Stub::ManagedObjectReference;
 using KELib::KEString;
-using KELib::KEVector;
 using KELib::Http::CallLimits;
 using KELib::Logging::Log;
 using KELib::Logging::LOG_LEVEL_VERBOSE;
@@ -31,13 +30,13 @@ ServerCalls::ServerCalls(KEMethod* invoker, ManagedObjectReference* collector, S
                          const std::atomic<bool>& stop)
     : method(invoker), propertyCollector(collector), state(syncState), stopRequested(stop) {}
 
-void ServerCalls::WriteCreateFilter(ManagedObjectReference* root, KEVector<KEString>& list,
+void ServerCalls::WriteCreateFilter(const ManagedObjectReference& root, const PropertyList& list,
                                     KELib::Xml::KEXmlBuffer& body) {
   body.StartAddElementTag(MethodCreateFilter);
   body.AddNamespace(nullptr, targetNamespace);
   body.AddElementTagAttrAndValue(ThisMorefTag, MorefTypeAttr, propertyCollector->type.Cstr(),
                                  propertyCollector->value.Cstr());
-  CreateFilterSpec(root, list, body);
+  WriteFilterSpec(root, list, body);
   body.AddElementTagAndValue(PartialUpdatesTag, KELib::STR_BOOLEAN_TRUE);
   body.EndAddElementTag(MethodCreateFilter);
 }

@@ -15,7 +15,6 @@
 #include <memory>
 
 #include "foundation/KEString.h"
-#include "foundation/KEVector.h"
 #include "http/Interrupter.h"
 #include "stub/classes/ManagedObjectReference.h"
 
@@ -26,6 +25,7 @@ class KEXmlBuffer;
 namespace KE::Service {
 
 class KEMethod;
+class PropertyList;
 class SyncState;
 
 class ServerCalls {
@@ -36,8 +36,8 @@ class ServerCalls {
   ServerCalls& operator=(const ServerCalls&) = delete;
 
   // Writes the body of "CreateFilter". Throws SystemException for a list that breaks the grammar.
-  void WriteCreateFilter(KE::Stub::ManagedObjectReference* root,
-                         KELib::KEVector<KELib::KEString>& list, KELib::Xml::KEXmlBuffer& body);
+  void WriteCreateFilter(const KE::Stub::ManagedObjectReference& root, const PropertyList& list,
+                         KELib::Xml::KEXmlBuffer& body);
 
   // Sends that body; returns the new filter's reference. Throws what the call throws, and
   // SystemException when the answer names no filter.

@@ -135,9 +135,9 @@ bool Watches::HasFiltersNoLock() {
 }
 
 ManagedObjectReference* Watches::CreateFilter(ManagedObjectReference* root,
-                                              KEVector<KEString>& list, KELib::KEWaiter* waiter) {
+                                              const PropertyList& list, KELib::KEWaiter* waiter) {
   KELib::Xml::KEXmlBuffer body;
-  server.WriteCreateFilter(root, list, body);
+  server.WriteCreateFilter(*root, list, body);
   KEMutexGuard guard(&mutex);
   try {
     return RecordFilterNoLock(server.CreateFilter(body), list, waiter);
@@ -148,15 +148,14 @@ ManagedObjectReference* Watches::CreateFilter(ManagedObjectReference* root,
 }
 
 ManagedObjectReference* Watches::RecordFilterNoLock(
-    std::unique_ptr<ManagedObjectReference> reference, KEVector<KEString>& list,
+    std::unique_ptr<ManagedObjectReference> reference, const PropertyList& list,
     KELib::KEWaiter* waiter) {
-  const PropertyList sections(list);
   auto info = std::make_unique<DataSyncInfo>();
-  info->isTask = sections.IsTaskWatch();
+  info->isTask = list.IsTaskWatch();
   info->taskPending = info->isTask;
   info->waiter = HolderOf(waiter);
-  CreateCaches(sections, info->cacheTypes);
-  info->classes = StaleObjects::ClassesOf(sections);
+  CreateCaches(list, info->cacheTypes);
+  info->classes = StaleObjects::ClassesOf(list);
 
   ManagedObjectReference* key = reference.get();
   DataSyncInfo* older = FindFilterNoLock(*key);

@@ -72,8 +72,7 @@ class Watches {
   // for a list that breaks the grammar; any other failure is logged as "Exception Creating
   // PropFilter : ..." and thrown as Exception.
   KE::Stub::ManagedObjectReference* CreateFilter(KE::Stub::ManagedObjectReference* root,
-                                                 KELib::KEVector<KELib::KEString>& list,
-                                                 KELib::KEWaiter* waiter);
+                                                 const PropertyList& list, KELib::KEWaiter* waiter);
 
   // Asks the server to destroy the filter and removes its record, also when the server fails, and
   // with it the methods that no other list names. The record's waiter is signalled.
@@ -151,8 +150,8 @@ class Watches {
 
  private:
   KE::Stub::ManagedObjectReference* RecordFilterNoLock(
-      std::unique_ptr<KE::Stub::ManagedObjectReference> reference,
-      KELib::KEVector<KELib::KEString>& list, KELib::KEWaiter* waiter) KECPP_REQUIRES(mutex);
+      std::unique_ptr<KE::Stub::ManagedObjectReference> reference, const PropertyList& list,
+      KELib::KEWaiter* waiter) KECPP_REQUIRES(mutex);
   void NoteFilterCameNoLock(DataSyncInfo& info, StaleObjects::Classes before) KECPP_REQUIRES(mutex);
   void RemoveFilterNoLock(KE::Stub::ManagedObjectReference& filter) KECPP_REQUIRES(mutex);
   void CreateCaches(const PropertyList& sections, KELib::KEVector<KELib::KEString>& cacheTypes);
