@@ -59,7 +59,10 @@ bool ConnectState::IsInterruptedNoLock() const {
 void ConnectState::Clear() noexcept {
   KEMutexGuard guard(&mutex);
   last.kind = Kind::none;
-  last.text.Clear();
+  for (KELib::KEString* text : {&last.text, &lastUrl, &lastReason}) {
+    KELib::KEString empty;  // a cleared text would keep its block
+    text->Transfer(empty);
+  }
 }
 
 void ConnectState::Note(ConnectStep step, const char* what) noexcept {

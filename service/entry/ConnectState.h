@@ -38,7 +38,7 @@ class ConnectState {
 
   static ConnectState& Get();
 
-  // There is no failure any more.
+  // There is no failure any more, and no memory is kept for its text.
   void Clear() noexcept;
 
   // Takes a failure down, with what the calling thread's trace knows of it.

@@ -78,13 +78,16 @@ void KEServiceInstManagerImpl::FreeInstance() {
   _inst->FreeAllServiceInstance();
   KELib::Soap::ReleaseSoapService();
   KELib::Logging::FreeDefaultLogger();
+  ConnectState::Get().Clear();
   delete _inst;
   _inst = nullptr;
 }
 
 KEServiceInstManagerImpl::KEServiceInstManagerImpl()
     : instances(KELib::HASH_CAP, KELib::HASH_FILLRATIO), mutex(std::make_unique<KELib::KEMutex>()) {
-  instances.Begin();  // makes the map's room for iterators: freeing must not need memory
+  // Freeing must not need memory: these two are made here.
+  instances.Begin();  // the map's room for iterators
+  ConnectState::Get();
 }
 
 KEServiceInstManagerImpl::~KEServiceInstManagerImpl() = default;

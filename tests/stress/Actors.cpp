@@ -36,7 +36,7 @@ void WatchForAWhile(Scene& scene, Seat& seat, const char* rootName, Fill fill,
   seat.Does("is in SetupDataSync (instance's mutex, filter-table mutex, network)");
   auto* watch = Watch(scene.instance, scene.sync, rootName, fill, waiter.get());
   seat.Does("waits for the first data of a watch");
-  waiter->Wait(0);
+  waiter->Wait(2000);  // while changes pour in it may take a minute to know what has gone
   seat.Does("is in StopDataSync (filter-table mutex, network)");
   scene.sync.StopDataSync(watch);
   scene.tally.Count(counter);
@@ -122,6 +122,11 @@ constexpr struct {
 
 // A call may find both connections taken, and fail while the session is out or the instance ends.
 bool Act(Scene& scene, Seat& seat, Step step) {
+  if (scene.calm && (step == RunTask || step == RestartWaits)) {
+    seat.Rests("rests while the truth is looked for");
+    Nap(5);
+    return !scene.park;
+  }
   const unsigned before = scene.disturbances;
   try {
     step(scene, seat);

@@ -49,6 +49,8 @@ struct Scene {
   Tally& tally;
 
   std::atomic<bool> park{false};  // everybody ends
+  // Nobody calls the server, so that the library may take its silence for the end of a report.
+  std::atomic<bool> calm{false};
   // Odd while the session is out and what is under way may fail.
   std::atomic<unsigned> disturbances{0};
 

@@ -176,8 +176,17 @@ class Conductor {
     tally.Count(lost ? "sessions lost" : "sessions renewed");
   }
 
-  // The actors go on meanwhile.
+  // The readers go on meanwhile. What left while an update set was cut goes when the server has
+  // nothing more to say, so those who make it speak rest.
   void ExpectTruth(Scene& scene) {
+    seat.Does("waits until nobody holds a watch");
+    const std::lock_guard<std::mutex> door(scene.door);
+    const std::lock_guard<std::shared_mutex> alone(scene.watches);
+    struct Calm {
+      explicit Calm(std::atomic<bool>& target) : flag(target) { flag = true; }
+      ~Calm() { flag = false; }
+      std::atomic<bool>& flag;
+    } const calm(scene.calm);
     seat.Does("waits for the truth");
     daemon.Calm();
     const Json truth = daemon.simulator.Truth();
