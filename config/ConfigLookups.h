@@ -3,7 +3,7 @@
 // The look-ups that read a configuration, and what each of them finds in a document. Names and
 // order are those of the default document.
 //
-// Thread safety: none of its own.
+// Thread safety: none.
 #ifndef KECPP_CONFIG_CONFIGLOOKUPS_H
 #define KECPP_CONFIG_CONFIGLOOKUPS_H
 

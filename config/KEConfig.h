@@ -6,7 +6,7 @@
 // section (FindParentConfigKey), then its values. What lies before the last look-up is not found.
 // Init, and so CreateConfig, logs at level "error" what the library's own look-ups will not find.
 //
-// Thread safety: none of its own.
+// Thread safety: none.
 // Errors: XmlException for a malformed document; the setters, which are not provided, throw
 //   NotImplementedException.
 #ifndef KECPP_CONFIG_KECONFIG_H

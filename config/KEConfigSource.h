@@ -2,7 +2,7 @@
 //
 // Decides where the configuration document comes from: a file, a text, or the built-in default.
 //
-// Thread safety: none of its own.
+// Thread safety: none.
 #ifndef KECPP_CONFIG_KECONFIGSOURCE_H
 #define KECPP_CONFIG_KECONFIGSOURCE_H
 

@@ -78,8 +78,8 @@ class SyncState {
   void RefuseEntries();
   void AcceptEntries();
 
-  // Sets the stop flag, counts the stop and wakes every wait of the library's own, in one step: who
-  // finds the flag set and forgets the records has counted the stop for those who held one.
+  // Sets the stop flag, counts the stop and wakes every waiting call of the library, in one step.
+  // So a thread that sees the flag sees the new count too, and knows that its records may be gone.
   void AnnounceStop(std::atomic<bool>& stopRequested);
 
   // How many stops were announced so far. While it stays the same nothing was forgotten.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Waits for a server task: with a filter of its own on the task's state, its caller blocked inside
+// Waits for a server task: with a separate filter on the task's state, its caller blocked inside
 // SetupDataSync until the loop has seen the task end.
 //
 // Locks: takes the filter-table mutex and, inside it, that of the cache of tasks; neither is held

@@ -55,7 +55,7 @@ struct WalkRoom {
   KELib::KEStringBuffer propertyText, opText, valueText;
 };
 
-// The use of a room by one walk. A walk that another thread makes meanwhile gets a room of its own.
+// The use of a room by one walk. A walk that another thread makes meanwhile gets another room.
 class RoomLoan {
  public:
   RoomLoan(WalkRoom& shared, KE::Instance::KETypeCache& types) {

@@ -161,7 +161,7 @@ ManagedObjectReference* Watches::RecordFilterNoLock(
   DataSyncInfo* older = FindFilterNoLock(*key);
   const StaleObjects::Classes before = older != nullptr ? older->classes : 0;
   if (older != nullptr) {
-    // The server handed the same filter out again: whoever holds the older reference keeps it
+    // The server handed the same filter out again: a holder of the older reference keeps it
     // valid.
     ReleaseWaiterNoLock(older->waiter);
     info->methods.swap(older->methods);

@@ -3,7 +3,7 @@
 // A calendar time in fields: parses and prints "CCYY-MM-DDTHH:MM:SS.mmmuuu+HH:MM" (XML Schema
 // dateTime) and prints the short form "CCYY-MM-DD HH:MM:SS.mmm".
 //
-// Thread safety: none of its own; distinct objects may be used at the same time.
+// Thread safety: none; distinct objects may be used at the same time.
 #ifndef KECPP_FOUNDATION_DATETIME_H
 #define KECPP_FOUNDATION_DATETIME_H
 

@@ -3,7 +3,7 @@
 // Every error of the library: one tree of exception classes rooted at Throwable. The class is the
 // kind of error, the message its only payload.
 //
-// Thread safety: none of its own; an exception belongs to the thread that handles it.
+// Thread safety: none; an exception belongs to the thread that handles it.
 // Ownership: a message that was given as a literal is borrowed; otherwise the exception owns a
 // copy.
 #ifndef KECPP_FOUNDATION_KEEXCEPTION_H

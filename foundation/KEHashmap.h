@@ -5,7 +5,7 @@
 // Ownership: pointer values are deleted through DeleteVal when they are removed, replaced or
 //   cleared. Pointer keys are never owned; a key usually lives inside its value.
 // Null: a pointer value of null counts as absent: look-ups miss it and iterators pass over it.
-// Thread safety: none of its own, iterators included. Hold the lock that guards the map also while
+// Thread safety: none, iterators included. Hold the lock that guards the map also while
 //   an iterator is made, copied, used or destroyed, and while a value obtained here is in use.
 #ifndef KECPP_FOUNDATION_KEHASHMAP_H
 #define KECPP_FOUNDATION_KEHASHMAP_H

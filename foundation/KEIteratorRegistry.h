@@ -6,7 +6,7 @@
 // `It` has a member `It** slot` (the address of its entry here, null while not registered) and an
 // operation `Unbind()` that forgets the container.
 //
-// Thread safety: none of its own; guarded by whatever guards the container. Making, copying and
+// Thread safety: none; guarded by whatever guards the container. Making, copying and
 //   destroying an iterator writes here, so readers hold the container's mutex exclusively.
 // Ownership: iterators are not owned; each unregisters itself before it dies.
 #ifndef KECPP_FOUNDATION_KEITERATORREGISTRY_H
@@ -61,8 +61,8 @@ class KECPP_API KEIteratorRegistry {
   }
 
  private:
-  // The taken entries stand first, without gaps. Counting them anew keeps the two fields all there
-  // is: containers are embedded in classes whose layout programs were compiled with.
+  // The used entries come first, without gaps. They are counted by a search, since there is no room
+  // for a third field: containers are embedded in classes whose layout programs were compiled with.
   unsigned int Used() const {
     It* const* const first = entries.get();
     return static_cast<unsigned int>(

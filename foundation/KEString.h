@@ -6,7 +6,7 @@
 // exactly its characters, and Length() and every append scan. Build long texts in a KEStringBuffer.
 // An embedded NUL ends the text. Texts of 2^31 characters or more throw std::bad_alloc.
 //
-// Thread safety: none of its own.
+// Thread safety: none.
 // Ownership: the buffer comes from array new and is freed with array delete. Empty strings share
 //   one static buffer, which is never written and never freed.
 // Self-arguments are allowed everywhere: s = s.Cstr() + 2, s += s, s.Attach(s.Str()).

@@ -16,7 +16,7 @@
 //   - most replaced blocks in programs with their own operator new, where nobody can tell how large
 //     a block is. A text that became empty, or is no longer empty, is noticed there as well.
 //
-// Thread safety: none of its own. Ownership: as KEString. Throws std::bad_alloc beyond 2^31 - 1.
+// Thread safety: none. Ownership: as KEString. Throws std::bad_alloc beyond 2^31 - 1.
 #ifndef KECPP_FOUNDATION_KESTRINGBUFFER_H
 #define KECPP_FOUNDATION_KESTRINGBUFFER_H
 

@@ -4,7 +4,7 @@
 //
 // Ownership: pointer elements are deleted through DeleteVal by Clear() and by the destructor;
 //   RemoveAt() hands its element back. A null pointer is an ordinary element.
-// Thread safety: none of its own, iterators included. Hold the lock that guards the vector also
+// Thread safety: none, iterators included. Hold the lock that guards the vector also
 //   while an iterator is made, copied, used or destroyed.
 #ifndef KECPP_FOUNDATION_KEVECTOR_H
 #define KECPP_FOUNDATION_KEVECTOR_H

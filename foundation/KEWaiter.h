@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What a caller hands to the data synchronisation to be told that something is done. An agent may
-// bring its own implementation; the library calls only Signal().
+// A caller hands it to the data synchronisation, which signals it when something is done. An agent
+// may bring its own implementation; the library calls only Signal().
 //
 // Ownership: the caller's; it lives until it was signalled or until the operation that it was
 //   handed to says that it is let go.

@@ -6,7 +6,7 @@
 // posted to the URL. Everything but the URL is read when a connection's handle is used for the
 // first time, so later changes reach only handles that have not been used yet.
 //
-// Thread safety: none of its own. Once a client exists, change nothing while a thread posts.
+// Thread safety: none. Once a client exists, change nothing while a thread posts.
 // Ownership: owns its SSL settings and its headers.
 #ifndef KECPP_HTTP_CONNECTIONINFO_H
 #define KECPP_HTTP_CONNECTIONINFO_H
@@ -62,7 +62,7 @@ class KECPP_API ConnectionInfo {
   KEString& GetProxyHost() { return proxyHost; }
   KEString& GetProxyPort() { return proxyPort; }
 
-  // Verbose: the transfer library writes what it does, and a progress meter, to standard error.
+  // Verbose: libcurl writes what it does, and a progress meter, to standard error.
   void EnableVerboseHttpLog() { verboseHttpLog = true; }
   void DisableVerboseHttpLog() { verboseHttpLog = false; }
   bool IsHttpLogVerbose() const { return verboseHttpLog; }

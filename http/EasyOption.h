@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Sets one option of a handle of the transfer library.
+// Sets one option of a handle of libcurl.
 #ifndef KECPP_HTTP_EASYOPTION_H
 #define KECPP_HTTP_EASYOPTION_H
 

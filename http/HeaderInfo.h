@@ -2,7 +2,7 @@
 //
 // The extra header lines of a connection, in the order in which they were added.
 //
-// Thread safety: none of its own.
+// Thread safety: none.
 #ifndef KECPP_HTTP_HEADERINFO_H
 #define KECPP_HTTP_HEADERINFO_H
 

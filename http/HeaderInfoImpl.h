@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// Header lines in the list type of the transfer library.
+// Header lines in the list type of libcurl.
 //
-// Thread safety: none of its own.
+// Thread safety: none.
 #ifndef KECPP_HTTP_HEADERINFOIMPL_H
 #define KECPP_HTTP_HEADERINFOIMPL_H
 

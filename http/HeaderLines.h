@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Header lines as the transfer library wants them.
+// Header lines as libcurl wants them.
 #ifndef KECPP_HTTP_HEADERLINES_H
 #define KECPP_HTTP_HEADERLINES_H
 

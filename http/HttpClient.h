@@ -25,7 +25,7 @@ class KECPP_API HttpClient {
   virtual void SaveSession() = 0;
 
   // Posts the request's content to the connection's URL and appends the reply's body to the
-  // response, whatever the HTTP status. A transfer that fails is told by the response's error code
+  // response, whatever the HTTP status. A transfer that fails shows in the response's error code
   // and text; a time-out throws RequestTimedOutException. Throws HttpException "Unable to connect.
   // Busy." when all handles are in use (within CallLimits only after having waited for one), and
   // for options that cannot be set. Blocks for the time of the transfer; holds no lock.

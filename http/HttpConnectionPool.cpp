@@ -29,7 +29,7 @@ void UnlockShare(CURL*, curl_lock_data, void* mutex) {
 }
 
 // The locks are not optional. With two threads and cookies in the replies, eleven of eleven runs
-// without them were aborted inside the transfer library within three seconds (damaged heap); with
+// without them were aborted inside libcurl within three seconds (damaged heap); with
 // them none in 40,000 requests. The mutex comes last, so that never one of the two works without
 // the other.
 bool PrepareShare(void* share, std::mutex* mutex) {

@@ -97,7 +97,7 @@ class KECPP_API HttpConnectionPool {
   // The references that hold a handle which is in use.
   std::vector<std::pair<const HttpHandleRef*, HttpHandle*>> holders KECPP_GUARDED_BY(mutex);
   KEQuietCondition handleFreed;
-  std::mutex shareMutex;  // held by the transfer library around its use of the cookie store
+  std::mutex shareMutex;  // held by libcurl around its use of the cookie store
   std::atomic<unsigned int> replyLimit;
 };
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// One connection of a pool: a handle of the transfer library, made ready in two steps. Init() gives
+// One connection of a pool: a handle of libcurl, made ready in two steps. Init() gives
 // it the options that all handles have, InitializeHttpPost() those of the connection it is to
 // serve.
 //
-// Thread safety: none of its own. A handle is used by the thread that took it from the pool, and by
+// Thread safety: none. A handle is used by the thread that took it from the pool, and by
 //   the pool under its mutex.
 #ifndef KECPP_HTTP_HTTPHANDLE_H
 #define KECPP_HTTP_HTTPHANDLE_H
@@ -30,7 +30,7 @@ class KECPP_API HttpHandle {
   HttpHandle& operator=(const HttpHandle&) = delete;
   ~HttpHandle();  // calls Release()
 
-  // Creates the handle on `share`, a share handle of the transfer library that outlives it. Throws
+  // Creates the handle on `share`, a share handle of libcurl that outlives it. Throws
   // HttpException; the object is empty then.
   void Init(void* share);
 
@@ -38,17 +38,17 @@ class KECPP_API HttpHandle {
   void Release();
 
   // Makes it a list of its own of `lines`, which may be null, for as long as the handle uses it.
-  // Lines without a value take the form that the transfer library sends. Throws HttpException.
+  // Lines without a value take the form that libcurl sends. Throws HttpException.
   void SetHeaders(curl_slist* lines);
 
   // Sets the time that a transfer may take, in seconds (see ClampTimeout). False when refused.
   bool SetTimeout(long long seconds);
 
-  void* handle = nullptr;         // of the transfer library; null when released
+  void* handle = nullptr;         // of libcurl; null when released
   bool prepared = false;          // the connection's options are applied
   curl_slist* headers = nullptr;  // owned; in use by the handle
   long timeout = 0;               // seconds, as last set
-  char errorText[256] = "";       // written by the transfer library during a transfer
+  char errorText[256] = "";       // written by libcurl during a transfer
 
   std::unique_ptr<SocketRegistry> sockets;  // null before Init()
 };
@@ -80,7 +80,7 @@ class KECPP_API HttpHandleRef {
   void GiveBack();
 };
 
-// What the transfer library accepts as a time-out in seconds: 0 (no limit) to 2147483.
+// What libcurl accepts as a time-out in seconds: 0 (no limit) to 2147483.
 KECPP_API long ClampTimeout(long long seconds);
 
 // Applies the options of a connection for posting; once in a handle's life. Throws HttpException

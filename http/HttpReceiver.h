@@ -7,7 +7,7 @@
 // here, since the response's own layout is what programs were compiled with; from one receiver to
 // the next they survive in a note behind the room.
 //
-// Thread safety: none of its own. The response outlives it.
+// Thread safety: none. The response outlives it.
 #ifndef KECPP_HTTP_HTTPRECEIVER_H
 #define KECPP_HTTP_HTTPRECEIVER_H
 
@@ -19,7 +19,7 @@ namespace Http {
 
 class HttpReceiver {
  public:
-  // Unless told otherwise, a content may have 1 GiB, or 512 MB on 32-bit builds.
+  // By default a content may have 1 GiB, or 512 MB on 32-bit builds.
   static constexpr unsigned int DEFAULT_LIMIT = sizeof(void*) > 4 ? 1024U << 20 : 512U << 20;
 
   // Appends to what the response holds already. `limit`: the largest content, in bytes, below 2^31.

@@ -2,7 +2,7 @@
 //
 // A body to post, with a time-out of its own if wanted.
 //
-// Thread safety: none of its own.
+// Thread safety: none.
 #ifndef KECPP_HTTP_HTTPREQUEST_H
 #define KECPP_HTTP_HTTPREQUEST_H
 

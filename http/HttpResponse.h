@@ -2,7 +2,7 @@
 //
 // The body that arrived, or the reason why none did.
 //
-// Thread safety: none of its own.
+// Thread safety: none.
 #ifndef KECPP_HTTP_HTTPRESPONSE_H
 #define KECPP_HTTP_HTTPRESPONSE_H
 
@@ -21,7 +21,7 @@ class KECPP_API HttpResponse {
   // The body. The caller may take it over with KEString::Transfer; the response is empty then.
   KEString& GetContent() { return content; }
 
-  // The transfer library's result code, 0 when the transfer succeeded, and its error text.
+  // libcurl's result code, 0 when the transfer succeeded, and its error text.
   int GetErrorCode() const { return errorCode; }
   KEString& GetErrorString() { return errorString; }
   bool IsRequestError() const { return errorCode > 0; }

@@ -44,7 +44,7 @@ bool HttpServiceImpl::CreateAtLoad() {
 void HttpServiceImpl::Init() {
   KEMutexGuard guard(mutex.get());
   if (initialized) return;
-  // The transfer library's failures are positive numbers and show when the first handle is made.
+  // libcurl's failures are positive numbers and show when the first handle is made.
   if (static_cast<int>(curl_global_init(CURL_GLOBAL_ALL)) < 0) {
     throw HttpException("Error Initializing HttpService");
   }

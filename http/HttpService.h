@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The transfer library's process-wide state, and the maker of clients.
+// libcurl's process-wide state, and the maker of clients.
 //
 // Thread safety: all operations from any thread. Release it only when no client is left.
 #ifndef KECPP_HTTP_HTTPSERVICE_H
@@ -36,7 +36,7 @@ class KECPP_API HttpServiceImpl : public HttpService {
 
   HttpClient* CreateHttpClient(ConnectionInfo* info) override;
 
-  // Initialises the transfer library, once. Throws HttpException.
+  // Initialises libcurl, once. Throws HttpException.
   void Init();
 
   // Undoes it.

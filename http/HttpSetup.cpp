@@ -29,7 +29,7 @@ long NumberOf(const KEString& port) {
   return StringUtil::IsNumber(port) ? std::strtol(port.Cstr(), nullptr, 10) : 0;
 }
 
-// The empty names say "no proxy" and "no exceptions": without them the transfer library would obey
+// The empty names say "no proxy" and "no exceptions": without them libcurl would obey
 // the environment of the process.
 void SetProxy(ConnectionInfo& info, void* easy) {
   SetEasyOption(easy, CURLOPT_NOPROXY, "", {ERR_HTTP_CONNECT, "0021"});

@@ -32,7 +32,7 @@ HttpTransfer::~HttpTransfer() {
   curl_easy_setopt(handle.handle, CURLOPT_ERRORBUFFER, nothing);
   curl_easy_setopt(handle.handle, CURLOPT_WRITEDATA, nothing);
   curl_easy_setopt(handle.handle, CURLOPT_POSTFIELDS, nothing);
-  // A handle that cannot be put right is prepared anew for its next user.
+  // A handle that cannot be put right is prepared again for its next user.
   if (limited && !handle.SetTimeout(handle.timeout)) handle.prepared = false;
   if (!answerDue) return;
   curl_easy_setopt(handle.handle, CURLOPT_NOPROGRESS, 1L);

@@ -33,7 +33,7 @@ class HttpTransfer {
   // whatever its result. After a time-out the handle keeps the request's own time-out.
   void Run(HttpRequest& request, HttpResponse& response);
 
-  // The transfer library's write callback: no exception may cross it. A number other than that of
+  // libcurl's write callback: no exception may cross it. A number other than that of
   // the bytes makes the transfer fail; the transfer, which is the callback's object, then knows
   // why.
   static std::size_t StoreChunk(char* data, std::size_t size, std::size_t count,

@@ -3,7 +3,7 @@
 // The files of a client certificate. Nothing is checked here: a certificate type other than "PEM"
 // is refused when the first secure connection is prepared.
 //
-// Thread safety: none of its own.
+// Thread safety: none.
 #ifndef KECPP_HTTP_SSLINFO_H
 #define KECPP_HTTP_SSLINFO_H
 

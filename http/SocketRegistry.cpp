@@ -23,8 +23,9 @@ int CloseSocket(void* registry, curl_socket_t socket) {
 
 }  // namespace
 
-// In this order a refusal does no harm: no function without its data, and no socket that is opened
-// here and closed elsewhere, whose number would belong to somebody else the next time.
+// The order makes it harmless when libcurl refuses one of these options. A function never lacks its
+// data. And a socket that is registered when it is opened is also taken out when it is closed, for
+// its number may belong to another file afterwards.
 void SocketRegistry::Serve(void* easy) {
   void* const self = this;
   if (curl_easy_setopt(easy, CURLOPT_CLOSESOCKETDATA, self) == CURLE_OK &&
@@ -56,7 +57,7 @@ int SocketRegistry::Open(int family, int type, int protocol) {
   try {
     sockets.reserve(sockets.size() + 1);
   } catch (...) {
-    return -1;  // an exception must not cross the transfer library
+    return -1;  // an exception must not cross libcurl
   }
   // A process that the agent starts must not inherit the connection.
   const int socket = ::socket(family, type | SOCK_CLOEXEC, protocol);

@@ -2,7 +2,7 @@
 //
 // Turns pieces of the server's XML into stub data and keeps hosts and machines linked.
 //
-// Thread safety: none of its own. The two link functions read the caches and change stubs: the
+// Thread safety: none. The two link functions read the caches and change stubs: the
 //   caller holds the mutexes of the machines' and of the hosts' data cache.
 #ifndef KECPP_INSTANCE_CACHECONVERSION_H
 #define KECPP_INSTANCE_CACHECONVERSION_H

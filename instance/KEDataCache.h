@@ -2,13 +2,13 @@
 //
 // A data cache owns every stub of one object type, filed under a text.
 //
-// Thread safety: none of its own, except RemoveVal. Hold GetMutex() while calling anything else and
+// Thread safety: none, except RemoveVal. Hold GetMutex() while calling anything else and
 //   for as long as a stub or an iterator obtained here is in use. Several caches are locked in this
 //   order: Zorbel_Role, Zorbel_Privilege, Zorbel_Identity, ZORBEL_VMComputerSystem,
 //   ZORBEL_ORXComputerSystem, any other by name, TaskInfo. While a cache's mutex is held, call no
 //   operation of a data sync, a session or a service instance: they take theirs first.
-// Ownership: the cache deletes its stubs. Deleting a linked stub writes into its partners, so
-//   whoever removes machines or hosts holds the mutexes of both caches, and for roles, privileges
+// Ownership: the cache deletes its stubs. Deleting a linked stub writes into its partners: a
+//   caller that removes machines or hosts holds the mutexes of both caches; for roles, privileges
 //   or identities those of all three.
 #ifndef KECPP_INSTANCE_KEDATACACHE_H
 #define KECPP_INSTANCE_KEDATACACHE_H

@@ -2,7 +2,7 @@
 //
 // A position in a data cache. Removing a stub, emptying the cache and growing it end the iterator.
 //
-// Thread safety: none of its own; hold the cache's mutex from before it is made until after it is
+// Thread safety: none; hold the cache's mutex from before it is made until after it is
 //   destroyed, since every iterator registers with its cache.
 #ifndef KECPP_INSTANCE_KEDATAITERATOR_H
 #define KECPP_INSTANCE_KEDATAITERATOR_H

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Who may do what on the simulated host, and the XML in which the authorization manager tells it.
-// Texts are XML texts. Plain data: whoever holds the inventory's mutex may use it.
+// Texts are XML texts. Plain data, guarded by the inventory's mutex.
 #ifndef KECPP_SIMULATOR_AUTHORIZATION_H
 #define KECPP_SIMULATOR_AUTHORIZATION_H
 

@@ -24,7 +24,7 @@ void Churn::SetRate(double perSecond) {
   woken.notify_all();
 }
 
-// Changes are made under the mutex: whoever has set the rate to 0 sees a quiet inventory.
+// Changes are made under the mutex: a caller that has set the rate to 0 sees a quiet inventory.
 void Churn::Run() {
   using Clock = std::chrono::steady_clock;
   std::unique_lock<std::mutex> lock(mutex);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // A managed object of the simulated host and its properties. Values are XML texts, as they go over
-// the wire. Plain data: whoever holds the inventory's mutex may use it.
+// the wire. Plain data, guarded by the inventory's mutex.
 #ifndef KECPP_SIMULATOR_OBJECT_H
 #define KECPP_SIMULATOR_OBJECT_H
 

@@ -39,7 +39,7 @@ Sessions::Sessions(const Account& given) : account(given) {}
 std::string Sessions::IssueTicket(const std::string& user) {
   if (user != account.user) throw Fault{"InvalidLoginFault", "There is no user " + user};
   if (account.ticketFolder.empty()) Refuse("This daemon hands no local tickets out.");
-  const std::string password = Random() + "<&>";  // whoever sends it as XML has to escape it
+  const std::string password = Random() + "<&>";  // a client that sends it as XML has to escape it
   const std::lock_guard<std::mutex> lock(mutex);
   const std::string path = account.ticketFolder + "/ticket-" + std::to_string(getpid()) + "-" +
                            std::to_string(nextTicket++);

@@ -2,7 +2,7 @@
 //
 // A SOAP call failed: in the transport, by a reply that is none, or by a fault of the server.
 //
-// Thread safety: none of its own; an exception belongs to the thread that handles it.
+// Thread safety: none; an exception belongs to the thread that handles it.
 // Ownership: an exception owns its fault information; a copy has a copy of it.
 #ifndef KECPP_SOAP_SOAPEXCEPTION_H
 #define KECPP_SOAP_SOAPEXCEPTION_H

@@ -2,7 +2,7 @@
 //
 // What a server said in a SOAP fault: code, text and the element that names the kind of fault.
 //
-// Thread safety: none of its own.
+// Thread safety: none.
 // Ownership: every text is an array of the record's own, NUL-terminated and never null; copies are
 //   independent of their source.
 #ifndef KECPP_SOAP_SOAPFAULTINFO_H

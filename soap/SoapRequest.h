@@ -2,7 +2,7 @@
 //
 // One SOAP call: the method element and the names it was made of.
 //
-// Thread safety: none of its own.
+// Thread safety: none.
 // Ownership: namespace and method name are borrowed and outlive the request; the content is owned.
 #ifndef KECPP_SOAP_SOAPREQUEST_H
 #define KECPP_SOAP_SOAPREQUEST_H

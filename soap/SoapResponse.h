@@ -2,7 +2,7 @@
 //
 // The first element of a reply's body: namespace, name and inner XML.
 //
-// Thread safety: none of its own. Ownership: the three texts are owned.
+// Thread safety: none. Ownership: the three texts are owned.
 #ifndef KECPP_SOAP_SOAPRESPONSE_H
 #define KECPP_SOAP_SOAPRESPONSE_H
 

@@ -7,7 +7,7 @@
 // it (xml/XmlEscape.h). Nothing is thrown but std::bad_alloc; a wrong order of calls writes wrong
 // XML.
 //
-// Thread safety: none of its own.
+// Thread safety: none.
 #ifndef KECPP_XML_KEXMLBUFFER_H
 #define KECPP_XML_KEXMLBUFFER_H
 
@@ -24,7 +24,7 @@ class KECPP_API KEXmlBuffer : public KEStringBuffer {
   // Takes the text over (the argument is left empty) and writes on behind it.
   explicit KEXmlBuffer(KEStringBuffer& text);
 
-  // Nothing is written then, and the document starts anew.
+  // Nothing is written then, and the document starts again.
   void Clear();
   void Reset();  // as Clear, with room for 128 characters
   unsigned int GetBufferLength() const { return Length(); }

@@ -116,13 +116,12 @@ class KECPP_API KEXmlCursor {
   // True when the element whose start tag the cursor stands in has child elements. Does not move.
   bool HasChildElements() const;
 
-  // --- short cuts for what stands in its plainest form, as servers write nearly everything
-  // ---------
+  // --- short cuts for the plainest form of markup, in which servers write nearly everything ------
   //
-  // They give what the general operations above would give. Where another form stands they return
-  // false, and nothing has moved: take the general operations then.
+  // They give what the general operations above would give. For any other form they return false
+  // and move nothing: the caller takes the general operations then.
 
-  // Passes the tag `markup`, which stands at the cursor or behind blanks, such as "<op>".
+  // Passes the tag `markup`, such as "<op>", at the cursor or behind blanks.
   template <std::size_t N>
   bool PassTag(const char (&markup)[N]) {
     const char* const from = SkipBlanks(at);

@@ -7,7 +7,7 @@
 // Names are compared by their own characters only: a longer element name that begins with the name
 // asked for matches as well. Attribute names are recognised by IsAlphaNum (xml/XmlTokenState.h).
 //
-// Thread safety: none of its own.
+// Thread safety: none.
 // Ownership: the reader owns its text.
 // Errors: a movement throws XmlException where the input is empty or exhausted and for a tag, an
 //   attribute or a section without its end. Questions and failed searches return false.

@@ -27,7 +27,7 @@ class KECPP_API KEServiceInstManager {
   // empty or unreadable. The path is not changed. Blocks while it connects and logs in.
   //
   // A second call with the same readable path or the same text returns the same instance. A call
-  // that falls back to the default document always connects anew and frees the instance that an
+  // that falls back to the default document always connects again and frees the instance that an
   // earlier such call made: pass a readable path to share one.
   //
   // Null when the configuration is empty or the service content cannot be read. The instance may

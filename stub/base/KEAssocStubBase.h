@@ -2,7 +2,7 @@
 //
 // A link between two stubs: the root of the association classes.
 //
-// Ownership: listed in the list of each end; never owns its ends. Whoever deletes a link takes it
+// Ownership: listed in the list of each end; never owns its ends. Code that deletes a link takes it
 //   out of both lists first; the stubs' destructors do.
 #ifndef KECPP_STUB_BASE_KEASSOCSTUBBASE_H
 #define KECPP_STUB_BASE_KEASSOCSTUBBASE_H

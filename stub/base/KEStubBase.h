@@ -2,7 +2,7 @@
 //
 // The root of everything that the caches hold: an in-memory record of one object of the server.
 //
-// Thread safety: none of its own. A stub that a cache owns is read and written under the mutex of
+// Thread safety: none. A stub that a cache owns is read and written under the mutex of
 //   that cache, and its pointer is of no use once the mutex is let go.
 // Ownership: one container owns a stub: a data cache, or, for a link, the lists of its two ends.
 #ifndef KECPP_STUB_BASE_KESTUBBASE_H

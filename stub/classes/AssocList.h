@@ -8,7 +8,7 @@
 //   `memberIndex`). Elements only ever move towards the front, so the search starts at that place
 //   and goes down; when it had to go far, all links of the list get their places again. Filling a
 //   list, dropping its links in any order and moving them to another list are therefore linear.
-// Thread safety: none of its own; the caller holds the mutexes of both ends' caches.
+// Thread safety: none; the caller holds the mutexes of both ends' caches.
 #ifndef KECPP_STUB_CLASSES_ASSOCLIST_H
 #define KECPP_STUB_CLASSES_ASSOCLIST_H
 

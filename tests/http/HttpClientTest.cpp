@@ -50,7 +50,7 @@ TEST_F(HttpClientTest, CookiesAreCommonToAllHandlesOfTheClient) {
   EXPECT_EQ("session=abc", requests[2].Header("Cookie"));
 }
 
-// Without locks around the cookie store the transfer library damages the heap within seconds.
+// Without locks around the cookie store libcurl damages the heap within seconds.
 TEST_F(HttpClientTest, ManyThreadsMayReceiveCookies) {
   server.SetHandler([](const RawServer::Request& request) {
     std::string cookies;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Every option that the transfer library may refuse, and how that is reported.
+// Every option that libcurl may refuse, and how that is reported.
 #include <curl/curl.h>
 #include <dlfcn.h>
 

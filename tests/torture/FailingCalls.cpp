@@ -32,7 +32,7 @@ std::optional<Refusal> firstRefusal;  // guarded by it
 
 thread_local bool inLibrary = false;
 thread_local int lastOption = 0;
-thread_local bool inTransfer = false;  // the transfer library makes handles of its own there
+thread_local bool inTransfer = false;  // libcurl makes handles of its own there
 
 // True after having recorded it.
 bool Refuse(const Refusal& refusal) {
@@ -82,7 +82,7 @@ const char* KindOf(FILE* stream) {
   return readlink(link, path, sizeof path - 1) > 0 ? KindOf(path) : "";
 }
 
-// The text of the transfer library's trace is no part of the result.
+// The text of libcurl's trace is no part of the result.
 FILE* Nowhere() {
   static FILE* const nowhere = std::fopen("/dev/null", "w");
   return nowhere;

@@ -25,7 +25,7 @@ struct AgentOptions {
 };
 
 // Reads the command line. Gives the exit status when there is nothing more to do: 0 after --help
-// and --version, which print on standard output, 2 for a mistake, told on standard error.
+// and --version, which print on standard output, 2 for a mistake, reported on standard error.
 std::optional<int> ParseAgentOptions(int argc, const char* const* argv, AgentOptions& options);
 
 }  // namespace cimxml

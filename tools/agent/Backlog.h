@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Bounds the memory of answers that are made or not taken yet: whoever asks for everything and
-// takes nothing keeps an answer of megabytes for minutes.
+// Bounds the memory of answers that are made or not taken yet: a client that asks for everything
+// and takes nothing keeps an answer of megabytes for minutes.
 //
 // Thread safety: any thread.
 #ifndef KECPP_TOOLS_AGENT_BACKLOG_H

@@ -2,7 +2,7 @@
 //
 // The door between the one thread that connects to the daemon and the many that read its caches.
 // Caches go when a connection is given up, so a reader is let in only while they are there, and
-// whoever closes the door waits for the reader that is inside.
+// the thread that closes the door waits for the reader that is inside.
 //
 // Readers come in one at a time. They would wait for one another's locks anyway; like this the sync
 // thread, which wants the same locks, never competes with more than one of them.

@@ -20,7 +20,7 @@ namespace cimxml {
 
 class Follower {
  public:
-  // The arguments outlive the object. Failures are told on standard error, each once.
+  // The arguments outlive the object. Failures are reported on standard error, each once.
   Follower(KE::Service::KEServiceInstManager& manager, tools::ConnectionNeeds needs,
            const tools::EndOfRun& end, CacheGate& gate, DaemonState& state);
 

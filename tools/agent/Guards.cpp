@@ -23,9 +23,9 @@ constexpr int TOO_LARGE = 413;
 constexpr int UNSUPPORTED_MEDIA = 415;
 constexpr int NOT_IMPLEMENTED = 501;
 
-// The host goes into the paths of the answer. Only clients of the old version may leave it out, and
-// browsers never do: where everybody may ask, a page whose name was made to lead here sends that
-// name.
+// The host goes into the paths of the answer. Only clients of HTTP/1.0 may leave it out. A browser
+// always sends the host of the page's address: that gives away a page of another host whose name
+// was made to resolve to this machine.
 int CheckHost(const httplib::Request& request, const Access& access) {
   const std::size_t hosts = request.get_header_value_count("Host");
   if (hosts == 0 && request.version == "HTTP/1.0") return GOOD;
@@ -45,14 +45,14 @@ int CheckLength(const httplib::Request& request, std::size_t limit) {
   return length > limit ? TOO_LARGE : GOOD;
 }
 
-// A name with a blank in it is another name, or a part of the line before, to who stands between.
+// A proxy may take a name with a blank in it for another name, or for a part of the line before.
 bool HasBlankName(const httplib::Request& request) {
   return std::any_of(request.headers.begin(), request.headers.end(), [](const auto& header) {
     return header.first.find_first_of(" \t") != std::string::npos;
   });
 }
 
-// Whoever stands between may see another end of the body where there are several lengths, or a
+// A proxy may see another end of the body where there are several lengths, or a
 // coding that is not undone here.
 int CheckFraming(const httplib::Request& request) {
   const std::size_t codings = request.get_header_value_count("Transfer-Encoding");

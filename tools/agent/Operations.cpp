@@ -69,7 +69,7 @@ bool Takes(const OperationRow& row, const std::string& parameter) {
   return false;
 }
 
-// Whoever has misspelt a filter would take an answer without it for the filtered one.
+// A client that has misspelt a filter would take an answer without it for the filtered one.
 void CheckParameters(const OperationRow& row, const Request& request) {
   for (const Parameter& parameter : request.parameters) {
     const bool isFirst = request.Find(parameter.name) == &parameter;

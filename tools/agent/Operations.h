@@ -32,9 +32,9 @@ class Operations {
   void Await(const Request& request) const;
 
   // The whole reply message; an operation that fails is answered with its CIM status. `host` is the
-  // name that absolute object paths have. Throws NotReady, also when the clients have not taken so
-  // many bytes of former replies for so long that there is no room. The reply is made when there is
-  // room for all of it. Memory and time are linear in the instances that are answered.
+  // name that absolute object paths have. The reply is made when there is room for all of it.
+  // Throws NotReady while there is no inventory, and when clients that do not take their replies
+  // have left no room for too long. Memory and time are linear in the number of instances.
   Reply Answer(const Request& request, const std::string& host) const;
 
  private:

@@ -2,7 +2,7 @@
 //
 // A CIM-XML request as plain values.
 //
-// Thread safety: none of its own. Nothing here refers to the text that it was read from.
+// Thread safety: none. Nothing here refers to the text that it was read from.
 #ifndef KECPP_TOOLS_AGENT_REQUEST_H
 #define KECPP_TOOLS_AGENT_REQUEST_H
 

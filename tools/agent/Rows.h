@@ -3,7 +3,7 @@
 // Copies of values, in rows of equal width and packed into one buffer, so that taking ten thousand
 // machines out of a cache under its mutex costs a few large allocations and no more.
 //
-// Thread safety: none of its own.
+// Thread safety: none.
 #ifndef KECPP_TOOLS_AGENT_ROWS_H
 #define KECPP_TOOLS_AGENT_ROWS_H
 

@@ -4,7 +4,7 @@
 // and text is raw UTF-8 with named entities: there are clients that read neither "<VALUE/>" nor
 // numeric references.
 //
-// Thread safety: none of its own.
+// Thread safety: none.
 #ifndef KECPP_TOOLS_AGENT_XMLWRITER_H
 #define KECPP_TOOLS_AGENT_XMLWRITER_H
 

@@ -30,7 +30,7 @@ class ConnectionError : public std::runtime_error {
 // What a tool asks of its connection.
 struct ConnectionNeeds {
   // Roles, privileges and identities: not watched; watched unless the daemon keeps them from this
-  // account, which is told on standard error; or their absence is an error.
+  // account, which is reported on standard error; or their absence is an error.
   enum class Authorization { none, whereAllowed, required };
 
   const char* program;  // as messages name it, a constant

@@ -19,11 +19,11 @@ TerminalSize SizeOfTerminal(int descriptor);
 bool TakesCommands(int descriptor);
 
 // To be called first: what is opened afterwards must not become standard output by taking its
-// number. False, told on standard error, when standard output is closed.
+// number. False, reported on standard error, when standard output is closed.
 bool HasStandardStreams(const char* program);
 
 // The exit status of a program that has printed all it has to say and would end with `status`. When
-// that is success and standard output did not take everything: failure, told on standard error.
+// that is success and standard output did not take everything: failure, reported on standard error.
 int FinishOutput(const char* program, int status);
 
 }  // namespace tools

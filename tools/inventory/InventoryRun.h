@@ -26,7 +26,7 @@ class InventoryRun {
   void ShowOnce();
 
   // Goes on after ShowOnce: shows every change until the end of the run. A lost session or daemon
-  // is told on standard error and a new connection is made, again and again if need be.
+  // is reported on standard error and a new connection is made, again and again if need be.
   void Follow();
 
  private:

@@ -37,7 +37,7 @@ struct Options {
 ConnectionNeeds NeedsOf(const Options& options);
 
 // Reads the command line. Gives the exit status when there is nothing more to do: 0 after --help
-// and --version, which print on standard output, 2 for a mistake, told on standard error.
+// and --version, which print on standard output, 2 for a mistake, reported on standard error.
 std::optional<int> ParseOptions(int argc, const char* const* argv, Options& options);
 
 // "METHOD:TYPE:VALUE"; the value may hold colons. Nothing when a part is missing.
