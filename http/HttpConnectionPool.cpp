@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "foundation/KEMutexGuard.h"
+#include "http/CookieStore.h"
 #include "http/HttpConstants.h"
 #include "http/HttpException.h"
 #include "http/HttpReceiver.h"
@@ -35,7 +36,8 @@ void UnlockShare(CURL*, curl_lock_data, void* mutex) {
 bool PrepareShare(void* share, std::mutex* mutex) {
   return curl_share_setopt(share, CURLSHOPT_LOCKFUNC, &LockShare) == CURLSHE_OK &&
          curl_share_setopt(share, CURLSHOPT_UNLOCKFUNC, &UnlockShare) == CURLSHE_OK &&
-         curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE) == CURLSHE_OK &&
+         (CookieStore::IsNeeded() ||
+          curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE) == CURLSHE_OK) &&
          curl_share_setopt(share, CURLSHOPT_USERDATA, static_cast<void*>(mutex)) == CURLSHE_OK;
 }
 
@@ -60,6 +62,7 @@ void HttpConnectionPool::Init() {
 }
 
 void HttpConnectionPool::CreateShareNoLock() {
+  if (CookieStore::IsNeeded()) cookies = std::make_unique<CookieStore>();
   void* created = curl_share_init();
   if (created == nullptr) ThrowHttpException(ERR_HTTP_SETUP, "0000");
   if (!PrepareShare(created, &shareMutex)) {
@@ -81,6 +84,7 @@ void HttpConnectionPool::ReleaseNoLock() {
   size = 0;
   if (share != nullptr) curl_share_cleanup(share);
   share = nullptr;
+  cookies.reset();
 }
 
 // --- size ----------------------------------------------------------------------------------------

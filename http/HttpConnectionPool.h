@@ -28,6 +28,7 @@ namespace KELib {
 namespace Http {
 
 class ConnectionInfo;
+class CookieStore;
 
 class KECPP_API HttpConnectionPool {
  public:
@@ -71,6 +72,9 @@ class KECPP_API HttpConnectionPool {
   void SetReplyLimit(unsigned int bytes) { replyLimit = bytes; }
   unsigned int GetReplyLimit() const { return replyLimit; }
 
+  // What carries cookies between the handles; null where they share libcurl's own store.
+  CookieStore* Cookies() { return cookies.get(); }
+
  private:
   using Slots = std::unique_ptr<std::unique_ptr<HttpHandle>[]>;
 
@@ -99,6 +103,7 @@ class KECPP_API HttpConnectionPool {
   KEQuietCondition handleFreed;
   std::mutex shareMutex;  // held by libcurl around its use of the cookie store
   std::atomic<unsigned int> replyLimit;
+  std::unique_ptr<CookieStore> cookies;  // constant between Init and Release
 };
 
 }  // namespace Http

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "http/CookieStore.h"
 #include "http/EasyOption.h"
 #include "http/HeaderLines.h"
 #include "http/HttpConnectionPool.h"
@@ -50,6 +51,7 @@ void HttpHandle::Release() {
   handle = nullptr;
   prepared = false;
   headers = nullptr;
+  cookies.reset();
 }
 
 void HttpHandle::SetHeaders(curl_slist* lines) {

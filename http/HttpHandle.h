@@ -22,6 +22,7 @@ class ConnectionInfo;
 class HttpConnectionPool;
 class SSLInfo;
 class SocketRegistry;
+struct HandleCookies;
 
 class KECPP_API HttpHandle {
  public:
@@ -51,6 +52,7 @@ class KECPP_API HttpHandle {
   char errorText[256] = "";       // written by libcurl during a transfer
 
   std::unique_ptr<SocketRegistry> sockets;  // null before Init()
+  std::unique_ptr<HandleCookies> cookies;   // null before the first transfer with a CookieStore
 };
 
 // A thread's hold on a pool's handle, given back when the reference dies. Copies refer to the same

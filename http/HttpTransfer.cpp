@@ -6,6 +6,7 @@
 #include "foundation/KEException.h"
 #include "http/CallLimits.h"
 #include "http/CallTrace.h"
+#include "http/CookieStore.h"
 #include "http/EasyOption.h"
 #include "http/HttpConstants.h"
 #include "http/HttpException.h"
@@ -119,12 +120,18 @@ void HttpTransfer::PointAt(HttpRequest& request, HttpResponse& response) {
 // A cut connection can look like the regular end of a reply, so the result alone does not tell.
 int HttpTransfer::Perform() {
   const CallLimits* scope = CallLimits::Current();
+  CookieStore* const cookies = pool.Cookies();
+  if (cookies != nullptr) {
+    if (handle.cookies == nullptr) handle.cookies = std::make_unique<HandleCookies>();
+    cookies->Load(handle.handle, *handle.cookies);
+  }
   CURLcode result = CURLE_OK;
   {
     const Interrupter::Registration registration(
         scope != nullptr ? scope->GetInterrupter() : nullptr, *handle.sockets);
     result = curl_easy_perform(handle.handle);
   }
+  if (cookies != nullptr) cookies->Save(handle.handle, *handle.cookies);
   interrupted = handle.sockets->IsCut();
   return interrupted && result == CURLE_OK ? CURLE_ABORTED_BY_CALLBACK : result;
 }
