@@ -29,10 +29,10 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdlib>
+#include <cstring>
 #include <deque>
 #include <functional>
 #include <mutex>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -98,9 +98,12 @@ class RawServer {
 
     // The value of the first header of that name, letter case ignored; empty without one.
     std::string Header(const std::string& name) const {
-      std::smatch found;
-      const std::regex line("\r\n" + name + ": *([^\r]*)", std::regex::icase);
-      return std::regex_search(head, found, line) ? found[1].str() : "";
+      const std::string start = "\r\n" + name + ":";
+      const char* value = strcasestr(head.c_str(), start.c_str());
+      if (value == nullptr) return "";
+      value += start.size();
+      value += std::strspn(value, " ");
+      return std::string(value, std::strcspn(value, "\r"));
     }
   };
 
