@@ -41,7 +41,10 @@ bool Connection::WaitForRequest() {
   if (tls != nullptr && !shaken) return false;
   head.clear();
   headIsWhole = false;
-  return position < buffer.size() || Fill();
+  if (position >= buffer.size() && !Fill()) return false;
+  // A client that begins TLS here would wait, as the HTTP library might, for the end of a line.
+  constexpr char kHandshake = 0x16;
+  return tls != nullptr || buffer[position] != kHandshake;
 }
 
 bool Connection::Fill() {
