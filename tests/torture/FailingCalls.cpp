@@ -32,7 +32,7 @@ std::optional<Refusal> firstRefusal;  // guarded by it
 
 thread_local bool inLibrary = false;
 thread_local int lastOption = 0;
-thread_local bool inTransfer = false;  // libcurl makes handles of its own there
+thread_local bool insideLibcurl = false;  // it makes handles of its own there
 
 // True after having recorded it.
 bool Refuse(const Refusal& refusal) {
@@ -148,7 +148,7 @@ REPLACED_SYMBOL(CURLcode, SetOption, "curl_easy_setopt", (CURL * easy, int optio
   va_start(arguments, option);
   void* const value = va_arg(arguments, void*);  // as wide as a long; no wider option is in use
   va_end(arguments);
-  if (inTransfer) return original(easy, static_cast<CURLoption>(option), value);
+  if (insideLibcurl) return original(easy, static_cast<CURLoption>(option), value);
   const int previous = std::exchange(lastOption, option);
   if (Refuse({Call::setOption, "", option, previous, reinterpret_cast<long>(value)})) {
     return CURLE_OUT_OF_MEMORY;
@@ -159,7 +159,7 @@ REPLACED_SYMBOL(CURLcode, SetOption, "curl_easy_setopt", (CURL * easy, int optio
 
 REPLACED_SYMBOL(CURL*, EasyInit, "curl_easy_init", ()) {
   static const auto original = Original<CURL*()>("curl_easy_init");
-  if (inTransfer) return original();
+  if (insideLibcurl) return original();
   if (Refuse({Call::easyInit})) return nullptr;
   CURL* const easy = original();
   handles += easy != nullptr ? 1 : 0;
@@ -172,15 +172,17 @@ REPLACED_SYMBOL(void, EasyCleanup, "curl_easy_cleanup", (CURL * easy)) {
 }
 
 REPLACED_SYMBOL(CURLcode, Perform, "curl_easy_perform", (CURL * easy)) {
-  inTransfer = true;
+  insideLibcurl = true;
   const CURLcode result = Original<CURLcode(CURL*)>("curl_easy_perform")(easy);
-  inTransfer = false;
+  insideLibcurl = false;
   return result;
 }
 
 REPLACED_SYMBOL(CURLSH*, ShareInit, "curl_share_init", ()) {
   if (Refuse({Call::share, "a new one"})) return nullptr;
+  insideLibcurl = true;
   CURLSH* const share = Original<CURLSH*()>("curl_share_init")();
+  insideLibcurl = false;
   shares += share != nullptr ? 1 : 0;
   return share;
 }
