@@ -7,7 +7,7 @@
 // Compiled with -fkeep-inline-functions; the version script drops what is not ours.
 #include "kecpp.h"
 
-// The sizes that programs for 32-bit x86 were compiled with; offsets and virtual slots stand in
+// The sizes that programs for 32-bit x86 were compiled with; offsets and virtual slots are in
 // abi/i386/promised-layout.txt. A class that is missing here is made by the library alone.
 #if defined(__i386__)
 namespace {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Comments of a configuration document. Elements are looked for by name, wherever the name stands:
+// Comments of a configuration document. Elements are looked for by name, wherever the name is:
 // one that is commented out would take effect.
 #ifndef KECPP_CONFIG_CONFIGCOMMENTS_H
 #define KECPP_CONFIG_CONFIGCOMMENTS_H

@@ -10,7 +10,7 @@ namespace KELib {
 
 class KECPP_API KEConfigSourceImpl : public KEConfigSource {
  public:
-  // `defaultContent`, the text that stands in for a file without content, outlives the object.
+  // `defaultContent`, the text used for a file without content, outlives the object.
   explicit KEConfigSourceImpl(const char* defaultContent);
   ~KEConfigSourceImpl() override;
 

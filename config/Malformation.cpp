@@ -19,7 +19,7 @@ using Xml::XmlSlice;
 
 constexpr std::size_t kLongestName = 40;
 
-// What stands inside of these must not be shown, whatever it looks like.
+// The content of these must not be shown, whatever it looks like.
 bool IsSecret(const XmlSlice& name) {
   return name.Is("password") || name.Is("passPhrase");
 }

@@ -9,7 +9,7 @@
 namespace KELib {
 
 // The bytes that may be read and written from `block` on, at least as many as were asked for. 0
-// where nobody knows: in programs with their own operator new, or whose malloc cannot tell. Any
+// where nobody knows: in programs with their own operator new, or whose malloc cannot say. Any
 // thread may ask. O(1).
 std::size_t BlockSize(const char* block);
 

@@ -49,7 +49,7 @@ class KECPP_API Throwable {
   unsigned int ownedLength = 0;  // 0: the message is borrowed
 };
 
-// A failure without a class of its own.
+// Any other failure.
 class KECPP_API Exception : public Throwable {
  public:
   using Throwable::Throwable;
@@ -140,7 +140,7 @@ class KECPP_API NoPermissionException : public Exception {
   ~NoPermissionException() override;
 };
 
-// No login, or it was lost. A kind of missing permission: catch it first to tell them apart.
+// No login, or it was lost. A kind of missing permission: catch it first to distinguish the two.
 class KECPP_API NotAuthenticatedException : public NoPermissionException {
  public:
   using NoPermissionException::NoPermissionException;

@@ -35,7 +35,7 @@ class KECPP_API KEFile {
   // creates the file, or empties it.
   virtual bool Exists() = 0;
 
-  // Appends the file's text to `out`; a NUL ends the 256-byte piece that it stands in. False for an
+  // Appends the file's text to `out`; a NUL ends the 256-byte piece that it is in. False for an
   // object that writes or a file that cannot be opened (`out` stays as it was), after a read error
   // (`out` is empty, or ends with what was read before), and for a file above 64 MiB, which is no
   // small text file: a device, for example, never ends.

@@ -52,7 +52,7 @@ template <typename K, typename V>
 class KECPP_API KEHashmapIterator {
  public:
   KEHashmapIterator() = default;
-  // Stands on the first entry, or at the end of an empty map.
+  // Points to the first entry, or to the end of an empty map.
   explicit KEHashmapIterator(KEHashmap<K, V>& walked);
   KEHashmapIterator(const KEHashmapIterator& other) { CopyFrom(other); }
   KEHashmapIterator& operator=(const KEHashmapIterator& other);
@@ -392,7 +392,7 @@ void KEHashmap<K, V>::Resize(unsigned int wanted) {
   InvalidateIts();
 }
 
-// In a large map every entry is a cache miss, and so is its key, which mostly stands right behind
+// In a large map every entry is a cache miss, and so is its key, which mostly lies right behind
 // it: both are asked for some buckets ahead.
 template <typename K, typename V>
 void KEHashmap<K, V>::Copy(Entry** from, unsigned int fromCount, Entry** to, unsigned int toCount) {

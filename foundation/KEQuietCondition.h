@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A condition variable that writes nothing to the log and tells a time-out from a wake-up.
+// A condition variable that writes nothing to the log and distinguishes a time-out from a wake-up.
 //
 // Thread safety: Signal() and Broadcast() from any thread, best while holding the mutex under which
 //   the awaited state changes. Destroy it only when nobody waits.

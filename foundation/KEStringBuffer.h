@@ -2,7 +2,7 @@
 //
 // A string for building long texts: it knows its length and keeps spare room.
 //
-// It grows by what is needed, at least by 128 characters, and Capacity() tells just that; the block
+// It grows by what is needed, at least by 128 characters, and Capacity() is just that; the block
 // behind it grows geometrically, so that n characters appended one by one cost O(n).
 //
 // Every mutator of KEString is declared again here, and operations that replace a string's text
@@ -13,7 +13,7 @@
 //   - a NUL that was written into the middle of the text through Str();
 //   - a text that came with its block through KEString::Transfer or Attach and happens to have its
 //     old contents' end where this text ended;
-//   - most replaced blocks in programs with their own operator new, where nobody can tell how large
+//   - most replaced blocks in programs with their own operator new, where nobody knows how large
 //     a block is. A text that became empty, or is no longer empty, is noticed there as well.
 //
 // Thread safety: none. Ownership: as KEString. Throws std::bad_alloc beyond 2^31 - 1.

@@ -39,7 +39,7 @@ template <typename T>
 class KECPP_API KEVectorIterator {
  public:
   KEVectorIterator() = default;
-  // Stands on the first element, or at the end of an empty vector. O(log n) amortised in the
+  // Points to the first element, or to the end of an empty vector. O(log n) amortised in the
   // number of iterators.
   explicit KEVectorIterator(KEVector<T>& walked);
   KEVectorIterator(const KEVectorIterator& other) { CopyFrom(other); }
@@ -73,7 +73,7 @@ class KECPP_API KEVectorIterator {
     }
   }
 
-  // Without a vector: tells a dropped iterator from one that was never bound.
+  // Without a vector: distinguishes a dropped iterator from one that was never bound.
   static constexpr unsigned int INVALIDATED = UINT_MAX;
 
   KEVector<T>* vector = nullptr;
@@ -143,7 +143,7 @@ class KECPP_API KEVector {
   KEVectorIterator<T> Begin() { return KEVectorIterator<T>(*this); }
 
   // Binds `iterator`, at the position that it has, to this vector and registers it; an invalidated
-  // one then stands on the first element. One that is registered here already stays as it is; one
+  // one then points to the first element. One that is registered here already stays as it is; one
   // of another vector leaves that. O(log n) amortised in the number of iterators.
   void SaveIt(KEVectorIterator<T>* iterator);
 

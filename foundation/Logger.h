@@ -52,7 +52,7 @@ class KECPP_API Logger {
   // Writes `text` unless `severity` is above the logger's level or outside 0 to 6, or `text` is
   // null or empty. "%%" and "%m" keep their meaning.
   void Write(LogLevel severity, const char* text);
-  // The same with a format whose first "%s" stands for `argument`. Null argument: as above.
+  // The same with a format whose first "%s" is replaced by `argument`. Null argument: as above.
   void Write(LogLevel severity, const char* format, const char* argument);
 
  private:

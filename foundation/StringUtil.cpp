@@ -40,7 +40,7 @@ char* Format(const char* format, Value value, const char* typeName) {
   return CopyOf(scratch, static_cast<std::size_t>(written));
 }
 
-// The range comes first, then what stands behind the number.
+// The range comes first, then what follows the number.
 void CheckParsed(const char* end, bool inRange) {
   end += std::strspn(end, " \t\n\r");
   if (errno == ERANGE || !inRange) throw NumberRangeException(kRange);

@@ -13,8 +13,8 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-// What tells one cookie from another. A line has seven fields behind tabs: domain, whether domains
-// below it count, path, whether it is secure, end of life, name, value.
+// What makes two lines the same cookie. A line has seven fields behind tabs: domain, whether
+// domains below it count, path, whether it is secure, end of life, name, value.
 std::string KeyOf(const std::string& line) {
   std::string key;
   std::size_t begin = 0;

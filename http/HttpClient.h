@@ -39,7 +39,7 @@ class KECPP_API HttpClient {
   virtual HttpSession* GetSession() = 0;
 };
 
-// The one implementation: a client with a session of its own.
+// The one implementation: each client has its own session.
 class KECPP_API HttpClientImpl : public HttpClient {
  public:
   HttpClientImpl();

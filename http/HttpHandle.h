@@ -38,7 +38,7 @@ class KECPP_API HttpHandle {
   // Lets the handle and its connection to the server go. An empty object stays as it is.
   void Release();
 
-  // Makes it a list of its own of `lines`, which may be null, for as long as the handle uses it.
+  // Makes its own list of `lines`, which may be null, for as long as the handle uses it.
   // Lines without a value take the form that libcurl sends. Throws HttpException.
   void SetHeaders(curl_slist* lines);
 

@@ -18,7 +18,7 @@ namespace {
 constexpr unsigned int kSmallestRoom = 4096;
 constexpr unsigned int kLargestAnnouncedRoom = sizeof(void*) > 4 ? 512U << 20 : 256U << 20;
 
-// Stands behind a room and the NUL of a full one: whose content it is, and how long.
+// Written behind a room and the NUL of a full one: whose content it is, and how long.
 struct Note {
   const void* response = nullptr;
   std::uint32_t length = 0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A body to post, with a time-out of its own if wanted.
+// A body to post, with its own time-out if wanted.
 //
 // Thread safety: none.
 #ifndef KECPP_HTTP_HTTPREQUEST_H

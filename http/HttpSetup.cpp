@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The options that a connection's settings stand for.
+// The libcurl options of a connection's settings.
 #include <curl/curl.h>
 
 #include <cstdlib>

@@ -117,7 +117,7 @@ void HttpTransfer::PointAt(HttpRequest& request, HttpResponse& response) {
   SetEasyOption(easy, CURLOPT_URL, info.GetUrl().Cstr(), {ERR_HTTP_POST_REQUEST, "0044"});
 }
 
-// A cut connection can look like the regular end of a reply, so the result alone does not tell.
+// A cut connection can look like the regular end of a reply, so the result alone does not decide.
 int HttpTransfer::Perform() {
   const CallLimits* scope = CallLimits::Current();
   CookieStore* const cookies = pool.Cookies();

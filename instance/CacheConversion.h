@@ -24,7 +24,7 @@ namespace KE::Instance {
 class KETypeCache;
 
 // Reads one reference element into `ref`, which is created (and then the caller's) when it is null.
-// The reader stands in the element's start tag or anywhere before it, and behind its end tag
+// The reader is in the element's start tag or anywhere before it, and behind its end tag
 // afterwards. The type is the first attribute that is not "xsi:type". Throws XmlException.
 KECPP_API void ConvertManagedObjectReference(const char* elementName,
                                              KELib::Xml::KEXmlReader& reader,

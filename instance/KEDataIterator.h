@@ -21,7 +21,7 @@ class KECPP_API KEDataIterator {
   using Entry = KELib::KEEntry<KELib::KEString, KELib::Stub::KEStubBase*>;
 
   KEDataIterator() = default;  // bound to nothing, at its end
-  // Stands where `position` does.
+  // At the entry of `position`.
   explicit KEDataIterator(const Position& position);
   KEDataIterator(const KEDataIterator& other);
 

@@ -23,7 +23,7 @@ class KETypeCache;
 // One held cache. Deleting it through DeleteVal gives the mutex up if the calling thread holds it.
 class KECPP_API KECacheLock {
  public:
-  // Stands for `held`, whose mutex the caller has taken.
+  // Refers to `held`, whose mutex the caller has taken.
   explicit KECacheLock(KECache* held = nullptr) : cache(held) {}
 
   KECache* cache;  // not owned

@@ -2,7 +2,7 @@
 //
 // Sends SOAP calls to one server, and the life of the transport below.
 //
-// Thread safety: Request from any thread; each call takes a connection of its own. The proxy is set
+// Thread safety: Request from any thread; each call takes its own connection. The proxy is set
 //   before the first request.
 #ifndef KECPP_SOAP_SOAPCLIENT_H
 #define KECPP_SOAP_SOAPCLIENT_H

@@ -8,7 +8,7 @@
 
 namespace KELib::Soap {
 
-// What stands before and after the method element of every request. No header element is sent.
+// What comes before and after the method element of every request. No header element is sent.
 extern KECPP_API const char* const SOAP_START;
 extern KECPP_API const char* const SOAP_END;
 

@@ -7,7 +7,7 @@ namespace KELib::Soap {
 
 namespace {
 
-// The text as an array of its own. An empty string hands out a buffer that is shared by all.
+// A copy of the text as an array. An empty string hands out a buffer that is shared by all.
 char* Take(KEString& text) {
   if (text.Empty()) return new char[1]();
   char* taken = nullptr;

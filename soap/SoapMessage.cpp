@@ -42,7 +42,7 @@ bool IsEndTag(const char* at, const char* end, const XmlSlice& name) {
   return behind == '>' || IsBlank(behind);
 }
 
-// The last end tag of `name`, null when there is none. What stands behind a reply's element is
+// The last end tag of `name`, null when there is none. What follows a reply's element is
 // short, while its content may be the whole inventory: so the search runs backwards.
 const char* FindLastEndTag(const char* begin, const char* end, const XmlSlice& name) {
   const char* before = end;
@@ -72,7 +72,7 @@ void AsSoapException(Step step) {
 
 // --- the reply's first element -------------------------------------------------------------------
 
-// Moves into the body, over whatever stands before it.
+// Moves into the body, over whatever comes before it.
 void EnterBody(KEXmlReader& reader, KEXmlCursor& cursor) {
   // A page of a web server is not well-formed, and it is not what the walk should complain about.
   if (std::strstr(reader.Str(), SOAP_BODY_TAG) == nullptr) throw SoapException(ERR_NO_SOAPBODY);
@@ -128,7 +128,7 @@ std::unique_ptr<SoapFaultInfo> NewFaultInfo(SoapResponse& response) {
   return std::make_unique<SoapFaultInfo>(code, text, new SoapFaultDetail(xml));
 }
 
-// The cursor stands in the start tag of the detail.
+// The cursor is in the start tag of the detail.
 void ReadDetail(const XmlSlice& name, KEXmlCursor& cursor, SoapFaultDetail& detail) {
   if (!cursor.Enter()) return;
   const char* begin = cursor.Position();
@@ -205,7 +205,7 @@ void ThrowExceptionOnRequestError(Http::HttpResponse& httpResponse) {
   if (httpResponse.GetContent().Empty()) throw SoapException(ERR_NO_RESPONSE);
 }
 
-// Also where the suffix stands in the middle: names are cut at its first occurrence.
+// Also where the suffix is in the middle: names are cut at its first occurrence.
 void StripSuffix(const char* suffix, KEString& text) {
   const unsigned int at = text.Find(suffix, 0);
   if (at != KEString::NPos) text.Erase(at, text.Length());

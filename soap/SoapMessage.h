@@ -3,7 +3,8 @@
 // The steps between a SOAP call and an HTTP exchange: wrap the request, check the transport's
 // result, cut the reply out of its envelope, recognise a fault.
 //
-// Thread safety: any thread, on arguments of its own. Cost: linear in the message; a reply is cut
+// Thread safety: any thread, if no other uses the arguments. Cost: linear in the message; a reply
+// is cut
 //   out inside its own buffer, never copied.
 #ifndef KECPP_SOAP_SOAPMESSAGE_H
 #define KECPP_SOAP_SOAPMESSAGE_H
@@ -34,7 +35,7 @@ KECPP_API void ExtractMessageContent(KEString& content, SoapResponse& response);
 // Throws SoapException for a failed transfer and for an empty reply.
 KECPP_API void ThrowExceptionOnRequestError(Http::HttpResponse& httpResponse);
 
-// Erases from the first occurrence of `suffix`, wherever it stands, to the end of the text.
+// Erases from the first occurrence of `suffix`, wherever it is, to the end of the text.
 KECPP_API void StripSuffix(const char* suffix, KEString& text);
 KECPP_API void StripResponseSuffix(KEString& text);
 KECPP_API void StripFaultSuffix(KEString& text);

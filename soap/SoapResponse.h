@@ -26,7 +26,7 @@ class KECPP_API SoapResponse {
   KEString& GetContent() { return content; }
 
   KEString ns;       // the value of the reply element's first attribute
-  KEString name;     // its tag without "Response"; a fault's tag as it stands
+  KEString name;     // its tag without "Response"; a fault's tag unchanged
   KEString content;  // its inner XML
 };
 

@@ -44,13 +44,13 @@ void KEXmlCursor::MoveReader() const {
   reader.MoveTo(static_cast<unsigned int>(at - begin), XmlToken::elementEnded);
 }
 
-// The ">" of the start tag behind whose name `from` stands; null where the name goes on, for an
+// The ">" of the start tag behind whose name `from` points; null where the name goes on, for an
 // empty-element tag and for a tag without end.
 //
 // The place of a known tag is chosen for servers that write ` xsi:type="xsd:string"` and
 // ` type="HostSystem" xsi:type=...`: by the first attribute's first letter, the first character of
 // the value of "xsi:type" and the one behind "xsd:". Strings, numbers, lists and references then
-// have places of their own. With another server, one that declares namespaces in each tag say,
+// have separate places. With another server, one that declares namespaces in each tag say,
 // alternating tags may share a place. Each is then scanned and kept again: 180 instructions a tag
 // more than a known one takes, 340 for a tag of 70 characters, and 70 to 110 more than without any
 // memory (callgrind, 64-bit). What is read is the same.
@@ -81,7 +81,7 @@ const char* KEXmlCursor::PlainTagEnd(const char* from) {
   return stop;
 }
 
-// The ">" of the tag that `from` stands in; one inside an attribute's value does not count.
+// The ">" of the tag that `from` points into; one inside an attribute's value does not count.
 const char* KEXmlCursor::FindTagEnd(const char* from) const {
   for (; from < end && *from != '>'; ++from) {
     if (*from != '"' && *from != '\'') continue;

@@ -73,19 +73,19 @@ struct KnownTagRests {
 
 class KECPP_API KEXmlCursor {
  public:
-  // Starts where the reader stands. `known`, which may be null, outlives the cursor.
+  // Starts at the reader's position. `known`, which may be null, outlives the cursor.
   explicit KEXmlCursor(KEXmlReader& reader, KnownTagRests* known = nullptr);
 
-  // Walks on to the next child of the element that the cursor stands in (or to the next element of
+  // Walks on to the next child of the element that the cursor is in (or to the next element of
   // the text, on the top level), past text, comments and sections. True: `name` is the child's and
-  // the cursor stands in its start tag; pass the child with SkipElement, Text or Enter and Leave.
-  // False: the cursor stands on the enclosing element's end tag or at the end of the text.
+  // the cursor is in its start tag; pass the child with SkipElement, Text or Enter and Leave.
+  // False: the cursor is on the enclosing element's end tag or at the end of the text.
   bool NextChild(XmlSlice& name);
 
-  // Takes the next attribute of the start tag that the cursor stands in. False when there is none.
+  // Takes the next attribute of the start tag that the cursor is in. False when there is none.
   bool NextAttribute(XmlSlice& name, XmlSlice& value);
 
-  // Moves into the content of the element whose start tag the cursor stands in. False for an
+  // Moves into the content of the element whose start tag the cursor is in. False for an
   // empty-element tag, which is thereby passed.
   bool Enter();
 
@@ -104,16 +104,16 @@ class KECPP_API KEXmlCursor {
   // Passes the rest of the content of the element `name` that was entered, up to its end tag.
   void LeaveContent(const XmlSlice& name);
 
-  // Passes the element `name` whose start tag the cursor stands in, with all its content.
+  // Passes the element `name` whose start tag the cursor is in, with all its content.
   void SkipElement(const XmlSlice& name);
 
-  // Takes the text of the element `name` whose start tag the cursor stands in, without its leading
+  // Takes the text of the element `name` whose start tag the cursor is in, without its leading
   // line ends and blanks and without the line ends behind a section, and passes the element. Nested
   // elements are passed over. The slice form serves texts in one piece; where sections or comments
   // split the text, `joined` receives the pieces and the slice points there.
   XmlSlice Text(const XmlSlice& name, KEStringBuffer& joined);
 
-  // True when the element whose start tag the cursor stands in has child elements. Does not move.
+  // True when the element whose start tag the cursor is in has child elements. Does not move.
   bool HasChildElements() const;
 
   // --- short cuts for the plainest form of markup, in which servers write nearly everything ------
@@ -144,7 +144,7 @@ class KECPP_API KEXmlCursor {
     return true;
   }
 
-  // Takes the text of an element that stands at the cursor or behind blanks and has its text in one
+  // Takes the text of an element that is at the cursor or behind blanks and has its text in one
   // piece, and passes the element. `open` is the begin of its start tag, such as "<op", which may
   // have attributes; `close` its end tag.
   template <std::size_t N, std::size_t M>
@@ -170,10 +170,10 @@ class KECPP_API KEXmlCursor {
     return true;
   }
 
-  // Moves past an enclosing element's end tag when the cursor stands on one; `name` is its name.
+  // Moves past an enclosing element's end tag when the cursor is on one; `name` is its name.
   bool PassEndTag(XmlSlice& name);
 
-  // True when the cursor stands in a start tag, behind the element's name.
+  // True when the cursor is in a start tag, behind the element's name.
   bool InStartTag() const { return inTag; }
 
   bool AtEnd() const { return at >= end; }

@@ -92,7 +92,7 @@ unsigned int KEXmlReader::Next(char c, unsigned int from) const {
   return static_cast<unsigned int>(static_cast<const char*>(at) - input.Cstr());
 }
 
-// The ">" of the tag that the cursor stands in; one inside an attribute's value does not count.
+// The ">" of the tag that the cursor is in; one inside an attribute's value does not count.
 bool KEXmlReader::FindTagEnd(unsigned int& found) const {
   for (unsigned int p = pos; p < length; ++p) {
     const char c = input.UnsafeAt(p);
@@ -108,13 +108,13 @@ bool KEXmlReader::FindTagEnd(unsigned int& found) const {
   return false;
 }
 
-// The class alone does not tell: an attribute whose name is not recognised has none.
+// The class alone does not decide: an attribute whose name is not recognised has none.
 bool KEXmlReader::InStartTag() const {
   return state.WasLastType(XmlToken::elementName) || state.WasLastType(XmlToken::attribute) ||
          state.IsExpectedTypeRange(XmlToken::inStartTag, XmlToken::emptyElement);
 }
 
-// Moves behind the start tag that the cursor stands in.
+// Moves behind the start tag that the cursor is in.
 void KEXmlReader::PassStartTag() {
   unsigned int close = 0;
   if (!FindTagEnd(close)) ThrowXmlException(ERR_BAD_ELEM);
@@ -133,8 +133,8 @@ void KEXmlReader::SkipBlanks() {
   while (pos < length && IsBlank(input.UnsafeAt(pos))) ++pos;
 }
 
-// Stands behind an element that has ended at `p`. The end of the input is no error here: the last
-// element of a text can be read.
+// The position is behind an element that has ended at `p`. The end of the input is no error here:
+// the last element of a text can be read.
 void KEXmlReader::EndElement(unsigned int p) {
   pos = p;
   SkipBlanks();

@@ -29,7 +29,7 @@ class KECPP_API KEXmlReader {
   KEXmlReader(KEString& text, bool copy, unsigned int startPos);
   KEXmlReader(KEString& text, unsigned int startPos);
 
-  // Replaces the input; the cursor stands at its start.
+  // Replaces the input; the cursor is at its start.
   void SetInput(KEString& text, bool copy);
 
   // Moves the cursor; ignored for NPos and where fewer than two characters are left.
@@ -49,7 +49,7 @@ class KECPP_API KEXmlReader {
 
   // --- questions at the cursor, which does not move ----------------------------------------------
 
-  // Whether a start tag, or an end tag, `name` stands here.
+  // Whether a start tag, or an end tag, `name` is here.
   bool IsElementTag(const char* name) const;
   bool IsElementEndTag(const char* name) const;
 
@@ -65,13 +65,13 @@ class KECPP_API KEXmlReader {
   // looked at: where it is no start tag the search fails and the cursor stays.
   bool FindElementTag(const char* name);
 
-  // Moves behind the name if the cursor stands on a start tag `name`.
+  // Moves behind the name if the cursor is on a start tag `name`.
   void SkipElementTag(const char* name);
 
   // Appends the name of the tag under the cursor and stops on the character behind it.
   void GetElementTag(KEString& name);
 
-  // Takes the next attribute of the start tag that the cursor stands in; leaves the tag when there
+  // Takes the next attribute of the start tag that the cursor is in; leaves the tag when there
   // is none, or none that is recognised. Outside a start tag nothing happens.
   void GetAttributeNameAndValue(KEString& name, KEString& value);
   void GetElementAttributeNameAndValue(const char* elementName, KEString& name, KEString& value);
@@ -94,17 +94,17 @@ class KECPP_API KEXmlReader {
   }
 
   // Takes everything between the element's start tag, in which or right behind which the cursor
-  // stands, and its end tag, unchanged, and passes the end tag. Here `elementName` is the whole
+  // is, and its end tag, unchanged, and passes the end tag. Here `elementName` is the whole
   // name.
   void GetElementContent(const char* elementName, KEString& content);
   void GetElementContent(const char* elementName, KEStringBuffer& content) {
     GetElementContent(elementName, KEStringEdit(content).Text());
   }
 
-  // Leaves the start tag that the cursor stands in; outside of one nothing happens.
+  // Leaves the start tag that the cursor is in; outside of one nothing happens.
   void SkipElementStartClose();
 
-  // Passes the end tag that the cursor stands on, if it does, and the blanks behind it.
+  // Passes the end tag that the cursor is on, if it does, and the blanks behind it.
   void SkipElementEndTag(const char* name);
 
   // Moves behind the next end tag `name`. Only the first occurrence of the name is looked at, as

@@ -11,7 +11,7 @@ namespace KELib::Xml {
 
 namespace {
 
-// A recognised entity at an "&": its length and the character it stands for.
+// A recognised entity at an "&": its length and its character.
 struct Entity {
   unsigned int length = 0;  // 0: none
   unsigned long character = 0;

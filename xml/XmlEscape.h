@@ -16,11 +16,12 @@ KECPP_API void EscapeText(const char* raw, KEString& out);
 KECPP_API void EscapeText(const char* raw, KEStringBuffer& out);
 
 // XML text to raw text: the five named entities and numeric references (as UTF-8); what is no
-// entity stays as it stands.
+// entity stays as it is.
 KECPP_API void DecodeEntities(const char* xmlText, KEString& out);
 KECPP_API void DecodeEntities(const char* xmlText, KEStringBuffer& out);
 
-// For text that is XML text already: escapes only what cannot stand there, which is "<", ">" and an
+// For text that is XML text already: escapes only what is not allowed there, which is "<", ">" and
+// an
 // "&" that begins no entity.
 KECPP_API void EscapeStray(const char* xmlText, KEString& out);
 KECPP_API void EscapeStray(const char* xmlText, KEStringBuffer& out);

@@ -47,7 +47,7 @@ class KECPP_API XmlTokenState {
     lastType = XmlToken::none;
   }
 
-  // What comes next: given, or told from the next two characters. A range includes both its ends.
+  // What comes next: given, or found from the next two characters. A range includes both its ends.
   void SetExpectedType(XmlTokenType type) { expectedType = type; }
   void SetExpectedType(char current, char next) {
     expectedType = GetTokenType(lastType, current, next);

@@ -5,7 +5,7 @@
 // Thread safety: Init first; then Invoke from any thread. No lock is held during a call.
 // Ownership: the client is borrowed and outlives the method object.
 //
-// Texts are XML text and are written as they stand: escape what may hold "&", "<" or ">".
+// Texts are XML text and are written unchanged: escape what may hold "&", "<" or ">".
 #ifndef KECPP_SERVICE_CALL_KEMETHOD_H
 #define KECPP_SERVICE_CALL_KEMETHOD_H
 

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Ends the process when the management daemon was restarted: sessions, filters and caches would be
-// stale, and a supervisor starts it again. The process-id file tells one daemon from the next.
+// stale, and a supervisor starts it again. The process-id file distinguishes one daemon from the
+// next.
 //
 // Thread safety: any thread. The identifier that the first check saw is process-wide; its mutex, a
 //   leaf, is not held while a check pauses.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Why connecting or logging in failed, as a program tells it to its user.
+// Why connecting or logging in failed, in words for a program's user.
 //
 // Thread safety: a plain copy; it changes no more.
 #ifndef KECPP_SERVICE_ENTRY_KECONNECTFAILURE_H

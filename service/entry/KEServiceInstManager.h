@@ -31,7 +31,7 @@ class KECPP_API KEServiceInstManager {
   // earlier such call made: pass a readable path to share one.
   //
   // Null when the configuration is empty or the service content cannot be read. The instance may
-  // hold a session whose login failed: GetDataSync of that session throws. GetLastFailure tells
+  // hold a session whose login failed: GetDataSync of that session throws. GetLastFailure says
   // why.
   virtual KEServiceInst* GetServiceInstance(KELib::KEString& configPath,
                                             const char* defaultConfig) = 0;

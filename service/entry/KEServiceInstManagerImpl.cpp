@@ -37,7 +37,7 @@ bool LoadDocument(KEString& source, const char* defaultConfig, KEString& documen
   return true;
 }
 
-// What follows from a malformed document is best told by the place of its fault.
+// What follows from a malformed document is best shown by the place of its fault.
 void BlameConfiguration(KEString& source, const char* defaultConfig) {
   KEString document;
   KELib::Malformation fault;

@@ -53,7 +53,7 @@ void NoteNoUser(const KEString& user) {
                                         : "the configuration has no password to log in with");
 }
 
-// Told if the login is then refused.
+// Reported if the login is then refused.
 void NoteNoTicket(const char* reason) {
   KELib::Http::CallTrace* trace = KELib::Http::CallTrace::Current();
   if (trace != nullptr) trace->before = reason;

@@ -2,8 +2,9 @@
 //
 // The one implementation of KESession: logs in with a local ticket or with user and password.
 //
-// Texts: user name and password of the configuration are XML text and are written back as they
-//   stand; what the ticket's password file holds and what Login is given is raw and gets escaped.
+// Texts: user name and password of the configuration are XML text and are written back
+//   unchanged; what the ticket's password file holds and what Login is given is raw and gets
+//   escaped.
 #ifndef KECPP_SERVICE_ENTRY_KESESSIONIMPL_H
 #define KECPP_SERVICE_ENTRY_KESESSIONIMPL_H
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Reads single elements out of the service content, wherever they stand in it.
+// Reads single elements out of the service content, wherever they are in it.
 //
 // The content is lent to a reader and handed back in every case, also when reading throws: without
 // it the instance could neither create sessions nor answer for its references.

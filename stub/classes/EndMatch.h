@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// How associations tell whether an end is the one that a caller asks for.
+// How associations decide whether an end is the one that a caller asks for.
 #ifndef KECPP_STUB_CLASSES_ENDMATCH_H
 #define KECPP_STUB_CLASSES_ENDMATCH_H
 
