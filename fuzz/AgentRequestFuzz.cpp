@@ -65,16 +65,16 @@ KE::Instance::KETypeCache& MakeCaches() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static auto& gate = *new cimxml::CacheGate(std::chrono::milliseconds(0));
+  static auto& gate = *new tools::agent::CacheGate(std::chrono::milliseconds(0));
   static const bool opened = (gate.Open({&MakeCaches(), true}), true);
-  static const auto& operations = *new cimxml::Operations(gate);
+  static const auto& operations = *new tools::agent::Operations(gate);
   if (!opened) return 0;
   try {
-    const auto request = cimxml::ParseRequest({reinterpret_cast<const char*>(data), size});
+    const auto request = tools::agent::ParseRequest({reinterpret_cast<const char*>(data), size});
     const std::string answer = operations.Answer(request, "host").text;
     pugi::xml_document document;
     if (!document.load_string(answer.c_str()) || !document.child("CIM")) std::abort();
-  } catch (const cimxml::MessageError&) {
+  } catch (const tools::agent::MessageError&) {
   }
   return 0;
 }

@@ -141,12 +141,12 @@ long ProcessorTime() {
 
 // What one copy of all machines costs, in processor time.
 void TimeCopies(KE::Instance::KETypeCache& cache) {
-  const cimxml::ClassRow& type = *cimxml::FindClass(ZORBEL_VMComputerSystemClass);
+  const tools::agent::ClassRow& type = *tools::agent::FindClass(ZORBEL_VMComputerSystemClass);
   std::vector<long> times;
   for (int i = 0; i < 50; ++i) {
-    cimxml::Rows rows(type, cimxml::PropertiesOf(type));
+    tools::agent::Rows rows(type, tools::agent::PropertiesOf(type));
     const long start = ProcessorTime();
-    cimxml::ReadAll(cache, rows);
+    tools::agent::ReadAll(cache, rows);
     times.push_back(ProcessorTime() - start);
   }
   PrintTimes("copied all machines", times);
@@ -164,11 +164,11 @@ int main(int argc, char** argv) {
   KE::Instance::KETypeCache cache;
   Fill(cache, Argument(argc, argv, 3, 10000));
   TimeCopies(cache);
-  cimxml::CacheGate gate(std::chrono::milliseconds(0));
+  tools::agent::CacheGate gate(std::chrono::milliseconds(0));
   gate.Open({&cache, true});
-  const cimxml::Operations operations(gate);
-  cimxml::AgentServer server(nullptr, cimxml::Limits());
-  cimxml::AddCimEndpoint(server, operations);
+  const tools::agent::Operations operations(gate);
+  tools::agent::AgentServer server(nullptr, tools::agent::Limits());
+  tools::agent::AddCimEndpoint(server, operations);
   const int port = server.Bind("127.0.0.1", 0);
   server.Start();
 

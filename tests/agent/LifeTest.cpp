@@ -197,10 +197,10 @@ TEST(Life, AnswersThatNobodyTakesAreNotHeapedUp) {
 }
 
 TEST(Backlog, HasRoomForOneOrForAllThatFit) {
-  cimxml::Backlog backlog(100);
+  tools::agent::Backlog backlog(100);
   auto most = backlog.Reserve(60);
   EXPECT_FALSE(backlog.Reserve(41));
-  EXPECT_FALSE(backlog.AwaitRoom(41, cimxml::Backlog::Clock::now()));
+  EXPECT_FALSE(backlog.AwaitRoom(41, tools::agent::Backlog::Clock::now()));
   auto rest = backlog.Reserve(40);
   EXPECT_TRUE(rest);
   most.reset();
@@ -288,7 +288,7 @@ TEST_F(Users, OnlyTheyAreAnswered) {
 
 TEST_F(Users, UnknownOnesCostWhatTheCostliestDoes) {
   std::ofstream(file) << Line("a", "a", 1000) << Line("b", "b", 400000) << Line("c", "c", 1000);
-  cimxml::Users users(file);
+  tools::agent::Users users(file);
   const auto cost = [&](const char* credentials) {
     timespec start{}, end{};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &start);
@@ -327,7 +327,7 @@ TEST_F(Users, AreReadAgainWithTheCertificate) {
 
 TEST(Tls, HasNoRsaKeyExchangeAndNoCbc) {
   const std::string pem = KECPP_CLIENT_CERTIFICATE;
-  const auto context = cimxml::MakeTlsContext(pem, pem);
+  const auto context = tools::agent::MakeTlsContext(pem, pem);
   STACK_OF(SSL_CIPHER)* ciphers = SSL_CTX_get_ciphers(context.get());
   EXPECT_GT(sk_SSL_CIPHER_num(ciphers), 0);
   for (int i = 0; i < sk_SSL_CIPHER_num(ciphers); ++i) {

@@ -11,10 +11,9 @@
 #include "tools/inventory/InventoryJson.h"
 
 inline nlohmann::json ReadCaches(KE::Instance::KETypeCache& cache) {
-  tools::InventoryCopy all;
-  all.systems = tools::ReadSystems(cache);
-  all.authorization = tools::ReadAuthorization(cache);
-  return nlohmann::json::parse(tools::inventory::ToJson(all, {true, true, true, true, true}));
+  tools::inventory::Lists all;
+  for (const tools::Kind& kind : tools::Kinds()) all.push_back(&kind);
+  return nlohmann::json::parse(tools::inventory::ToJson(tools::ReadInventory(cache, all), all));
 }
 
 #endif

@@ -15,13 +15,9 @@ std::string Parsed(const std::string& words) {
   Options options;
   const auto status = ParseOptions(static_cast<int>(arguments.size()), arguments.data(), options);
   if (status) return std::to_string(*status);
-  const Lists& lists = options.lists;
-  const std::string text = std::string(options.json ? " json" : "") +
-                           (lists.hosts ? " hosts" : "") + (lists.machines ? " machines" : "") +
-                           (lists.privileges ? " privileges" : "") + (lists.roles ? " roles" : "") +
-                           (lists.identities ? " identities" : "") +
-                           (options.wantsAuthorization ? " asked" : "");
-  return text.substr(1);
+  std::string text = options.json ? " json" : "";
+  for (const Kind* kind : options.lists) text += std::string(" ") + kind->name;
+  return (text + (options.wantsAuthorization ? " asked" : "")).substr(1);
 }
 
 TEST(Options, AreReadAsWritten) {

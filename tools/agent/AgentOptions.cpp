@@ -8,7 +8,7 @@
 
 #include "tools/common/ConfigArgument.h"
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 constexpr int USAGE_ERROR = 2;
@@ -72,7 +72,7 @@ std::optional<int> ParseAgentOptions(int argc, const char* const* argv, AgentOpt
   long long wait = options.readyWait.count();
   app.add_option("--config", options.config, "Configuration: a file, or an XML text")
       ->type_name("FILE")
-      ->check(tools::CheckConfig);
+      ->check(CheckConfig);
   app.add_option_function<std::string>(
          "--listen",
          [&](const std::string& text) {
@@ -110,4 +110,4 @@ std::optional<int> ParseAgentOptions(int argc, const char* const* argv, AgentOpt
   return {};
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

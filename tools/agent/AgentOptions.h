@@ -9,7 +9,7 @@
 
 #include "tools/agent/Limits.h"
 
-namespace cimxml {
+namespace tools::agent {
 
 struct AgentOptions {
   std::string config;  // a file's path, an XML text, or empty for the library's default
@@ -28,6 +28,6 @@ struct AgentOptions {
 // and --version, which print on standard output, 2 for a mistake, reported on standard error.
 std::optional<int> ParseAgentOptions(int argc, const char* const* argv, AgentOptions& options);
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

@@ -12,7 +12,7 @@
 #include "tools/agent/HostName.h"
 #include "tools/agent/SocketStream.h"
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 constexpr int REQUESTS_PER_CONNECTION = 1000;
@@ -219,4 +219,4 @@ void AgentServer::Refuse(socket_t socket) {
   ::close(socket);
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

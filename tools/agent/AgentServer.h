@@ -21,7 +21,7 @@
 #include "tools/agent/Limits.h"
 #include "tools/agent/TlsContext.h"
 
-namespace cimxml {
+namespace tools::agent {
 
 class SocketStream;
 
@@ -79,6 +79,6 @@ class AgentServer final : private httplib::Server {
   std::thread listener;
 };
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

@@ -13,7 +13,7 @@
 #include <memory>
 #include <mutex>
 
-namespace cimxml {
+namespace tools::agent {
 
 class Backlog {
  public:
@@ -74,6 +74,6 @@ class Backlog {
   std::size_t taken = 0;  // guarded by `mutex`
 };
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

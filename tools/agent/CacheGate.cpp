@@ -3,7 +3,7 @@
 
 #include "tools/agent/Errors.h"
 
-namespace cimxml {
+namespace tools::agent {
 
 CacheGate::CacheGate(std::chrono::milliseconds readersWait) : limit(readersWait) {}
 
@@ -44,4 +44,4 @@ void CacheGate::End() {
   changed.notify_all();
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

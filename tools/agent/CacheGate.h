@@ -18,7 +18,7 @@
 #include <functional>
 #include <mutex>
 
-namespace cimxml {
+namespace tools::agent {
 
 // What is behind the door.
 struct Caches {
@@ -57,6 +57,6 @@ class CacheGate {
   bool ended = false;
 };
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

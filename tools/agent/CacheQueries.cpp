@@ -4,7 +4,9 @@
 #include <cstring>
 #include <utility>
 
-namespace cimxml {
+#include "tools/common/CacheReader.h"
+
+namespace tools::agent {
 namespace {
 
 using namespace KE::Instance;
@@ -14,39 +16,6 @@ using KELib::KEString;
 using KELib::Stub::KEAssocStubBase;
 using KELib::Stub::KEStubBase;
 using KELib::Stub::KEStubRef;
-
-KEDataCache* Find(KETypeCache& cache, const ClassRow& type) {
-  KEString name(type.name);
-  return cache.GetDataCache(name);
-}
-
-KELib::KEMutex* MutexOf(KETypeCache& cache, const char* className) {
-  KEString name(className);
-  KEDataCache* data = cache.GetDataCache(name);
-  return data ? data->GetMutex() : nullptr;
-}
-
-// The mutexes of all classes whose stubs may be linked to those of `type`, in the library's order.
-class GroupLock {
- public:
-  GroupLock(KETypeCache& cache, const ClassRow& type)
-      : GroupLock(cache,
-                  DerivesFrom(type, *FindClass("CIM_ComputerSystem")) ? SYSTEMS : AUTHORIZATION) {}
-
- private:
-  using Names = const char* const[3];
-  static constexpr Names SYSTEMS = {"ZORBEL_VMComputerSystem", "ZORBEL_ORXComputerSystem", ""};
-  static constexpr Names AUTHORIZATION = {"Zorbel_Role", "Zorbel_Privilege", "Zorbel_Identity"};
-
-  GroupLock(KETypeCache& cache, const Names& names)
-      : first(MutexOf(cache, names[0])),
-        second(MutexOf(cache, names[1])),
-        third(MutexOf(cache, names[2])) {}
-
-  KEMutexGuard first;
-  KEMutexGuard second;
-  KEMutexGuard third;
-};
 
 std::string Raw(const char* xmlText) {
   KEString raw;
@@ -78,16 +47,10 @@ std::size_t CountOf(KEDataCache& cache) {
   return cache.Size();
 }
 
-class KeyText final : public TakeText {
- public:
-  void Take(const char* taken) override { text = taken; }
-  std::string text;
-};
-
 std::string KeyOfStub(const ClassRow& type, KEStubBase& stub) {
-  KeyText key;
+  std::string key;
   type.key->read(stub, key);
-  return key.text;
+  return key;
 }
 
 // A link seen from one of its ends.
@@ -156,7 +119,7 @@ void ForEachLink(KEStubBase& stub, const ClassRow& assocClass, Visit visit) {
 }  // namespace
 
 void ReadAll(KETypeCache& cache, Rows& rows) {
-  KEDataCache* data = Find(cache, rows.Type());
+  KEDataCache* data = FindCache(cache, rows.Type());
   if (!data) return;
   rows.Expect(CountOf(*data));
   KEMutexGuard guard(data->GetMutex());
@@ -164,7 +127,7 @@ void ReadAll(KETypeCache& cache, Rows& rows) {
 }
 
 bool ReadOne(KETypeCache& cache, const std::string& key, Rows& rows) {
-  KEDataCache* data = Find(cache, rows.Type());
+  KEDataCache* data = FindCache(cache, rows.Type());
   if (!data) return false;
   KEMutexGuard guard(data->GetMutex());
   KEStubBase* stub = FindStub(data, key);
@@ -175,8 +138,8 @@ bool ReadOne(KETypeCache& cache, const std::string& key, Rows& rows) {
 bool ReadLinks(KETypeCache& cache, const ObjectName& object, const LinkFilter& filter,
                const CopyLink& copy) {
   const auto classes = AssociationsOf(*object.type, filter.assocClass);
-  GroupLock lock(cache, *object.type);
-  KEStubBase* stub = FindStub(Find(cache, *object.type), object.key);
+  GroupLock lock(cache, GroupOf(*object.type));
+  KEStubBase* stub = FindStub(FindCache(cache, *object.type), object.key);
   if (!stub) return false;
   for (const ClassRow* assocClass : classes) {
     ForEachLink(*stub, *assocClass, [&](KEAssocStubBase& assoc) {
@@ -192,8 +155,8 @@ bool ReadLinks(KETypeCache& cache, const ObjectName& object, const LinkFilter& f
 std::vector<Link> ReadAllLinks(KETypeCache& cache, const ClassRow& assocClass) {
   std::vector<Link> links;
   const ClassRow& origin = OriginOf(assocClass);
-  GroupLock lock(cache, origin);
-  KEDataCache* data = Find(cache, origin);
+  GroupLock lock(cache, GroupOf(origin));
+  KEDataCache* data = FindCache(cache, origin);
   if (!data) return links;
   for (KEDataIterator it = data->Iterator(); !it.End(); ++it) {
     KEStubBase& stub = *(*it)->value;
@@ -209,9 +172,9 @@ bool ReadLink(KETypeCache& cache, const std::string& origin, const std::string& 
               Link& link) {
   const ClassRow& originType = OriginOf(*link.type);
   const ClassRow& resultType = ResultOf(*link.type);
-  GroupLock lock(cache, originType);
-  KEStubBase* stub = FindStub(Find(cache, originType), origin);
-  KEStubBase* partner = FindStub(Find(cache, resultType), result);
+  GroupLock lock(cache, GroupOf(originType));
+  KEStubBase* stub = FindStub(FindCache(cache, originType), origin);
+  KEStubBase* partner = FindStub(FindCache(cache, resultType), result);
   if (!stub || !partner) return false;
   link.originKey = KeyOfStub(originType, *stub);
   link.resultKey = KeyOfStub(resultType, *partner);
@@ -222,4 +185,4 @@ bool ReadLink(KETypeCache& cache, const std::string& origin, const std::string& 
   return found;
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

@@ -14,10 +14,10 @@
 #include <string>
 #include <vector>
 
-#include "tools/agent/Rows.h"
-#include "tools/agent/Schema.h"
+#include "tools/common/Rows.h"
+#include "tools/common/Schema.h"
 
-namespace cimxml {
+namespace tools::agent {
 
 // One object, by class and key. `key` is raw text, as a client sends it.
 struct ObjectName {
@@ -61,6 +61,6 @@ std::vector<Link> ReadAllLinks(KE::Instance::KETypeCache& cache, const ClassRow&
 bool ReadLink(KE::Instance::KETypeCache& cache, const std::string& origin,
               const std::string& result, Link& link);
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

@@ -4,8 +4,9 @@
 #include <algorithm>
 
 #include "tools/agent/Errors.h"
+#include "tools/common/Kinds.h"
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 [[noreturn]] void InvalidParameter(const std::string& text) {
@@ -42,8 +43,7 @@ bool NamesItsKey(const ClassRow& type, const std::vector<KeyBinding>& keys) {
 }
 
 bool IsAuthorization(const ClassRow& type) {
-  const ClassRow& end = type.isAssociation ? OriginOf(type) : type;
-  return !DerivesFrom(end, *FindClass("CIM_ComputerSystem"));
+  return GroupOf(type) == Group::authorization;
 }
 
 const KeyBinding& EndName(const std::vector<KeyBinding>& keys, const PropertyRow& role) {
@@ -168,4 +168,4 @@ void ReadCaches(const Call& call, const std::vector<const ClassRow*>& types,
   });
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

@@ -14,10 +14,10 @@
 #include "tools/agent/CacheGate.h"
 #include "tools/agent/CacheQueries.h"
 #include "tools/agent/Request.h"
-#include "tools/agent/Schema.h"
 #include "tools/agent/XmlWriter.h"
+#include "tools/common/Schema.h"
 
-namespace cimxml {
+namespace tools::agent {
 
 struct Call {
   const Request& request;
@@ -59,6 +59,6 @@ bool KeysFit(const ClassRow& type, const std::vector<KeyBinding>& keys, std::str
 void ReadCaches(const Call& call, const std::vector<const ClassRow*>& types,
                 const std::function<void(KE::Instance::KETypeCache&)>& read);
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

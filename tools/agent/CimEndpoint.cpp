@@ -2,9 +2,9 @@
 #include "tools/agent/CimEndpoint.h"
 
 #include "tools/agent/Errors.h"
-#include "tools/agent/Schema.h"
+#include "tools/common/Schema.h"
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 constexpr const char* CONTENT_TYPE = "application/xml; charset=\"utf-8\"";
@@ -95,4 +95,4 @@ void AddCimEndpoint(AgentServer& server, const Operations& operations) {
   }
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

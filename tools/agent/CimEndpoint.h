@@ -9,13 +9,13 @@
 #include "tools/agent/AgentServer.h"
 #include "tools/agent/Operations.h"
 
-namespace cimxml {
+namespace tools::agent {
 
 // Adds "POST /cimom" and "POST /". `operations` outlives the server. A request that cannot be
 // understood gets status 400 or 501 and the header "CIMError", one that comes before the first fill
 // 503 and "Retry-After".
 void AddCimEndpoint(AgentServer& server, const Operations& operations);
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/agent/ClassElements.h"
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 // How a qualifier goes on to derived classes: as it is or overridden, only as it is, not at all.
@@ -119,4 +119,4 @@ std::string MofText() {
   return text;
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

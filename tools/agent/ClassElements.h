@@ -6,10 +6,10 @@
 
 #include <string>
 
-#include "tools/agent/Schema.h"
 #include "tools/agent/XmlWriter.h"
+#include "tools/common/Schema.h"
 
-namespace cimxml {
+namespace tools::agent {
 
 // What of a class is asked for.
 struct ClassDetail {
@@ -25,6 +25,6 @@ void WriteClass(XmlWriter& out, const ClassRow& type, const std::vector<ClassPro
 // Every class, parents before children.
 std::string MofText();
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

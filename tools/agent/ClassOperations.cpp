@@ -3,7 +3,7 @@
 
 #include "tools/agent/ClassElements.h"
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 bool IsDirectlyBelow(const ClassRow& type, const ClassRow* top) {
@@ -60,4 +60,4 @@ Content EnumerateNamespaces(const Call&) {
   };
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

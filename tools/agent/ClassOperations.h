@@ -7,7 +7,7 @@
 
 #include "tools/agent/Call.h"
 
-namespace cimxml {
+namespace tools::agent {
 
 // The classes below "ClassName", or below none: all of them or, without "DeepInheritance", only
 // those directly below.
@@ -19,6 +19,6 @@ Content GetClass(const Call& call);
 // The one namespace there is, as the name of a "CIM_Namespace".
 Content EnumerateNamespaces(const Call& call);
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

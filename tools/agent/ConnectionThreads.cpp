@@ -5,7 +5,7 @@
 #include <thread>
 #include <utility>
 
-namespace cimxml {
+namespace tools::agent {
 
 bool ConnectionThreads::Start(std::function<void()> serve) {
   if (!TakePlace()) return false;
@@ -40,4 +40,4 @@ void ConnectionThreads::GivePlace() {
   left.notify_all();
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

@@ -10,7 +10,7 @@
 #include <functional>
 #include <mutex>
 
-namespace cimxml {
+namespace tools::agent {
 
 class ConnectionThreads {
  public:
@@ -33,6 +33,6 @@ class ConnectionThreads {
   unsigned taken = 0;  // guarded by `mutex`
 };
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

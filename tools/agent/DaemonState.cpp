@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/agent/DaemonState.h"
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 long long Now() {
@@ -75,4 +75,4 @@ bool DaemonState::Ended() {
   return ended;
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

@@ -13,7 +13,7 @@
 #include <mutex>
 #include <string>
 
-namespace cimxml {
+namespace tools::agent {
 
 struct DaemonReport {
   bool connected = false;
@@ -50,6 +50,6 @@ class DaemonState {
   bool ended = false;
 };
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace cimxml {
+namespace tools::agent {
 
 // The CIM status codes that this agent gives.
 enum class Status {
@@ -45,6 +45,6 @@ class NotReady : public std::runtime_error {
   explicit NotReady(const char* why = "the inventory was not read yet") : std::runtime_error(why) {}
 };
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

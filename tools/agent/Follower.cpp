@@ -5,7 +5,7 @@
 #include <thread>
 #include <utility>
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 constexpr int WAIT_SLICE_MS = 200;
@@ -14,7 +14,7 @@ constexpr int PAUSE_SLICES = 5;
 // While it lives the connection's caches may be read.
 class OpenGate {
  public:
-  OpenGate(CacheGate& opened, tools::DaemonConnection& connection) : gate(opened) {
+  OpenGate(CacheGate& opened, DaemonConnection& connection) : gate(opened) {
     gate.Open({&connection.Cache(), connection.HasAuthorization()});
   }
   ~OpenGate() { gate.Close(); }
@@ -27,8 +27,8 @@ class OpenGate {
 
 }  // namespace
 
-Follower::Follower(KE::Service::KEServiceInstManager& serviceManager, tools::ConnectionNeeds asked,
-                   const tools::EndOfRun& endOfRun, CacheGate& cacheGate, DaemonState& daemonState)
+Follower::Follower(KE::Service::KEServiceInstManager& serviceManager, ConnectionNeeds asked,
+                   const EndOfRun& endOfRun, CacheGate& cacheGate, DaemonState& daemonState)
     : manager(serviceManager),
       needs(std::move(asked)),
       end(endOfRun),
@@ -39,7 +39,7 @@ void Follower::Run() {
   while (!end.Ended()) {
     try {
       FollowOneConnection();
-    } catch (const tools::ConnectionError& error) {
+    } catch (const ConnectionError& error) {
       Tell(error.what());
     }
     Pause();
@@ -47,7 +47,7 @@ void Follower::Run() {
 }
 
 void Follower::FollowOneConnection() {
-  tools::DaemonConnection connection(manager, needs, end);
+  DaemonConnection connection(manager, needs, end);
   connection.Watch(end);
   const OpenGate opened(gate, connection);
   state.Connected();
@@ -55,7 +55,7 @@ void Follower::FollowOneConnection() {
   FollowUntilLost(connection);
 }
 
-void Follower::FollowUntilLost(tools::DaemonConnection& connection) {
+void Follower::FollowUntilLost(DaemonConnection& connection) {
   unsigned long long seen = 0;
   std::string reason;
   while (!end.Ended()) {
@@ -80,4 +80,4 @@ void Follower::Pause() const {
   }
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

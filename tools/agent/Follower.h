@@ -16,31 +16,31 @@
 #include "tools/common/DaemonConnection.h"
 #include "tools/common/EndOfRun.h"
 
-namespace cimxml {
+namespace tools::agent {
 
 class Follower {
  public:
   // The arguments outlive the object. Failures are reported on standard error, each once.
-  Follower(KE::Service::KEServiceInstManager& manager, tools::ConnectionNeeds needs,
-           const tools::EndOfRun& end, CacheGate& gate, DaemonState& state);
+  Follower(KE::Service::KEServiceInstManager& manager, ConnectionNeeds needs, const EndOfRun& end,
+           CacheGate& gate, DaemonState& state);
 
   // Returns at the end of the run, with the gate closed.
   void Run();
 
  private:
   void FollowOneConnection();
-  void FollowUntilLost(tools::DaemonConnection& connection);
+  void FollowUntilLost(DaemonConnection& connection);
   void Tell(const std::string& failure);
   void Pause() const;
 
   KE::Service::KEServiceInstManager& manager;
-  const tools::ConnectionNeeds needs;
-  const tools::EndOfRun& end;
+  const ConnectionNeeds needs;
+  const EndOfRun& end;
   CacheGate& gate;
   DaemonState& state;
   std::string told;  // the last failure
 };
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

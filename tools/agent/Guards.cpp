@@ -7,9 +7,9 @@
 #include <charconv>
 
 #include "tools/agent/HostName.h"
-#include "tools/agent/Schema.h"
+#include "tools/common/Schema.h"
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 constexpr int GOOD = 0;
@@ -126,4 +126,4 @@ void AddGuards(AgentServer& server, const Access& access, const Limits& limits) 
       });
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

@@ -10,7 +10,7 @@
 #include "tools/agent/Limits.h"
 #include "tools/agent/Users.h"
 
-namespace cimxml {
+namespace tools::agent {
 
 // Who may ask.
 struct Access {
@@ -29,6 +29,6 @@ struct Access {
 // users outlive the server.
 void AddGuards(AgentServer& server, const Access& access, const Limits& limits);
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

@@ -6,7 +6,7 @@
 
 #include <utility>
 
-namespace cimxml {
+namespace tools::agent {
 
 HangUp::HangUp(std::function<void()> readAgain)
     : again(std::move(readAgain)), thread([this] { Await(); }) {}
@@ -24,4 +24,4 @@ void HangUp::Await() {
   for (int signal = 0; sigwait(&signals, &signal) == 0 && !ended;) again();
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

@@ -8,7 +8,7 @@
 #include <functional>
 #include <thread>
 
-namespace cimxml {
+namespace tools::agent {
 
 class HangUp {
  public:
@@ -27,6 +27,6 @@ class HangUp {
   std::thread thread;
 };
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

@@ -8,9 +8,9 @@
 #include <charconv>
 #include <cstdint>
 
-#include "tools/agent/Schema.h"
+#include "tools/common/Schema.h"
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 constexpr std::size_t LONGEST = 255;
@@ -66,4 +66,4 @@ bool IsLoopback(const std::string& host) {
   return isLoopback;
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace cimxml {
+namespace tools::agent {
 
 // The host in "HOST" or "HOST:PORT", the value of a Host header: a name, an IPv4 address, or an
 // IPv6 address, which loses its brackets. Nothing for any other text and for more than 255 bytes.
@@ -19,6 +19,6 @@ std::optional<std::string> ReadHost(std::string_view text);
 // True for "localhost" and for numeric addresses that only programs of this machine reach.
 bool IsLoopback(const std::string& host);
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

@@ -7,7 +7,7 @@
 #include "tools/agent/Errors.h"
 #include "tools/agent/ObjectElements.h"
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 // What a class and those below it hold, copied in one go.
@@ -129,4 +129,4 @@ Content GetInstance(const Call& call) {
   throw OperationError(Status::NotFound, "there is no such instance");
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

@@ -6,7 +6,7 @@
 
 #include "tools/agent/Call.h"
 
-namespace cimxml {
+namespace tools::agent {
 
 // All instances of a class and of those that derive from it, links of associations included.
 Content EnumerateInstances(const Call& call);
@@ -14,6 +14,6 @@ Content EnumerateInstanceNames(const Call& call);
 
 Content GetInstance(const Call& call);
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

@@ -7,7 +7,7 @@
 #include <chrono>
 #include <cstddef>
 
-namespace cimxml {
+namespace tools::agent {
 
 struct Limits {
   std::size_t bodyBytes = 1024 * 1024;          // of a request
@@ -18,6 +18,6 @@ struct Limits {
   std::chrono::seconds time{30};
 };
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

@@ -6,7 +6,7 @@
 #include "tools/agent/Errors.h"
 #include "tools/agent/ObjectElements.h"
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 // The links of the object that "ObjectName" names. A link is an object, too, and has none.
@@ -140,4 +140,4 @@ Content ReferenceNames(const Call& call) {
   };
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

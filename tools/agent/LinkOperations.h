@@ -7,7 +7,7 @@
 
 #include "tools/agent/Call.h"
 
-namespace cimxml {
+namespace tools::agent {
 
 // The objects that an object is linked to.
 Content Associators(const Call& call);
@@ -17,6 +17,6 @@ Content AssociatorNames(const Call& call);
 Content References(const Call& call);
 Content ReferenceNames(const Call& call);
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/agent/ObjectElements.h"
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 // "root/cimv2" as elements.
@@ -120,9 +120,13 @@ void ObjectElements::Property(const ClassProperty& property,
   const bool isArray = property.row->isArray;
   const char* element = isArray ? "PROPERTY.ARRAY" : "PROPERTY";
   OpenProperty(element, property);
-  if (isArray) out.Open("VALUE.ARRAY");
-  if (value) WriteValue(out, *value);
-  if (isArray) out.Close("VALUE.ARRAY");
+  if (isArray) {
+    out.Open("VALUE.ARRAY");
+    for (const std::string_view item : Items(value.value_or(""))) WriteValue(out, item);
+    out.Close("VALUE.ARRAY");
+  } else if (value) {
+    WriteValue(out, *value);
+  }
   out.Close(element);
 }
 
@@ -141,4 +145,4 @@ void ObjectElements::End(const Link& link, const PropertyRow& role) {
   out.Close("VALUE.REFERENCE");
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

@@ -10,10 +10,10 @@
 #include <string_view>
 
 #include "tools/agent/CacheQueries.h"
-#include "tools/agent/Rows.h"
 #include "tools/agent/XmlWriter.h"
+#include "tools/common/Rows.h"
 
-namespace cimxml {
+namespace tools::agent {
 
 class ObjectElements {
  public:
@@ -44,6 +44,6 @@ class ObjectElements {
   bool origins;
 };
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

@@ -9,9 +9,9 @@
 #include "tools/agent/Errors.h"
 #include "tools/agent/InstanceOperations.h"
 #include "tools/agent/LinkOperations.h"
-#include "tools/agent/Schema.h"
+#include "tools/common/Schema.h"
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 struct OperationRow {
@@ -198,4 +198,4 @@ Reply Operations::Answer(const Request& request, const std::string& host) const 
   throw NotReady("too many answers wait to be taken");
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

@@ -15,7 +15,7 @@
 #include "tools/agent/Request.h"
 #include "tools/agent/Turns.h"
 
-namespace cimxml {
+namespace tools::agent {
 
 struct Reply {
   std::string text;
@@ -47,6 +47,6 @@ class Operations {
   mutable Turns turns;
 };
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <thread>
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 constexpr std::chrono::milliseconds PATIENCE(1500);
@@ -43,4 +43,4 @@ void EndPolitely() {
   std::thread(AwaitEnd).detach();
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

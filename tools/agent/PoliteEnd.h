@@ -5,7 +5,7 @@
 #ifndef KECPP_TOOLS_AGENT_POLITEEND_H
 #define KECPP_TOOLS_AGENT_POLITEEND_H
 
-namespace cimxml {
+namespace tools::agent {
 
 // To be called before any other thread is made and before the handlers of the signals are set. From
 // then on the signals come to a thread of their own; when the process still lives one and a half
@@ -13,6 +13,6 @@ namespace cimxml {
 // itself. SIGHUP is blocked from then on, for HangUp to take.
 void EndPolitely();
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

@@ -5,9 +5,9 @@
 #include <pugixml.hpp>
 
 #include "tools/agent/Errors.h"
-#include "tools/agent/Schema.h"
+#include "tools/common/Schema.h"
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 using pugi::xml_node;
@@ -197,4 +197,4 @@ std::optional<std::vector<std::string>> Request::List(std::string_view name) con
   return parameter->values;
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace cimxml {
+namespace tools::agent {
 
 // A key of an instance's name. The value of a reference is the name of another instance, whose keys
 // are no references themselves.
@@ -59,6 +59,6 @@ struct Request {
 // not served. Linear in the length; nesting costs no stack.
 Request ParseRequest(std::string_view body);
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

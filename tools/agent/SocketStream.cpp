@@ -14,7 +14,7 @@
 #include <climits>
 #include <cstring>
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 // More than any client's headers have.
@@ -175,4 +175,4 @@ void SocketStream::get_local_ip_and_port(std::string& ip, int& port) const {
   }
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

@@ -17,7 +17,7 @@
 
 #include "tools/agent/Limits.h"
 
-namespace cimxml {
+namespace tools::agent {
 
 class SocketStream final : public httplib::Stream {
  public:
@@ -71,6 +71,6 @@ class SocketStream final : public httplib::Stream {
   Clock::time_point requestDeadline;
 };
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

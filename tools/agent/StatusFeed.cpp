@@ -10,7 +10,7 @@
 #include "tools/common/CacheReader.h"
 #include "tools/common/InventoryCopy.h"
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -19,9 +19,9 @@ using Json = nlohmann::ordered_json;
 constexpr std::chrono::milliseconds COPY_INTERVAL(500);
 constexpr std::chrono::seconds HEARTBEAT(10);
 
-std::string Raw(const std::string& xmlText) {
+std::string Raw(std::string_view xmlText) {
   KELib::KEString raw;
-  KELib::Xml::DecodeEntities(xmlText.c_str(), raw);
+  KELib::Xml::DecodeEntities(std::string(xmlText).c_str(), raw);
   return raw.Cstr();
 }
 
@@ -30,46 +30,78 @@ std::string Dump(const Json& json) {
   return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-StatusRow Row(const char* kind, const std::string& key, Json json) {
-  const std::string id = std::string(kind) + " " + key;
+// One object's values, by name.
+class Object {
+ public:
+  Object(const Rows& allRows, std::size_t itsRow) : rows(allRows), row(itsRow) {}
+
+  std::string_view Key() const { return rows.Key(row); }
+  std::string_view Stored(const char* name) const {
+    return rows.Value(row, rows.ColumnOf(name)).value_or("");
+  }
+  std::string Text(const char* name) const { return Raw(Stored(name)); }
+  std::vector<std::string_view> List(const char* name) const { return Items(Stored(name)); }
+  unsigned long Status() const {
+    return std::stoul(std::string(List("OperationalStatus").front()));
+  }
+
+ private:
+  const Rows& rows;
+  const std::size_t row;
+};
+
+StatusRow Row(const char* kind, const Object& object, Json json) {
+  const std::string id = std::string(kind) + " " + std::string(object.Key());
   json["id"] = id;
   json["kind"] = kind;
-  json["key"] = Raw(key);
+  json["key"] = Raw(object.Key());
   return {id, Dump(json)};
 }
 
-StatusRow RowOf(const tools::Host& host) {
-  return Row("host", host.name,
-             {{"name", Raw(host.elementName)},
-              {"status", host.operationalStatus},
-              {"details", Raw(host.vendor) + " " + Raw(host.model)},
-              {"machines", host.machines.size()}});
+StatusRow HostRow(const Object& host) {
+  return Row("host", host,
+             {{"name", host.Text("ElementName")},
+              {"status", host.Status()},
+              {"details", host.Text("Vendor") + " " + host.Text("Model")},
+              {"machines", host.List("machines").size()}});
 }
 
-using HostNames = std::map<std::string, std::string>;
+using HostNames = std::map<std::string_view, std::string>;
 
-StatusRow RowOf(const tools::Machine& machine, const HostNames& hostNames) {
-  const auto host = machine.host ? hostNames.find(*machine.host) : hostNames.end();
-  return Row("machine", machine.name,
-             {{"name", Raw(machine.elementName)},
-              {"status", machine.operationalStatus},
-              {"power", Raw(machine.powerState)},
+StatusRow MachineRow(const Object& machine, const HostNames& hostNames) {
+  const auto host = hostNames.find(machine.Stored("host"));
+  return Row("machine", machine,
+             {{"name", machine.Text("ElementName")},
+              {"status", machine.Status()},
+              {"power", machine.Text("PowerState")},
               {"host", host == hostNames.end() ? "" : host->second},
-              {"details", Raw(machine.guestFullName)},
-              {"address", Raw(machine.guestIPAddress)}});
+              {"details", machine.Text("GuestFullName")},
+              {"address", machine.Text("GuestIPAddress")}});
 }
 
-StatusRows RowsOf(const tools::Systems& systems) {
-  StatusRows rows;
+const Kind& Hosts() {
+  return *FindKind("hosts");
+}
+const Kind& Machines() {
+  return *FindKind("machines");
+}
+
+StatusRows RowsOf(const InventoryCopy& inventory) {
+  StatusRows all;
   HostNames hostNames;
-  for (const auto& host : systems.hosts) {
-    hostNames[host.name] = Raw(host.elementName);
-    rows.push_back(RowOf(host));
+  const Rows& hosts = inventory.Of(Hosts());
+  for (std::size_t row = 0; row < hosts.Count(); ++row) {
+    const Object host(hosts, row);
+    hostNames[host.Key()] = host.Text("ElementName");
+    all.push_back(HostRow(host));
   }
-  for (const auto& machine : systems.machines) rows.push_back(RowOf(machine, hostNames));
-  std::sort(rows.begin(), rows.end(),
+  const Rows& machines = inventory.Of(Machines());
+  for (std::size_t row = 0; row < machines.Count(); ++row) {
+    all.push_back(MachineRow(Object(machines, row), hostNames));
+  }
+  std::sort(all.begin(), all.end(),
             [](const StatusRow& a, const StatusRow& b) { return a.id < b.id; });
-  return rows;
+  return all;
 }
 
 // What turns `before` into `now`: rows that are new or differ, and the ids of those that have gone.
@@ -140,9 +172,11 @@ std::shared_ptr<const StatusRows> StatusFeed::Rows(unsigned long long reports) {
   const DaemonReport report = state.Report();
   if (!report.connected) return rows;  // the last known ones
   try {
-    tools::Systems systems;
-    gate.Read([&](const Caches& caches) { systems = tools::ReadSystems(*caches.cache); });
-    rows = std::make_shared<StatusRows>(RowsOf(systems));
+    InventoryCopy now;
+    gate.Read([&](const Caches& caches) {
+      now = ReadInventory(*caches.cache, {&Hosts(), &Machines()});
+    });
+    rows = std::make_shared<StatusRows>(RowsOf(now));
     reportsCopied = report.times;
     copiedAt = Clock::now();
   } catch (const NotReady&) {  // lost just now
@@ -150,4 +184,4 @@ std::shared_ptr<const StatusRows> StatusFeed::Rows(unsigned long long reports) {
   return rows;
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

@@ -17,7 +17,7 @@
 #include "tools/agent/CacheGate.h"
 #include "tools/agent/DaemonState.h"
 
-namespace cimxml {
+namespace tools::agent {
 
 // A host or a machine as one JSON object.
 struct StatusRow {
@@ -52,6 +52,6 @@ class StatusFeed {
   std::chrono::steady_clock::time_point copiedAt;  // likewise
 };
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

@@ -7,7 +7,7 @@
 
 #include "tools/agent/StatusPageText.h"
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 // The base64 text of the SHA-256 of what stands between two tags of the page.
@@ -85,4 +85,4 @@ void AddStatusPage(AgentServer& server, StatusFeed& feed, const Limits& limits) 
   AddEvents(server, feed, limits);
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

@@ -8,12 +8,12 @@
 #include "tools/agent/Limits.h"
 #include "tools/agent/StatusFeed.h"
 
-namespace cimxml {
+namespace tools::agent {
 
 // Adds "GET /" and "GET /events". At most half of the connections may be event streams, so that
 // pages that were left open keep no CIM client out. `feed` outlives the server.
 void AddStatusPage(AgentServer& server, StatusFeed& feed, const Limits& limits);
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

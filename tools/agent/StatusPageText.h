@@ -4,10 +4,10 @@
 #ifndef KECPP_TOOLS_AGENT_STATUSPAGETEXT_H
 #define KECPP_TOOLS_AGENT_STATUSPAGETEXT_H
 
-namespace cimxml {
+namespace tools::agent {
 
 extern const char* const STATUS_PAGE;
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

@@ -5,7 +5,7 @@
 
 #include <stdexcept>
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 // No RSA key exchange, no CBC. Those of TLS 1.3 are good.
@@ -39,4 +39,4 @@ TlsContext MakeTlsContext(const std::string& certificateFile, const std::string&
   return context;
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

@@ -9,7 +9,7 @@
 #include <memory>
 #include <string>
 
-namespace cimxml {
+namespace tools::agent {
 
 using TlsContext = std::shared_ptr<SSL_CTX>;
 
@@ -18,6 +18,6 @@ using TlsContext = std::shared_ptr<SSL_CTX>;
 // encrypts. Throws std::runtime_error.
 TlsContext MakeTlsContext(const std::string& certificateFile, const std::string& keyFile);
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

@@ -9,7 +9,7 @@
 #include <condition_variable>
 #include <mutex>
 
-namespace cimxml {
+namespace tools::agent {
 
 class Turns {
  public:
@@ -44,6 +44,6 @@ class Turns {
   unsigned free;  // guarded by `mutex`
 };
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

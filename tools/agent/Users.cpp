@@ -17,7 +17,7 @@
 #include <stdexcept>
 #include <utility>
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 constexpr std::size_t MAX_CREDENTIALS = 1024;
@@ -170,4 +170,4 @@ Users::Digest Users::DigestOf(const std::string& credentials) const {
   return digest;
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

@@ -14,7 +14,7 @@
 #include <mutex>
 #include <string>
 
-namespace cimxml {
+namespace tools::agent {
 
 class Users {
  public:
@@ -58,6 +58,6 @@ class Users {
   unsigned untold = 0;
 };
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

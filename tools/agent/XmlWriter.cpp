@@ -3,7 +3,7 @@
 
 #include <kecpp.h>
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 constexpr const char* REPLACEMENT = "\xEF\xBF\xBD";
@@ -117,4 +117,4 @@ void XmlWriter::StoredText(std::string_view xmlText) {
   Text(raw.Cstr());
 }
 
-}  // namespace cimxml
+}  // namespace tools::agent

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <utility>
 
-namespace cimxml {
+namespace tools::agent {
 
 class XmlWriter {
  public:
@@ -51,6 +51,6 @@ class XmlWriter {
   std::string out;
 };
 
-}  // namespace cimxml
+}  // namespace tools::agent
 
 #endif

@@ -28,7 +28,7 @@
 #include "tools/common/ProcessEnd.h"
 #include "tools/common/Terminal.h"
 
-namespace cimxml {
+namespace tools::agent {
 namespace {
 
 constexpr const char* PROGRAM = "kecpp-agent";
@@ -75,7 +75,7 @@ void ReadAgain(const AgentOptions& options, Users* users, AgentServer& server) {
 }
 
 void Run(const AgentOptions& options) {
-  const tools::EndOfRun end(0);
+  const EndOfRun end(0);
   const std::unique_ptr<Users> users(
       options.usersFile.empty() ? nullptr : std::make_unique<Users>(options.usersFile));
   CacheGate gate(options.readyWait);
@@ -97,8 +97,8 @@ void Run(const AgentOptions& options) {
             << ":" << port << "/" << std::endl;
   if (!std::cout) throw std::runtime_error("cannot write to standard output");
 
-  tools::Library library;
-  tools::ApplyLogLevel(options.config, options.logLevel);
+  Library library;
+  ApplyLogLevel(options.config, options.logLevel);
   Follower(library.manager, {PROGRAM, options.config}, end, gate, state).Run();
   gate.End();
   state.End();
@@ -106,7 +106,7 @@ void Run(const AgentOptions& options) {
 }
 
 int RunGuarded(const AgentOptions& options) {
-  const tools::ProcessEndGuard guard(PROGRAM);
+  const ProcessEndGuard guard(PROGRAM);
   try {
     Run(options);
     return EXIT_SUCCESS;
@@ -119,26 +119,26 @@ int RunGuarded(const AgentOptions& options) {
 }
 
 int RunCommand(int argc, char** argv) {
-  if (!tools::HasStandardStreams(PROGRAM)) return EXIT_FAILURE;
+  if (!HasStandardStreams(PROGRAM)) return EXIT_FAILURE;
   AgentOptions options;
   if (auto status = ParseAgentOptions(argc, argv, options)) {
-    return tools::FinishOutput(PROGRAM, *status);
+    return FinishOutput(PROGRAM, *status);
   }
   if (options.printMof) {
     std::cout << MofText();
-    return tools::FinishOutput(PROGRAM, EXIT_SUCCESS);
+    return FinishOutput(PROGRAM, EXIT_SUCCESS);
   }
   EndPolitely();
   return RunGuarded(options);
 }
 
 }  // namespace
-}  // namespace cimxml
+}  // namespace tools::agent
 
 int main(int argc, char** argv) {
   // Memory of copies and answers goes back to the system when they go. The allocator would keep
   // tens of megabytes for each of the threads that have made one.
   constexpr int LARGE = 256 * 1024;
   mallopt(M_MMAP_THRESHOLD, LARGE);
-  return cimxml::RunCommand(argc, argv);
+  return tools::agent::RunCommand(argc, argv);
 }

@@ -1,77 +1,34 @@
 // SPDX-License-Identifier: MIT
 //
-// Plain copies of what the caches hold, so that nothing is read from a cache after its mutex was
-// let go. Texts are the bytes of the stubs, unchanged (XML entities stay as they are); every list
-// is sorted by key.
+// A copy of what the caches hold, so that nothing is read from a cache after its mutex was let go:
+// for each kind the rows of its objects, or none when the kind was not read. The columns of a row
+// are ValuesOf its kind.
 #ifndef KECPP_TOOLS_COMMON_INVENTORYCOPY_H
 #define KECPP_TOOLS_COMMON_INVENTORYCOPY_H
 
-#include <optional>
-#include <string>
 #include <vector>
+
+#include "tools/common/Kinds.h"
+#include "tools/common/Rows.h"
 
 namespace tools {
 
-struct Host {
-  std::string name;  // the key
-  std::string elementName;
-  std::string description;
-  std::string uuid;
-  std::string vendor;
-  std::string model;
-  unsigned operationalStatus = 0;
-  std::vector<std::string> machines;  // keys
-};
+class InventoryCopy {
+ public:
+  InventoryCopy() {
+    for (const Kind& kind : Kinds()) rows.emplace_back(*FindClass(kind.className), ValuesOf(kind));
+  }
 
-struct Machine {
-  std::string name;  // the key
-  std::string elementName;
-  std::string description;
-  std::string uuid;
-  std::string guestFullName;
-  std::string guestHostName;
-  std::string guestIPAddress;
-  std::string vmPathName;
-  std::string powerState;
-  unsigned operationalStatus = 0;
-  std::optional<std::string> host;  // key; none while the machine is not linked
-};
+  // `kind` is one of Kinds().
+  Rows& Of(const Kind& kind) { return rows[Place(kind)]; }
+  const Rows& Of(const Kind& kind) const { return rows[Place(kind)]; }
 
-struct Privilege {
-  std::string instanceID;  // the key
-  std::string elementName;
-  std::vector<std::string> roles;  // keys
-};
+ private:
+  static std::size_t Place(const Kind& kind) {
+    return static_cast<std::size_t>(&kind - Kinds().data());
+  }
 
-struct Role {
-  std::string name;  // the key
-  std::string elementName;
-  std::string caption;
-  std::string description;
-  std::string roleType;
-  std::vector<std::string> privileges;  // keys
-  std::vector<std::string> identities;  // keys
-};
-
-struct Identity {
-  std::string instanceID;          // the key
-  std::vector<std::string> roles;  // keys
-};
-
-struct Systems {
-  std::vector<Host> hosts;
-  std::vector<Machine> machines;
-};
-
-struct Authorization {
-  std::vector<Privilege> privileges;
-  std::vector<Role> roles;
-  std::vector<Identity> identities;
-};
-
-struct InventoryCopy {
-  Systems systems;
-  Authorization authorization;
+  std::vector<Rows> rows;
 };
 
 }  // namespace tools

@@ -2,35 +2,50 @@
 #include "tools/common/WatchList.h"
 
 #include <initializer_list>
+#include <string>
+
+#include "tools/common/Kinds.h"
 
 namespace tools {
 namespace {
 
 using namespace KE::Service;
-using namespace KE::Stub;
+using List = KELib::KEVector<KELib::KEString>;
 
-void Fill(KELib::KEVector<KELib::KEString>& list, std::initializer_list<const char*> elements) {
-  for (const char* element : elements) list.Add(KELib::KEString(element));
+void Add(List& list, std::string_view element) {
+  list.Add(KELib::KEString(std::string(element).c_str()));
+}
+
+void Add(List& list, std::initializer_list<const char*> elements) {
+  for (const char* element : elements) Add(list, std::string_view(element));
+}
+
+void AddProperties(List& list, Group group) {
+  for (const Kind& kind : Kinds()) {
+    if (kind.group != group || !kind.serverType) continue;
+    Add(list, {PropSep, ObjectSep, kind.serverType});
+    for (const std::string_view path : Words(kind.paths)) Add(list, path);
+  }
+}
+
+void AddCaches(List& list, Group group) {
+  Add(list, {CacheObjectSep});
+  for (const ClassRow* type : ClassesOf(group)) Add(list, {type->name});
 }
 
 }  // namespace
 
-void ListSystems(KELib::KEVector<KELib::KEString>& list) {
-  Fill(list, {PropSep, ObjectSep, "HostSystem", "name", "summary.overallStatus",
-              "hardware.systemInfo.uuid", "hardware.systemInfo.vendor", "hardware.systemInfo.model",
-              "vm"});
-  Fill(list, {PropSep, ObjectSep, "VirtualMachine", "name", "config.annotation", "config.uuid",
-              "config.files.vmPathName", "runtime.powerState", "runtime.host",
-              "config.guestFullName", "guest.hostName", "guest.ipAddress"});
-  Fill(list, {TraversalSep, "folderWalk", ObjectSep, "Folder", PropSep, "childEntity", SelectSep,
-              "folderWalk"});
-  Fill(list, {CacheObjectSep, ZORBEL_VMComputerSystemClass, ZORBEL_ORXComputerSystemClass});
+void ListSystems(List& list) {
+  AddProperties(list, Group::systems);
+  Add(list, {TraversalSep, "folderWalk", ObjectSep, "Folder", PropSep, "childEntity", SelectSep,
+             "folderWalk"});
+  AddCaches(list, Group::systems);
 }
 
-void ListAuthorization(KELib::KEVector<KELib::KEString>& list) {
-  Fill(list, {PropSep, ObjectSep, "AuthorizationManager", "privilegeList", "roleList"});
-  Fill(list, {MethodSep, "RetrieveAllPermissions"});
-  Fill(list, {CacheObjectSep, Zorbel_RoleClass, Zorbel_PrivilegeClass, Zorbel_IdentityClass});
+void ListAuthorization(List& list) {
+  AddProperties(list, Group::authorization);
+  Add(list, {MethodSep, "RetrieveAllPermissions"});
+  AddCaches(list, Group::authorization);
 }
 
 }  // namespace tools

@@ -3,67 +3,46 @@
 
 #include <nlohmann/json.hpp>
 
-// The JSON library looks for these beside their types.
-namespace tools {
+namespace tools::inventory {
+namespace {
 
 using Json = nlohmann::ordered_json;
 
-static void to_json(Json& json, const Host& host) {
-  json = Json{{"Name", host.name},
-              {"ElementName", host.elementName},
-              {"Description", host.description},
-              {"UUID", host.uuid},
-              {"Vendor", host.vendor},
-              {"Model", host.model},
-              {"OperationalStatus", host.operationalStatus},
-              {"machines", host.machines}};
+Json ListOf(const std::vector<std::string_view>& items) {
+  Json list = Json::array();
+  for (const std::string_view item : items) list.push_back(item);
+  return list;
 }
 
-static void to_json(Json& json, const Machine& machine) {
-  json = Json{{"Name", machine.name},
-              {"ElementName", machine.elementName},
-              {"Description", machine.description},
-              {"UUID", machine.uuid},
-              {"GuestFullName", machine.guestFullName},
-              {"GuestHostName", machine.guestHostName},
-              {"GuestIPAddress", machine.guestIPAddress},
-              {"VMPathName", machine.vmPathName},
-              {"PowerState", machine.powerState},
-              {"OperationalStatus", machine.operationalStatus},
-              {"host", machine.host ? Json(*machine.host) : Json(nullptr)}};
+Json NumberOf(const std::vector<std::string_view>& items) {
+  return items.empty() ? Json(nullptr) : Json(std::stoul(std::string(items.front())));
 }
 
-static void to_json(Json& json, const Privilege& privilege) {
-  json = Json{{"InstanceID", privilege.instanceID},
-              {"ElementName", privilege.elementName},
-              {"roles", privilege.roles}};
+// CIM has the status as a list of one number; here it is the number.
+Json ValueOf(const PropertyRow& row, const std::optional<std::string_view>& value) {
+  if (!value) return nullptr;
+  if (row.type == CimType::UInt16) return NumberOf(Items(*value));
+  return row.isArray ? ListOf(Items(*value)) : Json(*value);
 }
 
-static void to_json(Json& json, const Role& role) {
-  json = Json{{"Name", role.name},
-              {"ElementName", role.elementName},
-              {"Caption", role.caption},
-              {"Description", role.description},
-              {"RoleType", role.roleType},
-              {"privileges", role.privileges},
-              {"identities", role.identities}};
+Json Objects(const Rows& rows) {
+  Json list = Json::array();
+  for (const std::size_t row : rows.ByKey()) {
+    Json object = Json::object();
+    for (std::size_t column = 0; column < rows.Columns().size(); ++column) {
+      const PropertyRow& property = *rows.Columns()[column].row;
+      object[property.name] = ValueOf(property, rows.Value(row, column));
+    }
+    list.push_back(std::move(object));
+  }
+  return list;
 }
 
-static void to_json(Json& json, const Identity& identity) {
-  json = Json{{"InstanceID", identity.instanceID}, {"roles", identity.roles}};
-}
-
-}  // namespace tools
-
-namespace tools::inventory {
+}  // namespace
 
 std::string ToJson(const InventoryCopy& inventory, const Lists& lists) {
   Json document = Json::object();
-  if (lists.hosts) document["hosts"] = inventory.systems.hosts;
-  if (lists.machines) document["machines"] = inventory.systems.machines;
-  if (lists.privileges) document["privileges"] = inventory.authorization.privileges;
-  if (lists.roles) document["roles"] = inventory.authorization.roles;
-  if (lists.identities) document["identities"] = inventory.authorization.identities;
+  for (const Kind* kind : lists) document[kind->name] = Objects(inventory.Of(*kind));
   return document.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 

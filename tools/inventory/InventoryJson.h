@@ -11,8 +11,8 @@
 
 namespace tools::inventory {
 
-// One document without a line end: the lists that `lists` names, in the fixed order hosts,
-// machines, privileges, roles, identities. A byte sequence that is not UTF-8 becomes U+FFFD.
+// One document without a line end: these lists, each sorted by key. A byte sequence that is not
+// UTF-8 becomes U+FFFD.
 std::string ToJson(const InventoryCopy& inventory, const Lists& lists);
 
 }  // namespace tools::inventory

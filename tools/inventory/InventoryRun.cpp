@@ -60,10 +60,7 @@ void InventoryRun::Settle() {
 }
 
 void InventoryRun::ReadAndShow() {
-  InventoryCopy now;
-  if (options.lists.Systems()) now.systems = ReadSystems(connection->Cache());
-  if (options.lists.Authorization()) now.authorization = ReadAuthorization(connection->Cache());
-  view.Show(now);
+  view.Show(ReadInventory(connection->Cache(), options.lists));
 }
 
 void InventoryRun::ShowNextChange() {

@@ -8,70 +8,71 @@
 namespace tools::inventory {
 namespace {
 
-std::string Decoded(const std::string& xmlText) {
+using Form = Column::Form;
+
+std::string Decoded(std::string_view xmlText) {
   KELib::KEString decoded;
-  KELib::Xml::DecodeEntities(xmlText.c_str(), decoded);
+  KELib::Xml::DecodeEntities(std::string(xmlText).c_str(), decoded);
   return decoded.Cstr();
 }
 
-std::string Joined(const std::vector<std::string>& keys) {
+std::string Joined(const std::vector<std::string_view>& keys) {
   std::string all;
-  for (const std::string& key : keys) all += (all.empty() ? "" : ", ") + Decoded(key);
+  for (const std::string_view key : keys) all += (all.empty() ? "" : ", ") + Decoded(key);
   return all;
 }
 
-std::string HostTable(const Systems& systems, const TableRoom& room) {
-  TextTable table("Hosts", {"NAME", "KEY", "STATUS", "VENDOR", "MODEL", "MACHINES"});
-  for (const Host& host : systems.hosts) {
-    table.AddRow({Decoded(host.elementName), Decoded(host.name), StatusWord(host.operationalStatus),
-                  Decoded(host.vendor), Decoded(host.model), std::to_string(host.machines.size())});
-  }
-  return table.Format(room);
+std::string StatusWordOf(const std::vector<std::string_view>& items) {
+  return items.empty() ? "" : StatusWord(std::stoul(std::string(items.front())));
 }
 
-std::string MachineTable(const Systems& systems, const TableRoom& room) {
-  std::unordered_map<std::string, std::string> hostNames;
-  for (const Host& host : systems.hosts) hostNames[host.name] = host.elementName;
-  TextTable table("Machines", {"NAME", "KEY", "HOST", "POWER", "STATUS", "GUEST", "ADDRESS"});
-  for (const Machine& machine : systems.machines) {
-    const std::string host = machine.host ? hostNames[*machine.host] : "-";
-    table.AddRow({Decoded(machine.elementName), Decoded(machine.name), Decoded(host),
-                  Decoded(machine.powerState), StatusWord(machine.operationalStatus),
-                  Decoded(machine.guestFullName), Decoded(machine.guestIPAddress)});
+using HostNames = std::unordered_map<std::string_view, std::string_view>;
+
+HostNames NamesOf(const Rows& hosts) {
+  HostNames names;
+  const std::size_t name = hosts.ColumnOf("ElementName");
+  for (std::size_t row = 0; row < hosts.Count(); ++row) {
+    names[hosts.Key(row)] = hosts.Value(row, name).value_or("");
   }
-  return table.Format(room);
+  return names;
 }
 
-std::string PrivilegeTable(const Authorization& all, const TableRoom& room) {
-  TextTable table("Privileges", {"KEY", "NAME", "ROLES"});
-  for (const Privilege& privilege : all.privileges) {
-    table.AddRow(
-        {Decoded(privilege.instanceID), Decoded(privilege.elementName), Joined(privilege.roles)});
+std::string Cell(Form form, const std::optional<std::string_view>& value, const HostNames& hosts) {
+  if (!value) return form == Form::hostName ? "-" : "";
+  switch (form) {
+    case Form::status:
+      return StatusWordOf(Items(*value));
+    case Form::count:
+      return std::to_string(Items(*value).size());
+    case Form::items:
+      return Joined(Items(*value));
+    case Form::hostName: {
+      const auto host = hosts.find(*value);
+      return host == hosts.end() ? "" : Decoded(host->second);
+    }
+    default:
+      return Decoded(*value);
   }
-  return table.Format(room);
 }
 
-std::string RoleTable(const Authorization& all, const TableRoom& room) {
-  TextTable table("Roles", {"KEY", "NAME", "LABEL", "TYPE", "PRIVILEGES", "IDENTITIES"});
-  for (const Role& role : all.roles) {
-    table.AddRow({Decoded(role.name), Decoded(role.elementName), Decoded(role.caption),
-                  Decoded(role.roleType), std::to_string(role.privileges.size()),
-                  Joined(role.identities)});
-  }
-  return table.Format(room);
-}
-
-std::string IdentityTable(const Authorization& all, const TableRoom& room) {
-  TextTable table("Identities", {"KEY", "ROLES"});
-  for (const Identity& identity : all.identities) {
-    table.AddRow({Decoded(identity.instanceID), Joined(identity.roles)});
+std::string Table(const Kind& kind, const Rows& rows, const HostNames& hosts,
+                  const TableRoom& room) {
+  std::vector<std::string> headings;
+  for (const Column& column : kind.columns) headings.push_back(column.heading);
+  TextTable table(kind.title, headings);
+  for (const std::size_t row : rows.ByKey()) {
+    std::vector<std::string> cells;
+    for (const Column& column : kind.columns) {
+      cells.push_back(Cell(column.form, rows.Value(row, rows.ColumnOf(column.value)), hosts));
+    }
+    table.AddRow(std::move(cells));
   }
   return table.Format(room);
 }
 
 }  // namespace
 
-std::string StatusWord(unsigned operationalStatus) {
+std::string StatusWord(unsigned long operationalStatus) {
   switch (operationalStatus) {
     case 0:
       return "unknown";
@@ -91,13 +92,11 @@ std::string StatusWord(unsigned operationalStatus) {
 }
 
 std::string ToTables(const InventoryCopy& inventory, const Lists& lists, const TableRoom& room) {
+  const HostNames hosts = NamesOf(inventory.Of(*FindKind("hosts")));
   std::string text;
-  auto add = [&text](const std::string& table) { text += (text.empty() ? "" : "\n") + table; };
-  if (lists.hosts) add(HostTable(inventory.systems, room));
-  if (lists.machines) add(MachineTable(inventory.systems, room));
-  if (lists.privileges) add(PrivilegeTable(inventory.authorization, room));
-  if (lists.roles) add(RoleTable(inventory.authorization, room));
-  if (lists.identities) add(IdentityTable(inventory.authorization, room));
+  for (const Kind* kind : lists) {
+    text += (text.empty() ? "" : "\n") + Table(*kind, inventory.Of(*kind), hosts, room);
+  }
   return text;
 }
 

@@ -12,11 +12,11 @@
 
 namespace tools::inventory {
 
-// The tables that `lists` names, within `room`. XML entities are decoded.
+// The tables of these lists, within `room`. XML entities are decoded.
 std::string ToTables(const InventoryCopy& inventory, const Lists& lists, const TableRoom& room);
 
 // The word for a CIM operational status, e.g. "OK" for 2; the number for one without a word.
-std::string StatusWord(unsigned operationalStatus);
+std::string StatusWord(unsigned long operationalStatus);
 
 }  // namespace tools::inventory
 

@@ -1,22 +1,22 @@
 // SPDX-License-Identifier: MIT
 //
-// The lists that kecpp-inventory can show.
+// The lists that are shown: kinds, in the order of Kinds().
 #ifndef KECPP_TOOLS_INVENTORY_LISTS_H
 #define KECPP_TOOLS_INVENTORY_LISTS_H
 
+#include <algorithm>
+#include <vector>
+
+#include "tools/common/Kinds.h"
+
 namespace tools::inventory {
 
-// Which lists are shown.
-struct Lists {
-  bool hosts = false;
-  bool machines = false;
-  bool privileges = false;
-  bool roles = false;
-  bool identities = false;
+using Lists = std::vector<const Kind*>;
 
-  bool Systems() const { return hosts || machines; }
-  bool Authorization() const { return privileges || roles || identities; }
-};
+inline bool HasGroup(const Lists& lists, Group group) {
+  return std::any_of(lists.begin(), lists.end(),
+                     [group](const Kind* kind) { return kind->group == group; });
+}
 
 }  // namespace tools::inventory
 

@@ -4,6 +4,7 @@
 #include <kecpp.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <vector>
 
 #include "tools/common/ConfigArgument.h"
@@ -13,51 +14,43 @@ namespace {
 
 constexpr int USAGE_ERROR = 2;
 
-struct ListName {
-  const char* name;
-  bool Lists::*shown;
-};
-
-constexpr ListName LIST_NAMES[] = {{"hosts", &Lists::hosts},
-                                   {"machines", &Lists::machines},
-                                   {"privileges", &Lists::privileges},
-                                   {"roles", &Lists::roles},
-                                   {"identities", &Lists::identities}};
-
-bool Show(const std::string& name, Lists& lists) {
-  for (const ListName& list : LIST_NAMES) {
-    if (name == list.name) return lists.*list.shown = true;
-  }
-  return false;
+std::string CheckList(const std::string& name) {
+  return FindKind(name) ? std::string() : "there is no list " + name;
 }
 
-std::string CheckList(const std::string& name) {
-  Lists unused;
-  return Show(name, unused) ? std::string() : "there is no list " + name;
+std::string ListNames() {
+  std::string names;
+  for (const Kind& kind : Kinds()) names += (names.empty() ? "" : ",") + std::string(kind.name);
+  return names;
 }
 
 std::string CheckTask(const std::string& text) {
   return ParseTaskCall(text) ? std::string() : "expected METHOD:TYPE:VALUE, got " + text;
 }
 
+// Tables show the systems unless other lists are asked for, JSON shows everything.
+bool IsShown(const Kind& kind, const std::vector<std::string>& names, bool json) {
+  if (names.empty()) return json || kind.group == Group::systems;
+  return std::find(names.begin(), names.end(), kind.name) != names.end();
+}
+
 void ChooseLists(const std::vector<std::string>& names, Options& options) {
-  for (const std::string& name : names) Show(name, options.lists);
-  options.wantsAuthorization = options.lists.Authorization();
-  if (!names.empty()) return;
-  options.lists.hosts = options.lists.machines = true;
-  if (options.json) {
-    options.lists.privileges = options.lists.roles = options.lists.identities = true;
+  for (const Kind& kind : Kinds()) {
+    if (IsShown(kind, names, options.json)) options.lists.push_back(&kind);
   }
+  options.wantsAuthorization = !names.empty() && HasGroup(options.lists, Group::authorization);
 }
 
 }  // namespace
 
 ConnectionNeeds NeedsOf(const Options& options) {
   using Authorization = ConnectionNeeds::Authorization;
-  const Authorization authorization = options.wantsAuthorization      ? Authorization::required
-                                      : options.lists.Authorization() ? Authorization::whereAllowed
-                                                                      : Authorization::none;
-  return {PROGRAM, options.config, authorization};
+  ConnectionNeeds needs{PROGRAM, options.config, Authorization::none};
+  if (HasGroup(options.lists, Group::authorization)) {
+    needs.authorization =
+        options.wantsAuthorization ? Authorization::required : Authorization::whereAllowed;
+  }
+  return needs;
 }
 
 std::optional<TaskCall> ParseTaskCall(const std::string& text) {
@@ -81,7 +74,7 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, Options& opti
       ->check(CheckConfig);
   app.add_option("--format", format, "How to print: table or json")
       ->check(CLI::IsMember({"table", "json"}));
-  app.add_option("--show", lists, "Lists to show: hosts,machines,privileges,roles,identities")
+  app.add_option("--show", lists, "Lists to show: " + ListNames())
       ->delimiter(',')
       ->check(CheckList);
   app.add_flag("--follow", options.follow, "Print again at every change, until Ctrl-C");

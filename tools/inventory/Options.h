@@ -28,7 +28,7 @@ struct Options {
   double duration = 0;   // seconds; 0 is without limit
   int settle = 300;      // milliseconds without a change after which the inventory is complete
   std::string logLevel;  // empty: as the configuration says
-  Lists lists;           // what is shown
+  Lists lists;           // what is shown; at least one
   bool wantsAuthorization = false;  // asked for by name: its absence is an error
   std::optional<TaskCall> task;     // run this and show no inventory
 };

@@ -19,9 +19,7 @@ constexpr const char* CLEAR_SCREEN = "\033[H\033[2J";
 constexpr std::size_t TABLE_FRAME_LINES = 4;
 
 std::size_t RowsPerTable(std::size_t terminalRows, const Lists& lists) {
-  const std::size_t tables =
-      lists.hosts + lists.machines + lists.privileges + lists.roles + lists.identities;
-  const std::size_t linesEach = terminalRows / tables;
+  const std::size_t linesEach = terminalRows / lists.size();
   return std::max(linesEach, TABLE_FRAME_LINES + 1) - TABLE_FRAME_LINES;
 }
 

@@ -4,21 +4,21 @@
 // machines out of a cache under its mutex costs a few large allocations and no more.
 //
 // Thread safety: none.
-#ifndef KECPP_TOOLS_AGENT_ROWS_H
-#define KECPP_TOOLS_AGENT_ROWS_H
+#ifndef KECPP_TOOLS_COMMON_ROWS_H
+#define KECPP_TOOLS_COMMON_ROWS_H
 
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "tools/agent/Schema.h"
+#include "tools/common/Schema.h"
 
-namespace cimxml {
+namespace tools {
 
 // Instances of one class. Column 0 is the key, whatever else was asked for; the texts are XML texts
 // as the stubs hold them.
-class Rows final : public TakeText {
+class Rows {
  public:
   // `columns` are the properties that are copied besides the key.
   Rows(const ClassRow& type, std::vector<ClassProperty> columns);
@@ -26,26 +26,30 @@ class Rows final : public TakeText {
   // Makes room for about so many rows, so that memory is got, and touched, before a mutex is held.
   void Expect(std::size_t rows);
 
-  // Copies one stub of the class. The caller holds the mutex of its cache.
+  // Copies one stub of the class. The caller holds the mutexes that its columns need (Schema.h).
   void Add(KELib::Stub::KEStubBase& stub);
 
   const ClassRow& Type() const { return *type; }
   const std::vector<ClassProperty>& Columns() const { return columns; }
-  std::size_t Count() const { return ends.size() / (columns.size() + 1); }
+  std::size_t Count() const { return ends.size() / Width(); }
 
   std::string_view Key(std::size_t row) const { return *At(row * Width()); }
-  // Nothing where the class has no such field.
+  // Nothing where the stub has no such value. For lists see Items.
   std::optional<std::string_view> Value(std::size_t row, std::size_t column) const {
     return At(row * Width() + column + 1);
   }
+  // The position of a column, which must exist.
+  std::size_t ColumnOf(std::string_view name) const;
+
+  // The rows' numbers in the order of their keys.
+  std::vector<std::size_t> ByKey() const;
 
  private:
-  void Take(const char* text) override;
   std::size_t Width() const { return columns.size() + 1; }
+  void Put(ReadValue read, KELib::Stub::KEStubBase& stub);
   std::optional<std::string_view> At(std::size_t cell) const;
 
   const ClassRow* type;
-  ReadValue readKey;
   std::vector<ClassProperty> columns;
   std::string texts;
   // Where each cell's text ends; a text begins where the one before ends. The lowest bit says that
@@ -53,6 +57,9 @@ class Rows final : public TakeText {
   std::vector<std::size_t> ends;
 };
 
-}  // namespace cimxml
+// The items of a list's value.
+std::vector<std::string_view> Items(std::string_view list);
+
+}  // namespace tools
 
 #endif

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "tools/inventory/InventoryTable.h"
+#include "tools/inventory/TextTable.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "support/Answers.h"
 #include "tools/common/CellText.h"
-#include "tools/inventory/TextTable.h"
 
 namespace tools::inventory {
 namespace {
@@ -44,24 +43,6 @@ TEST(TextTable, CutsTheWidestColumnsAndAtLastTheLines) {
             "Things (1)\n  A   B        C\n  a   bbbbb\xe2\x80\xa6   ccccc\xe2\x80\xa6\n");
   EXPECT_EQ(Things({0, 8}, {"A", "B", "C"}, rows),
             "Things \xe2\x80\xa6\n  A   B\xe2\x80\xa6\n  a   b\xe2\x80\xa6\n");
-}
-
-TEST(InventoryTable, DecodesEntitiesAndNamesTheHostOfAMachine) {
-  InventoryCopy all;
-  all.systems.hosts = {{"h1", "R&amp;D", "", "", "V", "M", 3, {"vm1"}}};
-  all.systems.machines.resize(2);
-  all.systems.machines[0].name = "vm1";
-  all.systems.machines[0].elementName = "a &lt;b&gt; &#233;";
-  all.systems.machines[0].host = "h1";
-  all.systems.machines[1].name = "vm2";
-  Lists lists;
-  lists.hosts = lists.machines = true;
-  const std::string text = ToTables(all, lists, {});
-  EXPECT_THAT(text, HasSubstr("R&D"));
-  EXPECT_THAT(text, HasSubstr("degraded"));
-  EXPECT_THAT(text, HasSubstr("a <b> \xc3\xa9"));
-  EXPECT_THAT(text, HasSubstr("vm1   R&D"));
-  EXPECT_THAT(text, HasSubstr("vm2   -"));
 }
 
 }  // namespace

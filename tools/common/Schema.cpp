@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "tools/agent/Schema.h"
+#include "tools/common/Schema.h"
 
 #include <strings.h>
 
 #include <charconv>
 #include <iterator>
 
-namespace cimxml {
+namespace tools {
 namespace {
 
 using namespace KE::Stub;
@@ -15,27 +15,31 @@ using KELib::Stub::KEStubBase;
 
 // A field of a stub whose class is known from the cache that it is in.
 template <class Stub, KEString Stub::*field>
-void Field(KEStubBase& stub, TakeText& take) {
-  take.Take((static_cast<Stub&>(stub).*field).Cstr());
+bool Field(KEStubBase& stub, std::string& out) {
+  out += (static_cast<Stub&>(stub).*field).Cstr();
+  return true;
 }
 
 // A field of a base that not every class of the table has in the library: identities are stubs and
 // no managed elements.
 template <KEString CIM_ManagedElement::*field>
-void ElementField(KEStubBase& stub, TakeText& take) {
+bool ElementField(KEStubBase& stub, std::string& out) {
   auto* element = dynamic_cast<CIM_ManagedElement*>(&stub);
-  take.Take(element ? (element->*field).Cstr() : nullptr);
+  if (element) out += (element->*field).Cstr();
+  return element != nullptr;
 }
 
-void ClassName(KEStubBase& stub, TakeText& take) {
-  take.Take(stub.GetStubClassName());
+bool ClassName(KEStubBase& stub, std::string& out) {
+  out += stub.GetStubClassName();
+  return true;
 }
 
-void Status(KEStubBase& stub, TakeText& take) {
+// A list of one.
+bool Status(KEStubBase& stub, std::string& out) {
   char digits[8] = {};
-  std::to_chars(digits, std::end(digits) - 1,
-                static_cast<CIM_ComputerSystem&>(stub).OperationalStatus);
-  take.Take(digits);
+  const unsigned status = static_cast<CIM_ComputerSystem&>(stub).OperationalStatus;
+  out.append(digits, std::to_chars(digits, std::end(digits), status).ptr) += '\0';
+  return true;
 }
 
 constexpr PropertyRow Key(const char* name, ReadValue read, const char* description) {
@@ -227,4 +231,4 @@ const char* TypeName(CimType type) {
   return type == CimType::UInt16 ? "uint16" : "string";
 }
 
-}  // namespace cimxml
+}  // namespace tools

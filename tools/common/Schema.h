@@ -1,35 +1,31 @@
 // SPDX-License-Identifier: MIT
 //
-// The one table of what this agent serves: classes, their properties, types and keys, the ends of
-// associations, and where in a stub of the library each value is read. The MOF file is written from
-// it as well.
+// The one table of classes: their properties, types and keys, the ends of associations, and where
+// in a stub of the library each value is read. The agent serves it and writes the MOF file from it;
+// the lists of kecpp-inventory (Kinds.h) are made of its properties.
 //
 // Class and property names compare without letter case, as CIM has it.
-// Thread safety: constant.
-#ifndef KECPP_TOOLS_AGENT_SCHEMA_H
-#define KECPP_TOOLS_AGENT_SCHEMA_H
+// Thread safety: constant. The caller holds the mutex of the cache that a stub is in while a value
+// is
+//   read.
+#ifndef KECPP_TOOLS_COMMON_SCHEMA_H
+#define KECPP_TOOLS_COMMON_SCHEMA_H
 
 #include <kecpp.h>
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <vector>
 
-namespace cimxml {
+namespace tools {
 
 enum class CimType { String, UInt16, Reference };
 
-// Calls `take` with a value of the stub, which is of the class that the row belongs to or of one
-// that derives from it. The text is the stub's own, XML text with its entities; null when a stub of
-// this class has no such field. The caller holds the mutex of the stub's cache.
-class TakeText {
- public:
-  virtual void Take(const char* text) = 0;
-
- protected:
-  ~TakeText() = default;
-};
-using ReadValue = void (*)(KELib::Stub::KEStubBase& stub, TakeText& take);
+// Appends a value of the stub, which is of the class that the row belongs to or of one that derives
+// from it. The text is the stub's own, XML text with its entities; in a list each item is followed
+// by a NUL. False, and nothing appended, when the stub has no such value.
+using ReadValue = bool (*)(KELib::Stub::KEStubBase& stub, std::string& out);
 
 struct PropertyRow {
   const char* name;
@@ -83,6 +79,6 @@ const char* TypeName(CimType type);                     // as CIM-XML and MOF wr
 constexpr const char* CREATION_CLASS_NAME = "CreationClassName";
 constexpr const char* NAMESPACE_NAME = "root/cimv2";
 
-}  // namespace cimxml
+}  // namespace tools
 
 #endif
