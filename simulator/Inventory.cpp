@@ -17,24 +17,19 @@ const char* const kMachine = "VirtualMachine";
 const char* const kFolder = "Folder";
 
 std::vector<Property> FolderProperties(const char* name) {
-  return {{"name", name, " xsi:type=\"xsd:string\"", false, 0},
-          {"childEntity", "", " xsi:type=\"ArrayOfManagedObjectReference\"", true, 0}};
+  return {TextProperty("name", name), MembersProperty("childEntity")};
 }
 
 }  // namespace
 
-Inventory::Inventory(unsigned int hosts, unsigned int machines, std::uint64_t seedValue)
+Inventory::Inventory(const std::vector<unsigned int>& counts, std::uint64_t seedValue)
     : authorization(MadeUpAuthorization()), seed(seedValue) {
   AddObjectLocked(kRoot, kFolder, FolderProperties("root"));
-  for (const auto& [id, name] : {std::pair{kHosts, "hosts"}, std::pair{kMachines, "machines"}}) {
-    AddObjectLocked(id, kFolder, FolderProperties(name));
-    AddMemberLocked(kRoot, id);
+  for (const Kind& kind : Kinds()) {
+    AddObjectLocked(kind.folder, kFolder, FolderProperties(kind.plural));
+    AddMemberLocked(kRoot, kind.folder);
   }
-  std::vector<std::string> hostIds;
-  for (unsigned int i = 1; i <= hosts; ++i) hostIds.push_back(AddHostLocked(MadeUpName("host", i)));
-  for (unsigned int i = 1; i <= machines; ++i) {
-    AddMachineLocked(MadeUpName("vm", i), hosts > 0 ? hostIds[(i - 1) % hosts] : "");
-  }
+  for (std::size_t i = 0; i < counts.size(); ++i) MakeUpLocked(Kinds().at(i), counts[i]);
   AddObjectLocked(kAuthorization, "AuthorizationManager",
                   {{"privilegeList", "", " xsi:type=\"ArrayOfAuthorizationPrivilege\"", false, 0},
                    {"roleList", "", " xsi:type=\"ArrayOfAuthorizationRole\"", false, 0}});
@@ -135,34 +130,36 @@ void Inventory::DropMemberLocked(const std::string& container, const std::string
   TouchLocked(*object, object->properties.back());
 }
 
-std::string Inventory::AddHostLocked(const std::string& name) {
-  const unsigned int number = nextHost++;
-  const std::string id = "host-" + std::to_string(number);
-  AddObjectLocked(id, kHost, MadeUpHost(name, number, seed));
-  AddMemberLocked(kHosts, id);
+std::string Inventory::AddLocked(const Kind& kind, const std::string& name,
+                                 const std::string& host) {
+  const unsigned int number = ++made[&kind];
+  const std::string id = kind.stem + ("-" + std::to_string(number));
+  AddObjectLocked(id, kind.type, kind.makeUp({id, name, host, number, seed}));
+  AddMemberLocked(host, id);
+  AddMemberLocked(kind.folder, id);
   return id;
 }
 
-std::string Inventory::AddMachineLocked(const std::string& name, const std::string& host) {
-  const unsigned int number = nextMachine++;
-  const std::string id = "vm-" + std::to_string(number);
-  AddObjectLocked(id, kMachine, MadeUpMachine(id, name, host, number, seed));
-  AddMemberLocked(host, id);
-  AddMemberLocked(kMachines, id);
-  return id;
+// The hosts take turns.
+void Inventory::MakeUpLocked(const Kind& kind, unsigned int count) {
+  const std::vector<const Object*> hosts = FindLocked(kHosts)->members;
+  for (unsigned int i = 0; i < count; ++i) {
+    const bool hasHost = kind.isOnHost && !hosts.empty();
+    AddLocked(kind, MadeUpName(kind.stem, i + 1), hasHost ? hosts[i % hosts.size()]->id : "");
+  }
 }
 
 std::string Inventory::CreateMachine(const std::string& name, const std::string& host) {
   const std::lock_guard<std::mutex> lock(mutex);
   if (!IsLocked(host, kHost)) return "";
-  const std::string id = AddMachineLocked(name, host);
+  const std::string id = AddLocked(KindOf(kMachine), name, host);
   changed.notify_all();
   return id;
 }
 
 std::string Inventory::CreateHost(const std::string& name) {
   const std::lock_guard<std::mutex> lock(mutex);
-  const std::string id = AddHostLocked(name);
+  const std::string id = AddLocked(KindOf(kHost), name, "");
   changed.notify_all();
   return id;
 }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // The simulated host's objects, with a version for every change: folders, hosts, machines, the
-// authorization manager and tasks. A "Folder" at the root lists two folders as its "childEntity",
-// one of the hosts and one of the machines. Values are XML texts, as they go over the wire.
+// authorization manager and tasks. A "Folder" at the root lists a folder for each kind of object
+// (Kinds.h) as its "childEntity". Values are XML texts, as they go over the wire.
 //
 // Thread safety: every operation takes the inventory's mutex, which is also the one that waits for
 // changes sleep on (Mutex, Changed); operations named ...Locked require it.
@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <string>
 #include <unordered_map>
@@ -20,13 +21,15 @@
 #include <vector>
 
 #include "simulator/Authorization.h"
+#include "simulator/Kinds.h"
 #include "simulator/Object.h"
 
 namespace sim {
 
 class Inventory {
  public:
-  Inventory(unsigned int hosts, unsigned int machines, std::uint64_t seed);
+  // `counts`: how many objects there are of the first, the second ... of Kinds().
+  Inventory(const std::vector<unsigned int>& counts, std::uint64_t seed);
 
   static constexpr const char* kRoot = "group-d1";
   static constexpr const char* kHosts = "group-h1";
@@ -74,8 +77,8 @@ class Inventory {
   void AddMemberLocked(const std::string& container, const std::string& id);
   void DropMemberLocked(const std::string& container, const std::string& id);
   void AddObjectLocked(const std::string& id, const char* type, std::vector<Property> properties);
-  std::string AddMachineLocked(const std::string& name, const std::string& host);
-  std::string AddHostLocked(const std::string& name);
+  std::string AddLocked(const Kind& kind, const std::string& name, const std::string& host);
+  void MakeUpLocked(const Kind& kind, unsigned int count);
   void RemoveLocked(const std::string& folder, const std::string& id);
   void MoveLocked(const std::string& id, const std::string& host);
   bool IsLocked(const std::string& id, const char* type) const;
@@ -89,7 +92,8 @@ class Inventory {
   std::deque<std::pair<Version, std::string>> journal;
   Version journalStart = 1;  // changes after this one are in the journal
   const std::uint64_t seed;
-  unsigned int nextMachine = 1, nextHost = 1, nextTask = 1;
+  std::map<const Kind*, unsigned int> made;  // so far, those that have gone included
+  unsigned int nextTask = 1;
 };
 
 }  // namespace sim

@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
 #include "simulator/Object.h"
 
@@ -15,11 +14,17 @@ namespace sim {
 // A name, as XML text; now and then with entities, or with letters outside ASCII.
 std::string MadeUpName(const std::string& stem, unsigned int number);
 
-// All properties of the host or machine with that number.
-std::vector<Property> MadeUpHost(const std::string& name, unsigned int number, std::uint64_t seed);
-std::vector<Property> MadeUpMachine(const std::string& id, const std::string& name,
-                                    const std::string& host, unsigned int number,
-                                    std::uint64_t seed);
+// A number that looks random.
+std::uint64_t MadeUpNumber(std::uint64_t seed);
+
+std::string MadeUpUuid(std::uint64_t seed);
+
+// An IPv4 address.
+std::string MadeUpAddress(unsigned int number);
+
+// A property with a text, and one that lists the object's members.
+Property TextProperty(const char* name, const std::string& xml);
+Property MembersProperty(const char* name);
 
 }  // namespace sim
 

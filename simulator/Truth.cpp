@@ -4,6 +4,8 @@
 #include <map>
 #include <set>
 
+#include "simulator/Kinds.h"
+
 namespace sim {
 
 namespace {
@@ -12,56 +14,16 @@ using nlohmann::json;
 using Ids = std::set<std::string>;
 using ByKey = std::map<std::string, json>;
 
-unsigned int StatusOfPower(const std::string& state) {
-  if (state == "poweredOn") return 2;
-  if (state == "poweredOff") return 10;
-  return state == "suspended" ? 15 : 0;
-}
-
-unsigned int StatusOfHost(const std::string& status) {
-  if (status == "green") return 2;
-  if (status == "yellow") return 3;
-  return status == "red" ? 6 : 0;
-}
-
-json Host(const Object& host) {
-  Ids machines;
-  for (const Object* machine : host.members) machines.insert(machine->id);
-  return {{"Name", host.id},
-          {"ElementName", host.Text("name")},
-          {"Description", ""},
-          {"UUID", host.Text("hardware.systemInfo.uuid")},
-          {"Vendor", host.Text("hardware.systemInfo.vendor")},
-          {"Model", host.Text("hardware.systemInfo.model")},
-          {"OperationalStatus", StatusOfHost(host.Text("summary.overallStatus"))},
-          {"machines", machines}};
-}
-
-json Machine(const Object& machine) {
-  const std::string host = machine.Text("runtime.host");
-  return {{"Name", machine.id},
-          {"ElementName", machine.Text("name")},
-          {"Description", machine.Text("config.annotation")},
-          {"UUID", machine.Text("config.uuid")},
-          {"GuestFullName", machine.Text("config.guestFullName")},
-          {"GuestHostName", machine.Text("guest.hostName")},
-          {"GuestIPAddress", machine.Text("guest.ipAddress")},
-          {"VMPathName", machine.Text("config.files.vmPathName")},
-          {"PowerState", machine.Text("runtime.powerState")},
-          {"OperationalStatus", StatusOfPower(machine.Text("runtime.powerState"))},
-          {"host", host.empty() ? json(nullptr) : json(host)}};
-}
-
 json Values(ByKey from) {
   json list = json::array();
   for (auto& entry : from) list.push_back(std::move(entry.second));
   return list;
 }
 
-json Members(const Inventory& inventory, const char* folder, json (*describe)(const Object&)) {
+json Objects(const Inventory& inventory, const Kind& kind) {
   ByKey found;
-  for (const Object* member : inventory.FindLocked(folder)->members) {
-    found[member->id] = describe(*member);
+  for (const Object* object : inventory.FindLocked(kind.folder)->members) {
+    found[object->id] = kind.describe(*object);
   }
   return Values(std::move(found));
 }
@@ -115,10 +77,9 @@ void DescribeAuthorization(const Authorization& all, json& truth) {
 
 json Truth(Inventory& inventory) {
   const std::lock_guard<std::mutex> lock(inventory.Mutex());
-  const Inventory& objects = inventory;
-  json truth = {{"hosts", Members(objects, Inventory::kHosts, Host)},
-                {"machines", Members(objects, Inventory::kMachines, Machine)}};
-  DescribeAuthorization(objects.AuthorizationLocked(), truth);
+  json truth;
+  for (const Kind& kind : Kinds()) truth[kind.plural] = Objects(inventory, kind);
+  DescribeAuthorization(inventory.AuthorizationLocked(), truth);
   return truth;
 }
 

@@ -21,7 +21,7 @@
 namespace {
 
 struct Options {
-  unsigned int hosts = 2, machines = 10;
+  std::vector<unsigned int> counts;  // of each kind
   std::uint64_t seed = 1;
   double churn = 0;
   int port = 0;
@@ -32,8 +32,11 @@ struct Options {
 };
 
 void Declare(Options& options, CLI::App& app) {
-  app.add_option("--hosts", options.hosts, "Number of hosts");
-  app.add_option("--machines", options.machines, "Number of machines");
+  for (const sim::Kind& kind : sim::Kinds()) options.counts.push_back(kind.usually);
+  for (std::size_t i = 0; i < options.counts.size(); ++i) {
+    const std::string plural = sim::Kinds()[i].plural;
+    app.add_option("--" + plural, options.counts[i], "Number of " + plural);
+  }
   app.add_option("--seed", options.seed, "Seed of the inventory and of its changes");
   app.add_option("--churn", options.churn, "Random changes per second");
   app.add_option("--listen-port", options.port, "Port on 127.0.0.1; 0 takes a free one")
@@ -63,7 +66,7 @@ void AwaitEnd(unsigned int seconds) {
 }
 
 void Serve(const Options& options) {
-  sim::Inventory inventory(options.hosts, options.machines, options.seed);
+  sim::Inventory inventory(options.counts, options.seed);
   sim::Daemon daemon(inventory, options.daemon);
   sim::Churn churn(inventory, options.churn, options.seed);
   sim::Faults faults;

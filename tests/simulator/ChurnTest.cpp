@@ -12,7 +12,7 @@ namespace sim {
 namespace {
 
 TEST(Churn, RestsAsSoonAsItWasToldTo) {
-  Inventory inventory(3, 20, 1);
+  Inventory inventory({3, 20}, 1);
   Churn churn(inventory, 0, 1);
   for (int round = 0; round < 50; ++round) {
     const nlohmann::json before = Truth(inventory);
@@ -26,7 +26,7 @@ TEST(Churn, RestsAsSoonAsItWasToldTo) {
 
 // Both ends of every link name each other, whatever was changed.
 TEST(Churn, KeepsHostsAndMachinesInStep) {
-  Inventory inventory(3, 10, 1);
+  Inventory inventory({3, 10}, 1);
   {
     Churn churn(inventory, 1000000, 7);
     for (Version start = 0; start < 2000;) {

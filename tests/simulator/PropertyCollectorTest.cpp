@@ -19,7 +19,7 @@ class PropertyCollectorTest : public testing::Test {
 
   void Begin(unsigned int maxObjects) {
     collector.reset();
-    inventory = std::make_unique<Inventory>(1, 3, 1);
+    inventory = std::make_unique<Inventory>(std::vector<unsigned int>{1, 3}, 1);
     collector = std::make_unique<PropertyCollector>(*inventory, maxObjects);
     collector->OpenSession("s");
     version = before = "";
