@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "datasync/StaleObjects.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "datasync/PropertyList.h"
 #include "instance/KECacheGuard.h"
 #include "instance/KEDataIterator.h"
@@ -32,23 +35,53 @@ StaleObjects::Classes StaleObjects::ClassesOf(const PropertyList& list) {
   return classes;
 }
 
-void StaleObjects::Collect(unsigned int index, KE::Instance::KETypeCache& cache, Ids& ids) {
+// Collects what is cached and not in `except`.
+void StaleObjects::Collect(unsigned int index, KE::Instance::KETypeCache& cache, const Ids& except,
+                           Ids& ids) {
   ids.clear();
   KE::Instance::KECacheGuard caches(&cache);
   caches.LockKinds(kObjectKinds[index].group);
   KELib::KEString type(kObjectKinds[index].cacheClass);
   KE::Instance::KEDataCache* data = cache.GetDataCache(type);
   if (data == nullptr) return;
-  for (auto it = data->Iterator(); !it.End(); ++it) ids.emplace(it->key.Cstr());
+  for (auto it = data->Iterator(); !it.End(); ++it) {
+    std::string id = it->key.Cstr();
+    if (except.count(id) == 0) ids.insert(std::move(id));
+  }
 }
 
-// The filters of a report that is open already have more to say when another one joins them.
-void StaleObjects::Open(unsigned int index) {
+void StaleObjects::Open(unsigned int index, SyncTime now) {
   Report& report = reports[index];
   open |= Bit(index);
-  report.orphans = report.covered = report.begun = report.over = false;
+  report.batch.since = report.news = now;
+  report.orphans = false;
+  report.awaited = true;
+}
+
+// The filters of a report that is open already have more to say when another one joins them. In the
+// report's first minute that is waited for; a later one must not keep it open for ever.
+void StaleObjects::Join(Report& report, SyncTime now) {
+  report.covered = false;
+  if (now - report.batch.since >= kLongestReport) return;
+  report.awaited = true;
   report.silences = 0;
-  report.since = GetSyncSeams().now();
+}
+
+// Everything was asked for while the report was open: the server begins again.
+void StaleObjects::AskAgain(Report& report, SyncTime now) {
+  report.next.begun = false;
+  report.next.since = report.news = now;
+  report.orphans = false;
+  report.awaited = true;
+  report.silences = 0;
+}
+
+// What was missing in the first batch has gone, or was named.
+void StaleObjects::Advance(unsigned int index) {
+  Report& report = reports[index];
+  report.over = false;
+  report.batch = std::exchange(report.next, Batch());
+  if (report.batch.missing.empty()) Close(index);
 }
 
 void StaleObjects::Close(unsigned int index) {
@@ -59,19 +92,20 @@ void StaleObjects::Close(unsigned int index) {
 }
 
 bool StaleObjects::FilterCame(Classes its, Classes others, KE::Instance::KETypeCache& cache) {
+  const SyncTime now = GetSyncSeams().now();
   bool needsEverything = false;
   for (unsigned int i = 0; i < kCount; ++i) {
     if ((its & Bit(i)) == 0) continue;
     Report& report = reports[i];
     if (IsOpen(Bit(i))) {
-      Open(i);
+      Join(report, now);
     } else if (report.orphans) {
-      Collect(i, cache, report.missing);
-      if (report.missing.empty()) {
-        report.orphans = false;
+      Collect(i, cache, {}, report.batch.missing);
+      Open(i, now);
+      if (report.batch.missing.empty()) {
+        Close(i);
         continue;
       }
-      Open(i);
       if ((others & Bit(i)) != 0) needsEverything = true;
     }
   }
@@ -90,11 +124,18 @@ void StaleObjects::BeginWait(bool everything, Classes watched, KE::Instance::KET
   filterSets = false;
   named = 0;
   if (everything) {
+    const SyncTime now = GetSyncSeams().now();
     for (unsigned int i = 0; i < kCount; ++i) {
       if ((watched & Bit(i)) == 0) continue;
-      Collect(i, cache, reports[i].missing);
-      Open(i);
-      if (reports[i].missing.empty()) Close(i);
+      Report& report = reports[i];
+      if (IsOpen(Bit(i))) {
+        Collect(i, cache, report.batch.missing, report.next.missing);
+        AskAgain(report, now);
+      } else {
+        Collect(i, cache, {}, report.batch.missing);
+        Open(i, now);
+      }
+      if (report.batch.missing.empty()) Advance(i);
     }
     expecting = false;
   }
@@ -104,7 +145,10 @@ void StaleObjects::BeginWait(bool everything, Classes watched, KE::Instance::KET
 
 void StaleObjects::Strike(const KE::Stub::ManagedObjectReference& object) {
   const std::size_t index = KE::Instance::KindOf(object.type).Index();
-  if (IsOpen(Bit(index))) reports[index].missing.erase(object.value.Cstr());
+  if (!IsOpen(Bit(index))) return;
+  Report& report = reports[index];
+  const std::string id = object.value.Cstr();
+  if (report.batch.missing.erase(id) + report.next.missing.erase(id) > 0) report.struck = true;
 }
 
 // Until everything was asked for, it is not known what is missing.
@@ -112,18 +156,37 @@ bool StaleObjects::IsPending(unsigned int index) const {
   return IsOpen(Bit(index)) && !reports[index].over && !expecting;
 }
 
+void StaleObjects::NotePart(Report& report, SyncTime now) {
+  report.awaited = false;
+  for (Batch* batch : {&report.batch, &report.next}) {
+    if (batch->begun || batch->missing.empty()) continue;
+    batch->begun = true;
+    batch->since = now;
+  }
+}
+
+// Under constant change: the first batch has had its time, and nothing of a report comes any more.
+bool StaleObjects::IsDue(const Report& report, SyncTime now) {
+  return !report.awaited && now - report.batch.since >= kLongestReport &&
+         now - report.news >= std::chrono::milliseconds(kNextPartMs);
+}
+
+// All that is missing is stale.
+void StaleObjects::EndInSilence(Report& report) {
+  report.batch.missing.merge(report.next.missing);
+  report.over = true;
+}
+
 void StaleObjects::EndAnswer(bool advanced) {
   const SyncTime now = GetSyncSeams().now();
   for (unsigned int i = 0; i < kCount; ++i) {
     if (!IsPending(i)) continue;
     Report& report = reports[i];
-    const bool isPart = advanced && filterSets && (report.covered || (named & Bit(i)) != 0);
-    if (report.missing.empty()) {
-      Close(i);
-    } else if (isPart && !report.begun) {
-      report.begun = true;
-      report.since = now;
-    } else if (report.begun && now - report.since >= kLongestReport) {
+    if (std::exchange(report.struck, false)) report.news = now;
+    if (advanced && filterSets && (report.covered || (named & Bit(i)) != 0)) NotePart(report, now);
+    if (report.batch.missing.empty()) {
+      Advance(i);
+    } else if (IsDue(report, now)) {
       report.over = true;
     }
   }
@@ -134,17 +197,25 @@ void StaleObjects::EndSilence() {
   for (unsigned int i = 0; i < kCount; ++i) {
     Report& report = reports[i];
     if (!IsPending(i) || !report.covered) continue;
-    if (report.begun) {
-      report.over = true;
-    } else if (!brief && ++report.silences > 1 && now - report.since >= kLongestReport) {
-      report.over = true;
+    if (!report.awaited) {
+      EndInSilence(report);
+    } else if (!brief && ++report.silences > 1 &&
+               now - std::max(report.batch.since, report.next.since) >= kLongestReport) {
+      EndInSilence(report);
     }
   }
 }
 
 bool StaleObjects::AwaitsPart() const {
   for (unsigned int i = 0; i < kCount; ++i) {
-    if (IsPending(i) && reports[i].begun) return true;
+    if (IsPending(i) && !reports[i].awaited) return true;
+  }
+  return false;
+}
+
+bool StaleObjects::AwaitsBegin() const {
+  for (unsigned int i = 0; i < kCount; ++i) {
+    if (IsPending(i) && reports[i].awaited) return true;
   }
   return false;
 }
@@ -152,14 +223,14 @@ bool StaleObjects::AwaitsPart() const {
 const ObjectKind* StaleObjects::StaleKind() {
   for (unsigned int i = 0; i < kCount; ++i) {
     if (!reports[i].over) continue;
-    if (!reports[i].missing.empty()) return &kObjectKinds[i];
-    Close(i);
+    if (!reports[i].batch.missing.empty()) return &kObjectKinds[i];
+    Advance(i);
   }
   return nullptr;
 }
 
 void StaleObjects::TakeStale(const ObjectKind& kind, KELib::KEString& id) {
-  Ids& missing = reports[kind.Index()].missing;
+  Ids& missing = reports[kind.Index()].batch.missing;
   id = missing.begin()->c_str();
   missing.erase(missing.begin());
 }

@@ -14,6 +14,11 @@
 // answer. A server that is silent from the start may still be at work, or have nothing to report:
 // the report is over when two waits in a row, and a minute, have passed.
 //
+// Filters may join all the time, and everything may be asked for again and again. Neither puts off
+// the end of the 60 seconds, but the server is given two seconds after each request for everything
+// and after each name that strikes something off: it may have begun its report again. What a
+// further request counts as missing is a batch with its own 60 seconds.
+//
 // Thread safety: guarded by the data sync's filter-table mutex.
 // Memory: the identifiers of what is cached of a class, while a report of it is open.
 #ifndef KECPP_DATASYNC_STALEOBJECTS_H
@@ -87,6 +92,9 @@ class StaleObjects {
   // A part of a report has come, and something is missing still.
   bool AwaitsPart() const;
 
+  // No part has come yet of a report that the server may still be at work on.
+  bool AwaitsBegin() const;
+
   // The kind of an object that is to be removed from its cache; null when there is none.
   const KE::Instance::ObjectKind* StaleKind();
 
@@ -96,20 +104,36 @@ class StaleObjects {
  private:
   using Ids = std::unordered_set<std::string>;
 
-  struct Report {
+  // What was cached when it was asked for, and has not been named since.
+  struct Batch {
     Ids missing;
-    bool orphans = false;  // the cache may hold what none of the filters watches
-    bool covered = false;  // the last wait was sent when all filters of the report were there
-    bool begun = false;    // a part has come
-    bool over = false;     // what is missing is stale
-    unsigned int silences = 0;
-    SyncTime since{};  // when the first part came or, before, when the report was asked for
+    bool begun = false;  // a part has come
+    SyncTime since{};    // when the first part came or, before, when it was asked for
   };
 
-  void Open(unsigned int index);
+  struct Report {
+    Batch batch;
+    Batch next;            // of a later request for everything; it follows `batch`
+    bool orphans = false;  // the cache may hold what none of the filters watches
+    bool covered = false;  // the last wait was sent when all filters of the report were there
+    bool awaited = false;  // no part has come since a filter joined or everything was asked for
+    bool over = false;     // what is missing in `batch` is stale
+    bool struck = false;   // the current answer has struck something off
+    unsigned int silences = 0;
+    SyncTime news{};  // when everything was asked for, or when something was struck off last
+  };
+
+  void Open(unsigned int index, SyncTime now);
+  void Join(Report& report, SyncTime now);
+  void AskAgain(Report& report, SyncTime now);
+  void Advance(unsigned int index);
   void Close(unsigned int index);
   void Strike(const KE::Stub::ManagedObjectReference& object);
-  static void Collect(unsigned int index, KE::Instance::KETypeCache& cache, Ids& ids);
+  static void NotePart(Report& report, SyncTime now);
+  static bool IsDue(const Report& report, SyncTime now);
+  static void EndInSilence(Report& report);
+  static void Collect(unsigned int index, KE::Instance::KETypeCache& cache, const Ids& except,
+                      Ids& ids);
   bool IsPending(unsigned int index) const;
 
   static constexpr unsigned int kCount = KE::Instance::kObjectKindCount;

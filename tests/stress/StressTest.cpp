@@ -176,8 +176,8 @@ class Conductor {
     tally.Count(lost ? "sessions lost" : "sessions renewed");
   }
 
-  // The readers go on meanwhile. What left while an update set was cut goes when the server has
-  // nothing more to say, so those who make it speak rest.
+  // The readers go on meanwhile. What left while an update set was cut goes a minute later, or
+  // sooner when the server has nothing more to say, so those who make it speak rest.
   void ExpectTruth(Scene& scene) {
     seat.Does("waits until nobody holds a watch");
     const std::lock_guard<std::mutex> door(scene.door);
