@@ -41,12 +41,8 @@ class FullRequest {
   bool Wanted() const { return wanted; }
   bool Due(SyncTime now) const { return wanted && now >= due; }
 
-  // How long the next wait may stay unanswered, in milliseconds; 0: without limit.
-  int WaitLimit(SyncTime now) const {
-    if (!wanted || now >= due) return 0;
-    return static_cast<int>(
-        std::chrono::duration_cast<std::chrono::milliseconds>(due - now).count() + 1);
-  }
+  // When the next wait has to end, so that everything can be asked for; SyncTime::max() for never.
+  SyncTime WaitEnd() const { return wanted ? due : SyncTime::max(); }
 
   // The wait that asks for everything goes out.
   void Sent() {

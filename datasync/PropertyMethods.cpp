@@ -26,10 +26,9 @@ using KE::Stub::ManagedObjectReference;
 using KELib::KEMutexGuard;
 using KELib::KEString;
 
-using Clock = std::chrono::steady_clock;
-
-// The loop calls a method that failed again after this time.
-constexpr std::chrono::seconds kFailedMethodPause(1);
+// After a failure the loop calls a method again in a cycle that comes after the first pause. A wait
+// is ended for that after pauses that double up to the longest.
+constexpr std::chrono::milliseconds kFirstPause(1000), kLongestPause(60000);
 
 // Calls `use` with the text of a failure.
 template <typename Use>
@@ -73,7 +72,7 @@ struct PropertyMethods::MethodCall {
 // `always` is the value of a record whose methods are due whatever became of their last calls.
 std::vector<PropertyMethods::MethodCall> PropertyMethods::CallsToMake(const KEString* always) {
   std::vector<MethodCall> calls;
-  const Clock::time_point now = Clock::now();
+  const SyncTime now = GetSyncSeams().now();
   KEMutexGuard guard(watches.GetMutex());
   for (auto it = watches.MethodsNoLock().Begin(); !it.End(); ++it) {
     MethodDataSyncInfo* info = it->value;
@@ -130,10 +129,16 @@ void PropertyMethods::NoteMethodOutcome(MethodCall& call) {
   MethodDataSyncInfo* info = watches.FindMethodsNoLock(call.record);
   if (info == nullptr || call.index >= info->outcomes.size()) return;
   MethodOutcome& outcome = info->outcomes[call.index];
-  outcome.last = MethodOutcome::Last::answered;
-  if (call.error == nullptr) return;
+  if (call.error == nullptr) {
+    outcome = MethodOutcome();
+    outcome.last = MethodOutcome::Last::answered;
+    return;
+  }
+  const SyncTime now = GetSyncSeams().now();
   outcome.last = MethodOutcome::Last::failed;
-  outcome.notBefore = Clock::now() + kFailedMethodPause;
+  outcome.pause = std::clamp(outcome.pause * 2, kFirstPause, kLongestPause);
+  outcome.notBefore = now + kFirstPause;
+  outcome.due = now + outcome.pause;
   WithText(call.error, [&](const char* text) { outcome.failure = text; });
 }
 
@@ -183,6 +188,18 @@ void PropertyMethods::NoteFailedMethods() {
       }
     }
   }
+}
+
+SyncTime PropertyMethods::WaitEnd() {
+  SyncTime end = SyncTime::max();
+  KEMutexGuard guard(watches.GetMutex());
+  for (auto it = watches.MethodsNoLock().Begin(); !it.End(); ++it) {
+    if (it->value == nullptr) continue;
+    for (const MethodOutcome& outcome : it->value->outcomes) {
+      if (outcome.last == MethodOutcome::Last::failed) end = std::min(end, outcome.due);
+    }
+  }
+  return end;
 }
 
 void PropertyMethods::ApplyMethodAnswer(MethodCall& call, KEString& response) {

@@ -5,7 +5,8 @@
 // loop.
 //
 // A method that fails keeps no other from being invoked. The loop leaves it out until a second has
-// passed.
+// passed. A quiet server ends no wait, so the loop ends its own for a method that failed: after one
+// second, two, four, at most a minute.
 //
 // Thread safety: every operation from any thread; runs are serialised by a mutex that is taken
 //   before all others of the data sync. No other lock is held while the server is asked.
@@ -16,6 +17,7 @@
 #include <atomic>
 #include <vector>
 
+#include "datasync/SyncSeams.h"
 #include "foundation/KEMutex.h"
 #include "foundation/KEString.h"
 #include "instance/KETypeCache.h"
@@ -44,6 +46,10 @@ class PropertyMethods {
   // As Run, in a cycle whose wait was good. Failures are logged and noted as one failure of the
   // cycle; of their exceptions only RequestFailedException is thrown, which ends the process.
   void RunInCycle();
+
+  // When the loop's next wait has to end, so that a method which failed is called again;
+  // SyncTime::max() for never.
+  SyncTime WaitEnd();
 
   // The session has lost its rights: logs `text` and forgets the permissions.
   void LosePermissions(const char* text);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "datasync/SyncLoop.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -49,6 +50,13 @@ constexpr long long kShortCycleMs = 1000;
 
 // The fault by which the server ends a cancelled wait, as the method layer hands it on.
 const char* const kCanceledFault = "RequestCanceled";
+
+// At least one; 0 when `end` is SyncTime::max().
+int MillisecondsTo(SyncTime end, SyncTime now) {
+  if (end == SyncTime::max()) return 0;
+  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - now);
+  return std::max(0, static_cast<int>(left.count())) + 1;
+}
 
 }  // namespace
 
@@ -302,7 +310,11 @@ int SyncLoop::BeginWait() {
     version.Clear();
     request.Sent();
   }
-  return stale.AwaitsPart() ? StaleObjects::kNextPartMs : request.WaitLimit(now);
+  if (stale.AwaitsPart()) return StaleObjects::kNextPartMs;
+  SyncTime end = request.WaitEnd();
+  // A server that may be at work on a report is not asked again for the sake of a method.
+  if (!stale.AwaitsBegin()) end = std::min(end, propertyMethods.WaitEnd());
+  return MillisecondsTo(end, now);
 }
 
 SyncLoop::Outcome SyncLoop::ApplyResponse(KEString& response) {
