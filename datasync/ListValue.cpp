@@ -140,8 +140,7 @@ void ListValue::ApplyElement(const XmlSlice& element) {
   } else if (type.length == 0 && ui.arrayItemTag != nullptr) {
     ui.valueType = ui.arrayItemTag;
   } else {
-    ApplyItem(element, nullptr, nullptr, nullptr);
-    if (newPrivileges) LinkRememberedPrivileges();
+    ApplySingle(element, nullptr, nullptr, nullptr);
     return;
   }
   if (!cursor.Enter()) return;
@@ -206,6 +205,12 @@ void ListValue::DeleteUnseen(KEDataCache& cache, Seen& seen) {
 }
 
 // --- items ---------------------------------------------------------------------------------------
+
+void ListValue::ApplySingle(const XmlSlice& element, KEDataCache* primary, KEDataCache* secondary,
+                            Seen* seen) {
+  ApplyItem(element, primary, secondary, seen);
+  if (newPrivileges) LinkRememberedPrivileges();
+}
 
 void ListValue::ApplyItem(const XmlSlice& element, KEDataCache* primary, KEDataCache* secondary,
                           Seen* seen) {

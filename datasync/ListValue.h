@@ -64,9 +64,10 @@ class ListValue {
   void ApplyItems(KE::Instance::KEDataCache* primary, KE::Instance::KEDataCache* secondary);
 
   // Applies the item `element` in whose start tag the cursor stands, and passes it. Its key goes
-  // into `seen` unless that is null. An item without its key is passed over.
-  void ApplyItem(const KELib::Xml::XmlSlice& element, KE::Instance::KEDataCache* primary,
-                 KE::Instance::KEDataCache* secondary, Seen* seen);
+  // into `seen` unless that is null. An item without its key is passed over. A new privilege costs
+  // a look at all that the roles name.
+  void ApplySingle(const KELib::Xml::XmlSlice& element, KE::Instance::KEDataCache* primary,
+                   KE::Instance::KEDataCache* secondary, Seen* seen);
 
   // Deletes every stub whose key was not seen.
   static void DeleteUnseen(KE::Instance::KEDataCache& cache, Seen& seen);
@@ -81,6 +82,8 @@ class ListValue {
   // The cache that the list fills, and the one to whose stubs its items are linked; null for
   // others.
   void ChooseCaches(KE::Instance::KEDataCache*& primary, KE::Instance::KEDataCache*& secondary);
+  void ApplyItem(const KELib::Xml::XmlSlice& element, KE::Instance::KEDataCache* primary,
+                 KE::Instance::KEDataCache* secondary, Seen* seen);
   void ApplyPrivilege(const KELib::Xml::XmlSlice& element, KE::Instance::KEDataCache& cache,
                       Seen* seen);
   void ApplyRole(const KELib::Xml::XmlSlice& element, KE::Instance::KEDataCache& cache,

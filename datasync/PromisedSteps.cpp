@@ -91,7 +91,7 @@ void PromisedSteps::UpdateSingleComplexType(UpdateInfo& ui, KEXmlReader& r,
   ObjectCaches objects(types);
   ListValue value(ui, types, objects, watches.RolesNoLock(), cursor);
   const XmlSlice item = ui.valueType.Empty() ? SliceOf(ui.valueTag) : SliceOf(ui.valueType);
-  value.ApplyItem(item, primary, secondary, seen);
+  value.ApplySingle(item, primary, secondary, seen);
   cursor.MoveReader();
 }
 

@@ -91,9 +91,11 @@ class Walk {
     const std::string type = (schema ? schema : value.first_attribute()).value();
     const std::size_t prefix = sizeof("ArrayOf") - 1;
     const bool isArray = type.compare(0, prefix, "ArrayOf") == 0;
-    const bool isRoles = ui.name.Equals("roleList") && ui.obj.type.Equals("AuthorizationManager");
+    const bool isRights = ui.obj.type.Equals("AuthorizationManager");
+    const bool isRoles = isRights && ui.name.Equals("roleList");
+    const bool isPrivileges = isRights && ui.name.Equals("privilegeList");
     const bool isMachines = ui.name.Equals("vm") && ui.obj.type.Equals("HostSystem");
-    if (steps == Steps::values || (!isRoles && !isMachines)) {
+    if (steps == Steps::values || (!isRoles && !isPrivileges && !isMachines)) {
       return sync.UpdateComplexType(ui, reader);
     }
     Instance::KEMultiCacheLock lock;
@@ -106,13 +108,15 @@ class Walk {
       sync.UpdateSingleComplexType(ui, reader, nullptr, nullptr, nullptr);
     } else if (steps == Steps::lists || isMachines) {
       sync.UpdateArrayOfComplexType(ui, reader, nullptr, nullptr);
+    } else if (isRoles) {
+      ApplyItems(value, Stub::Zorbel_RoleClass, "roleId");
     } else {
-      ApplyRoles(value);
+      ApplyItems(value, Stub::Zorbel_PrivilegeClass, "privId");
     }
   }
 
-  void ApplyRoles(const pugi::xml_node& list) {
-    KELib::KEString type(Stub::Zorbel_RoleClass);
+  void ApplyItems(const pugi::xml_node& list, const char* cacheClass, const char* keyTag) {
+    KELib::KEString type(cacheClass);
     Instance::KEDataCache* const cache = sync.GetCache()->GetDataCache(type);
     KELib::KEHashmap<KELib::KEString, bool> seen;
     for (const auto item : list.children(ui.valueType.Cstr())) {
@@ -121,9 +125,9 @@ class Walk {
       Read(item, again);
       sync.UpdateSingleComplexType(ui, reader, nullptr, nullptr, &seen);
       KELib::KEString key("what was there");
-      sync.GetAssociatedType("roleId", cache, again, key);
-      if (item.child("roleId").first_child().empty()) continue;  // that was another role's
-      EXPECT_EQ(key.Cstr(), Text(item.child("roleId")));
+      sync.GetAssociatedType(keyTag, cache, again, key);
+      if (item.child(keyTag).first_child().empty()) continue;  // that was another item's
+      EXPECT_EQ(key.Cstr(), Text(item.child(keyTag)));
       EXPECT_TRUE(seen.Contains(key));
     }
     sync.ProcessArrayDeletes(nullptr, seen);
