@@ -52,9 +52,9 @@ std::vector<std::size_t> Rows::ByKey() const {
 std::vector<std::string_view> Items(std::string_view list) {
   std::vector<std::string_view> items;
   while (!list.empty()) {
-    const std::size_t end = list.find('\0');
+    const std::size_t end = std::min(list.find('\0'), list.size());
     items.push_back(list.substr(0, end));
-    list.remove_prefix(end + 1);
+    list.remove_prefix(std::min(end + 1, list.size()));
   }
   return items;
 }

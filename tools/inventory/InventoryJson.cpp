@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/inventory/InventoryJson.h"
 
+#include <charconv>
 #include <nlohmann/json.hpp>
 
 namespace tools::inventory {
@@ -14,14 +15,17 @@ Json ListOf(const std::vector<std::string_view>& items) {
   return list;
 }
 
-Json NumberOf(const std::vector<std::string_view>& items) {
-  return items.empty() ? Json(nullptr) : Json(std::stoul(std::string(items.front())));
+// Null when the text is no number.
+Json NumberOf(std::string_view digits) {
+  unsigned long long number = 0;
+  const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  return read.ec == std::errc() ? Json(number) : Json(nullptr);
 }
 
 // CIM has the status as a list of one number; here it is the number.
 Json ValueOf(const PropertyRow& row, const std::optional<std::string_view>& value) {
   if (!value) return nullptr;
-  if (row.type == CimType::UInt16) return NumberOf(Items(*value));
+  if (row.type != CimType::String) return NumberOf(*value);
   return row.isArray ? ListOf(Items(*value)) : Json(*value);
 }
 
