@@ -2,8 +2,11 @@
 #include "config/ConfigReport.h"
 
 #include <algorithm>
+#include <atomic>
 #include <exception>
+#include <functional>
 #include <string>
+#include <string_view>
 
 #include "config/ConfigLookups.h"
 #include "config/Malformation.h"
@@ -186,6 +189,15 @@ class Walk {
 };
 
 }  // namespace
+
+// Two threads with two documents may both hear "news" again and again; neither misses a line.
+bool IsNews(const KEString& document) {
+  static std::atomic<std::size_t> last{0};
+  if (Logging::GetDefaultLogger()->GetLevel() < Logging::LOG_LEVEL_ERROR) return true;
+  const std::string_view text(document.Cstr(), document.Length());
+  const std::size_t hash = std::hash<std::string_view>()(text);
+  return last.exchange(hash) != hash;
+}
 
 void ReportMalformation(const KEString& document) {
   try {

@@ -40,11 +40,12 @@ KEConfigImpl::~KEConfigImpl() = default;
 void KEConfigImpl::Init(KEConfigSource* given) {
   if (source != nullptr || given == nullptr) return;
   source.reset(given);
-  ReportMalformation(source->Content());
+  const bool isNews = IsNews(source->Content());
+  if (isNews) ReportMalformation(source->Content());
   RemoveComments(source->Content());
   reader.SetInput(source->Content(), false);
   reader.SetStartPos(0);
-  ReportIgnored(reader);
+  if (isNews) ReportIgnored(reader);
 }
 
 KEString& KEConfigImpl::GetConfigPath() {

@@ -12,6 +12,7 @@
 #include "config/KEConfigImpl.h"
 #include "config/KEConfigSourceImpl.h"
 #include "config/Malformation.h"
+#include "foundation/Logger.h"
 #include "support/Answers.h"
 #include "support/CapturedLog.h"
 
@@ -75,6 +76,16 @@ TEST(KEConfig, AnswersTheCases) {
   for (int i = 0; i < 300000; ++i) deep += "<a>";
   EXPECT_EQ("line 1: <a> is not closed", IgnoredIn({"", deep}))
       << "the stack must not grow with it";
+  const Row bad{"", "<?xml?><Config><cloud/></Config>"},
+      other{"", "<?xml?><Config><fog/></Config>"};
+  const std::string line = "unknown element \"cloud\" is ignored";
+  EXPECT_EQ(line, IgnoredIn(bad));
+  EXPECT_EQ("nothing", IgnoredIn(bad)) << "as before";
+  EXPECT_NE("nothing", IgnoredIn(other));
+  KELib::Logging::GetDefaultLogger()->SetLevel(KELib::Logging::LOG_LEVEL_NONE);
+  EXPECT_EQ("nothing", IgnoredIn(bad));
+  KELib::Logging::GetDefaultLogger()->SetLevel(KELib::Logging::LOG_LEVEL_VERBOSE);
+  EXPECT_EQ(line, IgnoredIn(bad)) << "that was not logged does not count";
   const auto config = ConfigOf("");
   KEString value, key("userName"), none;
   EXPECT_TRUE(config->GetConfigValue(key, value));
