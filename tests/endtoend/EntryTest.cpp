@@ -112,6 +112,8 @@ TEST_F(Entry, AFailedLoginShowsAtTheDataSyncAndMayBeRepeated) {
   Fail("Logout");
   session->Logout();
   EXPECT_THROW(session->GetDataSync(), KELib::SystemException);
+  session->Logout();
+  EXPECT_EQ(Calls("Logout"), 1) << "there is nothing to log out of";
 }
 
 }  // namespace
