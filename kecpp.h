@@ -85,6 +85,7 @@
 
 #include "instance/CacheConversion.h"
 #include "instance/KECache.h"
+#include "instance/KEChangeFeed.h"
 #include "instance/KEDataCache.h"
 #include "instance/KEDataIterator.h"
 #include "instance/KEMultiCacheLock.h"

@@ -30,6 +30,7 @@ class LibraryContender final : public Contender {
   std::size_t Walk() override;
   void Drop() override;
 
+  KE::Service::KEDataSync& Sync() { return sync; }
   KE::Instance::KETypeCache& Cache() { return *sync.GetCache(); }
 
  private:

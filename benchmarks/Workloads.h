@@ -10,6 +10,7 @@ namespace bench {
 void RunWire();
 void RunLatency();
 void RunReaders();
+void RunFeeds();
 void RunIdle(unsigned int seconds);
 
 }  // namespace bench

@@ -25,8 +25,9 @@ namespace KE::Stub {
 class ManagedObjectReference;
 }
 namespace KE::Instance {
+class KEChangeFeed;
 class KETypeCache;
-}
+}  // namespace KE::Instance
 
 namespace KE::Service {
 
@@ -104,6 +105,12 @@ class KECPP_API KEDataSync {
   // `seen` then holds the number of times.
   // False on time-out and at once when a stop was requested.
   virtual bool WaitForChange(unsigned long long& seen, int milliseconds) = 0;
+
+  // A new feed of what is added, changed and removed in the caches (instance/KEChangeFeed.h). It
+  // begins with all that is cached, as "added", and goes on without a gap. The caller owns it.
+  // Takes the mutexes of the data caches, one at a time. O(cached objects). Throws SystemException
+  // while the data sync is being stopped for good, std::bad_alloc.
+  virtual KE::Instance::KEChangeFeed* OpenChangeFeed() = 0;
 };
 
 // Creates a data sync and initialises it. The caller owns it; see Init for its arguments.

@@ -18,6 +18,8 @@
 #include "foundation/KEException.h"
 #include "foundation/KEMutexGuard.h"
 #include "foundation/Logger.h"
+#include "instance/ChangeFeed.h"
+#include "instance/ChangeHub.h"
 #include "stub/classes/ClassNames.h"
 
 namespace KE::Service {
@@ -50,7 +52,9 @@ KEDataSync* CreateDataSync(KEMethod* method, ManagedObjectReference* propertyCol
 }
 
 KEDataSyncImpl::KEDataSyncImpl()
-    : mutex(std::make_unique<KELib::KEMutex>()), state(std::make_unique<SyncState>()) {}
+    : mutex(std::make_unique<KELib::KEMutex>()),
+      state(std::make_unique<SyncState>()),
+      changes(std::make_shared<KE::Instance::ChangeHub>()) {}
 
 KEDataSyncImpl::~KEDataSyncImpl() {
   while (!End()) {
@@ -60,7 +64,7 @@ KEDataSyncImpl::~KEDataSyncImpl() {
 }
 
 void KEDataSyncImpl::Init(KEMethod* invoker, ManagedObjectReference* collector) {
-  auto newCache = std::make_unique<KE::Instance::KETypeCache>();
+  auto newCache = std::make_unique<KE::Instance::KETypeCache>(changes);
   KEString taskType(KE::Stub::TaskInfoClass);
   newCache->CreateDataCache(taskType);
   auto newFilters = std::make_unique<Filters>(KELib::HASH_CAP, KELib::HASH_FILLRATIO);
@@ -103,17 +107,48 @@ bool KEDataSyncImpl::WaitForChange(unsigned long long& seen, int milliseconds) {
   return state->WaitForChange(seen, milliseconds, stopRequested);
 }
 
+KE::Instance::KEChangeFeed* KEDataSyncImpl::OpenChangeFeed() {
+  SyncState::CallScope scope(*state);
+  return std::make_unique<KE::Instance::ChangeFeed>(changes, *typeCache).release();
+}
+
+// What a watch after a stop finds cached goes, and mostly comes back before the watch is set up.
+// From the one to the other the feeds give nothing.
+class KEDataSyncImpl::FeedHold {
+ public:
+  explicit FeedHold(KE::Instance::ChangeHub& whose) : feeds(whose) {}
+  ~FeedHold() {
+    if (holds) feeds.Release();
+  }
+  FeedHold(const FeedHold&) = delete;
+  FeedHold& operator=(const FeedHold&) = delete;
+
+  void Begin() {
+    if (!holds) feeds.Hold();
+    holds = true;
+  }
+
+ private:
+  KE::Instance::ChangeHub& feeds;
+  bool holds = false;
+};
+
 // --- stopping ------------------------------------------------------------------------------------
 
 void KEDataSyncImpl::RequestStop() {
-  state->AnnounceStop(stopRequested);
+  AnnounceStop();
   if (state->waitOut) server->CancelWaitToStop();
+}
+
+void KEDataSyncImpl::AnnounceStop() {
+  state->AnnounceStop(stopRequested);
+  changes->NoteStop(stopRequested);
 }
 
 // In this order: a watch that ends the stop lets calls pass afterwards.
 void KEDataSyncImpl::StopAtOnce() {
   if (server != nullptr) server->Transfers().Interrupt();
-  state->AnnounceStop(stopRequested);
+  AnnounceStop();
 }
 
 bool KEDataSyncImpl::End() {
@@ -176,15 +211,17 @@ void KEDataSyncImpl::RenewStop() {
 }
 
 // After a stop the server has forgotten the filters, and what the caches hold is of an older login.
-void KEDataSyncImpl::ReviveAfterStop() {
+void KEDataSyncImpl::ReviveAfterStop(FeedHold& feeds) {
   while (stopRequested) {
     AwaitStoppedLoop();
     KEMutexGuard guard(watches->GetMutex());
     if (!stopRequested || state->GetPhase() != SyncState::Phase::idle) continue;
+    feeds.Begin();
     ForgetEverything();
     loop->Revive();
     server->ForgetStop();
     stopRequested = false;
+    changes->NoteStop(stopRequested);
   }
 }
 
@@ -222,7 +259,8 @@ ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* ro
     LogAndThrow("Unable to get data - no properties or property methods defined.");
   }
   const unsigned long long stopsBefore = state->Stops();
-  ReviveAfterStop();
+  FeedHold feeds(*changes);
+  ReviveAfterStop(feeds);
 
   ManagedObjectReference* filter = nullptr;
   ManagedObjectReference* methods = nullptr;

@@ -38,6 +38,10 @@ class KEXmlBuffer;
 class KEXmlReader;
 }  // namespace KELib::Xml
 
+namespace KE::Instance {
+class ChangeHub;
+}
+
 namespace KE::Service {
 
 class PropertyMethods;
@@ -68,6 +72,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   void RequestStop() override;
   void GetStatus(KESyncStatus& status) override;
   bool WaitForChange(unsigned long long& seen, int milliseconds) override;
+  KE::Instance::KEChangeFeed* OpenChangeFeed() override;
 
   // --- for the session and the thread ------------------------------------------------------------
 
@@ -161,7 +166,10 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   DataSyncInfo* FindFilter(KE::Stub::ManagedObjectReference& filter);
 
  private:
-  void ReviveAfterStop();
+  class FeedHold;
+
+  void AnnounceStop();
+  void ReviveAfterStop(FeedHold& feeds);
   void AwaitStoppedLoop();
   void ForgetEverything();
   void ForgetWatches();
@@ -188,7 +196,8 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
 
   std::atomic<bool> stopRequested{false};
 
-  std::unique_ptr<SyncState> state;  // made by the constructor; own lock
+  std::unique_ptr<SyncState> state;                  // made by the constructor; own lock
+  std::shared_ptr<KE::Instance::ChangeHub> changes;  // likewise
 
   // Made by Init, null before. Each uses those above it.
   std::unique_ptr<ServerCalls> server;

@@ -8,6 +8,7 @@
 
 #include "datasync/DataSyncConstants.h"
 #include "foundation/StringUtil.h"
+#include "instance/ChangeHub.h"
 #include "instance/KEDataCache.h"
 #include "stub/base/KEStubRef.h"
 #include "stub/base/StubCast.h"
@@ -54,6 +55,25 @@ bool Note(ListValue::Seen* seen, KEString& key) {
   seen->Insert(key, true);
   return true;
 }
+
+// Takes the text over. True when it is another one.
+bool Assign(KEString& field, KEString& text) {
+  const bool differs = !field.Equals(text);
+  field.Transfer(text);
+  return differs;
+}
+
+// Lets the feeds know of links.
+class LinkNews : public KE::Stub::LinkWatcher {
+ public:
+  explicit LinkNews(KE::Instance::KETypeCache& types) : feeds(types.Listener()) {}
+  void LinkChanged(KELib::Stub::KEStubBase& end, KELib::Stub::KEStubBase& other) override {
+    if (feeds != nullptr) feeds->Changed(&end, &other);
+  }
+
+ private:
+  KE::Instance::ChangeHub* const feeds;
+};
 
 }  // namespace
 
@@ -245,8 +265,12 @@ void ListValue::ApplyPrivilege(const XmlSlice& element, KEDataCache& cache, Seen
   if (id.Empty()) return;
   auto* stub =
       FindOrCreate<Zorbel_Privilege>(cache, id, &Zorbel_Privilege::InstanceID, &newPrivileges);
-  stub->ElementName.Transfer(title);
+  if (Assign(stub->ElementName, title)) TellFeeds(*stub);
   Note(seen, id);
+}
+
+void ListValue::TellFeeds(const KELib::Stub::KEStubBase& stub) {
+  if (KE::Instance::ChangeHub* const feeds = caches.Listener()) feeds->Changed(&stub);
 }
 
 void ListValue::ReadRoleInfo(const XmlSlice& element, KEString& label, KEString& summary) {
@@ -288,10 +312,12 @@ void ListValue::ApplyRole(const XmlSlice& element, KEDataCache& cache, KEDataCac
   cursor.Leave(element);
   if (id.Empty()) return;
   auto* role = FindOrCreate<Zorbel_Role>(cache, id, &Zorbel_Role::Name);
-  role->ElementName.Transfer(title);
-  role->Caption.Transfer(label);
-  role->Description.Transfer(summary);
-  role->RoleType = KELib::StringUtil::ParseBool(system.Cstr()) ? "SystemDefined" : "UserDefined";
+  KEString roleType(KELib::StringUtil::ParseBool(system.Cstr()) ? "SystemDefined" : "UserDefined");
+  bool differs = Assign(role->ElementName, title);
+  differs |= Assign(role->Caption, label);
+  differs |= Assign(role->Description, summary);
+  differs |= Assign(role->RoleType, roleType);
+  if (differs) TellFeeds(*role);
   Note(seen, id);
   LinkPrivileges(*role, ids, privileges);
   memory.Remember(id, std::move(ids));
@@ -304,7 +330,8 @@ void ListValue::LinkPrivileges(Zorbel_Role& role, RoleMemory::PrivilegeIds& ids,
     auto* privilege = privileges != nullptr ? Find<Zorbel_Privilege>(*privileges, id) : nullptr;
     if (privilege != nullptr) named.push_back(privilege);
   }
-  KE::Stub::SetPrivileges(role, named);
+  LinkNews news(types);
+  KE::Stub::SetPrivileges(role, named, &news);
 }
 
 // Privileges have come that roles may have named before.
@@ -340,7 +367,8 @@ void ListValue::ApplyPermission(const XmlSlice& element, KEDataCache& cache, KED
   auto* identity = FindOrCreate<Zorbel_Identity>(cache, principal, &Zorbel_Identity::InstanceID);
   auto* role = roleCache != nullptr ? Find<Zorbel_Role>(*roleCache, roleId) : nullptr;
   if (seen == nullptr) {  // an item by itself adds to the identity's roles
-    if (role != nullptr) KE::Stub::LinkMember(*role, *identity);
+    LinkNews news(types);
+    if (role != nullptr) KE::Stub::LinkMember(*role, *identity, &news);
     return;
   }
   if (Note(seen, principal)) {
@@ -352,7 +380,8 @@ void ListValue::ApplyPermission(const XmlSlice& element, KEDataCache& cache, KED
 
 // A list names all roles of the identities that are in it.
 void ListValue::LinkGranted() {
-  for (const auto& [identity, roles] : grants) KE::Stub::SetRoles(*identity, roles);
+  LinkNews news(types);
+  for (const auto& [identity, roles] : grants) KE::Stub::SetRoles(*identity, roles, &news);
   grants.clear();
   grantOf.clear();
 }

@@ -93,6 +93,7 @@ class ListValue {
   void ApplyReferences();
   void ReadRoleInfo(const KELib::Xml::XmlSlice& element, KELib::KEString& label,
                     KELib::KEString& summary);
+  void TellFeeds(const KELib::Stub::KEStubBase& stub);
   void LinkPrivileges(KE::Stub::Zorbel_Role& role, RoleMemory::PrivilegeIds& ids,
                       KE::Instance::KEDataCache* privileges);
   void LinkGranted();

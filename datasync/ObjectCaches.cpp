@@ -23,7 +23,7 @@ KEStubBase* FindIn(KEDataCache& cache, KELib::KEString& key) {
 }  // namespace
 
 ObjectCaches::ObjectCaches(KE::Instance::KETypeCache& cache)
-    : types(cache), generation(cache.Generation()) {
+    : types(cache), changes(cache.Changes()), generation(cache.Generation()) {
   for (std::size_t i = 0; i < kCount; ++i) names[i] = kObjectKinds[i].cacheClass;
   LookUp();
 }
@@ -59,13 +59,15 @@ KEStubBase* ObjectCaches::FindStub(KindId kind, const KELib::Xml::XmlSlice& id) 
 }
 
 KEStubBase& ObjectCaches::FindOrFile(KindId kind, KE::Stub::ManagedObjectReference& object,
-                                     MakeStub make) {
+                                     MakeStub make, bool& isNew) {
   KEDataCache* const known = Of(kind);
   KEDataCache& cache =
       known != nullptr ? *known : types.Existing(names[static_cast<std::size_t>(kind)]);
+  isNew = false;
   if (KEStubBase* found = FindIn(cache, object.value)) return *found;
   std::unique_ptr<KEStubBase> stub(make(object));
   cache.SetVal(object.value, stub.get());
+  isNew = true;
   return *stub.release();
 }
 

@@ -9,6 +9,7 @@
 #define KECPP_DATASYNC_OBJECTCACHES_H
 
 #include "foundation/KEString.h"
+#include "instance/ChangeHub.h"
 #include "instance/KECacheGuard.h"
 #include "instance/KETypeCache.h"
 #include "instance/ObjectKinds.h"
@@ -43,8 +44,15 @@ class ObjectCaches {
 
   // The stub of `object`; when it is not cached, `make` makes the one that is filed. Throws
   // SystemException "No Data Map found for type :..." when there is no data cache.
+  // `isNew` says which it was.
   KELib::Stub::KEStubBase& FindOrFile(KE::Instance::KindId kind,
-                                      KE::Stub::ManagedObjectReference& object, MakeStub make);
+                                      KE::Stub::ManagedObjectReference& object, MakeStub make,
+                                      bool& isNew);
+
+  // Who learns of changes while somebody wants to; else null.
+  KE::Instance::ChangeHub* Listener() const {
+    return changes != nullptr && changes->IsOpen() ? changes : nullptr;
+  }
 
  private:
   static constexpr std::size_t kCount = KE::Instance::kObjectKindCount;
@@ -53,6 +61,7 @@ class ObjectCaches {
   KELib::Stub::KEStubBase* FindStub(KE::Instance::KindId kind, const KELib::Xml::XmlSlice& id);
 
   KE::Instance::KETypeCache& types;
+  KE::Instance::ChangeHub* const changes;
   unsigned int generation;
   KELib::KEString names[kCount];
   KE::Instance::KEDataCache* caches[kCount];

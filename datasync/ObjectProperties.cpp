@@ -42,7 +42,8 @@ void PowerState(KEStubBase& stub, const XmlSlice& value, ObjectCaches&) {
 void HostOfMachine(KEStubBase& stub, const XmlSlice& id, ObjectCaches& caches) {
   auto* host = caches.Find<Host>(KindId::hosts, id);
   if (host == nullptr) return;
-  KE::Instance::LinkToHost(static_cast<Machine&>(stub), *host, KE::Instance::OldLink::moved);
+  KE::Instance::LinkToHost(static_cast<Machine&>(stub), *host, KE::Instance::OldLink::moved,
+                           caches.Listener());
 }
 
 constexpr Property kMachineRows[] = {
@@ -69,7 +70,8 @@ void OverallStatus(KEStubBase& stub, const XmlSlice& value, ObjectCaches&) {
 void MachineOfHost(KEStubBase& stub, const XmlSlice& id, ObjectCaches& caches) {
   auto* machine = caches.Find<Machine>(KindId::machines, id);
   if (machine == nullptr) return;
-  KE::Instance::LinkToHost(*machine, static_cast<Host&>(stub), KE::Instance::OldLink::replaced);
+  KE::Instance::LinkToHost(*machine, static_cast<Host&>(stub), KE::Instance::OldLink::replaced,
+                           caches.Listener());
 }
 
 constexpr Property kHostRows[] = {

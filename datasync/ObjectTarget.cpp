@@ -6,6 +6,7 @@
 
 #include "datasync/DataSyncConstants.h"
 #include "datasync/DataSyncInfo.h"
+#include "instance/ChangeHub.h"
 #include "stub/base/KEStubRef.h"
 #include "stub/classes/ClassNames.h"
 #include "stub/classes/TaskInfo.h"
@@ -42,13 +43,28 @@ void ObjectTarget::Apply(const XmlSlice& property, const XmlSlice& op, const Xml
     KELib::Stub::KEStubBase& filled = Stub();
     if (const Property* found = properties->table.Find(property)) {
       found->Put(filled, value, caches);
+      assigned = true;
     }
   }
 }
 
 KELib::Stub::KEStubBase& ObjectTarget::Stub() {
-  if (stub == nullptr) stub = &caches.FindOrFile(kind.id, ui.obj, properties->make);
+  if (stub == nullptr) FindStub();
   return *stub;
+}
+
+// The caches are held until the feeds have learned of the change: a feed that is opened in between
+// looks at the object afterwards.
+void ObjectTarget::FindStub() {
+  bool isNew = false;
+  stub = &caches.FindOrFile(kind.id, ui.obj, properties->make, isNew);
+  feeds = caches.Listener();
+  if (feeds == nullptr) return;
+  if (isNew) {
+    feeds = nullptr;  // they know
+  } else {
+    feeds->Expect(*stub);
+  }
 }
 
 const Property* ObjectTarget::FindList(KE::Instance::KindId kind, const KEString& path) {
@@ -85,11 +101,13 @@ void ObjectTarget::ApplyToTask(const XmlSlice& property, const XmlSlice& value) 
     made.release();
   }
   value.CopyTo(task->state);
+  if (KE::Instance::ChangeHub* const listener = types.Listener()) listener->Changed(task);
   if (ui.syncInfo != nullptr) ui.syncInfo->taskPending = false;
 }
 
 void ObjectTarget::Remove() {
   stub = nullptr;
+  feeds = nullptr;
   if (properties != nullptr) {
     KEString type(kind.cacheClass);
     types.RemoveValNoLock(type, ui.obj.value);

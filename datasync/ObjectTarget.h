@@ -12,6 +12,7 @@
 #include "datasync/ObjectCaches.h"
 #include "datasync/ObjectProperties.h"
 #include "datasync/UpdateInfo.h"
+#include "instance/ChangeHub.h"
 #include "instance/KETypeCache.h"
 #include "xml/KEXmlCursor.h"
 
@@ -23,6 +24,12 @@ class ObjectTarget {
   ObjectTarget(UpdateInfo& ui, const KE::Instance::ObjectKind& kind,
                KE::Instance::KETypeCache& types, ObjectCaches& caches);
   ObjectTarget(UpdateInfo& ui, KE::Instance::KETypeCache& types, ObjectCaches& caches);
+  // The feeds learn that the object has changed.
+  ~ObjectTarget() {
+    if (feeds != nullptr && assigned) feeds->Changed(stub);
+  }
+  ObjectTarget(const ObjectTarget&) = delete;
+  ObjectTarget& operator=(const ObjectTarget&) = delete;
 
   const KE::Instance::ObjectKind& Kind() const { return kind; }
 
@@ -44,6 +51,7 @@ class ObjectTarget {
 
  private:
   KELib::Stub::KEStubBase& Stub();
+  void FindStub();
   void ApplyToTask(const KELib::Xml::XmlSlice& property, const KELib::Xml::XmlSlice& value);
 
   UpdateInfo& ui;
@@ -52,6 +60,8 @@ class ObjectTarget {
   const KE::Instance::ObjectKind& kind;
   const ObjectProperties* const properties;  // null for kinds whose objects are no stubs
   KELib::Stub::KEStubBase* stub = nullptr;   // null until it is needed
+  KE::Instance::ChangeHub* feeds = nullptr;  // who has to learn of a change; null: nobody
+  bool assigned = false;                     // a property got a value
 };
 
 }  // namespace KE::Service

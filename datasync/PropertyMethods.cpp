@@ -13,6 +13,7 @@
 #include "foundation/KEException.h"
 #include "foundation/KEMutexGuard.h"
 #include "foundation/Logger.h"
+#include "instance/ChangeHub.h"
 #include "instance/KECacheGuard.h"
 #include "instance/KEDataCache.h"
 #include "stub/classes/ClassNames.h"
@@ -209,6 +210,7 @@ void PropertyMethods::ApplyMethodAnswer(MethodCall& call, KEString& response) {
   KEMutexGuard guard(watches.GetMutex());
   if (watches.FindMethodsNoLock(call.record) == nullptr)
     return;  // stopped while the server was asked
+  const KE::Instance::ChangeHub::Batch batch(types.Changes());
   KE::Instance::KECacheGuard caches(&types);
   caches.LockAuthorization();
   ListValue::ApplyAt(ui, reader, types, watches.RolesNoLock());

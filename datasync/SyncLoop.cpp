@@ -22,6 +22,7 @@
 #include "foundation/KEMutexGuard.h"
 #include "foundation/KEThread.h"
 #include "foundation/Logger.h"
+#include "instance/ChangeHub.h"
 #include "instance/KECacheGuard.h"
 #include "service/call/MgmtdWatch.h"
 #include "service/call/MgmtdWatchSeams.h"
@@ -400,6 +401,7 @@ SyncLoop::Outcome SyncLoop::DestroyUnknownFilter(KE::Stub::ManagedObjectReferenc
 // Removes what the reports that are over have not named, and releases the waiters that waited for
 // their end.
 void SyncLoop::SettleReports() {
+  const KE::Instance::ChangeHub::Batch batch(typeCache.Changes());
   for (KEString type, id;;) {  // a reader waits for one object at most
     KEMutexGuard guard(watches.GetMutex());
     const KE::Instance::ObjectKind* const kind = watches.StaleNoLock().StaleKind();

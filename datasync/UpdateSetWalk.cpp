@@ -36,7 +36,10 @@ void LogSkipped(const KE::Stub::ManagedObjectReference& filter) {
 class UpdateSetWalk::ObjectLock {
  public:
   explicit ObjectLock(UpdateSetWalk& owner) : walk(owner) {}
-  ~ObjectLock() { walk.room.caches.Unlock(); }
+  ~ObjectLock() {
+    target.reset();  // the feeds learn of the object while it is locked
+    walk.room.caches.Unlock();
+  }
 
   // True when the changes may be applied. Outside the analysis: the guards live as long as this.
   bool Take() KECPP_NO_THREAD_SAFETY_ANALYSIS {

@@ -3,6 +3,7 @@
 
 #include "datasync/UpdateSetWalk.h"
 #include "datasync/Watches.h"
+#include "instance/ChangeHub.h"
 #include "xml/KEXmlCursor.h"
 #include "xml/KEXmlReader.h"
 
@@ -12,6 +13,7 @@ UpdateSets::UpdateSets(Watches& owner, KE::Instance::KETypeCache& typeCache)
     : watches(owner), types(typeCache), room(typeCache) {}
 
 void UpdateSets::Apply(KELib::Xml::KEXmlReader& r, KE::Stub::ManagedObjectReference& unknown) {
+  const KE::Instance::ChangeHub::Batch batch(types.Changes());
   try {
     RoomLoan loan(room, types);
     KELib::Xml::KEXmlCursor cursor(r, &loan.Room().tags);

@@ -80,7 +80,7 @@ void ChangeVMsHostRef(ZORBEL_VMComputerSystem* vm, KEString&, KEString& hostId,
   if (vm == nullptr) return;
   auto* host = dynamic_cast<ZORBEL_ORXComputerSystem*>(
       Find(cache, KE::Stub::ZORBEL_ORXComputerSystemClass, hostId));
-  if (host != nullptr) LinkToHost(*vm, *host, OldLink::moved);
+  if (host != nullptr) LinkToHost(*vm, *host, OldLink::moved, cache->Listener());
 }
 
 void ChangeHostsVMRefs(ZORBEL_ORXComputerSystem* host, KE::Stub::ManagedObjectReference* vmRef,
@@ -88,7 +88,7 @@ void ChangeHostsVMRefs(ZORBEL_ORXComputerSystem* host, KE::Stub::ManagedObjectRe
   if (host == nullptr || vmRef == nullptr) return;
   auto* vm = dynamic_cast<ZORBEL_VMComputerSystem*>(
       Find(cache, KE::Stub::ZORBEL_VMComputerSystemClass, vmRef->value));
-  if (vm != nullptr) LinkToHost(*vm, *host, OldLink::replaced);
+  if (vm != nullptr) LinkToHost(*vm, *host, OldLink::replaced, cache->Listener());
 }
 
 }  // namespace KE::Instance

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "foundation/KEException.h"
+#include "instance/ChangeHub.h"
 #include "stub/base/StubCast.h"
 #include "stub/classes/AssocList.h"
 #include "stub/classes/ZORBEL_HostedDependency.h"
@@ -39,7 +40,8 @@ void MakeSlot(KE::Stub::AssocList& slots) {
 }  // namespace
 
 // Everything that can fail comes before the first change.
-void LinkToHost(ZORBEL_VMComputerSystem& machine, ZORBEL_ORXComputerSystem& host, OldLink old) {
+void LinkToHost(ZORBEL_VMComputerSystem& machine, ZORBEL_ORXComputerSystem& host, OldLink old,
+                ChangeHub* changes) {
   ZORBEL_HostedDependency* const before = LinkOf(machine);
   if (before != nullptr && before->Antecedent == &host) return;
   std::unique_ptr<ZORBEL_HostedDependency> made;
@@ -63,6 +65,7 @@ void LinkToHost(ZORBEL_VMComputerSystem& machine, ZORBEL_ORXComputerSystem& host
   if (slot != link) delete slot;
   slot = link;
   made.release();
+  if (changes != nullptr) changes->Changed(&machine, &host, oldHost);
 }
 
 }  // namespace KE::Instance

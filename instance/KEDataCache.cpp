@@ -2,15 +2,44 @@
 #include "instance/KEDataCache.h"
 
 #include "foundation/KEMutexGuard.h"
+#include "instance/ChangeHub.h"
 
 namespace KE::Instance {
 
 using KELib::KEString;
 using KELib::Stub::KEStubBase;
 
-KEDataCache::KEDataCache() : mutex(std::make_unique<KELib::KEMutex>()) {}
+// The mutex, and who learns of changes; these are guarded by it.
+class KEDataCache::State : public KELib::KEMutex {
+ public:
+  ChangeHub* hub = nullptr;
+  unsigned int type = 0;
+};
 
-KEDataCache::~KEDataCache() = default;
+KEDataCache::KEDataCache() : mutex(new State) {}
+
+KEDataCache::~KEDataCache() {
+  delete static_cast<State*>(mutex.release());
+}
+
+KEDataCache::State& KEDataCache::Own() const {
+  return static_cast<State&>(*mutex);
+}
+
+void KEDataCache::Follow(ChangeHub* hub, unsigned int type) {
+  Own().hub = hub;
+  Own().type = type;
+}
+
+unsigned int KEDataCache::FeedType() const {
+  return Own().type;
+}
+
+// Null when nobody wants to know.
+ChangeHub* KEDataCache::Listener() const {
+  ChangeHub* const hub = Own().hub;
+  return hub != nullptr && hub->IsOpen() ? hub : nullptr;
+}
 
 KELib::KEMutex* KEDataCache::GetMutex() {
   return mutex.get();
@@ -21,7 +50,29 @@ void KEDataCache::GetVal(KEString& key, KELib::Stub::KEStubRef& ref) {
 }
 
 void KEDataCache::SetVal(KEString& key, KEStubBase* stub) {
-  map.Insert(key, stub);
+  if (ChangeHub* const hub = Listener()) {
+    FileAndTell(*hub, key, stub);
+  } else {
+    map.Insert(key, stub);
+  }
+}
+
+// A null stub hides what is filed.
+void KEDataCache::FileAndTell(ChangeHub& hub, KEString& key, KEStubBase* stub) {
+  KEStubBase** const present = map.Get(key);
+  KEStubBase* const old = present != nullptr ? *present : nullptr;
+  if (stub == nullptr) {
+    if (old != nullptr) hub.Removed(*old);
+    map.Insert(key, stub);
+    return;
+  }
+  hub.Filed(Own().type, key, old, *stub);
+  try {
+    map.Insert(key, stub);
+  } catch (...) {
+    hub.Unfiled(old, *stub);
+    throw;
+  }
 }
 
 void KEDataCache::RemoveVal(KEString& key) {
@@ -30,10 +81,14 @@ void KEDataCache::RemoveVal(KEString& key) {
 }
 
 void KEDataCache::RemoveValNoLock(KEString& key) {
+  if (ChangeHub* const hub = Listener()) {
+    if (KEStubBase** const found = map.Get(key)) hub->Removed(**found);
+  }
   map.Remove(key);
 }
 
 void KEDataCache::ClearNoLock() {
+  if (ChangeHub* const hub = Listener()) hub->RemovedAll(Own().type);
   map.Clear();
 }
 

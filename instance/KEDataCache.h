@@ -26,6 +26,8 @@
 
 namespace KE::Instance {
 
+class ChangeHub;
+
 class KECPP_API KEDataCache : public KECache {
  public:
   KEDataCache();
@@ -60,9 +62,23 @@ class KECPP_API KEDataCache : public KECache {
   // The number of entries. The caller holds the mutex.
   unsigned int Size();
 
+  // --- for the type cache and the feeds ----------------------------------------------------------
+
+  // From now on `hub`, which outlives the cache or is null, learns what changes here; `type` is its
+  // number for the cache's name. The caller holds the mutex, or nobody else knows the cache yet.
+  void Follow(ChangeHub* hub, unsigned int type);
+
+  unsigned int FeedType() const;
+
  private:
+  class State;
+
+  State& Own() const;
+  ChangeHub* Listener() const;
+  void FileAndTell(ChangeHub& hub, KELib::KEString& key, KELib::Stub::KEStubBase* stub);
+
   KELib::KEHashmap<KELib::KEString, KELib::Stub::KEStubBase*> map;  // guarded by `mutex`
-  std::unique_ptr<KELib::KEMutex> mutex;
+  std::unique_ptr<KELib::KEMutex> mutex;  // a State, for the object itself has no room
 };
 
 }  // namespace KE::Instance

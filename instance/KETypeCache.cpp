@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <cstring>
 #include <mutex>
+#include <utility>
 
 #include "foundation/KEException.h"
 #include "foundation/KEMutexGuard.h"
+#include "instance/ChangeHub.h"
 #include "instance/KECacheGuard.h"
 #include "instance/ObjectKinds.h"
 
@@ -14,17 +16,26 @@ namespace KE::Instance {
 
 using KELib::KEString;
 
-KETypeCache::KETypeCache()
-    : mutex(std::make_unique<KELib::KEMutex>()), table(std::make_unique<Table>()) {}
+KETypeCache::KETypeCache() : KETypeCache(nullptr) {}
+
+KETypeCache::KETypeCache(std::shared_ptr<ChangeHub> hub)
+    : mutex(std::make_unique<KELib::KEMutex>()),
+      table(std::make_unique<Table>()),
+      changes(std::move(hub)) {}
 
 // The order does not matter: each stub takes itself out of the lists of those that are left.
 KETypeCache::~KETypeCache() = default;
+
+ChangeHub* KETypeCache::Listener() const {
+  return changes != nullptr && changes->IsOpen() ? changes.get() : nullptr;
+}
 
 KELib::KEMutex* KETypeCache::GetMutex() {
   return mutex.get();
 }
 
 void KETypeCache::CreateDataCache(KEString& typeName) {
+  const unsigned int type = changes != nullptr ? changes->TypeOf(typeName) : 0;
   const std::unique_lock<std::shared_mutex> lock(table->lock);
   if (typeName.Empty() || map.Contains(typeName)) return;
   ++table->generation;
@@ -37,6 +48,7 @@ void KETypeCache::CreateDataCache(KEString& typeName) {
     return;
   }
   auto cache = std::make_unique<KEDataCache>();
+  cache->Follow(changes.get(), type);
   map.Insert(typeName, cache.get());
   cache.release();
 }

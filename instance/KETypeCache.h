@@ -29,6 +29,8 @@ namespace KE::Instance {
 class KECPP_API KETypeCache : public KECache {
  public:
   KETypeCache();
+  // The data caches tell `changes` what becomes of their stubs.
+  explicit KETypeCache(std::shared_ptr<ChangeHub> changes);
   ~KETypeCache() override;
   KETypeCache(const KETypeCache&) = delete;
   KETypeCache& operator=(const KETypeCache&) = delete;
@@ -69,6 +71,12 @@ class KECPP_API KETypeCache : public KECache {
   // GetDataCache returned looks it up again then. Safe from any thread.
   unsigned int Generation() const { return table->generation.load(std::memory_order_acquire); }
 
+  // Who learns of changes; null for a type cache that an agent made. It lives as long.
+  ChangeHub* Changes() const { return changes.get(); }
+
+  // The same while some feed is open, else null.
+  ChangeHub* Listener() const;
+
  private:
   struct Table {
     std::shared_mutex lock;  // a leaf
@@ -92,6 +100,7 @@ class KECPP_API KETypeCache : public KECache {
   std::unique_ptr<KELib::KEMutex> mutex;
   std::unique_ptr<Table> table;
   std::vector<Shell> shells;  // unlinked data caches; guarded by `table->lock`
+  const std::shared_ptr<ChangeHub> changes;
 };
 
 }  // namespace KE::Instance

@@ -54,7 +54,7 @@ inline unsigned int SlotsOf(const AssocList& list) {
 }
 
 template <typename S>
-void Connect(const S& side, typename S::End& end, typename S::Other& other) {
+void Connect(const S& side, typename S::End& end, typename S::Other& other, LinkWatcher* watcher) {
   auto link = std::make_unique<typename S::Link>();
   (*link).*side.end = &end;
   (*link).*side.other = &other;
@@ -66,10 +66,14 @@ void Connect(const S& side, typename S::End& end, typename S::Other& other) {
     throw;
   }
   link.release();
+  if (watcher != nullptr) watcher->LinkChanged(end, other);
 }
 
 template <typename S>
-void Disconnect(const S& side, typename S::End& end, typename S::Link* link) {
+void Disconnect(const S& side, typename S::End& end, typename S::Link* link, LinkWatcher* watcher) {
+  if (watcher != nullptr && link->*side.other != nullptr) {
+    watcher->LinkChanged(end, *(link->*side.other));
+  }
   TakeOut(end.*side.list, link, side.place);
   if (link->*side.other != nullptr) {
     TakeOut((link->*side.other)->*side.otherList, link, side.otherPlace);
@@ -93,7 +97,8 @@ bool HasExactly(const S& side, typename S::End& end, const Others<S>& wanted) {
 
 // Deletes the end's links to all but these; returns to whom it is linked still.
 template <typename S>
-OtherSet<S> DropOthers(const S& side, typename S::End& end, const Others<S>& wanted) {
+OtherSet<S> DropOthers(const S& side, typename S::End& end, const Others<S>& wanted,
+                       LinkWatcher* watcher) {
   OtherSet<S> kept;
   std::vector<typename S::Link*> links;
   const AssocList& list = end.*side.list;
@@ -107,7 +112,7 @@ OtherSet<S> DropOthers(const S& side, typename S::End& end, const Others<S>& wan
     if (named.count((*link)->*side.other) > 0) {
       kept.insert((*link)->*side.other);
     } else {
-      Disconnect(side, end, *link);
+      Disconnect(side, end, *link, watcher);
     }
   }
   return kept;
@@ -123,12 +128,14 @@ bool IsNewestLink(const S& side, typename S::End& end, typename S::Other& other)
 }
 
 template <typename S>
-void SetLinks(const S& side, typename S::End& end, const Others<S>& wanted) {
+void SetLinks(const S& side, typename S::End& end, const Others<S>& wanted, LinkWatcher* watcher) {
   if (HasExactly(side, end, wanted)) return;
-  const OtherSet<S> kept = DropOthers(side, end, wanted);
+  const OtherSet<S> kept = DropOthers(side, end, wanted, watcher);
   for (typename S::Other* other : wanted) {
     // One that is named twice was linked a moment ago: nothing else makes links meanwhile.
-    if (kept.count(other) == 0 && !IsNewestLink(side, end, *other)) Connect(side, end, *other);
+    if (kept.count(other) == 0 && !IsNewestLink(side, end, *other)) {
+      Connect(side, end, *other, watcher);
+    }
   }
 }
 
@@ -147,16 +154,18 @@ bool IsLinked(const S& side, typename S::End& end, typename S::Other& other) {
 
 }  // namespace
 
-void SetPrivileges(Zorbel_Role& role, const std::vector<Zorbel_Privilege*>& wanted) {
-  SetLinks(kPrivilegesOfRole, role, wanted);
+void SetPrivileges(Zorbel_Role& role, const std::vector<Zorbel_Privilege*>& wanted,
+                   LinkWatcher* watcher) {
+  SetLinks(kPrivilegesOfRole, role, wanted, watcher);
 }
 
-void SetRoles(Zorbel_Identity& identity, const std::vector<Zorbel_Role*>& wanted) {
-  SetLinks(kRolesOfIdentity, identity, wanted);
+void SetRoles(Zorbel_Identity& identity, const std::vector<Zorbel_Role*>& wanted,
+              LinkWatcher* watcher) {
+  SetLinks(kRolesOfIdentity, identity, wanted, watcher);
 }
 
-void LinkMember(Zorbel_Role& role, Zorbel_Identity& member) {
-  if (!IsLinked(kRolesOfIdentity, member, role)) Connect(kRolesOfIdentity, member, role);
+void LinkMember(Zorbel_Role& role, Zorbel_Identity& member, LinkWatcher* watcher) {
+  if (!IsLinked(kRolesOfIdentity, member, role)) Connect(kRolesOfIdentity, member, role, watcher);
 }
 
 }  // namespace KE::Stub

@@ -130,14 +130,16 @@ Line Describe(const KEString& key, TaskInfo& task) {
   return Line("task", key, task).Text("state", task.state);
 }
 
-template <typename Stub>
-void Add(KE::Instance::KETypeCache& types, const char* className, std::vector<std::string>& lines) {
-  KEString name(className);
-  KE::Instance::KEDataCache* cache = types.GetDataCache(name);
-  if (cache == nullptr) return;
-  for (auto it = cache->Iterator(); !it.End(); ++it) {
-    lines.push_back(Describe(it->key, dynamic_cast<Stub&>(*it->value)).text + "\n");
-  }
+// The line of a stub whose class is the cache's.
+std::string LineOf(const KEString& key, KEStubBase& stub) {
+  if (auto* machine = dynamic_cast<ZORBEL_VMComputerSystem*>(&stub))
+    return Describe(key, *machine).text;
+  if (auto* host = dynamic_cast<ZORBEL_ORXComputerSystem*>(&stub)) return Describe(key, *host).text;
+  if (auto* role = dynamic_cast<Zorbel_Role*>(&stub)) return Describe(key, *role).text;
+  if (auto* privilege = dynamic_cast<Zorbel_Privilege*>(&stub))
+    return Describe(key, *privilege).text;
+  if (auto* identity = dynamic_cast<Zorbel_Identity*>(&stub)) return Describe(key, *identity).text;
+  return Describe(key, dynamic_cast<TaskInfo&>(stub)).text;
 }
 
 }  // namespace
@@ -146,14 +148,23 @@ std::string DumpCaches(KE::Instance::KETypeCache& types) {
   KE::Instance::KECacheGuard guard(&types);
   guard.LockAll();
   std::vector<std::string> lines;
-  Add<ZORBEL_ORXComputerSystem>(types, ZORBEL_ORXComputerSystemClass, lines);
-  Add<ZORBEL_VMComputerSystem>(types, ZORBEL_VMComputerSystemClass, lines);
-  Add<Zorbel_Role>(types, Zorbel_RoleClass, lines);
-  Add<Zorbel_Privilege>(types, Zorbel_PrivilegeClass, lines);
-  Add<Zorbel_Identity>(types, Zorbel_IdentityClass, lines);
-  Add<TaskInfo>(types, TaskInfoClass, lines);
+  for (KE::Instance::KEDataCache* cache : types.InLockOrder()) {
+    for (auto it = cache->Iterator(); !it.End(); ++it) {
+      lines.push_back(LineOf(it->key, *it->value) + "\n");
+    }
+  }
   std::sort(lines.begin(), lines.end());
   std::string text;
   for (const std::string& line : lines) text += line;
   return text;
+}
+
+std::string DumpObject(KE::Instance::KETypeCache& types, const char* className, KEString& key) {
+  KEString type(className);
+  KE::Instance::KECacheGuard guard(&types);
+  guard.LockLinked(type);
+  KE::Instance::KEDataCache* const cache = types.GetDataCache(type);
+  KELib::Stub::KEStubRef ref;
+  if (cache != nullptr) cache->GetVal(key, ref);
+  return ref.HasData() ? LineOf(key, *ref.GetData()) + "\n" : "";
 }

@@ -6,6 +6,8 @@
 
 #include <string>
 
+#include "foundation/KEString.h"
+
 namespace KE::Instance {
 class KETypeCache;
 }
@@ -14,5 +16,9 @@ class KETypeCache;
 // as its own list of links gives them, so that each link shows in two lines. "ODD" marks a stub
 // whose own name is not its key. Takes the mutex of every data cache.
 std::string DumpCaches(KE::Instance::KETypeCache& types);
+
+// The line of one object; empty when it is not cached.
+std::string DumpObject(KE::Instance::KETypeCache& types, const char* className,
+                       KELib::KEString& key);
 
 #endif

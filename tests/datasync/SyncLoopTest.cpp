@@ -10,6 +10,7 @@
 #include "datasync/SyncFixture.h"
 #include "datasync/SyncState.h"
 #include "foundation/KEMutexGuard.h"
+#include "instance/KEChangeFeed.h"
 #include "stub/base/KEStubRef.h"
 #include "stub/classes/ClassNames.h"
 #include "stub/classes/ZORBEL_VMComputerSystem.h"
@@ -245,6 +246,41 @@ TEST_F(SyncStopTest, WaitForChangeTellsChangesAndTimeouts) {
   sync->RequestStop();
   EXPECT_FALSE(sync->WaitForChange(seen = 0, 0));
   EXPECT_EQ(seen, 0u);
+}
+
+TEST_F(SyncStopTest, AFeedsReaderIsLetGo) {
+  WatchMachines();
+  KE::Instance::KEChange changes[3];
+  std::unique_ptr<KE::Instance::KEChangeFeed> feed;
+  const std::function<void()> ends[] = {[&] { feed->Close(); }, [&] { sync->RequestStop(); }};
+  for (const auto& end : ends) {
+    feed.reset(sync->OpenChangeFeed());
+    EXPECT_EQ(1, feed->Take(changes, 3, -1));
+    EXPECT_EQ(0, feed->Take(changes, 3, 1));
+    std::promise<void> begins;
+    std::thread reader([&, borrowed = feed.get()] {
+      begins.set_value();
+      EXPECT_EQ(-1, borrowed->Take(changes, 3, -1));
+    });
+    begins.get_future().wait();
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));  // mostly it waits by now
+    end();
+    reader.join();
+  }
+
+  // The next watch finds another inventory. Until it is set up the feed says nothing.
+  server.Then("WaitForUpdates", [&] {
+    EXPECT_EQ(0, feed->Take(changes, 3, 0));
+    return UpdateSet("9", "filter-2", Machine("vm-2", "second"));
+  });
+  Watch(kMachines);
+  EXPECT_EQ(2, feed->Take(changes, 3, -1));
+  EXPECT_EQ(KE::Instance::KEChange::Kind::removed, changes[0].kind);
+  EXPECT_STREQ("vm-2", changes[1].key.Cstr());
+  sync->Cleanup();
+  EXPECT_EQ(1, feed->Take(changes, 3, -1));
+  sync.reset();
+  EXPECT_EQ(-1, feed->Take(changes, 3, -1));
 }
 
 TEST_F(SyncStopTest, AMethodsAnswerThatComesAfterTheStopIsDropped) {

@@ -19,7 +19,7 @@
 //   delete-cache TYPE, create-cache TYPE
 // What arrives before the first watch is what the first cycle meets; else it ends with a time-out.
 // These tell what is then true:
-//   cache           what the caches hold (CacheDump.h)
+//   cache           what the caches hold (CacheDump.h), and what copies hold that change feeds keep
 //   signalled       the filters whose waiters were signalled so far, in order
 //   version         the version that the wait named which is now out
 //   limit           how many milliseconds that wait may stay unanswered; 0: no limit of the loop's
@@ -42,6 +42,7 @@
 #include "datasync/SyncFixture.h"
 #include "datasync/SyncSeams.h"
 #include "support/CaseFile.h"
+#include "support/FeedMirror.h"
 
 namespace KE::Service {
 namespace {
@@ -102,6 +103,8 @@ class UpdateSetCaseTest : public SyncFixture, public testing::WithParamInterface
   }
 
   void Run(const std::vector<Section>& sections) {
+    slow = std::make_unique<FeedMirror>(*sync);
+    prompt = std::make_unique<FeedMirror>(*sync);
     signalled = error = log = "";
     queued = timeoutFed = false;
     for (const Section& section : sections) {
@@ -112,12 +115,16 @@ class UpdateSetCaseTest : public SyncFixture, public testing::WithParamInterface
       CapturedLog::Clear();
       callsBefore = server.Count("");
       Do(section);
+      while (prompt->Follow(1, 0) > 0) continue;
       if (section.name == "task") continue;  // its thread logs at any time
       for (const CapturedLog::Line& line : CapturedLog::Lines()) {
         log += regex_replace(line.text, std::regex("\n$"), "") + "\n";
       }
     }
     ExpectNothingUntold();
+    EXPECT_EQ(slow->Dump(), Caches());
+    slow.reset();
+    prompt.reset();
     server.Always("RetrieveAllPermissions", nullptr);
     MakeSync();
     references.clear();
@@ -129,6 +136,13 @@ class UpdateSetCaseTest : public SyncFixture, public testing::WithParamInterface
  private:
   FakeServer::Answer Styled(const std::string& text) {
     return FakeServer::Text(regex_replace(text, std::regex(pattern), replacement));
+  }
+
+  std::string CachesAsFeedsTell() {
+    const std::string held = Caches();
+    EXPECT_EQ(prompt->Dump(), held);
+    EXPECT_EQ(FeedMirror(*sync).Dump(), held);
+    return held;
   }
 
   void ExpectNothingUntold() {
@@ -264,7 +278,7 @@ class UpdateSetCaseTest : public SyncFixture, public testing::WithParamInterface
   // Compares if the section is one that tells what is true.
   bool Tells(const Section& section) {
     const std::map<std::string, std::function<std::string()>> tellers = {
-        {"cache", [&] { return Caches(); }},
+        {"cache", [&] { return CachesAsFeedsTell(); }},
         {"signalled", [&] { return signalled; }},
         {"version", [&] { return "[" + LastVersion() + "]\n"; }},
         {"limit",
@@ -286,6 +300,7 @@ class UpdateSetCaseTest : public SyncFixture, public testing::WithParamInterface
 
   static inline std::atomic<long long> clock{0};
 
+  std::unique_ptr<FeedMirror> slow, prompt;  // one takes in the end only
   std::string signalled, set, error, log;
   std::vector<std::string> heldBack;  // for the steps, until there is a watch
   std::vector<std::unique_ptr<NamedWaiter>> waiters;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Random changes to a plain model and to the daemon: after every one the caches equal the model.
+// Random changes to a plain model and to the daemon: after every one the caches equal the model,
+// and the copies that change feeds keep equal the caches.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -10,6 +11,7 @@
 #include <string>
 
 #include "simulator/driver/Simulator.h"
+#include "support/FeedMirror.h"
 #include "support/ReadCaches.h"
 #include "tools/common/DaemonConnection.h"
 #include "tools/common/EndOfRun.h"
@@ -243,6 +245,8 @@ TEST(Model, TheCachesEqualThePlainModelAfterEveryChange) {
   agent->Watch(end);
   const auto caches = [&] { return ReadCaches(agent->Cache()); };
   RandomChanges changes(simulator, seed);
+  std::optional<FeedMirror> prompt(std::in_place, agent->Sync()),
+      slow(std::in_place, agent->Sync());
   for (int step = 0; step < kSteps; ++step) {
     changes.Step();
     const Json expected = changes.Expected();
@@ -250,7 +254,14 @@ TEST(Model, TheCachesEqualThePlainModelAfterEveryChange) {
     bool equal = caches() == expected;
     while (!equal && agent->Sync().WaitForChange(seen, 20000)) equal = caches() == expected;
     ASSERT_TRUE(equal) << "step " << step << ": " << Json::diff(caches(), expected).dump(1);
+    const std::string dump = DumpCaches(agent->Cache());
+    ASSERT_EQ(prompt->Dump(), dump) << "step " << step;
+    if (step % 100 != 99) continue;
+    ASSERT_EQ(slow->Dump(), dump) << "step " << step;
+    slow.emplace(agent->Sync());
   }
+  prompt.reset();
+  slow.reset();
   agent.reset();
   KE::Service::FreeServiceManagerInstance();
 }

@@ -99,6 +99,25 @@ void WaitForChanges(Scene& scene, Seat& seat) {
   scene.tally.Count("changes waited for", 100);
 }
 
+void FollowFeed(Scene& scene, Seat& seat) {
+  seat.Does("takes what a feed gives");
+  const std::lock_guard<std::mutex> use(scene.promptUse);
+  if (scene.prompt.Follow(5, 20) < 0) Nap(1);
+  scene.tally.Count("times the lasting feed was taken from");
+}
+
+// A feed that comes and goes, in the middle of everything.
+void OpenFeed(Scene& scene, Seat& seat) {
+  seat.Does("opens a feed");
+  FeedMirror mirror(scene.sync);
+  for (int i = 1; i < 40 && !scene.park; ++i) {
+    seat.Does("takes what a feed gives");
+    if (mirror.Follow(i, i % 3 * 10) < 0) Nap(1);
+  }
+  if (!mirror.Wrong().empty()) scene.tally.Wrong("a feed gave what does not fit");
+  scene.tally.Count("feeds");
+}
+
 void RestartWaits(Scene& scene, Seat& seat) {
   seat.Does("restarts the pending wait (network)");
   dynamic_cast<KEDataSyncImpl&>(scene.sync).RestartDataSync();
@@ -118,6 +137,9 @@ constexpr struct {
               {"task waiter 1", RunTask},
               {"task waiter 2", RunTask},
               {"change waiter", WaitForChanges},
+              {"feed reader", FollowFeed},
+              {"feed opener 1", OpenFeed},
+              {"feed opener 2", OpenFeed},
               {"wait restarter", RestartWaits}};
 
 // A call may find both connections taken, and fail while the session is out or the instance ends.

@@ -14,6 +14,7 @@
 #include <string>
 
 #include "stress/Board.h"
+#include "support/FeedMirror.h"
 
 namespace stress {
 
@@ -47,6 +48,10 @@ struct Scene {
   KE::Service::KESession& session;
   KE::Service::KEDataSync& sync;
   Tally& tally;
+
+  // Kept through every login by feeds. One takes nothing until the truth is looked for.
+  FeedMirror slow{sync}, prompt{sync};
+  std::mutex promptUse;  // guards `prompt`
 
   std::atomic<bool> park{false};  // everybody ends
   // Nobody calls the server, so that the library may take its silence for the end of a report.
