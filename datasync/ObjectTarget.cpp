@@ -42,8 +42,8 @@ void ObjectTarget::Apply(const XmlSlice& property, const XmlSlice& op, const Xml
   } else if (!IsRemoval(op)) {
     KELib::Stub::KEStubBase& filled = Stub();
     if (const Property* found = properties->table.Find(property)) {
+      assigned = true;  // also when it fails half-way
       found->Put(filled, value, caches);
-      assigned = true;
     }
   }
 }
