@@ -10,69 +10,43 @@ namespace KE::Instance {
 namespace {
 
 using KELib::KEString;
-using KELib::Stub::KEStubRef;
 
-class DataCache : public testing::Test {
- protected:
-  CountedStub* File(const char* key) {
-    KEString text(key);
-    auto* stub = new CountedStub(alive);
-    cache.SetVal(text, stub);
-    return stub;
-  }
-
+TEST(DataCache, FilesFindsAndRemovesByTheExactKey) {
   int alive = 0;
   KEDataCache cache;
-};
-
-TEST_F(DataCache, OffersWhatItFindsToAnEmptyHandle) {
-  KEString key("a"), missing("A"), other("b");
-  KEStubRef ref;
-  cache.GetVal(key, ref);
-  CountedStub* first = File("a");
-  File("b");
+  KEString key("a"), other("b"), missing("A");
+  CountedStub* second = nullptr;
+  for (int i = 0; i < 2; ++i) cache.SetVal(key, second = new CountedStub(alive));
+  EXPECT_EQ(1, alive);
+  EXPECT_EQ(2u, cache.Size());  // filed twice, counted twice
+  cache.SetVal(other, new CountedStub(alive));
+  KELib::Stub::KEStubRef ref;
   cache.GetVal(missing, ref);
   EXPECT_FALSE(ref.HasData());
   cache.GetVal(key, ref);
-  cache.GetVal(other, ref);
-  EXPECT_EQ(first, ref.GetData());
-}
+  cache.GetVal(other, ref);  // a handle that has a stub keeps it
+  EXPECT_EQ(second, ref.GetData());
 
-TEST_F(DataCache, FilingAgainReplacesTheStubAndCountsTwice) {
-  File("a");
-  CountedStub* second = File("a");
-  EXPECT_EQ(1, alive);
-  EXPECT_EQ(2u, cache.Size());
-  EXPECT_EQ(second, Find(cache, "a"));
-  KEString key("a");
-  cache.RemoveVal(key);
-  EXPECT_EQ(0, alive);
-  EXPECT_EQ(nullptr, Find(cache, "a"));
-}
-
-TEST_F(DataCache, RemoveValWorksForTheHolderAndWaitsForOthers) {
-  File("a");
-  File("b");
-  KEString key("a"), own("b"), missing("c");
-  RunAgainstHolder(
-      *cache.GetMutex(), [&] { cache.RemoveVal(key); },
-      [&] {
-        auto it = cache.Iterator();
-        cache.RemoveVal(missing);
-        EXPECT_FALSE(it.End());
-        cache.RemoveVal(own);
-        EXPECT_TRUE(it.End());
-        EXPECT_EQ(nullptr, *it);
-        EXPECT_TRUE(cache.GetMutex()->IsLocked());
-        EXPECT_EQ(1, alive);
-      });
-  EXPECT_EQ(0, alive);
-}
-
-TEST_F(DataCache, IsWalkedOnceAroundAndNotAcrossGrowth) {
-  for (char c = 'a'; c < 'a' + 15; ++c) File(std::string(1, c).c_str());
+  KELib::KEMutexGuard guard(cache.GetMutex());
   auto it = cache.Iterator();
-  File("z");
+  cache.RemoveVal(missing);
+  EXPECT_FALSE(it.End());
+  cache.RemoveVal(key);
+  EXPECT_TRUE(it.End());
+  EXPECT_EQ(nullptr, *it);
+  EXPECT_TRUE(cache.GetMutex()->IsLocked());
+  EXPECT_EQ(1, alive);
+}
+
+TEST(DataCache, IsWalkedOnceAroundAndNotAcrossGrowth) {
+  KEDataCache cache;
+  const auto file = [&cache](char name) {
+    KEString key(std::string(1, name).c_str());
+    cache.SetVal(key, new KELib::Stub::KEStubBase);
+  };
+  for (char name = 'a'; name < 'a' + 15; ++name) file(name);
+  auto it = cache.Iterator();
+  file('z');
   EXPECT_TRUE(it.End());
   it = cache.Iterator();
   auto second = it++;

@@ -176,85 +176,66 @@ TEST(LongLists, StayBoundedWhileMembersComeAndGo) {
   EXPECT_LE(host.HostedDependencies->Capacity(), 8192u);
 }
 
-// The privileges of each role, and those of its links to them that are listed at the other end.
-class RolesAndPrivileges {
- public:
-  static constexpr int kEach = 1500;  // so that a list of either kind gets long
+using PrivilegeLink = Zorbel_PrivilegeMemberOfCollection;
+using Pairs = std::multiset<std::pair<Zorbel_Role*, Zorbel_Privilege*>>;
 
-  RolesAndPrivileges() : roles(kEach), privileges(kEach), expected(kEach) {
-    for (int i = 0; i < kEach; ++i) {
-      RenewRole(i);
-      RenewPrivilege(i);
-    }
-  }
-
-  void RenewRole(int number) {
-    roles[number] = std::make_unique<Zorbel_Role>();
-    roles[number]->Name = std::to_string(number).c_str();
-    expected[number].clear();
-  }
-  void RenewPrivilege(int number) {
-    privileges[number] = std::make_unique<Zorbel_Privilege>();
-    privileges[number]->InstanceID = std::to_string(number).c_str();
-    for (auto& ofRole : expected) ofRole.erase(number);
-  }
-  void Set(int role, const std::vector<int>& numbers) {
-    std::vector<Zorbel_Privilege*> wanted;
-    for (const int number : numbers) wanted.push_back(privileges[number].get());
-    SetPrivileges(*roles[role], wanted);
-    expected[role] = {numbers.begin(), numbers.end()};
-  }
-
-  void Check() {
-    std::vector<std::multiset<int>> fromRoles(kEach), fromPrivileges(kEach), wanted(kEach);
-    for (int i = 0; i < kEach; ++i) {
-      Collect(roles[i]->PrivilegeMembers, &Link::originIndex, fromRoles);
-      Collect(privileges[i]->MemberOfCollections, &Link::memberIndex, fromPrivileges);
-      wanted[i] = {expected[i].begin(), expected[i].end()};
-    }
-    EXPECT_EQ(wanted, fromRoles);
-    EXPECT_EQ(wanted, fromPrivileges);
-  }
-
- private:
-  using Link = Zorbel_PrivilegeMemberOfCollection;
-
-  static void Collect(const AssocList& list, unsigned int Link::*place,
-                      std::vector<std::multiset<int>>& ofRoles) {
+// The ends of all links that are in the lists of these stubs.
+template <typename End>
+Pairs PairsOf(const std::vector<std::unique_ptr<End>>& ends, AssocList End::*listOf,
+              unsigned int PrivilegeLink::*place) {
+  Pairs pairs;
+  for (const auto& end : ends) {
+    const AssocList& list = (*end).*listOf;
     for (unsigned int i = 0; list != nullptr && i < list->Count(); ++i) {
-      const auto* link = dynamic_cast<Link*>(list->Get(i));
+      const auto* link = dynamic_cast<PrivilegeLink*>(list->Get(i));
       if (link == nullptr) continue;
       EXPECT_LT(link->*place - i, kLongList) << "a search for the link would be long";
-      const int role = std::stoi(link->Collection->Name.Cstr());
-      ofRoles[role].insert(std::stoi(link->Member->InstanceID.Cstr()));
+      pairs.emplace(link->Collection, link->Member);
     }
   }
-
-  std::vector<std::unique_ptr<Zorbel_Role>> roles;
-  std::vector<std::unique_ptr<Zorbel_Privilege>> privileges;
-  std::vector<std::set<int>> expected;
-};
+  return pairs;
+}
 
 TEST(LongLists, AgreeOnBothSidesWhateverComesAndGoes) {
-  RolesAndPrivileges model;
+  std::vector<std::unique_ptr<Zorbel_Role>> roles(1500);  // so that a list of either kind gets long
+  std::vector<std::unique_ptr<Zorbel_Privilege>> privileges(roles.size());
+  for (auto& role : roles) role = std::make_unique<Zorbel_Role>();
+  for (auto& privilege : privileges) privilege = std::make_unique<Zorbel_Privilege>();
+  Pairs expected;
+  const auto forget = [&expected](Zorbel_Role* role) {
+    expected.erase(expected.lower_bound({role, nullptr}),
+                   expected.lower_bound({role + 1, nullptr}));
+  };
   std::mt19937 random(7);
-  const auto any = [&random] { return static_cast<int>(random() % RolesAndPrivileges::kEach); };
+  const auto oneOf = [&random](auto& all) -> auto& {
+    return all[random() % all.size()];
+  };
   for (int step = 0; step < 6000; ++step) {
     const unsigned int kind = random() % 20;
     if (kind == 0) {
-      model.RenewRole(any());
+      auto& role = oneOf(roles);
+      forget(role.get());
+      role = std::make_unique<Zorbel_Role>();
     } else if (kind == 1) {
-      model.RenewPrivilege(any());
+      auto& privilege = oneOf(privileges);
+      for (const auto& role : roles) expected.erase({role.get(), privilege.get()});
+      privilege = std::make_unique<Zorbel_Privilege>();
     } else {
-      std::vector<int> numbers{any()};
-      if (kind < 18) numbers.push_back(0);  // a privilege that nearly all roles share
-      const int more = step % 500 == 9 ? 2000 : 5;
-      for (int i = 0; i < more; ++i) numbers.push_back(any());
-      const int role = step % 5 == 0 ? 0 : any();
-      model.Set(role, numbers);
-      if (step % 3 == 0) model.Set(role, numbers);
+      std::vector<Zorbel_Privilege*> wanted;
+      if (kind < 18) wanted.push_back(privileges[0].get());  // which nearly all roles share
+      const int more = step % 500 == 9 ? 2000 : 6;
+      for (int i = 0; i < more; ++i) wanted.push_back(oneOf(privileges).get());
+      Zorbel_Role* role = step % 5 == 0 ? roles[0].get() : oneOf(roles).get();
+      for (int i = 0; i < 1 + (step % 3 == 0); ++i) SetPrivileges(*role, wanted);
+      forget(role);
+      const std::set<Zorbel_Privilege*> once(wanted.begin(), wanted.end());
+      for (Zorbel_Privilege* privilege : once) expected.emplace(role, privilege);
     }
-    if (step % 1000 == 999) model.Check();
+    if (step % 1000 != 999) continue;
+    EXPECT_TRUE(expected ==
+                PairsOf(roles, &Zorbel_Role::PrivilegeMembers, &PrivilegeLink::originIndex));
+    EXPECT_TRUE(expected == PairsOf(privileges, &Zorbel_Privilege::MemberOfCollections,
+                                    &PrivilegeLink::memberIndex));
   }
 }
 
