@@ -6,11 +6,11 @@
 // supervisor starts it again (agent.service).
 #include <kecpp.h>
 
-#include <unistd.h>
-
+#include <chrono>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
+#include <thread>
 
 using namespace KE::Service;
 using namespace KE::Stub;
@@ -61,6 +61,6 @@ int main(int argc, char** argv) {
       std::cerr << error.What() << '\n';
     }
     manager->FreeServiceInstance(instance);  // logs out; null is passed over
-    sleep(1);
+    std::this_thread::sleep_for(std::chrono::seconds(1));
   }
 }

@@ -14,8 +14,8 @@ const char* Truth(bool value) {
 std::string Authorization::PrivilegeItems() const {
   std::string xml;
   for (const auto& [id, name] : privileges) {
-    xml += "<AuthorizationPrivilege><privId>" + id + "</privId><name>" + name +
-           "</name></AuthorizationPrivilege>";
+    xml.append("<AuthorizationPrivilege><privId>").append(id).append("</privId><name>");
+    xml.append(name).append("</name></AuthorizationPrivilege>");
   }
   return xml;
 }

@@ -9,8 +9,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <cstring>
-#include <stdexcept>
+#include <cerrno>
+#include <system_error>
 
 #include "servers/HttplibVersions.h"
 
@@ -47,7 +47,7 @@ int PortOf(int fd) {
 class HttpServer::Descriptor {
  public:
   explicit Descriptor(int owned) : fd(owned) {
-    if (fd < 0) throw std::runtime_error(std::strerror(errno));
+    if (fd < 0) throw std::system_error(errno, std::generic_category());
   }
   ~Descriptor() { close(fd); }
   Descriptor(const Descriptor&) = delete;
@@ -68,7 +68,7 @@ int HttpServer::Bind(int wanted) {
   port = PortOf(reserved->fd);
   // A port on which another process listens can be bound, but not listened on.
   const Descriptor probe(BoundSocket(port));
-  if (::listen(probe.fd, 1) != 0) throw std::runtime_error(std::strerror(errno));
+  if (::listen(probe.fd, 1) != 0) throw std::system_error(errno, std::generic_category());
   return port;
 }
 

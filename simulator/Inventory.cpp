@@ -133,7 +133,7 @@ void Inventory::DropMemberLocked(const std::string& container, const std::string
 std::string Inventory::AddLocked(const Kind& kind, const std::string& name,
                                  const std::string& host) {
   const unsigned int number = ++made[&kind];
-  const std::string id = kind.stem + ("-" + std::to_string(number));
+  std::string id = kind.stem + ("-" + std::to_string(number));
   AddObjectLocked(id, kind.type, kind.makeUp({id, name, host, number, seed}));
   AddMemberLocked(host, id);
   AddMemberLocked(kind.folder, id);
@@ -152,14 +152,14 @@ void Inventory::MakeUpLocked(const Kind& kind, unsigned int count) {
 std::string Inventory::CreateMachine(const std::string& name, const std::string& host) {
   const std::lock_guard<std::mutex> lock(mutex);
   if (!IsLocked(host, kHost)) return "";
-  const std::string id = AddLocked(KindOf(kMachine), name, host);
+  std::string id = AddLocked(KindOf(kMachine), name, host);
   changed.notify_all();
   return id;
 }
 
 std::string Inventory::CreateHost(const std::string& name) {
   const std::lock_guard<std::mutex> lock(mutex);
-  const std::string id = AddLocked(KindOf(kHost), name, "");
+  std::string id = AddLocked(KindOf(kHost), name, "");
   changed.notify_all();
   return id;
 }
@@ -237,7 +237,7 @@ std::string Inventory::PermissionItems() {
 
 std::string Inventory::CreateTask() {
   const std::lock_guard<std::mutex> lock(mutex);
-  const std::string id = "task-" + std::to_string(nextTask++);
+  std::string id = "task-" + std::to_string(nextTask++);
   AddObjectLocked(id, "Task", {{"info.state", "queued", " xsi:type=\"TaskInfoState\"", false, 0}});
   changed.notify_all();
   return id;

@@ -14,7 +14,7 @@ namespace {
 const char kOtherPid[] = "4711";
 constexpr unsigned int kRefuseMs = 1000;
 constexpr unsigned int kHangMs = 600000;
-constexpr std::size_t kHuge = 100 * 1000 * 1000;
+constexpr std::size_t kHuge = 100000000;
 
 bool ConcernsConnection(const std::string& kind) {
   return kind == "refuse" || kind == "close-before" || kind == "hang" || kind == "lost-reply" ||

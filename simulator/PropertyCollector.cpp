@@ -60,8 +60,7 @@ std::string PropertyCollector::CreateFilter(const std::string& session,
     Selection asked(spec);
     const std::lock_guard<std::mutex> lock(inventory.Mutex());
     Session& owner = FindLocked(session);
-    const std::string id =
-        "session[" + session.substr(0, 8) + "]filter-" + std::to_string(nextFilter++);
+    std::string id = "session[" + session.substr(0, 8) + "]filter-" + std::to_string(nextFilter++);
     owner.filters.emplace(id, Filter(std::move(asked)));
     inventory.Changed().notify_all();
     return id;

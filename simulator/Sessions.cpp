@@ -41,8 +41,8 @@ std::string Sessions::IssueTicket(const std::string& user) {
   if (account.ticketFolder.empty()) Refuse("This daemon hands no local tickets out.");
   const std::string password = Random() + "<&>";  // a client that sends it as XML has to escape it
   const std::lock_guard<std::mutex> lock(mutex);
-  const std::string path = account.ticketFolder + "/ticket-" + std::to_string(getpid()) + "-" +
-                           std::to_string(nextTicket++);
+  std::string path = account.ticketFolder + "/ticket-" + std::to_string(getpid()) + "-" +
+                     std::to_string(nextTicket++);
   if (!WriteSecret(path, password)) Refuse("The password file cannot be written.");
   tickets[password] = user;
   return path;

@@ -15,7 +15,7 @@ Tasks::~Tasks() {
 }
 
 std::string Tasks::Start(const std::string& outcome, std::chrono::milliseconds pause) {
-  const std::string id = inventory.CreateTask();
+  std::string id = inventory.CreateTask();
   const Clock::time_point now = Clock::now();
   const std::lock_guard<std::mutex> lock(mutex);
   steps.insert({now + pause, {id, "running"}});

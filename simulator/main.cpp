@@ -96,22 +96,27 @@ void Serve(const Options& options) {
   restarts.RemovePid();
 }
 
+int Run(int argc, char** argv) {
+  Options options;
+  CLI::App app{"A simulated management daemon"};
+  Declare(options, app);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& e) {
+    return app.exit(e);
+  }
+  Serve(options);
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   // Before any thread is made, so that the signals come to the one that waits for them.
   const sigset_t ends = EndingSignals();
   pthread_sigmask(SIG_BLOCK, &ends, nullptr);
-
-  Options options;
-  CLI::App app{"A simulated management daemon"};
-  Declare(options, app);
   try {
-    app.parse(argc, argv);
-    Serve(options);
-    return 0;
-  } catch (const CLI::ParseError& e) {
-    return app.exit(e);
+    return Run(argc, argv);
   } catch (const std::exception& e) {
     std::fprintf(stderr, "kecpp-mgmtd-sim: %s\n", e.what());
     return 1;

@@ -58,6 +58,7 @@ TemporaryFolder::~TemporaryFolder() {
 ChildProcess::ChildProcess(std::vector<std::string> command, const std::vector<std::string>& more) {
   command.insert(command.end(), more.begin(), more.end());
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (std::string& word : command) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC;

@@ -38,7 +38,8 @@ inline ProcessSample SampleOf(const std::string& folder) {
   fields >> sample.state;
   long value[25] = {};
   for (int i = 4; i < 25; ++i) fields >> value[i];
-  sample.cpuSeconds = static_cast<double>(value[14] + value[15]) / sysconf(_SC_CLK_TCK);
+  sample.cpuSeconds =
+      static_cast<double>(value[14] + value[15]) / static_cast<double>(sysconf(_SC_CLK_TCK));
   sample.threads = value[20];
   sample.residentKb = value[24] * (sysconf(_SC_PAGESIZE) / 1024);
   const std::filesystem::directory_iterator descriptors(folder + "/fd");

@@ -43,7 +43,7 @@ std::string Simulator::Config(const std::string& user, const std::string& passwo
 }
 
 std::string Simulator::ConfigFile(const std::string& config) const {
-  const std::string path = folder.path + "/config.xml";
+  std::string path = folder.path + "/config.xml";
   std::ofstream(path) << config;
   return path;
 }
@@ -55,8 +55,7 @@ Json Simulator::Ask(const std::string& method, const std::string& control,
   client.enable_server_certificate_verification(false);
   httplib::Result answer(nullptr, httplib::Error::Unknown);
   Eventually([&] {
-    answer = method == "GET" ? client.Get(path.c_str())
-                             : client.Post(path.c_str(), body, "application/json");
+    answer = method == "GET" ? client.Get(path) : client.Post(path, body, "application/json");
     return answer || !process.IsRunning();
   });
   if (!answer) throw std::runtime_error(path + ": " + httplib::to_string(answer.error()));

@@ -222,7 +222,7 @@ struct Example : ChildProcess {
     return Eventually([&] {
       int found = 0;
       const std::string output = Output();
-      for (std::size_t at = 0; (at = output.find(text, at)) != output.npos; ++at) ++found;
+      for (std::size_t at = 0; (at = output.find(text, at)) != std::string::npos; ++at) ++found;
       return found >= times;
     });
   }

@@ -36,7 +36,8 @@ TEST(SoakJudgement, SeesEachBreach) {
       {"status 0", [](Record& run) { run.exitStatus = 139; }},
       {"memory grew",  // 2 kB every five seconds
        [](Record& run) {
-         for (std::size_t i = 0; i < run.samples.size(); ++i) run.samples[i].residentKb += 2 * i;
+         long grown = 0;
+         for (auto& sample : run.samples) sample.residentKb += grown += 2;
        }},
       {"descriptors", [](Record& run) { run.after.end.descriptors = 7; }},
       {"threads", [](Record& run) { run.after.end.threads = 3; }},

@@ -39,7 +39,7 @@ void Replace(std::string& text, const std::string& from, const std::string& to) 
 std::vector<std::string> Options(bool tls, const std::string& pidFile) {
   std::vector<std::string> options = {"--hosts", "1",          "--machines", "3",          "--user",
                                       USER,      "--password", PASSWORD,     "--pid-file", pidFile};
-  if (tls) options.push_back("--https");
+  if (tls) options.emplace_back("--https");
   return options;
 }
 

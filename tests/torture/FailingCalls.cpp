@@ -255,6 +255,7 @@ REPLACED_SYMBOL(int, Create, "pthread_create",
 
 }  // namespace torture
 
+// NOLINTBEGIN(bugprone-macro-parentheses): operators and lists of parameters
 #define TORTURE_NEW(form, how, parameters, values) \
   void* operator form parameters {                 \
     return torture::how values;                    \
@@ -270,6 +271,7 @@ TORTURE_NEW(new[], AllocateOrThrow, (std::size_t size, std::align_val_t step), (
   void operator form parameters noexcept { \
     torture::Free(block);                  \
   }
+// NOLINTEND(bugprone-macro-parentheses)
 TORTURE_DELETE(delete, (void* block))
 TORTURE_DELETE(delete[], (void* block))
 TORTURE_DELETE(delete, (void* block, std::size_t))

@@ -59,7 +59,7 @@ class Scenario {
     Step("watch hosts and machines", [&] { systems = WatchSystems(*instance, *sync); });
     Step("watch roles",
          [&] { authorization = WatchAuthorization(*instance, *sync, firstData.get()); });
-    if (!firstData->Wait(20000)) findings.complaints.push_back("the waiter was not signalled");
+    if (!firstData->Wait(20000)) findings.complaints.emplace_back("the waiter was not signalled");
     Rename();
     Step("await a change", [this] { AwaitChange(); });
     Step("use both handles", [this] { UseBothHandles(); });

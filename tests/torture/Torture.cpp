@@ -187,7 +187,7 @@ class Torture {
     compare("descriptors", openNow(), descriptors);
     compare("easy handles", now.handles, before.handles);
     compare("shares", now.shares, before.shares);
-    if (HeldLocks() != 0) complaints.push_back("a lock is held");
+    if (HeldLocks() != 0) complaints.emplace_back("a lock is held");
     if (LostLocks() != 0) complaints.push_back("a thread has ended with a lock, or a mutex locked");
   }
 
@@ -199,7 +199,14 @@ class Torture {
   unsigned long rounds = 0, failures = 0, orphans = 0;
 };
 
-int Main(const Options& options) {
+int Run(int argc, char** argv) {
+  Options options;
+  CLI::App app{"Refuses one call after the other to the library"};
+  app.add_option("--call", options.call, "Only this kind, e.g. fopen");
+  app.add_option("--sample", options.sample, "Every so many rounds")->check(CLI::PositiveNumber);
+  app.add_option("--burst", options.burst, "Refuse so many calls in a row");
+  app.add_option("--only", options.only, "Only this number");
+  CLI11_PARSE(app, argc, argv);
   setvbuf(stdout, nullptr, _IOLBF, 0);  // what was said stays said when a round crashes
   signal(SIGALRM, OnAlarm);
   driver::Simulator simulator({"--https", "--hosts", "2", "--machines", "5"});
@@ -215,15 +222,8 @@ int Main(const Options& options) {
 }  // namespace torture
 
 int main(int argc, char** argv) {
-  torture::Options options;
-  CLI::App app{"Refuses one call after the other to the library"};
-  app.add_option("--call", options.call, "Only this kind, e.g. fopen");
-  app.add_option("--sample", options.sample, "Every so many rounds")->check(CLI::PositiveNumber);
-  app.add_option("--burst", options.burst, "Refuse so many calls in a row");
-  app.add_option("--only", options.only, "Only this number");
-  CLI11_PARSE(app, argc, argv);
   try {
-    return torture::Main(options);
+    return torture::Run(argc, argv);
   } catch (const std::exception& e) {
     std::printf("FAILED: %s\n", e.what());
     return 1;

@@ -57,7 +57,7 @@ AgentServer::AgentServer(TlsContext context, const Limits& serverLimits)
   set_keep_alive_timeout(limits.time.count());
   set_socket_options(ShareNoPort);
   set_exception_handler([](const httplib::Request&, httplib::Response& response,
-                           std::exception_ptr) { response.status = 500; });
+                           const std::exception_ptr&) { response.status = 500; });
   set_post_routing_handler([](const httplib::Request& request, httplib::Response& response) {
     // A client that begins with the extended method goes on without it when it reads this.
     if (request.method == "M-POST") response.status = 501;

@@ -150,6 +150,7 @@ Link NamedLink(const Call& call, const char* parameter) {
 
 std::vector<const ClassRow*> TypesOf(const std::vector<ObjectName>& objects) {
   std::vector<const ClassRow*> types;
+  types.reserve(objects.size());
   for (const ObjectName& object : objects) types.push_back(object.type);
   return types;
 }

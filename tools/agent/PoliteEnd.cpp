@@ -29,7 +29,7 @@ sigset_t EndingSignals() {
   pthread_sigmask(SIG_SETMASK, nullptr, &others);
   sigdelset(&others, SIGTERM);
   sigdelset(&others, SIGINT);
-  sigsuspend(&others);
+  sigsuspend(&others);  // NOLINT(concurrency-mt-unsafe): safe on Linux
   std::this_thread::sleep_for(PATIENCE);
   _exit(EXIT_SUCCESS);
 }

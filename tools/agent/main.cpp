@@ -139,6 +139,6 @@ int main(int argc, char** argv) {
   // Memory of copies and answers goes back to the system when they go. The allocator would keep
   // tens of megabytes for each of the threads that have made one.
   constexpr int LARGE = 256 * 1024;
-  mallopt(M_MMAP_THRESHOLD, LARGE);
+  mallopt(M_MMAP_THRESHOLD, LARGE);  // NOLINT(concurrency-mt-unsafe): there is one thread yet
   return tools::agent::RunCommand(argc, argv);
 }
