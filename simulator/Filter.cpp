@@ -22,20 +22,20 @@ void AppendChange(const Inventory& inventory, const Object& object, const Proper
 void Filter::Forget() {
   reports.clear();
   left.clear();
-  leftUntold.clear();
-  walked = toldMissing = false;
+  leftUnreported.clear();
+  walked = reportedMissing = false;
 }
 
 void Filter::RepeatAll() {
   for (auto& entry : reports) entry.second.at = 0;
-  leftUntold.merge(left);
+  leftUnreported.merge(left);
   left.clear();
-  walked = toldMissing = false;
+  walked = reportedMissing = false;
 }
 
 void Filter::ReportLocked(const Inventory& inventory, unsigned int& room, std::string& out) {
-  const Types repeated = std::move(leftUntold);
-  leftUntold.clear();
+  const Types repeated = std::move(leftUnreported);
+  leftUnreported.clear();
   for (const auto& [id, type] : repeated) Leave(id, type, out);
   FindNewsLocked(inventory, out);
   while (room > 0 && !pending.empty()) {
@@ -43,8 +43,8 @@ void Filter::ReportLocked(const Inventory& inventory, unsigned int& room, std::s
     pending.pop_front();
     if (ReportObjectLocked(inventory, id, out)) --room;
   }
-  if (toldMissing || !reports.empty() || inventory.FindLocked(spec.Start()) != nullptr) return;
-  toldMissing = true;
+  if (reportedMissing || !reports.empty() || inventory.FindLocked(spec.Start()) != nullptr) return;
+  reportedMissing = true;
   out += "<missingSet>";
   AppendObject(spec.StartType(), spec.Start(), out);
   out += "</missingSet>";
@@ -78,7 +78,7 @@ void Filter::FindNewsLocked(const Inventory& inventory, std::string& out) {
   }
 }
 
-// Finds everything that is to be told by looking at the whole selection.
+// Finds everything that is to be reported by looking at the whole selection.
 void Filter::WalkLocked(const Inventory& inventory, std::string& out) {
   walked = true;
   ++walk;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A property filter of a session: what it selects, and what the client was told of it.
+// A property filter of a session: what it selects, and what was reported to the client.
 //
 // Thread safety: guarded by the inventory's mutex.
 #ifndef KECPP_SIMULATOR_FILTER_H
@@ -19,22 +19,23 @@ class Filter {
  public:
   explicit Filter(Selection asked) : spec(std::move(asked)) {}
 
-  // Appends what the client was not told yet: "objectSet" elements of at most `room` objects, which
-  // are taken off `room`, of objects that left, and a "missingSet" when there is no start object.
+  // Appends what was not reported yet: "objectSet" elements of at most `room` objects, which are
+  // subtracted from `room`, those of objects that left, and a "missingSet" when there is no start
+  // object.
   void ReportLocked(const Inventory& inventory, unsigned int& room, std::string& out);
 
   // The client starts from nothing.
   void Forget();
   // The client has got the reports so far.
   void Acknowledge() { left.clear(); }
-  // The client may lack some of the reports so far: everything is told again, and also who left
-  // since the last acknowledgement.
+  // The client may lack some of the reports so far: everything is reported again, also the objects
+  // that left since the last acknowledgement.
   void RepeatAll();
 
  private:
   using Types = std::unordered_map<std::string, std::string>;  // by object
   struct Report {
-    Version at = 0;  // the client was told everything up to here; 0: nothing
+    Version at = 0;  // reported up to this version; 0: nothing
     std::string type;
     unsigned int walk = 0;  // the last walk that met the object
   };
@@ -47,12 +48,12 @@ class Filter {
   Selection spec;
   std::unordered_map<std::string, Report> reports;  // by object, of all that are selected or were
   std::deque<std::string> pending;                  // objects that may have news
-  Types left;                                       // told, but not acknowledged
-  Types leftUntold;
+  Types left;                                       // reported, but not acknowledged
+  Types leftUnreported;
   Version since = 0;  // changes up to here are in `pending`
   unsigned int walk = 0;
   bool walked = false;
-  bool toldMissing = false;
+  bool reportedMissing = false;
 };
 
 }  // namespace sim

@@ -11,7 +11,7 @@ namespace {
 constexpr int WAIT_SLICE_MS = 200;
 constexpr int PAUSE_SLICES = 5;
 
-// While it lives the connection's caches may be read.
+// While it exists, the connection's caches may be read.
 class OpenGate {
  public:
   OpenGate(CacheGate& opened, DaemonConnection& connection) : gate(opened) {
@@ -40,7 +40,7 @@ void Follower::Run() {
     try {
       FollowOneConnection();
     } catch (const ConnectionError& error) {
-      Tell(error.what());
+      Report(error.what());
     }
     Pause();
   }
@@ -51,7 +51,7 @@ void Follower::FollowOneConnection() {
   connection.Watch(end);
   const OpenGate opened(gate, connection);
   state.Connected();
-  told.clear();
+  reported.clear();
   FollowUntilLost(connection);
 }
 
@@ -63,15 +63,15 @@ void Follower::FollowUntilLost(DaemonConnection& connection) {
     KE::Service::KESyncStatus status;
     connection.Sync().GetStatus(status);
     state.Update(status);
-    if (connection.IsLost(reason)) return Tell("connection lost (" + reason + ")");
+    if (connection.IsLost(reason)) return Report("connection lost (" + reason + ")");
   }
 }
 
-void Follower::Tell(const std::string& failure) {
+void Follower::Report(const std::string& failure) {
   state.Lost(failure);
-  if (failure != told && !end.Ended())
+  if (failure != reported && !end.Ended())
     std::cerr << "kecpp-agent: " << failure << ", connecting again\n";
-  told = failure;
+  reported = failure;
 }
 
 void Follower::Pause() const {

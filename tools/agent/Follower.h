@@ -30,7 +30,7 @@ class Follower {
  private:
   void FollowOneConnection();
   void FollowUntilLost(DaemonConnection& connection);
-  void Tell(const std::string& failure);
+  void Report(const std::string& failure);
   void Pause() const;
 
   KE::Service::KEServiceInstManager& manager;
@@ -38,7 +38,7 @@ class Follower {
   const EndOfRun& end;
   CacheGate& gate;
   DaemonState& state;
-  std::string told;  // the last failure
+  std::string reported;  // the last failure
 };
 
 }  // namespace tools::agent

@@ -114,7 +114,7 @@ std::shared_ptr<Users::Table> Users::Read(const std::string& file) {
 
 bool Users::Accepts(const std::string& authorization, const std::string& peer) {
   const bool known = Knows(authorization);
-  if (!known && !authorization.empty()) Tell(peer);  // browsers come without at first
+  if (!known && !authorization.empty()) Report(peer);  // browsers come without at first
   return known;
 }
 
@@ -147,7 +147,7 @@ bool Users::Check(const Table& table, const std::string& user, const std::string
   return SameBytes(Hash(password, expected), expected) && found != table.hashes.end();
 }
 
-void Users::Tell(const std::string& peer) {
+void Users::Report(const std::string& peer) {
   std::lock_guard<std::mutex> lock(mutex);
   if (Clock::now() < silentUntil) {
     ++untold;

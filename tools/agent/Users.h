@@ -47,7 +47,7 @@ class Users {
   bool Knows(const std::string& authorization);
   bool Check(const Table& table, const std::string& user, const std::string& password);
   Digest DigestOf(const std::string& credentials) const;
-  void Tell(const std::string& peer);
+  void Report(const std::string& peer);
 
   const std::string path;
   Digest secret;  // constant after construction: no digest is worth stealing

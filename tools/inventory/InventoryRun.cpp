@@ -70,7 +70,7 @@ void InventoryRun::ShowNextChange() {
 void InventoryRun::Reconnect(const std::string& reason) {
   std::cerr << PROGRAM << ": connection lost (" << reason << "), connecting again\n";
   connection.reset();
-  std::string told;
+  std::string reported;
   while (!end.Ended()) {
     try {
       Connect();
@@ -78,9 +78,9 @@ void InventoryRun::Reconnect(const std::string& reason) {
       return;
     } catch (const ConnectionError& error) {
       connection.reset();
-      if (told != error.what() && !end.Ended())
+      if (reported != error.what() && !end.Ended())
         std::cerr << PROGRAM << ": " << error.what() << '\n';
-      told = error.what();
+      reported = error.what();
       std::this_thread::sleep_for(std::chrono::milliseconds(end.Slice(RECONNECT_PAUSE_MS)));
     }
   }
