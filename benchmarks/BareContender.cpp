@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// No contender but the floor under them: the blocks that the library allocates for each machine, of
-// the same sizes and in the same order, and the copies of the kept texts, which were found before
-// the clock starts. No parsing, no table, no locks. Its growth with the inventory is that of the
+// The floor under all contenders: the blocks that the library allocates for each machine, of the
+// same sizes and in the same order, and the copies of the kept texts, which were found before the
+// clock starts. No parsing, no table, no locks. Its growth with the inventory is that of the
 // allocator and of the page faults.
 #include <array>
 #include <cstring>

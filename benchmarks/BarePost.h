@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// What libcurl alone needs for a call: the floor under the library's transport. The same options
-// (cookies that a share keeps, with its locks, among them), the same header lines and the same
-// request, a kept connection.
+// What libcurl alone needs for a call: the floor under the library's transport. It has the same
+// options (including cookies in a share with its locks), the same header lines, the same request
+// and a connection that is kept.
 #ifndef KECPP_BENCHMARKS_BAREPOST_H
 #define KECPP_BENCHMARKS_BAREPOST_H
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A server in a process of its own that answers the calls of a data sync, and a few of the
-// benchmarks' own, with prepared bytes: its work is not in the client's processor time.
+// A server in a separate process that answers the calls of a data sync, and a few more for the
+// benchmarks, with prepared bytes: its work is not in the client's processor time.
 //
 //   CreateFilter       names kFilter
 //   WaitForUpdates     without a version the first set; otherwise, `Changes` times, a set whose

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The sum over a store by which contenders prove that they did the same work.
+// A sum over a store. Contenders with the same sum have done the same work.
 #ifndef KECPP_BENCHMARKS_CHECKSUM_H
 #define KECPP_BENCHMARKS_CHECKSUM_H
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // What takes part in the comparison: something that keeps an inventory and brings it up to date
-// from an update set in memory. The library is one, the others do the same work with a component of
-// the field in front of a store of standard containers (Store.h).
+// from an update set in memory. The library is one. The others do the same work with a well-known
+// parser in front of a store of standard containers (Store.h).
 //
 // Thread safety: none; a process runs one contender on one thread.
 #ifndef KECPP_BENCHMARKS_CONTENDER_H
@@ -22,15 +22,15 @@ class Contender {
  public:
   virtual ~Contender() = default;
 
-  // Is shown the first set before the clock starts.
+  // Gets the first set before the clock starts.
   virtual void Prepare(const Text&) {}
 
-  // Applies an update set, which is used up: it is parsed where it stands if the component can do
-  // that, and freed.
+  // Applies an update set, which is used up: it is parsed in place if the component can do that,
+  // and freed.
   virtual void Apply(Text text) = 0;
 
-  // Sums up everything that the store holds, links included, whatever their order. Contenders that
-  // were fed the same sets agree.
+  // Sums up everything that the store holds, links included, in any order. Contenders that got the
+  // same sets agree.
   virtual std::uint64_t Checksum() = 0;
 
   // Visits every machine and its host and adds up the lengths of their names.

@@ -110,7 +110,7 @@ void AppendChange(std::string& out, unsigned int machine, unsigned int turn) {
 }
 
 // Calls `append` with a string for each piece of a set, twice: first to measure, then to write, so
-// that the text stands in a block that was never larger.
+// that the text is in a block of exactly its size.
 template <typename Pieces>
 Text Write(Pieces pieces) {
   Text text;

@@ -4,7 +4,7 @@
 // same way in every run.
 //
 // A machine has nine properties of everyday lengths, about 1.4 KB of text; a host has five and the
-// list of its machines. Hosts stand in front, as a server that walks from the hosts reports them.
+// list of its machines. Hosts come first, as a server that walks from the hosts reports them.
 #ifndef KECPP_BENCHMARKS_DOCUMENT_H
 #define KECPP_BENCHMARKS_DOCUMENT_H
 
@@ -14,7 +14,7 @@
 
 namespace bench {
 
-// A text in a block of its own from array new, taken at once and ended by a NUL.
+// A text in one block from array new, allocated at its final size and ended by a NUL.
 struct Text {
   std::unique_ptr<char[]> characters;
   std::size_t length = 0;
@@ -40,7 +40,7 @@ Text FirstSet(const Inventory& inventory);
 // address in turn.
 Text ChangeSet(unsigned int machine, unsigned int turn);
 
-// The same of `count` machines from `first` on, each in an object set of its own.
+// The same of `count` machines from `first` on, each in a separate object set.
 Text ChangeSets(unsigned int first, unsigned int count, unsigned int turn);
 
 }  // namespace bench

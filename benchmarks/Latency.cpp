@@ -39,7 +39,7 @@ double BareLatency(const std::string& url) {
   return Median(latencies);
 }
 
-// The moment that stands in the machine's name; 0 in its first name.
+// The moment in the machine's name; 0 in its first name.
 long long SentAt(KE::Instance::KEDataCache& machines) {
   KELib::KEMutexGuard guard(machines.GetMutex());
   KELib::KEString key(MachineId(0).c_str());

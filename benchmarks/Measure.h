@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What is read off a process: processor time, elapsed time, heap in use, peak resident size.
+// Figures of a process: processor time, elapsed time, heap in use, peak resident size.
 #ifndef KECPP_BENCHMARKS_MEASURE_H
 #define KECPP_BENCHMARKS_MEASURE_H
 
@@ -9,7 +9,7 @@
 namespace bench {
 
 // Both clocks in microseconds. The processor time is that of the whole process, system included: on
-// a shared machine it tells more than the elapsed time.
+// a shared machine it says more than the elapsed time.
 struct Clocks {
   double cpu = 0;
   double wall = 0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The library as an agent uses it, from the SOAP client to the caches, on a server that wants no
+// The library as an agent uses it, from the SOAP client to the caches, with a server that needs no
 // login.
 #ifndef KECPP_BENCHMARKS_PUBLICPATH_H
 #define KECPP_BENCHMARKS_PUBLICPATH_H

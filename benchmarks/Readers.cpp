@@ -45,7 +45,7 @@ std::size_t Iterate(KEDataCache& machines, KELib::KEString&) {
   return lengths;
 }
 
-// Goes on until told to stop, with machines in an order that the processor cannot guess.
+// Goes on until it is stopped, with machines in an order that the processor cannot guess.
 Reading Repeat(Action action, KEDataCache& machines, unsigned int seed,
                const std::atomic<bool>& stop) {
   std::vector<KELib::KEString> keys;
@@ -66,7 +66,7 @@ Reading Repeat(Action action, KEDataCache& machines, unsigned int seed,
   return reading;
 }
 
-// The changes are written down beforehand, so that the writer does nothing but apply them.
+// The changes are made beforehand, so that the writer does nothing but apply them.
 void Write(LibraryContender& library, const std::atomic<bool>& stop) {
   constexpr unsigned int kTexts = 20, kChanges = 500;
   std::vector<Text> texts;

@@ -20,7 +20,7 @@ double Median(std::vector<double> values);
 
 class Rounds {
  public:
-  // Adds a command that takes part in the first `rounds` rounds; `name` tells it from the others.
+  // Adds a command that takes part in the first `rounds` rounds; `name` identifies it.
   void Add(const std::string& name, const std::string& command, unsigned int rounds);
 
   // Runs everything. Throws std::runtime_error when a program fails.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // An update set as a stream of events, for the components that report start tags, texts and end
-// tags: remembers where it is and tells the store.
+// tags: remembers where it is and calls the store.
 #ifndef KECPP_BENCHMARKS_SETEVENTS_H
 #define KECPP_BENCHMARKS_SETEVENTS_H
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The store behind the peers: what a C++ team would write first for this inventory. It owns the
-// same fields and keeps the same links as the library's caches; machines and hosts stand in
+// same fields and keeps the same links as the library's caches; machines and hosts are in
 // std::unordered_map, texts in std::string.
 //
 // Thread safety: none.
@@ -43,7 +43,7 @@ struct Host {
 
 class Store {
  public:
-  // The changes of one object: looked up once, then told property by property.
+  // The changes of one object: looked up once, then changed property by property.
   class Object {
    public:
     // Finds the object or enters it. Other types are passed over.

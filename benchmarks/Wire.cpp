@@ -29,7 +29,7 @@ namespace {
 
 constexpr unsigned int kMachines = 74000;  // a reply of 100 MB
 
-// Does the work in a process of its own, whose heap is fresh, and returns its figure.
+// Does the work in a separate process, whose heap is fresh, and returns its figure.
 double InChild(const std::function<double()>& work) {
   int ends[2];
   if (pipe(ends) != 0) throw std::runtime_error("no pipe");
@@ -112,8 +112,8 @@ double FillByPublicPath(const std::string& url) {
   return (Clocks::Now() - begin).cpu;
 }
 
-// Makes one processor carry the process and its children. Left to the scheduler, the server's
-// threads come to lie on the caller's processor or not, and that alone changes a ratio from 0.7
+// Puts the process and its children on one processor. The scheduler would put the server's threads
+// on the caller's processor in some runs and not in others, and that alone changes a ratio from 0.7
 // to 1.8.
 void StayOnOneProcessor() {
   cpu_set_t one;

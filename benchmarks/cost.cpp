@@ -28,7 +28,7 @@ void* Allocate(std::size_t size) {
 
 }  // namespace
 
-// In the place of those that the library would otherwise call.
+// These replace the ones that the library would otherwise call.
 void* operator new(std::size_t size) {
   return Allocate(size);
 }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// kecpp-inventory following a daemon for a long time. Of its output the last document is kept, of
-// its log the lines in a file.
+// kecpp-inventory following a daemon for a long time. Keeps the last document of its output, and
+// its log lines in a file.
 //
-// Thread safety: one thread uses it; a thread of its own reads the tool's output.
+// Thread safety: one thread uses it; it has a thread that reads the tool's output.
 #ifndef KECPP_ENDURANCE_FOLLOWEDTOOL_H
 #define KECPP_ENDURANCE_FOLLOWEDTOOL_H
 

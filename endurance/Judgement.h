@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// By what an endurance run passes or fails.
+// The bounds that decide whether an endurance run passes.
 #ifndef KECPP_ENDURANCE_JUDGEMENT_H
 #define KECPP_ENDURANCE_JUDGEMENT_H
 
@@ -42,8 +42,8 @@ struct Record {
   }
 
   // The growth of the memory over the judged time in kB: from the median of its first third to that
-  // of its last, which no sample with a huge answer in hand moves, and half as much again for what
-  // lies before and behind. 0 for fewer than three samples.
+  // of its last, which single samples with a huge answer do not move, times 1.5 for what is before
+  // the first and behind the last. 0 for fewer than three samples.
   double Growth() const {
     std::vector<double> kilobytes;
     for (const ProcessSample& sample : samples) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Preloaded into a program: what it would write to the system log becomes lines of the file that
-// KECPP_LOG_TAP names.
+// Preloaded into a program: writes what goes to the system log into the file that KECPP_LOG_TAP
+// names, line by line.
 #include <fcntl.h>
 #include <unistd.h>
 

@@ -24,7 +24,7 @@ static void Print(KE::Instance::KETypeCache& cache) {
   std::cout << count << " machines" << std::endl;
 }
 
-// Returns when the connection is of no more use.
+// Returns when the connection is lost.
 static void Follow(KEServiceInst& instance) {
   // Throws SystemException "No Session in Progress" when the login was refused.
   KEDataSync* sync = instance.GetSession()->GetDataSync();

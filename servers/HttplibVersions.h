@@ -16,13 +16,12 @@ namespace servers {
 using SetUp = std::function<void(httplib::Request&)>;
 
 // What TaskQueue::enqueue returns: nothing, or in 0.18 whether the task was taken. The library
-// closes the sockets of those that were not. `return Enqueued(true)` does for both.
+// closes the sockets of those that were not. `return Enqueued(true)` is right for both.
 using Enqueued = decltype(std::declval<httplib::TaskQueue&>().enqueue(std::function<void()>()));
 
 // Reads a request from a stream and answers it, by the server's process_request:
-//   ProcessRequest(*this, &Server::process_request, stream, last, closed, setUp)
-// where Server is the derived class, since that operation is protected. False when the connection
-// is of no more use.
+//   ProcessRequest(*this, &Server::process_request, stream, last, closed, setUp) where Server is
+//   the derived class, since that operation is protected. False when the connection has to end.
 template <typename Server>
 bool ProcessRequest(Server& server,
                     bool (Server::*process)(httplib::Stream&, bool, bool&, const SetUp&),

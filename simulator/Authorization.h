@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Who may do what on the simulated host, and the XML in which the authorization manager tells it.
+// Who may do what on the simulated host, and the XML in which the authorization manager reports it.
 // Texts are XML texts. Plain data, guarded by the inventory's mutex.
 #ifndef KECPP_SIMULATOR_AUTHORIZATION_H
 #define KECPP_SIMULATOR_AUTHORIZATION_H

@@ -25,7 +25,7 @@ class Connection : public httplib::Stream {
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
 
-  // The connection that the calling thread serves; null on a thread that serves none.
+  // The connection that the calling thread serves; null on any other thread.
   static Connection*& Current();
 
   // Waits for the next request; false when there will be none.
@@ -34,7 +34,7 @@ class Connection : public httplib::Stream {
   // The head of the request, from its first line to the empty one.
   const std::string& Head() const { return head; }
 
-  // Nothing goes either way any more; the peer sees that the connection was closed.
+  // Ends the connection in both directions; the peer sees that it was closed.
   void End();
   // The same, but the peer sees an error, and loses what it has not read yet.
   void Reset();

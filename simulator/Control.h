@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // What tests ask of the simulated daemon, as JSON over HTTP under /control/. Texts are XML texts:
-// they go over the wire as they stand.
+// they go over the wire as they are.
 #ifndef KECPP_SIMULATOR_CONTROL_H
 #define KECPP_SIMULATOR_CONTROL_H
 

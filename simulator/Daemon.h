@@ -27,8 +27,8 @@ class Daemon {
   Daemon(Inventory& inventory, const DaemonOptions& options);
 
   // Carries a call out. `cookie` is the value of the session cookie, empty without one; a login
-  // replaces it. `abandoned` says whether the client has gone. Returns what stands inside the
-  // answer's element. Throws Fault.
+  // replaces it. `abandoned` says whether the client has gone. Returns the content of the answer's
+  // element. Throws Fault.
   std::string Call(const SoapCall& call, std::string& cookie,
                    const std::function<bool()>& abandoned);
 

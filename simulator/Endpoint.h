@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The SOAP endpoint: checks headers and envelope, carries the call out, and answers, rightly or as
-// a fault order says.
+// The SOAP endpoint: checks headers and envelope, carries the call out, and answers, correctly or
+// as a fault order says.
 #ifndef KECPP_SIMULATOR_ENDPOINT_H
 #define KECPP_SIMULATOR_ENDPOINT_H
 

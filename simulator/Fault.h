@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What a call ends with that the daemon refuses: the element in the SOAP fault's detail, and its
-// text. Thrown by whatever carries calls out.
+// The end of a call that the daemon refuses: the element in the SOAP fault's detail, and its text.
+// Thrown by the code that carries calls out.
 #ifndef KECPP_SIMULATOR_FAULT_H
 #define KECPP_SIMULATOR_FAULT_H
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Serves the HTTP library's handlers on loopback, with a thread for each connection: long polls and
-// idle connections keep nobody else waiting, and the port can be made to refuse connections.
+// idle connections delay no other client, and the port can be made to refuse connections.
 //
 // Thread safety: after Start: any thread.
 #ifndef KECPP_SIMULATOR_HTTPSERVER_H

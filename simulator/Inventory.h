@@ -4,8 +4,8 @@
 // authorization manager and tasks. A "Folder" at the root lists a folder for each kind of object
 // (Kinds.h) as its "childEntity". Values are XML texts, as they go over the wire.
 //
-// Thread safety: every operation takes the inventory's mutex, which is also the one that waits for
-// changes sleep on (Mutex, Changed); operations named ...Locked require it.
+// Thread safety: every operation takes the inventory's mutex, on which waits for changes sleep as
+// well (Mutex, Changed); operations named ...Locked require it.
 #ifndef KECPP_SIMULATOR_INVENTORY_H
 #define KECPP_SIMULATOR_INVENTORY_H
 
@@ -45,7 +45,7 @@ class Inventory {
   // Identifiers that changed or went after `since`, each once; false when the journal does not
   // reach back so far. Linear in the number of changes.
   bool ChangedSinceLocked(Version since, std::vector<std::string>& ids) const;
-  // Appends what stands inside the "val" element.
+  // Appends the content of the "val" element.
   void AppendValueLocked(const Object& object, const Property& property, std::string& out) const;
   const Authorization& AuthorizationLocked() const { return authorization; }
 

@@ -2,7 +2,7 @@
 //
 // The kinds of objects that make up the inventory, one row for each: how many there are unless the
 // command line says otherwise, what a new one looks like, and what an agent should know of it. To
-// add a kind: a row in Kinds.cpp.
+// add a kind, add a row to Kinds.cpp.
 #ifndef KECPP_SIMULATOR_KINDS_H
 #define KECPP_SIMULATOR_KINDS_H
 

@@ -76,7 +76,7 @@ void Misbehaviour::SpoilConnection(const FaultOrder& order, const std::string& a
   }
 }
 
-// The HTTP library would answer as well if the connection lived on.
+// The HTTP library would send an answer as well if the connection stayed open.
 void Misbehaviour::Drip(const std::string& answer, unsigned int delayMs, Connection& connection) {
   bool sent = WriteAll(connection, HeadFor(answer));
   for (std::size_t i = 0; sent && i < answer.size(); ++i) {

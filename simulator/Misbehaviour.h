@@ -23,11 +23,10 @@ class Misbehaviour {
  public:
   Misbehaviour(HttpServer& http, Restarts& process) : server(http), restarts(process) {}
 
-  // What happens to the daemon before a call is looked at.
+  // What happens to the daemon before it looks at a call.
   void Strike(const FaultOrder& order);
 
-  // Spoils what would have been `answer`: changes the response or does away with the connection
-  // that the calling thread serves.
+  // Spoils the answer: changes the response or ends the connection that the calling thread serves.
   void Spoil(const FaultOrder& order, std::string answer, httplib::Response& response);
 
   // Ends answers that hang or drip.

@@ -18,7 +18,7 @@ using Version = std::uint64_t;
 
 struct Property {
   std::string_view name;        // a literal, as are the attributes
-  std::string xml;              // what stands inside the "val" element
+  std::string xml;              // the content of the "val" element
   std::string_view attributes;  // of the "val" element, with a leading blank
   bool listsMembers = false;    // the value is the list of the object's members; `xml` is not used
   Version changedAt = 0;

@@ -34,11 +34,11 @@ class PropertyCollector {
   // Ends the session's pending wait, if there is one, with a fault.
   void CancelWait(const std::string& session);
 
-  // Waits until there is something to report after `version` and returns what stands inside
+  // Waits until there is something to report after `version` and returns the content of
   // "returnval". A session has one wait: a pending one ends with a fault. With an empty version
-  // everything is reported as new; with one that is not that of the last answer, which was lost
-  // then, everything is reported again. Throws Fault, also when `abandoned`, asked now and then,
-  // says that nobody waits for the answer any more.
+  // everything is reported as new; with one that is not the last answer's, that answer was lost,
+  // and everything is reported again. Throws Fault, also when `abandoned`, which is called now and
+  // then, says that the client has gone.
   std::string Wait(const std::string& session, const std::string& version,
                    const std::function<bool()>& abandoned);
 

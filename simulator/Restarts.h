@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The daemon as a process: its process-id file, and what does not outlive a restart.
+// The daemon as a process: its process-id file, and what ends with a restart.
 //
 // Thread safety: any thread.
 #ifndef KECPP_SIMULATOR_RESTARTS_H

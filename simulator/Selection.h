@@ -24,10 +24,10 @@ class Selection {
   explicit Selection(const pugi::xml_node& spec);
 
   // The objects that the filter selects now, each once, in the order of the walk. The result is
-  // good for as long as the caller holds the inventory's mutex. Linear in what is walked over.
+  // valid while the caller holds the inventory's mutex. Linear in what is walked over.
   std::vector<const Object*> SelectLocked(const Inventory& inventory) const;
 
-  // True when what changed of the object after `since` may change what is selected.
+  // True when a change of the object after `since` may change what is selected.
   bool IsWalkedSince(const Object& object, Version since) const;
 
   // The paths that are reported of a type; null for a type that is not asked for.

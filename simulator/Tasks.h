@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// Server tasks: each is queued, then runs, then ends as it was told to.
+// Server tasks: each is queued, then runs, then ends as ordered.
 //
-// Thread safety: any thread. One thread of its own takes all tasks from state to state.
+// Thread safety: any thread. One thread takes all tasks from state to state.
 #ifndef KECPP_SIMULATOR_TASKS_H
 #define KECPP_SIMULATOR_TASKS_H
 
@@ -28,7 +28,7 @@ class Tasks {
 
  private:
   struct Step {
-    std::string task, state;  // "hang" and "leave" stand for what they do
+    std::string task, state;  // or "hang", "leave": what happens then
   };
   using Clock = std::chrono::steady_clock;
 

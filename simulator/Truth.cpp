@@ -28,7 +28,7 @@ json Objects(const Inventory& inventory, const Kind& kind) {
   return Values(std::move(found));
 }
 
-// Who belongs to what: only between roles, privileges and users that exist.
+// Memberships, only between roles, privileges and users that exist.
 struct Memberships {
   explicit Memberships(const Authorization& all) {
     for (const auto& [id, role] : all.roles) {

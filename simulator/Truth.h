@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The whole inventory as one JSON document, in the form in which the inventory tool prints what it
-// has learnt: lists sorted by key, texts exactly as they go over the wire.
+// The whole inventory as one JSON document, in the form in which kecpp-inventory prints it: lists
+// sorted by key, texts exactly as they go over the wire.
 #ifndef KECPP_SIMULATOR_TRUTH_H
 #define KECPP_SIMULATOR_TRUTH_H
 

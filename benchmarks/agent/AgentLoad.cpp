@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
 // How many enumerations a second kecpp-agent answers, and how long the thread that applies changes
-// waits for a lock meanwhile: agent_load [SECONDS [CLIENTS [MACHINES]]], 10, 8 and 10000 without.
+// then waits for a lock: agent_load [SECONDS [CLIENTS [MACHINES]]], 10, 8 and 10000 without.
 //
 // The agent's server and operations run in this process on caches that are filled here. Clients
-// send EnumerateInstances of all machines, each on a connection of its own, one after the other.
-// The changing thread takes the mutexes of machines and hosts as the library's sync thread does,
+// send EnumerateInstances of all machines, each on its own connection, one after the other. The
+// changing thread takes the mutexes of machines and hosts as the library's sync thread does,
 // changes a machine and lets go, a thousand times a second.
 #include <kecpp.h>
 

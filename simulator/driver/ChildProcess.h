@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A program that this one starts. It dies with this one, whatever happens.
+// A program that this one starts. It dies with this one, however that ends.
 #ifndef KECPP_SIMULATOR_DRIVER_CHILDPROCESS_H
 #define KECPP_SIMULATOR_DRIVER_CHILDPROCESS_H
 
@@ -16,7 +16,7 @@ namespace driver {
 // Asks again and again, up to a minute, until `condition` holds; false when it never did.
 bool Eventually(const std::function<bool()>& condition);
 
-// A folder that goes with the object.
+// A folder that is removed with the object.
 class TemporaryFolder {
  public:
   TemporaryFolder();
@@ -29,7 +29,7 @@ class TemporaryFolder {
 
 class ChildProcess {
  public:
-  // `command` is the program's path and its arguments; `more` are arguments besides.
+  // `command` is the program's path and its arguments; `more` are further arguments.
   explicit ChildProcess(std::vector<std::string> command,
                         const std::vector<std::string>& more = {});
   ~ChildProcess();  // kills it if need be
@@ -43,8 +43,8 @@ class ChildProcess {
   // The exit status, or 128 and the signal's number. Waits up to a minute, then kills it.
   int Wait();
 
-  // Waits until it has written a line "... listening on URL" and gives the URL. Throws when it
-  // ends without.
+  // Waits until it has written a line "... listening on URL" and returns the URL. Throws when it
+  // ends without such a line.
   std::string AwaitUrl();
 
   // What it has written so far.

@@ -18,7 +18,7 @@ using Json = nlohmann::json;
 
 class Simulator {
  public:
-  // Starts it on a free port with these options besides and waits until it listens.
+  // Starts it on a free port, with these further options, and waits until it listens.
   explicit Simulator(const std::vector<std::string>& options);
 
   // The configuration document that leads an agent to it: by local ticket, or as a user.

@@ -14,7 +14,7 @@ namespace {
 constexpr int USAGE_ERROR = 2;
 constexpr int MAX_PORT = 65535;
 
-// "ADDRESS:PORT"; the address may stand in brackets, as those of IPv6 do.
+// "ADDRESS:PORT"; the address may be in brackets, as an IPv6 address must be.
 bool ReadListen(const std::string& text, AgentOptions& options) {
   const std::size_t colon = text.rfind(':');
   if (colon == std::string::npos || colon == 0) return false;

@@ -37,7 +37,7 @@ bool HasDoubtfulEnd(const httplib::Request& request, const SocketStream& stream)
   return request.has_header("Transfer-Encoding") || stream.HasBareLineEnd();
 }
 
-// Hands each socket over on the listening thread: who serves it is decided there.
+// Hands each socket over on the listening thread, which decides whether it is served.
 class OnThisThread final : public httplib::TaskQueue {
  public:
   servers::Enqueued enqueue(std::function<void()> handOver) override {
@@ -191,9 +191,9 @@ void AgentServer::Serve(socket_t socket) {
   while (left > 0 && stream.AwaitRequest() && Answer(stream, left == 1)) --left;
 }
 
-// False when the connection is of no more use. It ends after a request whose end is in doubt or
-// which was not read to its end, as those that fail: what the client has sent after it may be a
-// part of it. A request whose head cannot be read does not get as far as `setUp`.
+// False when the connection has to end: after a request whose end is in doubt or which was not read
+// to its end, such as a request that fails. What the client has sent after it may be a part of it.
+// A request whose head cannot be read does not get as far as `setUp`.
 bool AgentServer::Answer(SocketStream& stream, bool last) {
   bool closed = false;
   bool goesOn = false;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// An HTTP server that keeps its limits: the HTTP library reads requests and writes answers, while
-// connections, their threads, their time and TLS are looked after here.
+// An HTTP server with limits: the HTTP library reads requests and writes answers; connections,
+// their threads, their time and TLS are handled here.
 //
 // Thread safety: routes are added before Start; handlers run on the connections' threads, many at
 // once. Bind, Start and Stop are called by one thread.
@@ -46,11 +46,11 @@ class AgentServer final : private httplib::Server {
   // Whether only programs of this machine reach the port that was taken.
   bool IsLocal() const;
 
-  // Another certificate for the connections to come. From any thread; only a server that was made
-  // with a context may get one.
+  // Uses another certificate for new connections. Any thread may call it, for a server that was
+  // made with a context.
   void UseTls(TlsContext context);
 
-  // Serves on threads of its own.
+  // Serves, on threads that it makes.
   void Start();
 
   // Takes no more connections, ends those there are and waits for their threads.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Bounds the memory of answers that are made or not taken yet: a client that asks for everything
-// and takes nothing keeps an answer of megabytes for minutes.
+// Bounds the memory of answers that are being made or sent: a client that asks for everything and
+// reads nothing keeps an answer of megabytes for minutes.
 //
 // Thread safety: any thread.
 #ifndef KECPP_TOOLS_AGENT_BACKLOG_H
@@ -21,7 +21,7 @@ class Backlog {
 
   explicit Backlog(std::size_t bytes) : limit(bytes) {}
 
-  // Room that was taken for one answer, until it goes. The backlog outlives it.
+  // Room that is taken for one answer, until the object is destroyed. The backlog outlives it.
   class Share {
    public:
     explicit Share(Backlog& backlog) : owner(backlog) {}

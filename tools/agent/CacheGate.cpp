@@ -17,7 +17,7 @@ void CacheGate::AwaitOpen() {
   changed.wait_for(lock, limit, [this] { return open.cache || ended; });
 }
 
-// The caller is inside, so that what it gets stays.
+// The caller is inside, so what it gets stays valid.
 Caches CacheGate::Current() {
   std::lock_guard<std::mutex> lock(mutex);
   if (!open.cache || ended) throw NotReady();
@@ -35,7 +35,7 @@ void CacheGate::Close() {
     std::lock_guard<std::mutex> lock(mutex);
     open = {};
   }
-  std::lock_guard<std::mutex> alone(inside);  // nobody who comes now finds anything
+  std::lock_guard<std::mutex> alone(inside);  // later readers find nothing
 }
 
 void CacheGate::End() {

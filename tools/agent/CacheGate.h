@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// The door between the one thread that connects to the daemon and the many that read its caches.
-// Caches go when a connection is given up, so a reader is let in only while they are there, and
-// the thread that closes the door waits for the reader that is inside.
+// The gate between the one thread that connects to the daemon and the many that read its caches.
+// Caches go when a connection is given up, so a reader gets in only while they exist, and the
+// thread that closes the gate waits for the reader that is inside.
 //
-// Readers come in one at a time. They would wait for one another's locks anyway; like this the sync
-// thread, which wants the same locks, never competes with more than one of them.
+// One reader at a time gets in. Readers would wait for each other's locks anyway, and so the sync
+// thread, which needs the same locks, competes with one of them at most.
 //
 // Thread safety: any thread, but Read must not be nested.
 #ifndef KECPP_TOOLS_AGENT_CACHEGATE_H
@@ -20,7 +20,7 @@
 
 namespace tools::agent {
 
-// What is behind the door.
+// What is behind the gate.
 struct Caches {
   KE::Instance::KETypeCache* cache = nullptr;
   bool hasAuthorization = false;  // the daemon lets this account read roles and privileges
@@ -31,11 +31,11 @@ class CacheGate {
   // Readers wait for the caches at most for `limit`.
   explicit CacheGate(std::chrono::milliseconds limit);
 
-  // Returns when the caches are there or will not come in time.
+  // Waits until the caches are there, or for as long as readers wait at most.
   void AwaitOpen();
 
   // Calls `read` while the caches are there. Throws NotReady when they are not. `read` copies what
-  // it needs and returns: nobody else comes in meanwhile.
+  // it needs and returns: no other reader gets in until then.
   void Read(const std::function<void(const Caches&)>& read);
 
   void Open(const Caches& caches);
@@ -43,7 +43,7 @@ class CacheGate {
   // Returns when nobody reads any more.
   void Close();
 
-  // Lets every waiting reader go, for good.
+  // Releases every waiting reader; no more get in.
   void End();
 
  private:

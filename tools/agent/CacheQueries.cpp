@@ -23,7 +23,7 @@ std::string Raw(const char* xmlText) {
   return raw.Cstr();
 }
 
-// Servers may write an entity where it is not needed, and in more than one way.
+// Servers may write an entity where none is needed, and the same character in several ways.
 KEStubBase* FindAmongEntities(KEDataCache& cache, const std::string& key) {
   for (KEDataIterator it = cache.Iterator(); !it.End(); ++it) {
     const KEString& stored = (*it)->key;
@@ -94,8 +94,8 @@ bool HasEnd(const ClassRow& assocClass, const ClassRow& end) {
   return &OriginOf(assocClass) == &end || &ResultOf(assocClass) == &end;
 }
 
-// The association classes that a stub of `end` can be in. Asking for others would not do:
-// privileges and identities give their links whatever class is asked for.
+// The association classes that a stub of `end` can be in. Only these are asked for: privileges and
+// identities give all their links for any class.
 std::vector<const ClassRow*> AssociationsOf(const ClassRow& end, const ClassRow* wanted) {
   std::vector<const ClassRow*> found;
   for (const ClassRow* type : AllClasses()) {

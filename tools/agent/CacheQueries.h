@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// Takes out of the caches what a request asks for. Every function here takes the mutexes that it
+// Copies from the caches what a request asks for. Every function here takes the mutexes that it
 // needs in the library's order (roles, privileges, identities; machines, hosts), copies, and lets
-// go; nothing is written or sent meanwhile.
+// go. Writing and sending come later.
 //
 // Thread safety: any thread that holds no cache's mutex.
 #ifndef KECPP_TOOLS_AGENT_CACHEQUERIES_H

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What every operation gets and gives: a request and where to read, and the writing of what was
-// read. And what several of them ask of a request. All functions throw OperationError for what is
-// no answerable request.
+// What every operation gets and returns, and the questions that several of them ask of a request.
+// All functions throw OperationError for a request that cannot be answered.
 #ifndef KECPP_TOOLS_AGENT_CALL_H
 #define KECPP_TOOLS_AGENT_CALL_H
 
@@ -25,8 +24,8 @@ struct Call {
   const std::string& host;
 };
 
-// Writes the content of a return value, from copies: it takes no lock, fails in no way but for want
-// of memory and writes the same each time. The call's request and host outlive it.
+// Writes the content of a return value, from copies. It takes no lock, fails only when memory runs
+// out, and writes the same each time. The call's request and host outlive it.
 using Content = std::function<void(XmlWriter& out)>;
 
 // The class that a parameter names, which must be given and known.
@@ -50,8 +49,8 @@ Link NamedLink(const Call& call, const char* parameter);
 // The classes of these objects.
 std::vector<const ClassRow*> TypesOf(const std::vector<ObjectName>& objects);
 
-// True when the keys fit the class; its key's value is then in `value`. A client may leave
-// "CreationClassName" away and, as the key is a single one then, the key's name, too.
+// True when the keys fit the class; its key's value is then in `value`. A client may leave out
+// "CreationClassName" and, since there is a single key then, the key's name as well.
 bool KeysFit(const ClassRow& type, const std::vector<KeyBinding>& keys, std::string& value);
 
 // Calls `read` while the caches are there. Throws OperationError when all of `types` are such that

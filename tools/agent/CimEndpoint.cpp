@@ -50,7 +50,7 @@ void CheckKind(const httplib::Request& http) {
   throw MessageError(BAD_REQUEST, "unsupported-operation");
 }
 
-// As the client reaches this server, so that the paths that it is given lead back here.
+// The name by which the client reaches this server, so that the paths in the answer lead back here.
 std::string HostOf(const httplib::Request& http) {
   const std::string host = http.get_header_value("Host");
   return host.empty() ? "localhost" : host;

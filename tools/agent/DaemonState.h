@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// How the connection to the daemon is, for those who ask from other threads.
+// The state of the connection to the daemon, for other threads.
 //
 // Thread safety: any thread.
 #ifndef KECPP_TOOLS_AGENT_DAEMONSTATE_H

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The two ways in which a request fails: an operation that answers a CIM status, and a message that
-// is not answered at all.
+// How a request fails: an operation that answers a CIM status, and a message that is refused as a
+// whole.
 #ifndef KECPP_TOOLS_AGENT_ERRORS_H
 #define KECPP_TOOLS_AGENT_ERRORS_H
 
@@ -39,7 +39,7 @@ class MessageError : public std::runtime_error {
   const int httpStatus;
 };
 
-// Cannot be answered now: the caches are not there yet, or too many answers wait to be taken.
+// Cannot be answered now: the caches are not there yet, or too many answers wait for their clients.
 class NotReady : public std::runtime_error {
  public:
   explicit NotReady(const char* why = "the inventory was not read yet") : std::runtime_error(why) {}

@@ -24,8 +24,8 @@ constexpr int UNSUPPORTED_MEDIA = 415;
 constexpr int NOT_IMPLEMENTED = 501;
 
 // The host goes into the paths of the answer. Only clients of HTTP/1.0 may leave it out. A browser
-// always sends the host of the page's address: that gives away a page of another host whose name
-// was made to resolve to this machine.
+// always sends the host of the page's address: that shows when a page comes from another host whose
+// name was made to resolve to this machine.
 int CheckHost(const httplib::Request& request, const Access& access) {
   const std::size_t hosts = request.get_header_value_count("Host");
   if (hosts == 0 && request.version == "HTTP/1.0") return GOOD;
@@ -83,7 +83,7 @@ int CheckBody(const httplib::Request& request, std::size_t limit) {
   return CheckLength(request, isPost ? limit : 0);
 }
 
-// Before the body is read: what no route takes would be waited for.
+// Checked before the body is read: otherwise the server would wait for a body that no route takes.
 int CheckRoute(const httplib::Request& request, const std::string& methods) {
   if (methods.empty()) return NOT_FOUND;
   const bool isServed =
@@ -91,7 +91,7 @@ int CheckRoute(const httplib::Request& request, const std::string& methods) {
   return isServed ? GOOD : METHOD_NOT_ALLOWED;
 }
 
-// Who may not ask does not learn what there is.
+// Credentials come before the routes: without them a client does not learn which paths exist.
 int CheckRequest(const httplib::Request& request, const Access& access, const std::string& methods,
                  const Limits& limits) {
   if (const int status = CheckHost(request, access)) return status;

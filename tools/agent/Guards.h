@@ -19,14 +19,13 @@ struct Access {
   bool isLocal = true;     // only programs of this machine reach it
 };
 
-// Refuses requests without one host and port (400) and those of nobody's (401). Where everybody may
-// ask and the server is local, its host must be named as the loopback interface or as `address`
-// (403): a page in a browser on this machine, whose name was made to resolve to it, names another.
-// There must be a route (404), and one for the method (405).
-// Bodies are refused that are too large, as any is that does not belong to a POST (413); that are
-// no XML, or whose form would have to be unpacked and could grow without a bound (415); whose
-// length is unknown (411), told twice (400) or hidden in a coding other than "chunked" (501). The
-// users outlive the server.
+// Refuses requests that do not name exactly one host and port (400) and requests without a user's
+// credentials (401). On a local server without users, the host must be a name of the loopback
+// interface or `address` (403): a web page whose name was made to resolve to this machine sends
+// another name. There must be a route for the path (404) and for the method (405). A body is
+// refused when it is too large or does not belong to a POST (413), when it is not XML or is
+// compressed (415), and when its length is unknown (411), given twice (400) or hidden in a coding
+// other than "chunked" (501). The users outlive the server.
 void AddGuards(AgentServer& server, const Access& access, const Limits& limits);
 
 }  // namespace tools::agent

@@ -12,8 +12,8 @@ namespace tools::agent {
 
 class HangUp {
  public:
-  // Calls `again` for each SIGHUP, on a thread of its own, until the object goes. EndPolitely was
-  // called before. `again` throws nothing.
+  // Calls `again` for each SIGHUP, on a separate thread, until the object is destroyed. EndPolitely
+  // must have been called before. `again` throws nothing.
   explicit HangUp(std::function<void()> again);
   ~HangUp();
   HangUp(const HangUp&) = delete;

@@ -17,8 +17,8 @@ namespace tools::agent {
 
 class ObjectElements {
  public:
-  // `host` is this machine's name, as absolute paths bear it. `origins`: write each property's
-  // class of origin. Both arguments outlive the object.
+  // `host` is this machine's name in absolute paths. `origins`: write each property's class of
+  // origin. Both arguments outlive the object.
   ObjectElements(XmlWriter& out, const std::string& host, bool origins);
 
   // Of the stub in that row: INSTANCENAME, INSTANCE, and the two within their path.

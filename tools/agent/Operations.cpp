@@ -179,8 +179,8 @@ void Operations::Await(const Request& request) const {
   if (row && row->readsCaches) gate.AwaitOpen();
 }
 
-// Waits for room without a turn, which others may need to find that there is none, and without the
-// copy that its first try made.
+// Waits for room without holding a turn, which other requests may need, and without the copy that
+// its first try made.
 Reply Operations::Answer(const Request& request, const std::string& host) const {
   const auto deadline = Backlog::Clock::now() + patience;
   std::size_t bytes = 1;  // not known yet

@@ -27,8 +27,8 @@ class Operations {
   // The gate outlives the object, which outlives the replies that it gives.
   explicit Operations(CacheGate& gate, const Limits& limits = {});
 
-  // Waits until the operation can be answered, or never will in time: for the first fill, if it
-  // reads caches.
+  // An operation that reads caches: waits for the first fill, or for as long as readers wait at
+  // most.
   void Await(const Request& request) const;
 
   // The whole reply message; an operation that fails is answered with its CIM status. `host` is the
@@ -41,9 +41,9 @@ class Operations {
   CacheGate& gate;
   const std::chrono::seconds patience;
   mutable Backlog backlog;
-  // Each thread that answers holds a copy of what it answers. And answering is all work and no
-  // waiting: many threads would only be interrupted while they hold the caches, and let the sync
-  // thread wait.
+  // Each thread that answers holds a copy of what it answers. And answering does not wait for
+  // anything: more threads than processors would only be interrupted while they hold the caches'
+  // mutexes, and keep the sync thread waiting.
   mutable Turns turns;
 };
 

@@ -7,10 +7,10 @@
 
 namespace tools::agent {
 
-// To be called before any other thread is made and before the handlers of the signals are set. From
-// then on the signals come to a thread of their own; when the process still lives one and a half
-// seconds after the first, it ends as it is, with status 0: the daemon then drops the session by
-// itself. SIGHUP is blocked from then on, for HangUp to take.
+// Call it before any other thread is made and before the handlers of the signals are set. From then
+// on a separate thread gets the signals. When the process still runs one and a half seconds after
+// the first signal, it ends as it is, with status 0; the daemon drops the session later. SIGHUP is
+// blocked from then on, for HangUp.
 void EndPolitely();
 
 }  // namespace tools::agent

@@ -57,7 +57,7 @@ std::string ReadNamespace(xml_node path) {
   return name;
 }
 
-// The instance's name inside of a reference, which may stand in a path.
+// The instance's name inside a reference, perhaps inside a path.
 xml_node ReferencedName(xml_node reference) {
   xml_node name = reference.first_child();
   if (Is(name, "INSTANCEPATH") || Is(name, "LOCALINSTANCEPATH")) name = name.child("INSTANCENAME");
@@ -147,7 +147,7 @@ void ReadCall(xml_node message, Request& request) {
 
 Request ParseRequest(std::string_view body) {
   pugi::xml_document document;
-  // As a fragment, so that what stands before and after the root is seen.
+  // As a fragment, so that content before and after the root is seen.
   constexpr unsigned OPTIONS = pugi::parse_default | pugi::parse_fragment;
   if (!document.load_buffer(body.data(), body.size(), OPTIONS) || !document.document_element() ||
       document.first_child().next_sibling()) {

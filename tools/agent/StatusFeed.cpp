@@ -163,8 +163,8 @@ std::string StatusFeed::Next(View& view) {
   return StateEvent(state.Report()) + (difference.IsEmpty() ? "" : difference.Event());
 }
 
-// The rows after so many reports, or later. The pages that wait while one of them copies find a
-// copy that is new enough, so that each of them does not take another half second.
+// The rows after so many reports, or later. Pages that waited while one of them copied find that
+// copy new enough: each of them would take another half second to make its own.
 std::shared_ptr<const StatusRows> StatusFeed::Rows(unsigned long long reports) {
   std::lock_guard<std::mutex> lock(mutex);
   if (reports <= reportsCopied) return rows;

@@ -10,7 +10,7 @@
 namespace tools::agent {
 namespace {
 
-// The base64 text of the SHA-256 of what stands between two tags of the page.
+// The base64 text of the SHA-256 of what is between two tags of the page.
 std::string ContentHash(const std::string& page, const std::string& open,
                         const std::string& close) {
   const std::size_t begin = page.find(open) + open.size();
@@ -23,7 +23,7 @@ std::string ContentHash(const std::string& page, const std::string& open,
   return reinterpret_cast<char*>(text);
 }
 
-// The page's own script and style run and nothing else, whatever gets into it. Its icon is an empty
+// Only the page's own script and style run, even if other ones get into it. Its icon is an empty
 // data URL.
 std::string ContentSecurityPolicy(const std::string& page) {
   return "default-src 'none'; connect-src 'self'; base-uri 'none'; form-action 'none'; "
@@ -43,7 +43,7 @@ void AddPage(AgentServer& server) {
   });
 }
 
-// One place among those for event streams, for as long as somebody holds it.
+// One of the places for event streams, for as long as it is held.
 std::shared_ptr<void> TakePlace(const std::shared_ptr<std::atomic<unsigned>>& places) {
   unsigned free = *places;
   while (free > 0 && !places->compare_exchange_weak(free, free - 1)) {

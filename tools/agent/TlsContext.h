@@ -13,9 +13,8 @@ namespace tools::agent {
 
 using TlsContext = std::shared_ptr<SSL_CTX>;
 
-// Both are PEM files, the certificate with the chain that leads to it; TLS 1.2 at least, and
-// of it only what keeps past connections secret when the key is lost and authenticates what it
-// encrypts. Throws std::runtime_error.
+// Both are PEM files, the certificate with the chain that leads to it. TLS 1.2 at least, with
+// forward secrecy and authenticated encryption only. Throws std::runtime_error.
 TlsContext MakeTlsContext(const std::string& certificateFile, const std::string& keyFile);
 
 }  // namespace tools::agent

@@ -15,7 +15,7 @@ class Turns {
  public:
   explicit Turns(unsigned atOnce) : free(atOnce) {}
 
-  // A turn, from its making, which may block, to its end.
+  // A turn. The constructor may block; the destructor ends the turn.
   class Turn {
    public:
     explicit Turn(Turns& turns) : owner(turns) { owner.Take(); }

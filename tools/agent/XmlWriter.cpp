@@ -35,7 +35,7 @@ std::size_t SequenceLength(std::string_view text) {
   return length;
 }
 
-// Null for a character that stands for itself.
+// Null for a character that is written as it is.
 const char* Replaced(char c) {
   switch (c) {
     case '&':

@@ -30,7 +30,7 @@ class XmlWriter {
   void Close(const char* name);
   void Empty(const char* name, Attributes attributes);  // both tags
 
-  // Raw text. What cannot stand in XML, control characters and broken UTF-8, becomes U+FFFD.
+  // Raw text. What XML cannot hold, control characters and broken UTF-8, becomes U+FFFD.
   void Text(std::string_view raw);
 
   // XML text as the daemon sent it: its entities are decoded, then the text is encoded once.

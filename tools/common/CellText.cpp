@@ -12,9 +12,8 @@ namespace {
 constexpr const char* ELLIPSIS = "\xe2\x80\xa6";
 constexpr wchar_t NO_CHARACTER = 0;
 
-// The widths are the C library's, which knows them only in a locale of UTF-8. That of the process
-// may be another one. Without this locale, which every installation has, all characters but those
-// of ASCII count one cell.
+// The C library knows the widths only in a UTF-8 locale, and the process may use another one. Every
+// installation has this locale; without it each character outside ASCII counts as one cell.
 class Utf8Locale {
  public:
   Utf8Locale() : former(uselocale(Get())) {}

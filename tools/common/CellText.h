@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Texts from a server on a terminal: how many cells they take, and what must not get there. All
-// texts are UTF-8, whatever the locale.
+// Texts from a server on a terminal: how many cells they take, and which characters must not get
+// there. All texts are UTF-8, in every locale.
 //
 // Thread safety: any thread.
 #ifndef KECPP_TOOLS_COMMON_CELLTEXT_H

@@ -8,8 +8,8 @@
 
 namespace tools {
 
-// What is wrong with a configuration that a command line names, empty when nothing is: someone who
-// names a file wants to hear that it cannot be read, is none or is empty.
+// What is wrong with a configuration that a command line names: a file that cannot be read, is no
+// file or is empty. Empty when nothing is wrong.
 std::string CheckConfig(const std::string& config);
 
 }  // namespace tools

@@ -13,7 +13,7 @@ namespace {
 using KE::Service::KESyncStatus;
 using Reference = std::unique_ptr<KE::Stub::ManagedObjectReference>;
 
-// So many failed cycles in a row are no hiccup.
+// After so many failed cycles in a row the connection is taken for lost.
 constexpr unsigned LOST_AFTER_FAILURES = 3;
 constexpr int WAIT_SLICE_MS = 200;
 
@@ -72,7 +72,7 @@ void DaemonConnection::Watch(const EndOfRun& end) {
   if (wasCut) throw ConnectionError("ended before the inventory was read");
 }
 
-// A daemon that does not answer must not hold the end up.
+// A daemon that does not answer must not delay the end.
 void DaemonConnection::CutWatching() {
   wasCut = true;
   if (auto* impl = dynamic_cast<KE::Service::KEDataSyncImpl*>(sync)) impl->StopAtOnce();
@@ -109,7 +109,7 @@ void DaemonConnection::WatchSystems() {
   }
 }
 
-// A further watch returns at once; its waiter tells when the first data is there.
+// A further watch returns at once; its waiter is signalled when the first data is there.
 void DaemonConnection::WatchAuthorization(const EndOfRun& end) {
   Reference root = FindReference(*instance, "authorizationManager");
   if (!root) {

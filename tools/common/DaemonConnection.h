@@ -29,8 +29,8 @@ class ConnectionError : public std::runtime_error {
 
 // What a tool asks of its connection.
 struct ConnectionNeeds {
-  // Roles, privileges and identities: not watched; watched unless the daemon keeps them from this
-  // account, which is reported on standard error; or their absence is an error.
+  // Roles, privileges and identities: none: not watched. whereAllowed: watched; a daemon that hides
+  // them from this account is reported on standard error. required: their absence is an error.
   enum class Authorization { none, whereAllowed, required };
 
   const char* program;  // as messages name it, a constant
@@ -56,7 +56,7 @@ class DaemonConnection {
   // True when Watch has read roles, privileges and identities.
   bool HasAuthorization() const { return hasAuthorization; }
 
-  // True after several failed cycles in a row: the session is lost, or the daemon. `reason` is then
+  // True after several failed cycles in a row: the session or the daemon is lost. `reason` is then
   // the last failure's text.
   bool IsLost(std::string& reason);
 
@@ -74,8 +74,8 @@ class DaemonConnection {
   };
 
   const ConnectionNeeds needs;
-  // Before the instance, so that it dies after it: a waiter that was not signalled yet must live
-  // until the data sync has let go of it.
+  // Declared before the instance, so that it is destroyed after it: the data sync may still hold a
+  // waiter that was not signalled.
   std::unique_ptr<KELib::KEWaiter> firstData;
   std::unique_ptr<KE::Service::KEServiceInst, InstanceFreer> instance;
   KE::Service::KEDataSync* sync = nullptr;

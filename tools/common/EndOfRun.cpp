@@ -11,7 +11,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// The handler may run on any thread, so that being atomic towards its own is not enough.
+// The handler may run on any thread, so `volatile sig_atomic_t` is not enough.
 std::atomic<bool> interrupted{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "a handler must not lock");
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Lets a thread go that is blocked in the library when the run ends.
+// Releases a thread that is blocked in the library when the run ends.
 #ifndef KECPP_TOOLS_COMMON_ENDWATCH_H
 #define KECPP_TOOLS_COMMON_ENDWATCH_H
 
@@ -15,9 +15,10 @@ namespace tools {
 
 class EndWatch {
  public:
-  // While it lives and once the run has ended, calls `release` again and again, on a thread of its
-  // own: one call may come too early. Five seconds after the end of the run, when the system still
-  // looks a host name up, the process ends with status 1; `program` is its name in that message.
+  // Once the run has ended, calls `release` again and again, on a separate thread, for as long as
+  // the object lives: one call may come too early. Five seconds after the end of the run, when the
+  // system is still looking up a host name, the process ends with status 1; `program` is its name
+  // in that message.
   EndWatch(const EndOfRun& end, const char* program, std::function<void()> release);
   ~EndWatch();  // waits for a call that is under way
   EndWatch(const EndWatch&) = delete;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The kinds of objects that the programs know: what is watched of each, and what kecpp-inventory
-// shows. To add one: its class in Schema.cpp and its row in Kinds.cpp.
+// shows. To add a kind, add its class to Schema.cpp and a row to Kinds.cpp.
 //
 // Thread safety: constant.
 #ifndef KECPP_TOOLS_COMMON_KINDS_H
@@ -14,7 +14,7 @@
 
 namespace tools {
 
-// Kinds that are watched together and may be linked with each other. A daemon may keep the
+// Kinds that are watched together and may be linked with each other. A daemon may hide the
 // authorization group from an account.
 enum class Group { systems, authorization };
 

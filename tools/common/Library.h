@@ -10,7 +10,7 @@
 
 namespace tools {
 
-// One a process; no thread uses the library outside of its life.
+// At most one in a process. Threads use the library only while it exists.
 class Library {
  public:
   Library() : manager(*KE::Service::GetServiceManagerInstance()) {}

@@ -13,7 +13,7 @@ namespace {
 std::atomic<const char*> guarded{nullptr};
 std::atomic<bool> inventoryRead{false};
 
-// Runs on whichever thread called exit, while the others go on: it touches nothing of theirs.
+// Runs on the thread that called exit, while the others go on: it touches nothing that they use.
 void OnExit() {
   const char* program = guarded;
   if (!program) return;

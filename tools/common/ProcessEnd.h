@@ -7,8 +7,8 @@
 
 namespace tools {
 
-// While a guard lives, an exit that main did not order is reported on standard error, and its
-// status becomes 1 unless the inventory was read. One guard a process.
+// While a guard exists, an exit that main did not order is reported on standard error, and its
+// status becomes 1 unless the inventory was read. At most one guard in a process.
 class ProcessEndGuard {
  public:
   // `program` is the name in the message, a constant.

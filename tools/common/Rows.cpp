@@ -10,7 +10,7 @@ namespace tools {
 Rows::Rows(const ClassRow& rowType, std::vector<ClassProperty> wanted)
     : type(&rowType), columns(std::move(wanted)) {}
 
-// The operating system gives a page when it is written to for the first time.
+// Writes to the memory: the operating system provides a page when it is first written to.
 void Rows::Expect(std::size_t rows) {
   constexpr std::size_t BYTES_PER_VALUE = 24;
   texts.resize(rows * Width() * BYTES_PER_VALUE);

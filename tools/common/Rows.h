@@ -16,14 +16,14 @@
 
 namespace tools {
 
-// Instances of one class. Column 0 is the key, whatever else was asked for; the texts are XML texts
-// as the stubs hold them.
+// Instances of one class. The key is always copied; the texts are XML texts as the stubs hold them.
 class Rows {
  public:
   // `columns` are the properties that are copied besides the key.
   Rows(const ClassRow& type, std::vector<ClassProperty> columns);
 
-  // Makes room for about so many rows, so that memory is got, and touched, before a mutex is held.
+  // Makes room for about so many rows, so that memory is allocated, and touched, before a mutex is
+  // held.
   void Expect(std::size_t rows);
 
   // Copies one stub of the class. The caller holds the mutexes that its columns need (Schema.h).

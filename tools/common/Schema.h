@@ -5,9 +5,7 @@
 // the lists of kecpp-inventory (Kinds.h) are made of its properties.
 //
 // Class and property names compare without letter case, as CIM has it.
-// Thread safety: constant. The caller holds the mutex of the cache that a stub is in while a value
-// is
-//   read.
+// Thread safety: constant. While a value is read, the caller holds the mutex of the stub's cache.
 #ifndef KECPP_TOOLS_COMMON_SCHEMA_H
 #define KECPP_TOOLS_COMMON_SCHEMA_H
 

@@ -18,12 +18,12 @@ TerminalSize SizeOfTerminal(int descriptor);
 // True for a terminal that can clear lines: not for "dumb" ones and those without a name.
 bool TakesCommands(int descriptor);
 
-// To be called first: what is opened afterwards must not become standard output by taking its
-// number. False, reported on standard error, when standard output is closed.
+// Call this first: a file that is opened later must not get the number of standard output. False,
+// reported on standard error, when standard output is closed.
 bool HasStandardStreams(const char* program);
 
-// The exit status of a program that has printed all it has to say and would end with `status`. When
-// that is success and standard output did not take everything: failure, reported on standard error.
+// The exit status of a program that has printed everything and would end with `status`. When that
+// is success and standard output did not take everything: failure, reported on standard error.
 int FinishOutput(const char* program, int status);
 
 }  // namespace tools

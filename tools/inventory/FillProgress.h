@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A line on the terminal that tells how far the first fill is.
+// A line on the terminal that shows how far the first fill is.
 #ifndef KECPP_TOOLS_INVENTORY_FILLPROGRESS_H
 #define KECPP_TOOLS_INVENTORY_FILLPROGRESS_H
 
@@ -14,7 +14,7 @@ namespace tools::inventory {
 
 // Lives while the caches are filled by another thread. Shows nothing when standard error is no
 // terminal that takes commands. The line is wiped by the destructor, which waits for the thread
-// that shows it: from then on the caches are read by nobody.
+// that shows it: after that nothing here reads the caches.
 class FillProgress {
  public:
   explicit FillProgress(KE::Instance::KETypeCache& cache);

@@ -20,9 +20,9 @@ class InventoryRun {
   InventoryRun(KE::Service::KEServiceInstManager& manager, const Options& options,
                const EndOfRun& end);
 
-  // Connects and shows the inventory: when it is to be followed at once, else when nothing changed
-  // for the settle time. A daemon that never rests is cut short, with a word on standard error.
-  // Throws ConnectionError.
+  // Connects and shows the inventory: at once when it is followed, otherwise when nothing changed
+  // for the settle time. An inventory that still changes after a minute is shown as it is, with a
+  // line on standard error. Throws ConnectionError.
   void ShowOnce();
 
   // Goes on after ShowOnce: shows every change until the end of the run. A lost session or daemon

@@ -7,7 +7,7 @@
 namespace tools::inventory {
 namespace {
 
-// Waits on a thread of its own, so that the end of the run can let the wait go.
+// Waits on a separate thread, so that the end of the run can end the wait.
 bool AwaitTask(KE::Service::KEDataSync& sync, KELib::KEString& response, const EndOfRun& end) {
   std::unique_ptr<KELib::KEWaiter> waiter(KELib::CreateKEWaiter());
   auto success =

@@ -11,8 +11,8 @@
 namespace tools::inventory {
 
 // True exactly when the task ended in success. False also when the run ends before the task; the
-// connection is of no further use then. Throws ConnectionError when the task cannot be started or
-// watched.
+// connection cannot be used any more then. Throws ConnectionError when the task cannot be started
+// or watched.
 bool RunTask(DaemonConnection& connection, const TaskCall& call, const EndOfRun& end);
 
 }  // namespace tools::inventory

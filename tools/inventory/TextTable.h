@@ -23,9 +23,9 @@ class TextTable {
   // Appends a row with a cell for every column; see Printable for what is shown of a text.
   void AddRow(std::vector<std::string> cells);
 
-  // The table, every line ended by a line feed. Where the rows do not all fit a last line tells how
-  // many there are beyond. Where the lines do not fit, the widest columns are cut to one width,
-  // with an ellipsis in each text that is cut.
+  // The table, every line ended by a line feed. When not all rows fit, a last line says how many
+  // are not shown. When the lines do not fit, the widest columns are cut to one width, with an
+  // ellipsis in each text that is cut.
   std::string Format(const TableRoom& room) const;
 
  private:

@@ -15,9 +15,9 @@ class View {
  public:
   explicit View(const Options& options);
 
-  // Prints unless it would look the same as the last time: a line of JSON, or tables. On a terminal
-  // tables fit its width. When they are followed there they take the place of the last ones and fit
-  // its height, unless it takes no commands; else an empty line parts them. Throws
+  // Prints a line of JSON, or tables, unless it would look the same as the last time. On a terminal
+  // tables fit its width. When they are followed on a terminal that takes commands, they replace
+  // the last ones and fit its height; otherwise an empty line separates them. Throws
   // std::runtime_error when standard output does not take the text.
   void Show(const InventoryCopy& inventory);
 
