@@ -3,10 +3,10 @@
 # Doxygen reads the headers through this filter, so that their comments can stay plain. It makes
 # marked comments of plain ones, by the rules that the headers follow anyway:
 #
-# - The comment that opens a file tells of the file, and of its first class that has none itself.
-# - A comment right above a declaration tells of it, and of the declarations that follow it without
-#   a blank line; one at the end of a line, of that line.
-# - Default constructors, copies, moves and destructors without a comment of their own need none.
+# - The comment that opens a file describes the file, and its first class that has none itself.
+# - A comment right above a declaration describes it, and the declarations that follow it without
+#   a blank line; one at the end of a line describes that line.
+# - Default constructors, copies, moves and destructors without a comment need none.
 # - Fields, constants, aliases, comparisons, and what gets or sets one thing and is named after it,
 #   may go without: the reference shows them with their name alone.
 # - What else has no comment is left so, for Doxygen to complain of.
