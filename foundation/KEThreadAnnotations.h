@@ -22,6 +22,7 @@
 #define KECPP_EXCLUDES(...) KECPP_THREAD_ATTRIBUTE(locks_excluded(__VA_ARGS__))
 #define KECPP_ACQUIRE(...) KECPP_THREAD_ATTRIBUTE(acquire_capability(__VA_ARGS__))
 #define KECPP_RELEASE(...) KECPP_THREAD_ATTRIBUTE(release_capability(__VA_ARGS__))
+#define KECPP_ASSERT_HELD(mutex) KECPP_THREAD_ATTRIBUTE(assert_capability(mutex))
 #define KECPP_RETURN_CAPABILITY(mutex) KECPP_THREAD_ATTRIBUTE(lock_returned(mutex))
 #define KECPP_NO_THREAD_SAFETY_ANALYSIS KECPP_THREAD_ATTRIBUTE(no_thread_safety_analysis)
 

@@ -10,20 +10,15 @@
 namespace KELib {
 namespace Http {
 
-namespace {
-
-// Guards the one instance's making and deletion. Leaked: it must outlive every thread.
-KEMutex& InstanceMutex() {
-  static KEMutex* const mutex = new KEMutex;
-  return *mutex;
-}
-
-}  // namespace
-
 HttpServiceImpl* HttpServiceImpl::_inst = nullptr;
 const bool HttpServiceImpl::createdAtLoad = HttpServiceImpl::CreateAtLoad();
 
 HttpService::~HttpService() = default;
+
+KEMutex& HttpServiceImpl::InstanceMutex() {
+  static KEMutex* const mutex = new KEMutex;
+  return *mutex;
+}
 
 HttpServiceImpl::HttpServiceImpl() : mutex(std::make_unique<KEMutex>()) {}
 
@@ -34,6 +29,7 @@ HttpServiceImpl::~HttpServiceImpl() {
 // While the library is being loaded no exception may leave; GetInstance() tries again.
 bool HttpServiceImpl::CreateAtLoad() {
   try {
+    KEMutexGuard guard(&InstanceMutex());
     if (_inst == nullptr) _inst = new HttpServiceImpl;
   } catch (...) {
     return false;

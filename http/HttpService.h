@@ -52,9 +52,12 @@ class KECPP_API HttpServiceImpl : public HttpService {
   std::unique_ptr<KEMutex> mutex;
   bool initialized KECPP_GUARDED_BY(mutex) = false;
 
-  // Without a destructor, since a process may end on any thread.
-  static HttpServiceImpl* _inst;
+  // Guards the one instance's making and deletion. Leaked: it must outlive every thread.
+  static KEMutex& InstanceMutex();
   static bool CreateAtLoad();
+
+  // Without a destructor, since a process may end on any thread.
+  static HttpServiceImpl* _inst KECPP_GUARDED_BY(InstanceMutex());
   static const bool createdAtLoad;
 };
 

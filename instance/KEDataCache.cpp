@@ -46,10 +46,12 @@ KELib::KEMutex* KEDataCache::GetMutex() {
 }
 
 void KEDataCache::GetVal(KEString& key, KELib::Stub::KEStubRef& ref) {
+  HeldByCaller();
   if (KEStubBase** found = map.Get(key)) ref.SetData(*found);
 }
 
 void KEDataCache::SetVal(KEString& key, KEStubBase* stub) {
+  HeldByCaller();
   if (ChangeHub* const hub = Listener()) {
     FileAndTell(*hub, key, stub);
   } else {
@@ -77,10 +79,15 @@ void KEDataCache::FileAndTell(ChangeHub& hub, KEString& key, KEStubBase* stub) {
 
 void KEDataCache::RemoveVal(KEString& key) {
   KELib::KEMutexGuard guard(mutex.get());
-  RemoveValNoLock(key);
+  Remove(key);
 }
 
 void KEDataCache::RemoveValNoLock(KEString& key) {
+  HeldByCaller();
+  Remove(key);
+}
+
+void KEDataCache::Remove(KEString& key) {
   if (ChangeHub* const hub = Listener()) {
     if (KEStubBase** const found = map.Get(key)) hub->Removed(**found);
   }
@@ -88,15 +95,18 @@ void KEDataCache::RemoveValNoLock(KEString& key) {
 }
 
 void KEDataCache::ClearNoLock() {
+  HeldByCaller();
   if (ChangeHub* const hub = Listener()) hub->RemovedAll(Own().type);
   map.Clear();
 }
 
 KEDataIterator KEDataCache::Iterator() {
+  HeldByCaller();
   return KEDataIterator(map.Begin());
 }
 
 unsigned int KEDataCache::Size() {
+  HeldByCaller();
   return map.Count();
 }
 

@@ -18,6 +18,7 @@
 #include "foundation/KEExport.h"
 #include "foundation/KEHashmap.h"
 #include "foundation/KEString.h"
+#include "foundation/KEThreadAnnotations.h"
 #include "instance/KECache.h"
 #include "instance/KEDataIterator.h"
 #include "stub/base/KEAssocStubBase.h"
@@ -73,11 +74,17 @@ class KECPP_API KEDataCache : public KECache {
  private:
   class State;
 
+  // Says to the analysis what it cannot follow: the caller holds the mutex, by a KECacheGuard
+  // mostly.
+  void HeldByCaller() const KECPP_ASSERT_HELD(mutex) {}
+
   State& Own() const;
   ChangeHub* Listener() const;
-  void FileAndTell(ChangeHub& hub, KELib::KEString& key, KELib::Stub::KEStubBase* stub);
+  void FileAndTell(ChangeHub& hub, KELib::KEString& key, KELib::Stub::KEStubBase* stub)
+      KECPP_REQUIRES(mutex);
+  void Remove(KELib::KEString& key) KECPP_REQUIRES(mutex);
 
-  KELib::KEHashmap<KELib::KEString, KELib::Stub::KEStubBase*> map;  // guarded by `mutex`
+  KELib::KEHashmap<KELib::KEString, KELib::Stub::KEStubBase*> map KECPP_GUARDED_BY(mutex);
   std::unique_ptr<KELib::KEMutex> mutex;  // a State, for the object itself has no room
 };
 

@@ -20,6 +20,7 @@
 #include "foundation/KEExport.h"
 #include "foundation/KEHashmap.h"
 #include "foundation/KEString.h"
+#include "foundation/KEThreadAnnotations.h"
 #include "instance/KECache.h"
 #include "instance/KEDataCache.h"
 #include "instance/KEDataIterator.h"
@@ -93,7 +94,7 @@ class KECPP_API KETypeCache : public KECache {
     KEDataCache* cache;
   };
 
-  void Unlink(KELib::KEString& typeName);
+  void Unlink(KELib::KEString& typeName) KECPP_REQUIRES(mutex);
   std::vector<Named> ListInLockOrder();
 
   KELib::KEHashmap<KELib::KEString, KEDataCache*> map;  // guarded by `table->lock`

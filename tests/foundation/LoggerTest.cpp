@@ -61,8 +61,10 @@ TEST_F(LoggerTest, LevelNamesAreExact) {
     logger.SetLevelByName(name);
     EXPECT_TRUE(logger.IsLevel(Logging::LOG_LEVEL_TRIVIA));
   }
-  logger.SetLevel(7);
-  EXPECT_STREQ("", logger.GetLevelByName());
+  for (int unknown : {-1, 7}) {
+    logger.SetLevel(unknown);
+    EXPECT_STREQ("", logger.GetLevelByName());
+  }
 }
 
 TEST_F(LoggerTest, WritesConversionsWithoutArgumentLiterally) {

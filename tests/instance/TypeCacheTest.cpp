@@ -112,7 +112,7 @@ TEST(CacheGuard, LocksWhatAnObjectTypeTouchesAndLeavesTheRest) {
                                                        {"HostSystem", "0001100"},
                                                        {"AuthorizationManager", "1111000"},
                                                        {"Task", "0001001"},
-                                                       {"Folder", "0001001"}};
+                                                       {"WirtualMachine", "0001001"}};
   for (const auto& [type, expected] : cases) {
     KECacheGuard guard(&types);
     KEString text(type);

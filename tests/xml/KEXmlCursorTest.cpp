@@ -90,11 +90,13 @@ TEST(KEXmlCursor, AnswersTheCases) {
 }
 
 TEST(KEXmlCursor, ShortCutsTakeAttributesAndTags) {
-  KEXmlReader reader = ReaderOf("<s><v a='1>'>x</v><v a='2' b=''>y</v></s>");
+  KEXmlReader reader = ReaderOf("<s><t><u k=''><v a='1>'>x</v><v a='2' b=''>y</v></u></t></s>");
   KEXmlCursor cursor(reader);
   XmlSlice attribute, text;
   EXPECT_FALSE(cursor.PassTag("<v>"));
   EXPECT_TRUE(cursor.PassTag("<s>"));
+  EXPECT_TRUE(cursor.PassStartTag("<t"));
+  EXPECT_TRUE(cursor.PassStartTag("<u"));
   EXPECT_TRUE(cursor.TakeText("<v a='", "</v>", attribute, text));
   EXPECT_EQ("1> x", Copy(attribute) + " " + Copy(text));
   EXPECT_FALSE(cursor.TakeText("<v a='", "</v>", attribute, text));
