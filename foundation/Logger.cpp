@@ -93,10 +93,9 @@ const char* Logger::GetLevelByName() const {
 }
 
 void Logger::SetLevelByName(const char* name) {
-  for (LogLevel i = 0; name && i < LEVEL_COUNT; ++i) {
-    if (std::strcmp(name, LEVELS[i].name) == 0) {
-      SetLevel(i);
-      return;
+  for (const LevelEntry& entry : LEVELS) {
+    if (name && std::strcmp(name, entry.name) == 0) {
+      SetLevel(static_cast<LogLevel>(&entry - LEVELS));
     }
   }
 }
