@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "datasync/KEDataSyncImpl.h"
 
-#include <chrono>
-
 #include "datasync/DataSyncConstants.h"
 #include "datasync/FilterSpec.h"
 #include "datasync/PromisedSteps.h"
@@ -11,6 +9,7 @@
 #include "datasync/ServerCalls.h"
 #include "datasync/SyncLoop.h"
 #include "datasync/SyncState.h"
+#include "datasync/SyncStopper.h"
 #include "datasync/TaskWaiting.h"
 #include "datasync/UpdateSets.h"
 #include "datasync/Watches.h"
@@ -33,9 +32,6 @@ using KELib::KEVector;
 using KELib::Logging::Log;
 using KELib::Logging::LOG_LEVEL_VERBOSE;
 
-// How long a stopped loop is given before its wait is cancelled again.
-constexpr int kStopStepMs = 100;
-
 [[noreturn]] void LogAndThrow(const char* text) {
   Log(nullptr, LOG_LEVEL_VERBOSE, "%s", text);
   throw KELib::SystemException(text);
@@ -54,7 +50,8 @@ KEDataSync* CreateDataSync(KEMethod* method, ManagedObjectReference* propertyCol
 KEDataSyncImpl::KEDataSyncImpl()
     : mutex(std::make_unique<KELib::KEMutex>()),
       state(std::make_unique<SyncState>()),
-      changes(std::make_shared<KE::Instance::ChangeHub>()) {}
+      changes(std::make_shared<KE::Instance::ChangeHub>()),
+      stopper(std::make_unique<SyncStopper>(*state, *changes, stopRequested)) {}
 
 KEDataSyncImpl::~KEDataSyncImpl() {
   while (!End()) {
@@ -86,6 +83,7 @@ void KEDataSyncImpl::Init(KEMethod* invoker, ManagedObjectReference* collector) 
   filters = std::move(newFilters);
   methodInfos = std::move(newMethods);
   server = std::move(newServer);
+  stopper->SetServer(*server);
   watches = std::move(newWatches);
   updateSets = std::move(newSets);
   propertyMethods = std::move(newPropertyMethods);
@@ -136,46 +134,19 @@ class KEDataSyncImpl::FeedHold {
 // --- stopping ------------------------------------------------------------------------------------
 
 void KEDataSyncImpl::RequestStop() {
-  AnnounceStop();
-  if (state->waitOut) server->CancelWaitToStop();
+  stopper->Request();
 }
 
-void KEDataSyncImpl::AnnounceStop() {
-  state->AnnounceStop(stopRequested);
-  changes->NoteStop(stopRequested);
-}
-
-// In this order: a watch that ends the stop lets calls pass afterwards.
 void KEDataSyncImpl::StopAtOnce() {
-  if (server != nullptr) server->Transfers().Interrupt();
-  AnnounceStop();
+  stopper->RequestAtOnce();
+}
+
+void KEDataSyncImpl::RenewStop() {
+  stopper->Renew();
 }
 
 bool KEDataSyncImpl::End() {
-  using Clock = std::chrono::steady_clock;
-  const auto begin = Clock::now();
-  const auto interruptAt = begin + std::chrono::seconds(1);
-  const auto giveUpAt = begin + std::chrono::seconds(75);
-  state->RefuseEntries();
-  RequestStop();
-  bool interrupted = false;
-  bool left = state->WaitUntilLeft(kStopStepMs);
-  while (!left && Clock::now() < giveUpAt) {
-    if (Clock::now() >= interruptAt) {
-      // The cancel did not help, or could not be sent: the peer does not answer.
-      if (server != nullptr) server->Transfers().Interrupt();
-      interrupted = true;
-    } else if (state->waitOut) {
-      server->CancelWaitToStop();  // an earlier one may have overtaken the wait that it was for
-    }
-    left = state->WaitUntilLeft(kStopStepMs);
-  }
-  if (interrupted && server != nullptr) server->Transfers().Resume();
-  if (!left) {
-    Log(nullptr, KELib::Logging::LOG_LEVEL_ERROR,
-        "Data sync could not be stopped: a thread is still inside.");
-  }
-  return left;
+  return stopper->End();
 }
 
 void KEDataSyncImpl::Cleanup() {
@@ -198,22 +169,10 @@ void KEDataSyncImpl::ForgetWatches() {
   state->NoteStopped();
 }
 
-// Who asked for the stop has cancelled the wait once, maybe before it was sent. Another thread may
-// revive the data sync first: its loop is not waited for.
-void KEDataSyncImpl::AwaitStoppedLoop() {
-  while (stopRequested && !state->WaitUntilIdle(kStopStepMs)) {
-    if (state->waitOut) server->CancelWaitToStop();
-  }
-}
-
-void KEDataSyncImpl::RenewStop() {
-  if (!stopRequested) RequestStop();
-}
-
 // After a stop the server has forgotten the filters, and what the caches hold is of an older login.
 void KEDataSyncImpl::ReviveAfterStop(FeedHold& feeds) {
   while (stopRequested) {
-    AwaitStoppedLoop();
+    stopper->AwaitLoop();
     KEMutexGuard guard(watches->GetMutex());
     if (!stopRequested || state->GetPhase() != SyncState::Phase::idle) continue;
     feeds.Begin();

@@ -9,6 +9,7 @@
 //   TaskWaiting      waiting for a server task
 //   ServerCalls      the calls to the server
 //   SyncState        who is inside, and how everybody is woken
+//   SyncStopper      ends the loop and waits until everybody has left
 //   PromisedSteps    what only agents call that were built against it
 //
 // Locks, outermost first: that of the property methods, `mutex` (the filter-table mutex), the type
@@ -48,6 +49,7 @@ class PropertyMethods;
 class ServerCalls;
 class SyncLoop;
 class SyncState;
+class SyncStopper;
 class UpdateSets;
 class Watches;
 
@@ -168,9 +170,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
  private:
   class FeedHold;
 
-  void AnnounceStop();
   void ReviveAfterStop(FeedHold& feeds);
-  void AwaitStoppedLoop();
   void ForgetEverything();
   void ForgetWatches();
 
@@ -196,8 +196,10 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
 
   std::atomic<bool> stopRequested{false};
 
-  std::unique_ptr<SyncState> state;                  // made by the constructor; own lock
-  std::shared_ptr<KE::Instance::ChangeHub> changes;  // likewise
+  // Made by the constructor; own locks.
+  std::unique_ptr<SyncState> state;
+  std::shared_ptr<KE::Instance::ChangeHub> changes;
+  std::unique_ptr<SyncStopper> stopper;
 
   // Made by Init, null before. Each uses those above it.
   std::unique_ptr<ServerCalls> server;
