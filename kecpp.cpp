@@ -58,9 +58,11 @@ static_assert(HaveSize<12, KELib::Exception, KE::InvalidStateException>());
 
 namespace KELib {
 
+// NOLINTBEGIN(bugprone-macro-parentheses): types
 #define KECPP_ELEMENT(Type)                 \
   template KECPP_API bool DeleteVal(Type&); \
   template KECPP_API bool DeleteVal(Type*);
+// NOLINTEND(bugprone-macro-parentheses)
 
 KECPP_ELEMENT(char)
 KECPP_ELEMENT(unsigned char)

@@ -63,6 +63,7 @@ class FeedRecords {
   // Brings the record of a stub closer to the processor. Reads no memory, so the table may be gone.
   static void Prefetch(const void* table, unsigned int shift, const Stub& stub) {
     const auto begin = reinterpret_cast<std::uintptr_t>(table);
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): a pointer into a table that is gone is undefined
     __builtin_prefetch(reinterpret_cast<const void*>(begin + Home(&stub, shift) * sizeof(Record)),
                        1);
   }

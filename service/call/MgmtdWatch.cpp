@@ -55,7 +55,7 @@ void SleepMicroseconds(unsigned int amount) {
 }
 
 void ExitProcess(int status) {
-  exit(status);
+  exit(status);  // NOLINT(concurrency-mt-unsafe): on whichever thread notices the restart
 }
 
 // A check that nothing stops.
