@@ -23,16 +23,16 @@ void ShareNoPort(socket_t socket) {
   setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
 }
 
-// Thousands of ranges and the best compression of a large answer would cost the client nothing and
-// this process a lot. Both may be refused in silence.
+// Thousands of ranges, or the best compression of a large answer, would cost this process a lot and
+// the client nothing. A server may ignore both.
 void DropCostlyWishes(httplib::Request& request) {
   request.ranges.clear();
   request.headers.erase("Range");
   request.headers.erase("Accept-Encoding");
 }
 
-// The library takes whatever follows a chunk for its end, and no trailer; and it passes lines over
-// that end otherwise than they should, which to others are headers.
+// The HTTP library takes anything behind a chunk for its end and knows no trailers. It skips lines
+// that end with a line feed alone, which other programs take for headers.
 bool HasDoubtfulEnd(const httplib::Request& request, const SocketStream& stream) {
   return request.has_header("Transfer-Encoding") || stream.HasBareLineEnd();
 }
@@ -124,8 +124,8 @@ TlsContext AgentServer::Tls() {
   return tls;
 }
 
-// One request, answered on this thread: tables that the HTTP library makes on first use are then
-// made before several threads could use them first.
+// Answers one request on this thread: the HTTP library makes some tables on first use, and several
+// threads must not make them at the same time.
 void AgentServer::Rehearse() {
   static const char REQUEST[] = "GET / HTTP/1.0\r\nRange: bytes=0-\r\n\r\n";
   int ends[2];

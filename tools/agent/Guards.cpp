@@ -52,8 +52,8 @@ bool HasBlankName(const httplib::Request& request) {
   });
 }
 
-// A proxy may see another end of the body where there are several lengths, or a
-// coding that is not undone here.
+// With several lengths, or a coding that is not decoded here, a proxy may see another end of the
+// body.
 int CheckFraming(const httplib::Request& request) {
   const std::size_t codings = request.get_header_value_count("Transfer-Encoding");
   const std::size_t lengths = request.get_header_value_count("Content-Length");
@@ -71,7 +71,7 @@ bool HasXml(const httplib::Request& request) {
          (SameName(type, "application/xml") || SameName(type, "text/xml"));
 }
 
-// Only the bodies of POST are read. Another request's would be taken for the next request.
+// Only the bodies of POST are read. Any other body would be taken for the next request.
 int CheckBody(const httplib::Request& request, std::size_t limit) {
   if (const int status = CheckFraming(request)) return status;
   const bool isPost = request.method == "POST";

@@ -48,7 +48,8 @@ std::optional<std::pair<std::string, std::string>> ReadLine(const std::string& l
   if (colon == std::string::npos || colon == 0) throw std::runtime_error("a line is not NAME:HASH");
   const std::string rest = line.substr(colon + 1);
   const std::string hash = rest.substr(0, rest.find(':'));
-  // A setting alone, and many a text, crypt takes for an older form's setting: the hash is longer.
+  // crypt takes a setting without a hash, and many other texts, for the setting of an older form.
+  // What it returns is then longer.
   if (hash.empty() || Hash("", hash).size() != hash.size()) {
     throw std::runtime_error("no hash that crypt knows for " + line.substr(0, colon));
   }

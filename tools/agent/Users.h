@@ -20,16 +20,16 @@ class Users {
  public:
   // Lines "NAME:HASH"; empty lines and those that begin with "#" are passed over, and so is what
   // follows a second colon. Throws std::runtime_error for a file that cannot be read, has no user
-  // or holds a hash that crypt does not know: a password in clear is one.
+  // or holds a hash that crypt does not know, such as a password in clear.
   explicit Users(const std::string& file);
 
   // Reads the file again. Throws as the constructor does, and then the former users stay.
   void ReadAgain();
 
-  // True when the value of an "Authorization" header is a user's. Hashing is slow on purpose, and
-  // is done by one thread at a time; credentials that were good once are known again without it.
-  // Wrong ones leave a line on standard error with the address that they came from, one in ten
-  // seconds at most.
+  // True when the value of an "Authorization" header is a user's. Hashing is slow on purpose. One
+  // thread at a time does it; credentials that were good once are recognised without it. Wrong ones
+  // leave a line on standard error with the address that they came from, one in ten seconds at
+  // most.
   bool Accepts(const std::string& authorization, const std::string& peer);
 
  private:
