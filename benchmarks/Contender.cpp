@@ -4,6 +4,7 @@
 namespace bench {
 
 std::unique_ptr<Contender> MakeLibraryContender();
+std::unique_ptr<Contender> MakeLibraryContenderWithFeed();
 std::unique_ptr<Contender> MakePugixmlContender();
 std::unique_ptr<Contender> MakeRapidxmlContender();
 std::unique_ptr<Contender> MakeRapidxmlInSituContender();
@@ -26,6 +27,7 @@ const struct {
   std::unique_ptr<Contender> (*make)();
 } kContenders[] = {
     {"kecpp", MakeLibraryContender},
+    {"kecpp-feed", MakeLibraryContenderWithFeed},
     {"pugixml", MakePugixmlContender},
     {"rapidxml", MakeRapidxmlContender},
     {"rapidxml-in-situ", MakeRapidxmlInSituContender},

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include <cstdio>
-#include <memory>
 #include <utility>
 #include <vector>
 
@@ -45,18 +44,18 @@ double TimeBlock(LibraryContender& library, unsigned int machines, unsigned int 
 void CompareChanges(unsigned int machines) {
   Inventory inventory;
   inventory.machines = machines;
-  LibraryContender plain, watched;
-  const std::unique_ptr<KEChangeFeed> feed(watched.Sync().OpenChangeFeed());
+  LibraryContender plain;
+  LibraryContenderWithFeed watched;
   plain.Apply(FirstSet(inventory));
   watched.Apply(FirstSet(inventory));
   std::vector<double> without, with, above, take;
-  unsigned int taken = TakeAll(*feed);
+  unsigned int taken = TakeAll(watched.Feed());
   for (unsigned int block = 0; block < kBlocks; ++block) {
     without.push_back(TimeBlock(plain, machines, block));
     with.push_back(TimeBlock(watched, machines, block));
     above.push_back(with.back() - without.back());
     const Clocks begin = Clocks::Now();
-    taken = TakeAll(*feed);
+    taken = TakeAll(watched.Feed());
     take.push_back((Clocks::Now() - begin).cpu / taken);
   }
   std::printf(", \"%u\": {\"without\": %.4f, \"with\": %.4f, \"above\": %.4f, \"take\": %.4f}",

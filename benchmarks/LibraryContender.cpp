@@ -122,4 +122,8 @@ std::unique_ptr<Contender> MakeLibraryContender() {
   return std::make_unique<LibraryContender>();
 }
 
+std::unique_ptr<Contender> MakeLibraryContenderWithFeed() {
+  return std::make_unique<LibraryContenderWithFeed>();
+}
+
 }  // namespace bench

@@ -7,6 +7,7 @@
 
 #include "benchmarks/Contender.h"
 #include "datasync/KEDataSyncImpl.h"
+#include "instance/KEChangeFeed.h"
 #include "instance/KETypeCache.h"
 #include "service/call/KEMethod.h"
 #include "stub/classes/ManagedObjectReference.h"
@@ -21,7 +22,7 @@ class FilterServer final : public KE::Service::KEMethod {
   void Invoke(const char*, const char*, const char*, const char*, KELib::KEString&) override {}
 };
 
-class LibraryContender final : public Contender {
+class LibraryContender : public Contender {
  public:
   LibraryContender();
 
@@ -39,6 +40,17 @@ class LibraryContender final : public Contender {
   FilterServer server;
   KE::Stub::ManagedObjectReference collector;
   KE::Service::KEDataSyncImpl sync;
+};
+
+// With a change feed open from the start, from which nobody takes.
+class LibraryContenderWithFeed final : public LibraryContender {
+ public:
+  LibraryContenderWithFeed() : feed(Sync().OpenChangeFeed()) {}
+
+  KE::Instance::KEChangeFeed& Feed() { return *feed; }
+
+ private:
+  const std::unique_ptr<KE::Instance::KEChangeFeed> feed;
 };
 
 }  // namespace bench

@@ -80,6 +80,7 @@ std::vector<Goal> Report::Goals() const {
   }
   AddGrowthGoal("", goals);
   AddGrowthGoal(" on one host", goals);
+  AddFeedGoals(goals);
   AddWireGoals(goals);
   return goals;
 }
@@ -121,6 +122,21 @@ void Report::AddGrowthGoal(const std::string& variant, std::vector<Goal>& goals)
   }
   goals.push_back({"growth exponent above that of the bare allocations" + variant,
                    exponent("kecpp") - exponent("bare"), 0.04, false});
+}
+
+void Report::AddFeedGoals(std::vector<Goal>& goals) const {
+  const std::string name = RunName("kecpp-feed", 64, 100000);
+  if (rounds.Has(name)) {
+    const double speed = rounds.Ratio(name, {RunName("kecpp", 64, 100000)}, "/fill/cpu");
+    goals.push_back(
+        {"fill with a change feed open, times the fill without", 1 / speed, 1.1, false});
+  }
+  if (!rounds.Has("feeds")) return;
+  for (const char* machines : {"1000", "100000"}) {
+    goals.push_back(
+        {std::string("one change with a change feed open, us more, machines: ") + machines,
+         rounds.Value("feeds", std::string("/") + machines + "/above"), 0.1, false});
+  }
 }
 
 void Report::AddWireGoals(std::vector<Goal>& goals) const {

@@ -46,6 +46,7 @@ class Report {
   void AddSpeedGoals(unsigned int bits, std::vector<Goal>& goals) const;
   void AddMemoryGoals(unsigned int bits, std::vector<Goal>& goals) const;
   void AddGrowthGoal(const std::string& variant, std::vector<Goal>& goals) const;
+  void AddFeedGoals(std::vector<Goal>& goals) const;
   void AddWireGoals(std::vector<Goal>& goals) const;
 
   const Rounds& rounds;

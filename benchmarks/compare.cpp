@@ -27,9 +27,9 @@ const std::vector<std::string> kFirst = {"kecpp", "pugixml", "rapidxml"};
 const std::vector<std::string> kOthers = {"rapidxml-in-situ", "libxml2-sax", "xmlTextReader",
                                           "expat", "gsoap"};
 // Those whose inventory is the same, and must end with the same store.
-const std::vector<std::string> kStores = {
-    "kecpp",       "pugixml", "rapidxml",      "rapidxml-in-situ",
-    "libxml2-sax", "expat",   "xmlTextReader", "gsoap"};
+const std::vector<std::string> kStores = {"kecpp",    "kecpp-feed",       "pugixml",
+                                          "rapidxml", "rapidxml-in-situ", "libxml2-sax",
+                                          "expat",    "xmlTextReader",    "gsoap"};
 const std::vector<std::string> kFloor = {"bare", "kecpp on one host", "bare on one host"};
 
 struct Options {
@@ -52,6 +52,10 @@ void AddWordSize(Rounds& rounds, const Options& options, unsigned int bits) {
                  options.rounds);
     }
     if (bits != 64) continue;
+    if (size == kSizes.back()) {
+      rounds.Add(RunName("kecpp-feed", bits, size), InProcess(folder, "kecpp-feed", size),
+                 options.rounds);
+    }
     rounds.Add(RunName("bare", bits, size), InProcess(folder, "bare", size), options.rounds);
     for (const std::string& contender : kOthers) {
       rounds.Add(RunName(contender, bits, size), InProcess(folder, contender, size),
@@ -145,7 +149,7 @@ int main(int argc, char** argv) {
     if (options.programs.size() > 1) AddWordSize(rounds, options, 32);
     AddOneHost(rounds, options);
     const std::string path = options.programs[0] + "/kecpp-bench-path ";
-    for (const char* workload : {"wire", "latency", "readers"}) {
+    for (const char* workload : {"wire", "latency", "readers", "feeds"}) {
       rounds.Add(workload, path + workload, options.rounds);
     }
     rounds.Add("idle", path + "idle " + std::to_string(options.idleSeconds), 1);

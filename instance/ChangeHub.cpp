@@ -51,7 +51,9 @@ class ChangeHub::Stay {
 };
 
 ChangeHub::ChangeHub() = default;
-ChangeHub::~ChangeHub() = default;
+ChangeHub::~ChangeHub() {
+  delete hints.load();
+}
 
 unsigned int ChangeHub::TypeOf(const KEString& name) {
   KEMutexGuard guard(&mutex);
@@ -76,20 +78,20 @@ void ChangeHub::Filed(unsigned int type, const KEString& key, Stub* old, Stub& s
       continue;
     }
     try {
-      readers[i]->records.Add(type, key, stub);
+      const FeedRecords::Index index = readers[i]->records.Add(type, key, stub);
+      if (i == 0) HintOf(stub)->store(index, std::memory_order_relaxed);
     } catch (...) {
       while (i-- > 0) readers[i]->records.Remove(stub);
       throw;
     }
   }
-  NoteTable();
+  NoteArray();
   WakeAfterChange();
 }
 
-void ChangeHub::NoteTable() {
-  if (readers.empty()) return;
-  table.store(readers.front()->records.Table(), std::memory_order_relaxed);
-  shift.store(readers.front()->records.Shift(), std::memory_order_relaxed);
+void ChangeHub::NoteArray() {
+  const void* const now = readers.empty() ? nullptr : readers.front()->records.Array();
+  array.store(now, std::memory_order_relaxed);
 }
 
 void ChangeHub::Unfiled(Stub* old, Stub& stub) noexcept {
@@ -118,7 +120,7 @@ void ChangeHub::RemovedAll(unsigned int type) noexcept {
 void ChangeHub::Changed(const Stub* stub, const Stub* second, const Stub* third) noexcept {
   KEMutexGuard guard(&mutex);
   for (const auto& reader : readers) {
-    if (stub != nullptr) reader->records.Change(*stub);
+    if (stub != nullptr) reader->records.Change(*stub, Hint(*stub));
     if (second != nullptr) reader->records.Change(*second);
     if (third != nullptr) reader->records.Change(*third);
   }
@@ -182,6 +184,7 @@ void ChangeHub::Release() {
 // meantime is met twice, and nothing is missed.
 ChangeHub::Reader& ChangeHub::Open(KETypeCache& types) {
   KEMutexGuard guard(&mutex);
+  if (hints == nullptr) hints = new Hints();
   readers.push_back(std::make_unique<Reader>());
   Reader& reader = *readers.back();
   ++open;
@@ -200,7 +203,7 @@ ChangeHub::Reader& ChangeHub::Open(KETypeCache& types) {
     throw;
   }
   KEMutexGuard again(&mutex);
-  NoteTable();
+  NoteArray();
   return reader;
 }
 
@@ -211,7 +214,7 @@ void ChangeHub::Close(Reader& reader) {
   reader.closed = true;
   --open;
   std::swap(forgotten, reader.records);
-  NoteTable();
+  NoteArray();
   reader.changed.Broadcast();
 }
 
@@ -221,7 +224,7 @@ void ChangeHub::Free(Reader& reader) {
   while (reader.inside > 0) reader.changed.Wait(mutex, -1);
   readers.erase(std::find_if(readers.begin(), readers.end(),
                              [&](const auto& each) { return each.get() == &reader; }));
-  NoteTable();
+  NoteArray();
 }
 
 // Waits until there is something to give. False, and what Take returns, when there is nothing.

@@ -12,6 +12,7 @@
 #ifndef KECPP_INSTANCE_CHANGEHUB_H
 #define KECPP_INSTANCE_CHANGEHUB_H
 
+#include <array>
 #include <atomic>
 #include <deque>
 #include <memory>
@@ -61,8 +62,7 @@ class ChangeHub {
 
   // A change of that stub will be told soon. Takes no lock; what it looks at may be out of date.
   void Expect(const Stub& stub) const {
-    FeedRecords::Prefetch(table.load(std::memory_order_relaxed),
-                          shift.load(std::memory_order_relaxed), stub);
+    FeedRecords::Prefetch(array.load(std::memory_order_relaxed), Hint(stub));
   }
 
   // Changes that belong together: who waits is woken when they are complete, not for each.
@@ -106,7 +106,7 @@ class ChangeHub {
   bool AwaitEntry(Reader& reader, int milliseconds, int& result) KECPP_REQUIRES(mutex);
   bool GiveSome(Reader& reader, std::uint64_t end, KEChange* changes, int& given, int max)
       KECPP_REQUIRES(mutex);
-  void NoteTable() KECPP_REQUIRES(mutex);
+  void NoteArray() KECPP_REQUIRES(mutex);
   void WakeAfterChange() KECPP_REQUIRES(mutex);
   void WakeAll() KECPP_REQUIRES(mutex);
 
@@ -117,9 +117,20 @@ class ChangeHub {
   bool stopped KECPP_GUARDED_BY(mutex) = false;
   unsigned long long stops KECPP_GUARDED_BY(mutex) = 0;
 
-  // Of the first feed, for Expect.
-  std::atomic<const void*> table{nullptr};
-  std::atomic<unsigned int> shift{0};
+  // Where the first feed probably has a stub's record; kept until the hub dies, since Expect takes
+  // no lock. What has become wrong costs time only.
+  using Hints = std::array<std::atomic<FeedRecords::Index>, 1U << 18>;
+  std::atomic<FeedRecords::Index>* HintOf(const Stub& stub) const {
+    Hints* const all = hints.load(std::memory_order_acquire);
+    return all != nullptr ? &(*all)[FeedRecords::Hash(&stub) >> 14] : nullptr;
+  }
+  FeedRecords::Index Hint(const Stub& stub) const {
+    const auto* const hint = HintOf(stub);
+    return hint != nullptr ? hint->load(std::memory_order_relaxed) : 0;
+  }
+
+  std::atomic<Hints*> hints{nullptr};  // owned; made by the first feed
+  std::atomic<const void*> array{nullptr};
 
   std::atomic<unsigned int> open{0};     // readers that are not closed; written with `mutex` held
   std::atomic<unsigned int> batches{0};  // under way

@@ -27,8 +27,8 @@
 //   the caches stand still while a thread waits in Take with one. One leaf lock is taken, for a
 //   few dozen entries at a time.
 // Ownership: the caller's. A feed may outlive its data sync; it then gives what it has left.
-// Memory: about 100 bytes for each cached object and for each one whose removal is not taken yet,
-//   however slow the reader is.
+// Memory: about 70 bytes for each cached object and for each one whose removal is not taken yet,
+//   however slow the reader is; and a megabyte for all feeds of a data sync.
 #ifndef KECPP_INSTANCE_KECHANGEFEED_H
 #define KECPP_INSTANCE_KECHANGEFEED_H
 
