@@ -231,15 +231,19 @@ struct Example : ChildProcess {
 TEST(Examples, FollowMachinesAndLiveThroughALostSession) {
   Simulator simulator({"--hosts", "1", "--machines", "3"});
   Example agent("agent", simulator, {"2"}), reconnect("reconnect", simulator);
+  Example changes("changes", simulator, {"5"});
+  ASSERT_TRUE(changes.Writes("added vm-", 3)) << changes.Errors();
   ASSERT_TRUE(agent.Writes("\n", 3)) << agent.Output() << agent.Errors();
   ASSERT_TRUE(reconnect.Writes("3 machines\n", 1)) << reconnect.Errors();
-  int lines = 3;
+  int lines = 3, entries = 0;
   for (const char* state : {"suspended", "poweredOn"}) {
     simulator.SetMachine("vm-1", "runtime.powerState", state);
     ASSERT_TRUE(agent.Writes("\n", lines += 3)) << agent.Output();
+    ASSERT_TRUE(changes.Writes("changed vm-1 ", ++entries)) << changes.Output();
   }
   EXPECT_THAT(agent.Output(), HasSubstr(": suspended\n"));
   EXPECT_EQ(agent.Wait(), 0) << agent.Errors();
+  EXPECT_EQ(changes.Wait(), 0) << changes.Errors();
   simulator.Control("session-lost");
   ASSERT_TRUE(Eventually([&] { return simulator.Stats()["sessions"] == 1; }));
   simulator.Control("machine", {{"do", "remove"}, {"id", "vm-1"}});
