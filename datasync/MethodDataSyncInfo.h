@@ -25,10 +25,9 @@ struct KECPP_API MethodOutcome {
   enum class Last { none, answered, failed };
   Last last = Last::none;
   KELib::KEString failure;                          // text of the failure
-  std::chrono::steady_clock::time_point notBefore;  // the loop calls a failed one again in a cycle
-                                                    // that comes after this time,
-  std::chrono::steady_clock::time_point due;        // and ends its wait for that at this one
-  std::chrono::milliseconds pause{};                // until then; 0: it has not failed
+  std::chrono::steady_clock::time_point notBefore;  // a cycle before leaves a failed one out
+  std::chrono::steady_clock::time_point due;        // the loop ends its wait to call a failed one
+  std::chrono::milliseconds pause{};                // from a failure to `due`; 0: it has not failed
 };
 
 struct KECPP_API MethodDataSyncInfo {
