@@ -18,8 +18,8 @@ namespace tools::agent {
 namespace {
 
 // More than any client's headers have.
-constexpr std::size_t HEADER_BYTES = 64 * 1024;
-constexpr std::size_t SLOWEST_BYTES_PER_SECOND = 64 * 1024;
+constexpr std::size_t HEADER_BYTES = 65536;
+constexpr std::size_t SLOWEST_BYTES_PER_SECOND = 65536;
 
 void Address(const sockaddr_storage& storage, std::string& ip, int& port) {
   char text[INET6_ADDRSTRLEN] = {};

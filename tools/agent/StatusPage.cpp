@@ -4,6 +4,7 @@
 #include <openssl/evp.h>
 
 #include <atomic>
+#include <utility>
 
 #include "tools/agent/StatusPageText.h"
 
@@ -54,7 +55,7 @@ std::shared_ptr<void> TakePlace(const std::shared_ptr<std::atomic<unsigned>>& pl
 
 httplib::ContentProviderWithoutLength EventSource(StatusFeed& feed, std::shared_ptr<void> place) {
   const auto view = std::make_shared<StatusFeed::View>();
-  return [&feed, view, place](size_t, httplib::DataSink& sink) {
+  return [&feed, view, place = std::move(place)](size_t, httplib::DataSink& sink) {
     const std::string events = feed.Next(*view);
     if (events.empty()) {
       sink.done();

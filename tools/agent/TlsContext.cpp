@@ -24,7 +24,7 @@ int NoPassPhrase(char*, int, int, void*) {
 }  // namespace
 
 TlsContext MakeTlsContext(const std::string& certificateFile, const std::string& keyFile) {
-  const TlsContext context(SSL_CTX_new(TLS_server_method()), SSL_CTX_free);
+  TlsContext context(SSL_CTX_new(TLS_server_method()), SSL_CTX_free);
   if (!context || SSL_CTX_set_cipher_list(context.get(), TLS_1_2_CIPHERS) != 1) Fail("no TLS");
   SSL_CTX_set_min_proto_version(context.get(), TLS1_2_VERSION);
   SSL_CTX_set_default_passwd_cb(context.get(), NoPassPhrase);

@@ -58,7 +58,7 @@ std::string Cell(Form form, const std::optional<std::string_view>& value, const 
 std::string Table(const Kind& kind, const Rows& rows, const HostNames& hosts,
                   const TableRoom& room) {
   std::vector<std::string> headings;
-  for (const Column& column : kind.columns) headings.push_back(column.heading);
+  for (const Column& column : kind.columns) headings.emplace_back(column.heading);
   TextTable table(kind.title, headings);
   for (const std::size_t row : rows.ByKey()) {
     std::vector<std::string> cells;
