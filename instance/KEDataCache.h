@@ -27,6 +27,7 @@
 
 namespace KE::Instance {
 
+class CacheWalk;
 class ChangeHub;
 
 class KECPP_API KEDataCache : public KECache {
@@ -72,6 +73,7 @@ class KECPP_API KEDataCache : public KECache {
   unsigned int FeedType() const;
 
  private:
+  friend class CacheWalk;
   class State;
 
   // Says to the analysis what it cannot follow: the caller holds the mutex, by a KECacheGuard

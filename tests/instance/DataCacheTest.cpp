@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
+#include <map>
 #include <set>
 #include <string>
 
 #include "InstanceFixture.h"
+#include "instance/CacheWalk.h"
 
 namespace KE::Instance {
 namespace {
@@ -36,6 +38,33 @@ TEST(DataCache, FilesFindsAndRemovesByTheExactKey) {
   EXPECT_EQ(nullptr, *it);
   EXPECT_TRUE(cache.GetMutex()->IsLocked());
   EXPECT_EQ(1, alive);
+}
+
+TEST(DataCache, AWalkMeetsWhatStaysExactlyOnceWhateverComesAndGoes) {
+  constexpr int kStay = 500;
+  KEDataCache cache;
+  const auto file = [&cache](const std::string& name) {
+    KEString key(name.c_str());
+    auto* stub = new KELib::Stub::KEStubBase;
+    cache.SetVal(key, stub);
+    return stub;
+  };
+  std::map<KELib::Stub::KEStubBase*, int> met;
+  for (int i = 0; i < kStay; ++i) met[file("stays" + std::to_string(i))] = 0;
+  CacheWalk walk(cache);
+  std::vector<KELib::Stub::KEStubBase*> piece;
+  int filed = 0;
+  while (walk.Next(3, piece)) {
+    for (auto* stub : piece) {
+      if (met.count(stub) > 0) ++met[stub];
+    }
+    for (int i = 0; filed < 4000 && i < 50; ++i) file("new" + std::to_string(filed++));  // it grows
+    KEString gone(("new" + std::to_string(filed - 1)).c_str());
+    cache.RemoveVal(gone);
+  }
+  EXPECT_GT(filed, kStay);
+  for (const auto& [stub, times] : met) EXPECT_EQ(times, 1);
+  EXPECT_FALSE(walk.Next(3, piece));
 }
 
 TEST(DataCache, IsWalkedOnceAroundAndNotAcrossGrowth) {
