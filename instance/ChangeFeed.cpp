@@ -18,6 +18,10 @@ int ChangeFeed::Take(KEChange* changes, int max, int milliseconds) {
   return hub->Take(reader, changes, max, milliseconds);
 }
 
+int ChangeFeed::Wait(int milliseconds) {
+  return hub->Wait(reader, milliseconds);
+}
+
 void ChangeFeed::Close() {
   hub->Close(reader);
 }

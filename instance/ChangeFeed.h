@@ -20,6 +20,7 @@ class ChangeFeed final : public KEChangeFeed {
   ChangeFeed& operator=(const ChangeFeed&) = delete;
 
   int Take(KEChange* changes, int max, int milliseconds) override;
+  int Wait(int milliseconds) override;
   void Close() override;
 
  private:

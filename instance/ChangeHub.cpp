@@ -267,6 +267,13 @@ bool ChangeHub::GiveSome(Reader& reader, std::uint64_t end, KEChange* changes, i
   return given < max;
 }
 
+int ChangeHub::Wait(Reader& reader, int milliseconds) {
+  const Stay stay(*this, reader);
+  KEMutexGuard guard(&mutex);
+  int result = 0;
+  return AwaitEntry(reader, milliseconds, result) ? 1 : result;
+}
+
 int ChangeHub::Take(Reader& reader, KEChange* changes, int max, int milliseconds) {
   const Stay stay(*this, reader);
   KEMutexGuard guard(&mutex);

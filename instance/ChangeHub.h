@@ -87,8 +87,9 @@ class ChangeHub {
   void Close(Reader& reader);
   void Free(Reader& reader);
 
-  // KEChangeFeed::Take.
+  // KEChangeFeed's.
   int Take(Reader& reader, KEChange* changes, int max, int milliseconds);
+  int Wait(Reader& reader, int milliseconds);
 
   // --- for the data sync -------------------------------------------------------------------------
 

@@ -61,6 +61,10 @@ class KECPP_API KEChangeFeed {
   // others stay.
   virtual int Take(KEChange* changes, int max, int milliseconds) = 0;
 
+  // Waits as Take does, and takes nothing: 1 when there is something to take, 0 when the time is
+  // over, -1 where Take would return that.
+  virtual int Wait(int milliseconds) = 0;
+
   // Forgets everything and lets those who wait go. Nothing comes any more.
   virtual void Close() = 0;
 };
