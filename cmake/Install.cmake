@@ -1,10 +1,16 @@
-# What `cmake --install` puts where: the library, its headers, a CMake package and a pkg-config file.
+# What `cmake --install` puts where: the libraries, their headers, a CMake package and
+# pkg-config files.
 include(CMakePackageConfigHelpers)
 find_program(KECPP_GZIP gzip REQUIRED)
 
 install(TARGETS kecpp EXPORT kecppTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         COMPONENT library NAMELINK_COMPONENT development)
+install(TARGETS kecpp_inventory EXPORT kecppTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        COMPONENT inventory NAMELINK_COMPONENT development)
+install(FILES inventory/kecpp/inventory.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kecpp
+        COMPONENT development)
 
 # The public headers are kecpp.h and what it includes, directly or through another header. A header
 # that it does not reach is a helper of our own and stays here.
@@ -37,6 +43,8 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kecppConfig.cmake
 
 # Relative to the file itself, so that the package may be unpacked anywhere.
 file(RELATIVE_PATH KECPP_PC_PREFIX /p/${CMAKE_INSTALL_LIBDIR}/pkgconfig /p)
-configure_file(cmake/kecpp.pc.in ${CMAKE_CURRENT_BINARY_DIR}/kecpp.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kecpp.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
-        COMPONENT development)
+foreach(name kecpp kecpp-inventory)
+  configure_file(cmake/${name}.pc.in ${CMAKE_CURRENT_BINARY_DIR}/${name}.pc @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${name}.pc
+          DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+endforeach()

@@ -1,4 +1,4 @@
-# Runs after cpack has made its packages, and does to the library's what cpack cannot: those for 32
+# Runs after cpack has made its packages, and does to the libraries' what cpack cannot: those for 32
 # and 64 bits may be installed on one host, and the linker's cache is refreshed by dpkg's own
 # trigger instead of by scripts.
 foreach(package IN LISTS CPACK_PACKAGE_FILES)
@@ -12,7 +12,7 @@ foreach(package IN LISTS CPACK_PACKAGE_FILES)
   file(READ ${root}/DEBIAN/control control)
   string(REPLACE "\nDescription:" "\nMulti-Arch: same\nDescription:" control "${control}")
   file(WRITE ${root}/DEBIAN/control "${control}")
-  if(name MATCHES "^libkecpp1_")
+  if(name MATCHES "^libkecpp(-inventory)?1_")
     file(REMOVE ${root}/DEBIAN/postinst ${root}/DEBIAN/postrm)
     file(WRITE ${root}/DEBIAN/triggers "activate-noawait ldconfig\n")
   endif()

@@ -1,7 +1,7 @@
-# What cpack makes: libkecpp1 (the library), libkecpp-dev (headers, examples, package files) and
-# kecpp-tools (the programs), each with its debugging symbols apart. scripts/package calls it.
+# What cpack makes: libkecpp1 and libkecpp-inventory1 (the libraries), libkecpp-dev (headers,
+# examples, package files) and kecpp-tools (the programs), each with its debugging symbols apart. scripts/package calls it.
 
-# The three packages' documents, compressed the same way on every machine and at every time: hosts
+# The packages' documents, compressed the same way on every machine and at every time: hosts
 # of two architectures share them.
 set(KECPP_PACKAGE_REVISION 1 CACHE STRING "Counts the packages of one version of the library")
 string(TIMESTAMP KECPP_PACKAGE_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)  # or SOURCE_DATE_EPOCH
@@ -17,11 +17,12 @@ foreach(document changelog changelog.Debian)
 endforeach()
 add_custom_target(package_documents ALL DEPENDS ${documents})
 
-set(CPACK_COMPONENTS_ALL library development)
+set(CPACK_COMPONENTS_ALL library inventory development)
 if(KECPP_BUILD_TOOLS)
   list(APPEND CPACK_COMPONENTS_ALL tools)
 endif()
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libkecpp1)
+set(CPACK_DEBIAN_INVENTORY_PACKAGE_NAME libkecpp-inventory1)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkecpp-dev)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME kecpp-tools)
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)
@@ -45,6 +46,7 @@ set(CPACK_DEBIAN_PACKAGE_SOURCE kecpp)
 set(CPACK_DEBIAN_PACKAGE_RELEASE ${KECPP_PACKAGE_REVISION})
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_INVENTORY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION admin)
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)
@@ -55,11 +57,14 @@ endif()
 # not installed while they are made, so its own package is named here. Programs ask for this very
 # version or a later one, compiling agents for this very one.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_CURRENT_BINARY_DIR})
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
+    ${CMAKE_CURRENT_BINARY_DIR} ${CMAKE_CURRENT_BINARY_DIR}/inventory)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(version ${PROJECT_VERSION}-${KECPP_PACKAGE_REVISION})
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libkecpp1 (= ${version})")
+set(CPACK_DEBIAN_INVENTORY_PACKAGE_DEPENDS "libkecpp1 (>= ${version})")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+    "libkecpp1 (= ${version}), libkecpp-inventory1 (= ${version})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "pkg-config, cmake")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libkecpp1 (>= ${version})")
 

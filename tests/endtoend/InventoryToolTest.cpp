@@ -233,6 +233,8 @@ TEST(Examples, FollowMachinesAndLiveThroughALostSession) {
   Example agent("agent", simulator, {"2"}), reconnect("reconnect", simulator);
   Example changes("changes", simulator, {"5"});
   ASSERT_TRUE(changes.Writes("added vm-", 3)) << changes.Errors();
+  Example follow("follow", simulator);
+  ASSERT_TRUE(follow.Writes("\n", 3)) << follow.Output() << follow.Errors();
   ASSERT_TRUE(agent.Writes("\n", 3)) << agent.Output() << agent.Errors();
   ASSERT_TRUE(reconnect.Writes("3 machines\n", 1)) << reconnect.Errors();
   int lines = 3, entries = 0;
@@ -245,9 +247,10 @@ TEST(Examples, FollowMachinesAndLiveThroughALostSession) {
   EXPECT_EQ(agent.Wait(), 0) << agent.Errors();
   EXPECT_EQ(changes.Wait(), 0) << changes.Errors();
   simulator.Control("session-lost");
-  ASSERT_TRUE(Eventually([&] { return simulator.Stats()["sessions"] == 1; }));
+  ASSERT_TRUE(Eventually([&] { return simulator.Stats()["sessions"] == 2; }));
   simulator.Control("machine", {{"do", "remove"}, {"id", "vm-1"}});
   EXPECT_TRUE(reconnect.Writes("2 machines\n", 1)) << reconnect.Output() << reconnect.Errors();
+  EXPECT_TRUE(follow.Writes("vm-1: gone\n", 1)) << follow.Output() << follow.Errors();
 }
 
 TEST(Examples, ListRolesWithTheirMembersAndWaitForTasks) {

@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: MIT
+#include "inventory/Connection.h"
+
+#include <exception>
+#include <utility>
+
+#include "inventory/ConfigText.h"
+#include "inventory/WatchLists.h"
+
+namespace kecpp {
+namespace {
+
+using KE::Service::KEConnectFailureKind;
+using KE::Service::KESyncStatus;
+
+// So many failed cycles in a row are no hiccup.
+constexpr unsigned kLostAfterFailures = 3;
+constexpr int kWaitSliceMs = 200;
+
+// Made on first use, and there until the process ends: it is the whole process's, and nobody knows
+// who else uses it.
+KE::Service::KEServiceInstManager& Manager() {
+  static KE::Service::KEServiceInstManager& manager = *KE::Service::GetServiceManagerInstance();
+  return manager;
+}
+
+std::string FailureText(const KESyncStatus& status) {
+  return status.lastFailure.Empty() ? "no data arrived" : status.lastFailure.Cstr();
+}
+
+// The failure's text begins with the URL, where there is one.
+Error ConnectError(const KE::Service::KEConnectFailure& failure, const std::string& url) {
+  std::string text = failure.text.Empty() ? "out of memory" : failure.text.Cstr();
+  const std::size_t colon = text.find(": ");
+  if (text.compare(0, 4, "http") != 0 || colon == std::string::npos) return {url, text};
+  return {text.substr(0, colon), text.substr(colon + 2)};
+}
+
+}  // namespace
+
+void Connection::InstanceFreer::operator()(KE::Service::KEServiceInst* inst) const {
+  Manager().FreeServiceInstance(inst);
+}
+
+Connection::Connection(Options asked)
+    : options(std::move(asked)),
+      firstRoles(KELib::CreateKEWaiter()),
+      firstPermissions(KELib::CreateKEWaiter()) {}
+
+Connection::~Connection() {
+  std::unique_lock<std::mutex> lock(mutex);
+  unused.wait(lock, [this] { return uses == 0; });
+}
+
+Connection::Use::Use(Connection& used) : connection(&used) {
+  const std::lock_guard<std::mutex> lock(used.mutex);
+  ++used.uses;
+}
+
+Connection::Use::~Use() {
+  if (connection == nullptr) return;
+  const std::lock_guard<std::mutex> lock(connection->mutex);
+  if (--connection->uses == 0) connection->unused.notify_all();
+}
+
+void Connection::Fail(const std::string& reason) const {
+  throw Error(url, reason);
+}
+
+void Connection::Open() {
+  try {
+    Connect();
+    if (options.systems) WatchSystems();
+    if (options.authorization != Authorization::none) WatchAuthorization();
+  } catch (const KELib::Throwable& error) {
+    Fail(error.What());
+  }
+  if (cut) Fail("ended before the inventory was read");
+}
+
+// Another Inventory that ends cuts this one's attempt as well: then it is made again.
+void Connection::Connect() {
+  const std::string text = UniqueConfigText(options.config);
+  url = UrlOf(text);
+  ApplyLogLevel(text);
+  KELib::KEString config(text.c_str());
+  KE::Service::KEConnectFailure failure;
+  do {
+    if (cut) Fail("ended before it was connected");
+    instance.reset();
+    instance.reset(Manager().GetServiceInstance(config, KE::Service::DEFAULT_CONFIG_CONTENT));
+    Manager().GetLastFailure(failure);
+  } while (failure.kind == KEConnectFailureKind::interrupted);
+  if (!instance) throw ConnectError(failure, url);
+  KE::Service::KESession* session = instance->GetSession();
+  if (session == nullptr) Fail("the management daemon opens no session");
+  try {
+    sync = session->GetDataSync();
+  } catch (const KELib::SystemException&) {
+    throw ConnectError(failure, url);
+  }
+}
+
+void Connection::Watch(const char* rootName, void (*fill)(KELib::KEVector<KELib::KEString>&),
+                       KELib::KEWaiter* waiter) {
+  const std::unique_ptr<KE::Stub::ManagedObjectReference> root(instance->GetReference(rootName));
+  KELib::KEVector<KELib::KEString> list;
+  fill(list);
+  sync.load()->SetupDataSync(root.get(), list, waiter);
+}
+
+// The first watch of a data sync fills the caches before SetupDataSync returns.
+void Connection::CheckFilled(const char* what) const {
+  KESyncStatus status;
+  Sync().GetStatus(status);
+  if (!status.firstFillDone) Fail(std::string("cannot read ") + what + ": " + FailureText(status));
+}
+
+void Connection::WatchSystems() {
+  Watch(KE::Service::PxaRootFolder, &ListSystems, nullptr);
+  CheckFilled("hosts and machines");
+}
+
+void Connection::WatchAuthorization() {
+  try {
+    Watch("authorizationManager", &ListAuthorization, firstRoles.get());
+    Watch("authorizationManager", &ListPermissions, firstPermissions.get());
+    AwaitAuthorization(*firstRoles);
+    AwaitAuthorization(*firstPermissions);
+    hasAuthorization = true;
+  } catch (const KELib::Throwable& error) {
+    if (options.authorization == Authorization::required) {
+      Fail(std::string("cannot watch roles and privileges: ") + error.What());
+    }
+    KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_WARNING, "No roles and privileges: %s",
+                        error.What());
+  }
+}
+
+// A further watch returns at once; its waiter is signalled when the first data is there.
+void Connection::AwaitAuthorization(KELib::KEWaiter& firstData) {
+  std::string reason;
+  while (!cut && !firstData.Wait(kWaitSliceMs)) {
+    if (IsLost(reason)) Fail("cannot read roles and privileges: " + reason);
+  }
+}
+
+void Connection::Cut() {
+  cut = true;
+  Manager().InterruptConnecting();
+  if (auto* impl = dynamic_cast<KE::Service::KEDataSyncImpl*>(sync.load())) impl->StopAtOnce();
+}
+
+bool Connection::IsLost(std::string& reason) const {
+  KESyncStatus status;
+  Sync().GetStatus(status);
+  if (status.consecutiveFailures < kLostAfterFailures && status.loopRunning) return false;
+  reason = FailureText(status);
+  return true;
+}
+
+}  // namespace kecpp

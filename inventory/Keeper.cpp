@@ -1,0 +1,246 @@
+// SPDX-License-Identifier: MIT
+#include "inventory/Keeper.h"
+
+#include <pthread.h>
+
+#include <algorithm>
+#include <csignal>
+#include <utility>
+
+#include "inventory/Differences.h"
+
+namespace kecpp {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+constexpr milliseconds kLookEvery(1000);
+constexpr milliseconds kFirstPause(1000);
+constexpr milliseconds kLongestPause(30000);
+constexpr milliseconds kCutEvery(20);  // one cut may come too early
+constexpr milliseconds kStopLimit(5000);
+
+// The program's signals are its own threads' business.
+class BlockedSignals {
+ public:
+  BlockedSignals() {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+  }
+  ~BlockedSignals() { pthread_sigmask(SIG_SETMASK, &before, nullptr); }
+  BlockedSignals(const BlockedSignals&) = delete;
+  BlockedSignals& operator=(const BlockedSignals&) = delete;
+
+ private:
+  sigset_t before;
+};
+
+// What is in the caches afterwards stays as it is.
+void StopSync(KE::Service::KEDataSync& sync) {
+  const auto deadline = Clock::now() + kStopLimit;
+  KE::Service::KESyncStatus status;
+  do {
+    if (auto* impl = dynamic_cast<KE::Service::KEDataSyncImpl*>(&sync)) impl->StopAtOnce();
+    std::this_thread::sleep_for(kCutEvery);
+    sync.GetStatus(status);
+  } while (status.loopRunning && Clock::now() < deadline);
+}
+
+}  // namespace
+
+Keeper::Keeper(Options asked) : options(std::move(asked)) {}
+
+Keeper::~Keeper() {
+  Stop();
+}
+
+void Keeper::Start() {
+  {
+    const BlockedSignals blocked;  // inherited by the thread
+    thread = std::thread([this] { Run(); });
+  }
+  if (options.connectInBackground) return;
+  std::unique_lock<std::mutex> lock(mutex);
+  const auto isDecided = [this] { return ended || current != nullptr; };
+  if (options.connectTimeout.count() <= 0) {
+    changed.wait(lock, isDecided);
+  } else if (!changed.wait_for(lock, options.connectTimeout, isDecided)) {
+    throw Error("", "not connected within " + std::to_string(options.connectTimeout.count()) +
+                        " milliseconds");
+  }
+  if (firstFailure) std::rethrow_exception(firstFailure);
+}
+
+void Keeper::Stop() {
+  if (!thread.joinable()) return;
+  std::unique_lock<std::mutex> lock(mutex);
+  ending = true;
+  changed.notify_all();
+  while (!ended) {
+    if (opening != nullptr) opening->Cut();
+    changed.wait_for(lock, kCutEvery);
+  }
+  if (current) current->Sync().RequestStop();  // lets RunTask go
+  lock.unlock();
+  thread.join();
+  {
+    const std::lock_guard<std::mutex> guard(switching);
+    for (const auto& follower : LivingFollowers()) follower->Close();
+  }
+  current.reset();
+}
+
+Connection::Use Keeper::Current() const {
+  const std::lock_guard<std::mutex> lock(mutex);
+  return current ? Connection::Use(*current) : Connection::Use();
+}
+
+Status Keeper::GetStatus() const {
+  const std::lock_guard<std::mutex> lock(mutex);
+  return status;
+}
+
+bool Keeper::WaitForStatus(const Status& seen, milliseconds limit) const {
+  std::unique_lock<std::mutex> lock(mutex);
+  return changed.wait_for(lock, limit, [&] {
+    return status.state != seen.state || status.connections != seen.connections ||
+           status.reason != seen.reason;
+  });
+}
+
+std::shared_ptr<Follower::Impl> Keeper::Follow() {
+  auto made = std::make_shared<Follower::Impl>();
+  const std::lock_guard<std::mutex> guard(switching);
+  LivingFollowers();  // forgets the others
+  followers.push_back(made);
+  const Connection::Use connection = Current();
+  if (connection) made->Begin(std::make_shared<Feed>(*connection.operator->()));
+  return made;
+}
+
+// --- the thread ----------------------------------------------------------------------------------
+
+void Keeper::Run() {
+  if (Connect()) WatchOver();
+  const std::lock_guard<std::mutex> lock(mutex);
+  ended = true;
+  changed.notify_all();
+}
+
+// False when there is none in the end.
+bool Keeper::Connect() {
+  for (milliseconds pause = kFirstPause; !TryToConnect();
+       pause = std::min(2 * pause, kLongestPause)) {
+    if (firstFailure || !Pause(pause)) return false;
+  }
+  return true;
+}
+
+bool Keeper::TryToConnect() {
+  auto made = std::make_unique<Connection>(options);
+  {
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (ending) return false;
+    opening = made.get();
+  }
+  std::string reason;
+  try {
+    made->Open();
+  } catch (const std::exception& error) {
+    reason = error.what();
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (!current && !options.connectInBackground) firstFailure = std::current_exception();
+  }
+  {
+    const std::lock_guard<std::mutex> lock(mutex);
+    opening = nullptr;
+  }
+  if (reason.empty()) {
+    Install(std::move(made));
+    return true;
+  }
+  made.reset();
+  SetState(GetStatus().connections == 0 ? Status::State::connecting : Status::State::lost, reason);
+  return false;
+}
+
+void Keeper::WatchOver() {
+  milliseconds pause = kLookEvery;
+  while (Pause(pause)) {
+    std::string reason;
+    if (!current->IsLost(reason)) {
+      if (GetStatus().state != Status::State::connected) SetState(Status::State::connected, "");
+      pause = kLookEvery;
+      continue;
+    }
+    const bool isNew = GetStatus().state == Status::State::connected;
+    if (isNew) SetState(Status::State::lost, reason);
+    if (TryToConnect()) {
+      pause = kLookEvery;
+    } else {
+      pause = isNew ? kFirstPause : std::min(2 * pause, kLongestPause);
+    }
+  }
+}
+
+// The new connection takes the place of the present one, which is destroyed when its readers have
+// left.
+void Keeper::Install(std::unique_ptr<Connection> made) {
+  const std::lock_guard<std::mutex> guard(switching);
+  const Followers all = LivingFollowers();
+  if (current) {
+    Switch(*current, *made, all);
+  } else {
+    for (const auto& follower : all) follower->Begin(std::make_shared<Feed>(*made));
+  }
+  {
+    const std::lock_guard<std::mutex> lock(mutex);
+    current.swap(made);
+    ++status.connections;
+    status.hasAuthorization = current->HasAuthorization();
+  }
+  SetState(Status::State::connected, "");
+}
+
+void Keeper::Switch(Connection& before, Connection& now, const Followers& all) {
+  StopSync(before.Sync());
+  std::vector<std::shared_ptr<Feed>> feeds;
+  std::vector<Change> passed;  // what is there already is compared instead
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    feeds.push_back(std::make_shared<Feed>(now));
+    while (feeds.back()->Take(passed, 1000) != 0) continue;
+  }
+  if (all.empty()) return;
+  const std::vector<Change> differences = FindDifferences(before, now);
+  const auto isKnown = [&](Kind kind, const std::string& key) { return Holds(before, kind, key); };
+  for (std::size_t i = 0; i < all.size(); ++i) all[i]->Switch(feeds[i], differences, isKnown);
+}
+
+Keeper::Followers Keeper::LivingFollowers() {
+  Followers living;
+  for (const auto& follower : followers) {
+    if (auto alive = follower.lock(); alive && !alive->IsClosed()) living.push_back(alive);
+  }
+  followers.assign(living.begin(), living.end());
+  return living;
+}
+
+void Keeper::SetState(Status::State state, const std::string& reason) {
+  const std::lock_guard<std::mutex> lock(mutex);
+  if (status.state != state || status.connections == 0) {
+    status.since = std::chrono::system_clock::now();
+  }
+  status.state = state;
+  status.reason = reason;
+  changed.notify_all();
+}
+
+// False at the end.
+bool Keeper::Pause(milliseconds limit) {
+  std::unique_lock<std::mutex> lock(mutex);
+  return !changed.wait_for(lock, limit, [this] { return ending; });
+}
+
+}  // namespace kecpp

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+//
+// Keeps a connection: makes it, watches it, and puts another in its place when it is lost. The lost
+// one stays, to be read, until then; followers learn only what differs.
+//
+// Thread safety: any thread; Stop and the destructor alone. Locks: `switching`, then a follower's,
+//   then `mutex`; none is held while the network is used.
+#ifndef KECPP_INVENTORY_KEEPER_H
+#define KECPP_INVENTORY_KEEPER_H
+
+#include <kecpp/inventory.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "inventory/Connection.h"
+#include "inventory/FollowerImpl.h"
+
+namespace kecpp {
+
+class Keeper {
+ public:
+  explicit Keeper(Options options);
+  ~Keeper();
+  Keeper(const Keeper&) = delete;
+  Keeper& operator=(const Keeper&) = delete;
+
+  // Starts the thread and, unless it connects in the background, waits for the first data. Throws
+  // Error.
+  void Start();
+
+  // The connection that there is, of nothing before the first.
+  Connection::Use Current() const;
+
+  Status GetStatus() const;
+  bool WaitForStatus(const Status& seen, std::chrono::milliseconds limit) const;
+
+  std::shared_ptr<Follower::Impl> Follow();
+
+ private:
+  using Followers = std::vector<std::shared_ptr<Follower::Impl>>;
+
+  void Stop();
+  void Run();
+  bool Connect();
+  bool TryToConnect();
+  void WatchOver();
+  void Install(std::unique_ptr<Connection> made);
+  void Switch(Connection& before, Connection& now, const Followers& all);
+  Followers LivingFollowers();
+  void SetState(Status::State state, const std::string& reason);
+  bool Pause(std::chrono::milliseconds limit);
+
+  const Options options;
+  std::thread thread;
+
+  std::mutex switching;  // no follower begins while connections are exchanged
+  std::vector<std::weak_ptr<Follower::Impl>> followers;  // guarded by `switching`
+
+  mutable std::mutex mutex;
+  mutable std::condition_variable changed;
+  std::unique_ptr<Connection> current;  // guarded by `mutex`, like all below; set by the thread
+  Connection* opening = nullptr;        // what Stop has to cut
+  Status status;
+  std::exception_ptr firstFailure;  // of the first attempt, unless it is made in the background
+  bool ending = false;
+  bool ended = false;  // the thread has nothing more to do
+};
+
+}  // namespace kecpp
+
+#endif

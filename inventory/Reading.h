@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: MIT
+//
+// Reads the caches of a connection. Nothing is held longer than some hundred objects take.
+//
+// Thread safety: any thread that holds no cache's mutex.
+#ifndef KECPP_INVENTORY_READING_H
+#define KECPP_INVENTORY_READING_H
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "instance/CacheWalk.h"
+#include "instance/KECacheGuard.h"
+#include "inventory/Connection.h"
+#include "inventory/Values.h"
+
+namespace kecpp {
+
+// Objects for which the mutexes are held at a time.
+inline constexpr std::size_t kPiece = 256;
+
+// Calls `use` with pieces of the stubs of a kind, under the mutexes of its lock group, and `pause`
+// after each without them.
+template <class UsePiece, class Pause>
+void ForEachPiece(const Connection& connection, Kind kind, UsePiece use, Pause pause) {
+  KELib::KEString name(CacheOf(kind));
+  KE::Instance::KEDataCache* cache = connection.Cache().GetDataCache(name);
+  if (cache == nullptr) return;
+  KE::Instance::CacheWalk walk(*cache);
+  std::vector<KELib::Stub::KEStubBase*> piece;
+  for (bool more = true; more;) {
+    {
+      KE::Instance::KECacheGuard guard(&connection.Cache());
+      guard.LockLinked(name);
+      more = walk.Next(kPiece, piece);
+      if (more) use(piece);
+    }
+    if (more) pause();
+  }
+}
+
+// Calls `visit` with a view of every object, under the mutexes.
+template <Kind kind, class Visit>
+void ForEachView(const Connection& connection, const Visit& visit) {
+  typename Stubs<kind>::View view;
+  ForEachPiece(
+      connection, kind,
+      [&](const std::vector<KELib::Stub::KEStubBase*>& piece) {
+        for (KELib::Stub::KEStubBase* stub : piece) {
+          auto* object = dynamic_cast<typename Stubs<kind>::Stub*>(stub);
+          if (object == nullptr) continue;
+          Fill(view, *object);
+          visit(static_cast<const typename Stubs<kind>::View&>(view));
+        }
+      },
+      // A mutex goes to who asks first: without a pause the sync thread would not wake up in time.
+      [] { std::this_thread::sleep_for(std::chrono::microseconds(1)); });
+}
+
+// Calls `visit` with a copy of every object, without the mutexes.
+template <Kind kind, class Visit>
+void ForEachCopy(const Connection& connection, const Visit& visit) {
+  typename Stubs<kind>::View view;
+  std::vector<typename Stubs<kind>::Copy> copies;
+  ForEachPiece(
+      connection, kind,
+      [&](const std::vector<KELib::Stub::KEStubBase*>& piece) {
+        copies.clear();
+        for (KELib::Stub::KEStubBase* stub : piece) {
+          auto* object = dynamic_cast<typename Stubs<kind>::Stub*>(stub);
+          if (object == nullptr) continue;
+          Fill(view, *object);
+          copies.push_back(Decode(view));
+        }
+      },
+      [&] {
+        for (const auto& copy : copies) visit(copy);
+      });
+}
+
+// Calls `use` with the stub of that key, under the mutexes. False when there is none. O(1), unless
+// the key is missing and has characters that XML text may write in several ways.
+bool LookAtStub(const Connection& connection, Kind kind, const std::string& key,
+                const std::function<void(KELib::Stub::KEStubBase&)>& use);
+
+template <Kind kind, class Visit>
+bool LookAtView(const Connection& connection, const std::string& key, const Visit& visit) {
+  bool found = false;
+  LookAtStub(connection, kind, key, [&](KELib::Stub::KEStubBase& stub) {
+    auto* object = dynamic_cast<typename Stubs<kind>::Stub*>(&stub);
+    if (object == nullptr) return;
+    typename Stubs<kind>::View view;
+    Fill(view, *object);
+    visit(static_cast<const typename Stubs<kind>::View&>(view));
+    found = true;
+  });
+  return found;
+}
+
+template <Kind kind>
+std::optional<typename Stubs<kind>::Copy> FindCopy(const Connection& connection,
+                                                   const std::string& key) {
+  std::optional<typename Stubs<kind>::Copy> copy;
+  LookAtView<kind>(connection, key, [&](const auto& view) { copy = Decode(view); });
+  return copy;
+}
+
+}  // namespace kecpp
+
+#endif

@@ -1,0 +1,283 @@
+// SPDX-License-Identifier: MIT
+//
+// The interface of values and changes, against the simulated daemon as a process.
+#include <kecpp/inventory.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <map>
+#include <thread>
+
+#include "simulator/driver/Simulator.h"
+
+namespace {
+
+using driver::Eventually;
+using driver::Json;
+using driver::Simulator;
+using kecpp::Change;
+using kecpp::Inventory;
+using kecpp::Kind;
+using std::chrono::milliseconds;
+
+using Texts = std::vector<std::string_view>;
+
+Json Sorted(Texts keys) {
+  std::sort(keys.begin(), keys.end());
+  return keys;
+}
+
+// The objects in the form in which the daemon tells its truth.
+Json ToJson(const kecpp::HostView& host) {
+  return {{"Name", host.key},
+          {"ElementName", host.name},
+          {"Description", host.description},
+          {"UUID", host.uuid},
+          {"Vendor", host.vendor},
+          {"Model", host.model},
+          {"OperationalStatus", host.operationalStatus},
+          {"machines", Sorted(host.machines)}};
+}
+Json ToJson(const kecpp::MachineView& machine) {
+  return {{"Name", machine.key},
+          {"ElementName", machine.name},
+          {"Description", machine.description},
+          {"UUID", machine.uuid},
+          {"GuestFullName", machine.guestFullName},
+          {"GuestHostName", machine.guestHostName},
+          {"GuestIPAddress", machine.guestIPAddress},
+          {"VMPathName", machine.path},
+          {"PowerState", machine.powerStateText},
+          {"OperationalStatus", machine.operationalStatus},
+          {"host", machine.host ? Json(*machine.host) : Json(nullptr)}};
+}
+Json ToJson(const kecpp::RoleView& role) {
+  return {{"Name", role.key},
+          {"ElementName", role.name},
+          {"Caption", role.caption},
+          {"Description", role.description},
+          {"RoleType", role.type},
+          {"privileges", Sorted(role.privileges)},
+          {"identities", Sorted(role.identities)}};
+}
+Json ToJson(const kecpp::PrivilegeView& privilege) {
+  return {{"InstanceID", privilege.key},
+          {"ElementName", privilege.name},
+          {"roles", Sorted(privilege.roles)}};
+}
+Json ToJson(const kecpp::IdentityView& identity) {
+  return {{"InstanceID", identity.key}, {"roles", Sorted(identity.roles)}};
+}
+
+// What an agent knows that lives of changes alone.
+class Replay {
+ public:
+  explicit Replay(const Inventory& source) : inventory(source) {}
+
+  void Apply(const Change& change) {
+    auto& objects = lists[change.kind];
+    const bool known = objects.count(change.key) > 0;
+    EXPECT_EQ(known, change.type != Change::Type::added)
+        << NameOf(change.kind) << ' ' << change.key << " was given before or never";
+    if (change.type == Change::Type::removed || !Look(change)) {
+      objects.erase(change.key);
+      if (change.type != Change::Type::removed) objects[change.key] = nullptr;
+    }
+  }
+
+  Json Document() const {
+    Json document;
+    for (const Kind kind :
+         {Kind::host, Kind::machine, Kind::role, Kind::privilege, Kind::identity}) {
+      const std::string list = NameOf(kind);
+      Json& all = document[list == "identity" ? "identities" : list + "s"] = Json::array();
+      const auto objects = lists.find(kind);
+      if (objects == lists.end()) continue;
+      for (const auto& [key, object] : objects->second) all.push_back(object);
+    }
+    return document;
+  }
+
+ private:
+  bool Look(const Change& change) {
+    switch (change.kind) {
+      case Kind::host:
+        return Look<kecpp::HostView>(change);
+      case Kind::machine:
+        return Look<kecpp::MachineView>(change);
+      case Kind::role:
+        return Look<kecpp::RoleView>(change);
+      case Kind::privilege:
+        return Look<kecpp::PrivilegeView>(change);
+      default:
+        return Look<kecpp::IdentityView>(change);
+    }
+  }
+  template <class View>
+  bool Look(const Change& change) {
+    return inventory.Look<View>(
+        change.key, [&](const View& view) { lists[change.kind][change.key] = ToJson(view); });
+  }
+
+  const Inventory& inventory;
+  std::map<Kind, std::map<std::string, Json>> lists;
+};
+
+class InventoryTest : public testing::Test {
+ protected:
+  kecpp::Options Options() {
+    kecpp::Options options;
+    options.config = simulator.Config();
+    return options;
+  }
+
+  // Takes changes until the replay is the truth.
+  void Follow(kecpp::Follower& follower, Replay& replay, std::vector<Change>* taken = nullptr) {
+    Json truth;
+    EXPECT_TRUE(Eventually([&] {
+      follower.Wait(milliseconds(100));
+      for (const Change& change : follower.Next(7)) {
+        replay.Apply(change);
+        if (taken != nullptr) taken->push_back(change);
+      }
+      truth = simulator.Truth();
+      return replay.Document() == truth;
+    })) << Json::diff(replay.Document(), truth);
+  }
+
+  std::string Create(const std::string& name) {
+    return simulator.Control("machine",
+                             {{"do", "create"}, {"name", name}, {"host", AnyHost()}})["id"];
+  }
+  std::string AnyHost() { return simulator.Truth()["hosts"][0]["Name"]; }
+
+  Simulator simulator{{"--machines", "300", "--hosts", "4", "--churn", "0"}};
+};
+
+TEST_F(InventoryTest, ReadsOneAllAndInPieces) {
+  Create("a &amp; b");
+  const Inventory inventory(Options());
+  const Json truth = simulator.Truth();
+  EXPECT_EQ(inventory.State().state, kecpp::Status::State::connected);
+  EXPECT_TRUE(inventory.State().hasAuthorization);
+  const std::vector<kecpp::Machine> machines = inventory.Machines();
+  ASSERT_EQ(machines.size(), 301U);
+  EXPECT_EQ(inventory.Count(Kind::machine), 301U);
+  std::size_t decoded = 0;
+  for (const kecpp::Machine& machine : machines) {
+    EXPECT_EQ(inventory.FindMachine(machine.key), machine);
+    ASSERT_TRUE(machine.host);
+    EXPECT_THAT(inventory.FindHost(*machine.host)->machines, testing::Contains(machine.key));
+    EXPECT_EQ(machine.powerState == kecpp::PowerState::on, machine.powerStateText == "poweredOn");
+    decoded += machine.name == "a & b" ? 1 : 0;
+  }
+  EXPECT_EQ(decoded, 1U);
+  EXPECT_FALSE(inventory.FindMachine("none"));
+  EXPECT_FALSE(inventory.FindMachine("a&b"));
+  std::size_t visited = 0;
+  inventory.ForEach<kecpp::MachineView>([&](const kecpp::MachineView&) { ++visited; });
+  EXPECT_EQ(visited, machines.size());
+  EXPECT_EQ(inventory.Roles().size(), truth["roles"].size());
+  EXPECT_EQ(inventory.Privileges().size(), truth["privileges"].size());
+  EXPECT_EQ(inventory.Identities().size(), truth["identities"].size());
+}
+
+TEST_F(InventoryTest, WhatChangesMakesTheTruth) {
+  const Inventory inventory(Options());
+  kecpp::Follower early = inventory.Follow();
+  Replay first(inventory);
+  simulator.Control("churn", {{"rate", 200}});
+  kecpp::Follower late = inventory.Follow();
+  Replay second(inventory);
+  for (int round = 0; round < 20; ++round) {  // one reads at once, the other now and then
+    early.Wait(milliseconds(20));
+    for (const Change& change : early.Next()) first.Apply(change);
+    if (round % 8 != 7) continue;
+    for (const Change& change : late.Next()) second.Apply(change);
+  }
+  simulator.Control("churn", {{"rate", 0}});
+  Follow(early, first);
+  Follow(late, second);
+}
+
+TEST_F(InventoryTest, AfterALostSessionThereIsOnlyWhatDiffers) {
+  const std::string leaves = Create("leaves");
+  auto inventory = std::make_unique<Inventory>(Options());
+  kecpp::Follower follower = inventory->Follow();
+  kecpp::Follower untouched = inventory->Follow();  // takes nothing until the end
+  Replay replay(*inventory);
+  Follow(follower, replay);
+  const kecpp::Status before = inventory->State();
+
+  simulator.Control("session-lost");
+  simulator.Control("machine", {{"do", "remove"}, {"id", leaves}});
+  const std::string comes = Create("comes");
+  simulator.SetMachine("vm-1", "name", "renamed");
+  ASSERT_TRUE(Eventually([&] { return inventory->State().connections == 2; }))
+      << inventory->State().reason;
+  EXPECT_EQ(inventory->State().state, kecpp::Status::State::connected);
+  std::vector<Change> taken;
+  Follow(follower, replay, &taken);
+  std::vector<std::string> machines;  // who may do what may have been taken away for a while
+  for (const Change& change : taken) {
+    if (change.kind == Kind::machine) machines.push_back(change.key);
+  }
+  EXPECT_THAT(machines, testing::UnorderedElementsAre(leaves, comes, "vm-1"));
+  EXPECT_GT(inventory->State().since, before.since);
+
+  Replay late(*inventory);
+  Follow(untouched, late);
+  std::thread waiting([&] {
+    while (follower.Wait(std::chrono::hours(1))) follower.Next();
+  });
+  inventory.reset();
+  waiting.join();
+  EXPECT_TRUE(follower.Closed());
+  EXPECT_TRUE(follower.Next().empty());
+}
+
+TEST_F(InventoryTest, SaysWhyThereIsNone) {
+  const auto failure = [](kecpp::Options options) {
+    try {
+      const Inventory inventory(options);
+      return std::string("connected");
+    } catch (const kecpp::Error& error) {
+      return error.Url() + " | " + error.Reason();
+    }
+  };
+  kecpp::Options options = Options();
+  const std::string url = "http://127.0.0.1:1/sdk";
+  options.config = "<?xml version=\"1.0\"?><Config><ConnectionInfo><url>" + url +
+                   "</url></ConnectionInfo></Config>";
+  EXPECT_EQ(failure(options), url + " | connection refused");
+  {
+    kecpp::Options background = options;
+    background.connectInBackground = true;
+    const Inventory inventory(background);
+    EXPECT_TRUE(inventory.WaitForState({}, std::chrono::minutes(1)));
+    EXPECT_EQ(inventory.State().state, kecpp::Status::State::connecting);
+    EXPECT_EQ(inventory.State().reason, url + ": connection refused");
+    EXPECT_TRUE(inventory.Machines().empty());
+  }
+  options.config = "/no/such/file";
+  EXPECT_EQ(failure(options), " | cannot read /no/such/file");
+  options = Options();
+  options.config = simulator.Config("root", "wrong");
+  EXPECT_THAT(failure(options), testing::HasSubstr("login refused"));
+  options = Options();
+  options.connectTimeout = milliseconds(50);
+  simulator.Control("fault", {{"method", "Login"}, {"kind", "hang"}});
+  EXPECT_THAT(failure(options), testing::HasSubstr("not connected within 50 milliseconds"));
+}
+
+TEST_F(InventoryTest, CallsMethodsAndWaitsForTasks) {
+  Inventory inventory(Options());
+  EXPECT_TRUE(inventory.RunTask("StartTask", {"VirtualMachine", "vm-1"}));
+  EXPECT_THAT(inventory.Invoke("StartTask", {"VirtualMachine", "vm-1"}),
+              testing::HasSubstr("task"));
+  EXPECT_THROW(inventory.Invoke("NoSuchMethod", {"VirtualMachine", "vm-1"}), kecpp::Error);
+}
+
+}  // namespace
