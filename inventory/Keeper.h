@@ -4,7 +4,8 @@
 // one stays, to be read, until then; followers learn only what differs.
 //
 // Thread safety: any thread; Stop and the destructor alone. Locks: `switching`, then a follower's,
-//   then `mutex`; none is held while the network is used.
+//   then `mutex`. Of these only `switching` is held while the network is used, to stop a lost
+//   connection.
 #ifndef KECPP_INVENTORY_KEEPER_H
 #define KECPP_INVENTORY_KEEPER_H
 
