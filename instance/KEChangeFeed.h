@@ -45,6 +45,7 @@ struct KECPP_API KEChange {
   KELib::KEString key;         // under which the object is or was filed there
 };
 
+// A feed of changes; see the head of this file.
 class KECPP_API KEChangeFeed {
  public:
   // Closes it. Threads that are inside Take return first.

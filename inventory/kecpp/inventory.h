@@ -57,12 +57,11 @@ KECPP_INVENTORY_API const char* NameOf(Kind kind);
 
 enum class PowerState { unknown, off, on, suspended };
 
-// Values are equal when all their fields are.
-//
 // Each kind of object has two forms: with std::string, a copy with decoded texts; and with
 // std::string_view, a look at what the library holds, in which texts are XML text (entities stay as
 // the daemon wrote them). The second form is good only inside the callback that receives it.
 
+// A host: one physical computer.
 template <class Text>
 struct BasicHost {
   Text key;
@@ -74,6 +73,7 @@ struct BasicHost {
   unsigned operationalStatus = 0;  // CIM's: 2 OK, 3 degraded, 6 error, 0 unknown
   std::vector<Text> machines;      // keys, sorted in the first form
 };
+// Whether all fields are equal.
 template <class Text>
 bool operator==(const BasicHost<Text>& left, const BasicHost<Text>& right) {
   return std::tie(left.key, left.name, left.description, left.uuid, left.vendor, left.model,
@@ -82,6 +82,7 @@ bool operator==(const BasicHost<Text>& left, const BasicHost<Text>& right) {
                   right.operationalStatus, right.machines);
 }
 
+// A virtual machine.
 template <class Text>
 struct BasicMachine {
   Text key;
@@ -97,6 +98,7 @@ struct BasicMachine {
   unsigned operationalStatus = 0;  // as a host's
   std::optional<Text> host;        // key; none while the daemon names no host
 };
+// Whether all fields are equal.
 template <class Text>
 bool operator==(const BasicMachine<Text>& left, const BasicMachine<Text>& right) {
   return std::tie(left.key, left.name, left.description, left.uuid, left.guestFullName,
@@ -107,6 +109,7 @@ bool operator==(const BasicMachine<Text>& left, const BasicMachine<Text>& right)
                   right.powerState, right.operationalStatus, right.host);
 }
 
+// A role: privileges, and the identities that have them.
 template <class Text>
 struct BasicRole {
   Text key;
@@ -117,6 +120,7 @@ struct BasicRole {
   std::vector<Text> privileges;  // keys, sorted in the first form
   std::vector<Text> identities;  // likewise
 };
+// Whether all fields are equal.
 template <class Text>
 bool operator==(const BasicRole<Text>& left, const BasicRole<Text>& right) {
   return std::tie(left.key, left.name, left.caption, left.description, left.type, left.privileges,
@@ -125,22 +129,26 @@ bool operator==(const BasicRole<Text>& left, const BasicRole<Text>& right) {
                                                right.identities);
 }
 
+// The right to do one thing.
 template <class Text>
 struct BasicPrivilege {
   Text key;
   Text name;
   std::vector<Text> roles;  // keys, sorted in the first form
 };
+// Whether all fields are equal.
 template <class Text>
 bool operator==(const BasicPrivilege<Text>& left, const BasicPrivilege<Text>& right) {
   return std::tie(left.key, left.name, left.roles) == std::tie(right.key, right.name, right.roles);
 }
 
+// A user or a group of users.
 template <class Text>
 struct BasicIdentity {
   Text key;
   std::vector<Text> roles;  // keys, sorted in the first form
 };
+// Whether all fields are equal.
 template <class Text>
 bool operator==(const BasicIdentity<Text>& left, const BasicIdentity<Text>& right) {
   return std::tie(left.key, left.roles) == std::tie(right.key, right.roles);
@@ -162,6 +170,7 @@ using IdentityView = BasicIdentity<std::string_view>;
 // Why something could not be done. what() is one line for a program's user.
 class KECPP_INVENTORY_API Error : public std::runtime_error {
  public:
+  // what() is both with a colon between, or `reason` alone when `url` is empty.
   Error(const std::string& url, const std::string& reason);
   ~Error() override;
 
@@ -177,6 +186,7 @@ class KECPP_INVENTORY_API Error : public std::runtime_error {
 // account; or their absence is an error.
 enum class Authorization { none, whereAllowed, required };
 
+// How an Inventory is made.
 struct Options {
   // A file's path, an XML text (it begins with "<?xml"), or empty for the library's own document.
   std::string config;
@@ -192,6 +202,7 @@ struct Options {
   std::chrono::milliseconds connectTimeout{0};
 };
 
+// How the connection is.
 struct Status {
   enum class State { connecting, connected, lost };
 
@@ -204,6 +215,7 @@ struct Status {
 
 // --- changes -------------------------------------------------------------------------------------
 
+// One entry of a Follower: what became of which object.
 struct Change {
   enum class Type { added, changed, removed };
 
@@ -253,6 +265,7 @@ struct Target {
   std::string key;
 };
 
+// The inventory of one daemon; see the head of this file.
 class KECPP_INVENTORY_API Inventory {
  public:
   // Connects, logs in, watches and waits for the first data. Throws Error.
