@@ -15,7 +15,7 @@ namespace {
 
 std::string ReadFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
-  const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
   if (!file.is_open() || file.bad()) throw Error("", "cannot read " + path);
   if (text.empty()) throw Error("", path + " is empty or no file");
   return text;

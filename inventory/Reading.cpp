@@ -18,7 +18,7 @@ bool MayBeWrittenOtherwise(const std::string& key) {
 KEStubBase* FindAmongEntities(KE::Instance::KEDataCache& cache, const std::string& key) {
   for (KE::Instance::KEDataIterator it = cache.Iterator(); !it.End(); ++it) {
     const std::string_view stored = (*it)->key.Cstr();
-    if (stored.find('&') != stored.npos && Decode(stored) == key) return (*it)->value;
+    if (stored.find('&') != std::string_view::npos && Decode(stored) == key) return (*it)->value;
   }
   return nullptr;
 }
