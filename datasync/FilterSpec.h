@@ -3,7 +3,7 @@
 // Writes a property list as the filter that "CreateFilter" takes. docs/watching.md explains the
 // grammar of the list to authors of agents, datasync/PropertyList.h to maintainers.
 //
-// Each function appends to `xml`. Texts are written as they stand: an agent's types and paths are
+// Each function appends to `xml`. Texts are written unchanged: an agent's types and paths are
 // names, which need no escaping.
 #ifndef KECPP_DATASYNC_FILTERSPEC_H
 #define KECPP_DATASYNC_FILTERSPEC_H

@@ -65,8 +65,8 @@ class KECPP_API KEDataSync {
   // or until StopDataSync, Cleanup or this call (when it throws) returned.
   //
   // The first watch fills the caches before the call returns; it gives up waiting after a time-out
-  // or three failed attempts (GetStatus tells) and the sync thread goes on trying. While the thread
-  // runs already, a further watch returns before its objects are there: pass a waiter.
+  // or three failed attempts (GetStatus says so) and the sync thread goes on trying. While the
+  // thread runs already, a further watch returns before its objects are there: pass a waiter.
   //
   // What is cached of the watched classes from an earlier watch is true when the call has returned
   // or, while the thread runs, when the waiter was signalled: what left meanwhile has been removed.
@@ -82,7 +82,7 @@ class KECPP_API KEDataSync {
                                                           KELib::KEVector<KELib::KEString>& list,
                                                           KELib::KEWaiter* waiter) = 0;
 
-  // Ends the watch that `ref` stands for (the pointer that SetupDataSync returned, or an equal
+  // Ends the watch of `ref` (the pointer that SetupDataSync returned, or an equal
   // reference): its properties and its methods. Methods that several lists named go on until the
   // last of those lists is stopped. An unknown reference changes nothing. A failing server is
   // logged, not reported.

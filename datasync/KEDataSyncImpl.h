@@ -134,7 +134,7 @@ class KECPP_API KEDataSyncImpl : public KEDataSync {
   // Takes the caches of the current object's type, in the library's order.
   void LockCaches(KE::Instance::KEMultiCacheLock& lock, UpdateInfo& ui);
 
-  // Applies the value on which `r` stands to the current object: a text, or a list.
+  // Applies the value at `r` to the current object: a text, or a list.
   void UpdateSimpleType(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
   void UpdateComplexType(UpdateInfo& ui, KELib::Xml::KEXmlReader& r);
 

@@ -47,23 +47,23 @@ class ListValue {
   // Takes the caches that the list named by `ui` can touch.
   static void LockFor(UpdateInfo& ui, KE::Instance::KECacheGuard& guard);
 
-  // Applies the list on which `r` stands, and moves `r` behind it. Takes the caches that LockFor
+  // Applies the list at `r`, and moves `r` behind it. Takes the caches that LockFor
   // takes; the caller holds the filter-table mutex.
   static void ApplyAt(UpdateInfo& ui, KELib::Xml::KEXmlReader& r, KE::Instance::KETypeCache& types,
                       RoleMemory& roles);
 
-  // The cursor stands in the start tag of the value `element`: applies and passes it. A list that
+  // The cursor is in the start tag of the value `element`: applies and passes it. A list that
   // does not belong to the current object's type is passed over.
   void ApplyElement(const KELib::Xml::XmlSlice& element);
 
-  // The cursor stands in front of items without an element around them.
+  // The cursor is in front of items without an element around them.
   void ApplyBareItems();
 
   // Applies the items named `ui.valueType` up to the enclosing end tag, then deletes what the list
   // did not name.
   void ApplyItems(KE::Instance::KEDataCache* primary, KE::Instance::KEDataCache* secondary);
 
-  // Applies the item `element` in whose start tag the cursor stands, and passes it. Its key goes
+  // Applies the item `element` in whose start tag the cursor is, and passes it. Its key goes
   // into `seen` unless that is null. An item without its key is passed over. A new privilege costs
   // a look at all that the roles name.
   void ApplySingle(const KELib::Xml::XmlSlice& element, KE::Instance::KEDataCache* primary,

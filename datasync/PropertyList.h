@@ -2,12 +2,12 @@
 //
 // The one reader of property lists: finds the sections of a flat list of texts.
 //
-// Grammar; separators are whole elements, sections may stand in any order and repeat:
+// Grammar; separators are whole elements, sections may come in any order and repeat:
 //   property set  "_p_" "_o_" TYPE PATH...             up to "_p_" "_t_" "_m_" "_co_" or the end
 //   traversal     "_t_" NAME "_o_" TYPE "_p_" PATH ["_x_"] ("_s_" NAME)...
 //   cache types   "_co_" TYPE...                       up to the next separator of a section
 //   methods       "_m_" METHOD...                      up to the next separator of a section
-// What stands before the first separator, and what a section cannot use, is passed over. A section
+// What comes before the first separator, and what a section cannot use, is passed over. A section
 // that lacks an operand is remembered as an error, which the functions that write the section
 // throw.
 //

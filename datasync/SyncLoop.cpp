@@ -185,7 +185,7 @@ bool SyncLoop::RunThread() noexcept {
 }
 
 // The one step in which the loop ends: a watch that is added at this moment either is seen here,
-// and the loop goes on, or finds the states reset and starts a loop of its own.
+// and the loop goes on, or finds the states reset and starts another loop.
 bool SyncLoop::TryLeave(bool escaped) {
   KEMutexGuard guard(watches.GetMutex());
   if (watches.AnyNoLock() && !escaped && !stopRequested) return false;
@@ -365,7 +365,7 @@ SyncLoop::Outcome SyncLoop::EndSilence() {
   });
 }
 
-// The version stands before the filter sets; a filter set's texts are not searched for it.
+// The version comes before the filter sets; a filter set's texts are not searched for it.
 void SyncLoop::ReadVersion(KELib::Xml::KEXmlReader& r) {
   KELib::Xml::KEXmlCursor cursor(r);
   KELib::Xml::XmlSlice name;

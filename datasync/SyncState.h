@@ -3,7 +3,7 @@
 // Who is inside a data sync, what its thread does, and how everybody is woken: the hand-shake by
 // which a data sync starts, stops and dies.
 //
-// All of it stands under one leaf mutex, which is never held while another lock is taken or the
+// One leaf mutex guards all of it, which is never held while another lock is taken or the
 // network is waited for. So a stop can look at it and wait on it even while some thread holds the
 // filter-table mutex across a call to a server that never answers.
 #ifndef KECPP_DATASYNC_SYNCSTATE_H
@@ -98,7 +98,7 @@ class SyncState {
   // Blocks until `wait` is released, a stop comes or no loop runs any more.
   void WaitForRelease(TaskWait& wait, const std::atomic<bool>& stopRequested);
 
-  // --- what GetStatus tells and WaitForChange waits for ------------------------------------------
+  // --- what GetStatus says and WaitForChange waits for -------------------------------------------
 
   void NoteVersion(const KELib::KEString& version);
   void NoteApplied(bool isFill);  // what a watch begins with: not so for methods beside filters

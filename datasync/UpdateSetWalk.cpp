@@ -31,7 +31,7 @@ void LogSkipped(const KE::Stub::ManagedObjectReference& filter) {
 
 }  // namespace
 
-// The locks of one object set, taken when its first change is met. While it stood unlocked another
+// The locks of one object set, taken when its first change is met. While it was not locked another
 // thread may have stopped the filter: then nothing of the object is touched.
 class UpdateSetWalk::ObjectLock {
  public:
@@ -115,7 +115,7 @@ bool UpdateSetWalk::EnterFilterSet() {
   }
 }
 
-// The cursor stands in the filter set's content. False when nobody watches its filter.
+// The cursor is in the filter set's content. False when nobody watches its filter.
 bool UpdateSetWalk::ApplyFilterSet() {
   XmlSlice name, type, id;
   bool begun = false, closed = false;
@@ -174,7 +174,7 @@ void UpdateSetWalk::EndFilter() KECPP_NO_THREAD_SAFETY_ANALYSIS {
   ClearReference(ui.filter);
 }
 
-// The cursor stands in the object set's content.
+// The cursor is in the object set's content.
 void UpdateSetWalk::ApplyObjectSet() {
   ObjectLock lock(*this);
   TakeHead();
@@ -214,7 +214,7 @@ bool UpdateSetWalk::TakePropertyAndOp(XmlSlice& property, XmlSlice& op) {
   return true;
 }
 
-// The cursor stands in the change set's content.
+// The cursor is in the change set's content.
 void UpdateSetWalk::ApplyChangeSet(ObjectLock& lock) {
   if (leaves || !lock.Take()) {
     cursor.Leave("changeSet");
@@ -298,7 +298,7 @@ void UpdateSetWalk::ReadObject(const XmlSlice& name) {
   SetObject(type, cursor.Text(name, room.valueText));
 }
 
-// The type stands in the first attribute that is not the schema type.
+// The type is in the first attribute that is not the schema type.
 XmlSlice UpdateSetWalk::ReadType() {
   XmlSlice attribute, value;
   while (cursor.NextAttribute(attribute, value)) {

@@ -28,7 +28,7 @@ class Watches;
 
 class UpdateSetWalk {
  public:
-  // `cursor` stands anywhere in front of the filter sets. All four outlive the walk.
+  // `cursor` is anywhere in front of the filter sets. All four outlive the walk.
   UpdateSetWalk(Watches& watches, KE::Instance::KETypeCache& types, KELib::Xml::KEXmlCursor& cursor,
                 WalkRoom& room);
   UpdateSetWalk(const UpdateSetWalk&) = delete;

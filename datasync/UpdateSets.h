@@ -26,7 +26,7 @@ class UpdateSets {
   UpdateSets(const UpdateSets&) = delete;
   UpdateSets& operator=(const UpdateSets&) = delete;
 
-  // Applies the set in front of which `r` stands, and releases the waiters of those watches whose
+  // Applies the set that begins at `r`, and releases the waiters of those watches whose
   // data it brought. `unknown` stays empty, or names the filter that nobody watches and behind
   // which nothing was applied. Throws what the reader and the caches throw; what was applied before
   // stays.

@@ -17,7 +17,7 @@ using Clock = std::chrono::steady_clock;
 using KELib::KEMutexGuard;
 using KELib::KEString;
 
-// So many entries are given before a thread that has changes to tell gets the mutex.
+// So many entries are given before a thread that has changes to report gets the mutex.
 constexpr int kEntriesAtOnce = 64;
 
 }  // namespace

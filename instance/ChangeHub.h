@@ -38,7 +38,7 @@ class ChangeHub {
   ChangeHub(const ChangeHub&) = delete;
   ChangeHub& operator=(const ChangeHub&) = delete;
 
-  // Whether there is a feed to tell. A thread that files something and sees none here does so
+  // Whether there is an open feed. A thread that files something and sees none here does so
   // before a feed that is being opened looks at that cache.
   bool IsOpen() const { return open.load(std::memory_order_relaxed) != 0; }
 
@@ -60,7 +60,8 @@ class ChangeHub {
   void Changed(const Stub* stub, const Stub* second = nullptr,
                const Stub* third = nullptr) noexcept;
 
-  // A change of that stub will be told soon. Takes no lock; what it looks at may be out of date.
+  // A change of that stub will be reported soon. Takes no lock; what it looks at may be out of
+  // date.
   void Expect(const Stub& stub) const {
     FeedRecords::Prefetch(array.load(std::memory_order_relaxed), Hint(stub));
   }

@@ -24,7 +24,7 @@
 // Take finds it so, or newer.
 //
 // Thread safety: every operation from any thread, also with mutexes of data caches held, though
-//   the caches stand still while a thread waits in Take with one. One leaf lock is taken, for a
+//   the caches do not change while a thread waits in Take with one. One leaf lock is taken, for a
 //   few dozen entries at a time.
 // Ownership: the caller's. A feed may outlive its data sync; it then gives what it has left.
 // Memory: about 70 bytes for each cached object and for each one whose removal is not taken yet,

@@ -30,7 +30,7 @@ namespace KE::Instance {
 class KECPP_API KETypeCache : public KECache {
  public:
   KETypeCache();
-  // The data caches tell `changes` what becomes of their stubs.
+  // The data caches report to `changes` what becomes of their stubs.
   explicit KETypeCache(std::shared_ptr<ChangeHub> changes);
   ~KETypeCache() override;
   KETypeCache(const KETypeCache&) = delete;

@@ -64,7 +64,7 @@ struct KnownTagRests {
 
   struct Rest {
     unsigned int length = 0;
-    char text[kLongest];  // what stood behind the name, with the ">"
+    char text[kLongest];  // what followed the name, with the ">"
   };
   static constexpr unsigned int kRests = 8;
 
