@@ -76,7 +76,8 @@ std::string Rounds::Agreed(const std::vector<std::string>& names, const std::str
     for (const Json& result : results.at(name)) {
       const std::string text = result.at(Json::json_pointer(path)).get<std::string>();
       if (!agreed.empty() && text != agreed) {
-        throw std::runtime_error(name + " holds something else than the others: " + path);
+        throw std::runtime_error(
+            std::string(name).append(" holds something else than the others: ").append(path));
       }
       agreed = text;
     }

@@ -12,7 +12,7 @@
 namespace kecpp {
 namespace {
 
-constexpr std::size_t kPiece = 256;
+constexpr std::size_t kMost = 4096;  // entries taken at once
 
 Change::Type TypeOf(KE::Instance::KEChange::Kind kind) {
   using Inner = KE::Instance::KEChange::Kind;
@@ -47,11 +47,10 @@ Feed::~Feed() = default;
 std::size_t Feed::Take(std::vector<Change>& changes, std::size_t max) {
   changes.clear();
   const std::lock_guard<std::mutex> lock(impl->mutex);
-  impl->room.resize(std::min(max, kPiece));
-  int taken = 1;
-  while (taken > 0 && changes.size() < max) {
-    const std::size_t wanted = std::min(max - changes.size(), impl->room.size());
-    taken = impl->feed->Take(impl->room.data(), static_cast<int>(wanted), 0);
+  impl->room.resize(std::min(max, kMost));
+  // One call gives an object once; another is made only when no entry was of a kind known here.
+  for (int taken = 1; taken > 0 && changes.empty();) {
+    taken = impl->feed->Take(impl->room.data(), static_cast<int>(impl->room.size()), 0);
     for (int i = 0; i < taken; ++i) {
       const KE::Instance::KEChange& change = impl->room[static_cast<std::size_t>(i)];
       Kind kind;

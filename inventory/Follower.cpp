@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <utility>
 
 #include "inventory/FollowerImpl.h"
@@ -39,7 +40,7 @@ bool Follower::Closed() const {
 // A feed is waited for without the mutex, so that the next one may take its place: it is closed
 // then, which ends the wait.
 bool Follower::Impl::Wait(std::chrono::milliseconds limit) {
-  const auto deadline = Clock::now() + limit;
+  const auto deadline = Clock::now() + std::min(limit, kLongestWait);
   std::unique_lock<std::mutex> lock(mutex);
   while (!closed) {
     if (!pending.Empty() || (feed && feed->HasChanges())) return true;

@@ -21,6 +21,9 @@
 
 namespace kecpp {
 
+// Longer waits are cut to it, so that no sum of times overflows.
+inline constexpr std::chrono::milliseconds kLongestWait = std::chrono::hours(24 * 365);
+
 class Follower::Impl {
  public:
   bool Wait(std::chrono::milliseconds limit);

@@ -66,7 +66,7 @@ void Keeper::Start() {
   const auto isDecided = [this] { return ended || current != nullptr; };
   if (options.connectTimeout.count() <= 0) {
     changed.wait(lock, isDecided);
-  } else if (!changed.wait_for(lock, options.connectTimeout, isDecided)) {
+  } else if (!changed.wait_for(lock, std::min(options.connectTimeout, kLongestWait), isDecided)) {
     throw Error("", "not connected within " + std::to_string(options.connectTimeout.count()) +
                         " milliseconds");
   }
@@ -104,7 +104,7 @@ Status Keeper::GetStatus() const {
 
 bool Keeper::WaitForStatus(const Status& seen, milliseconds limit) const {
   std::unique_lock<std::mutex> lock(mutex);
-  return changed.wait_for(lock, limit, [&] {
+  return changed.wait_for(lock, std::min(limit, kLongestWait), [&] {
     return status.state != seen.state || status.connections != seen.connections ||
            status.reason != seen.reason;
   });

@@ -241,7 +241,8 @@ class KECPP_INVENTORY_API Follower {
   // when it is closed or its Inventory has gone.
   bool Wait(std::chrono::milliseconds limit);
 
-  // Up to `max` changes, oldest first, without waiting.
+  // Up to `max` changes, oldest first, without waiting. Empty when there are none; rarely so after
+  // Wait returned true, when a change was of another kind.
   std::vector<Change> Next(std::size_t max = 1000);
 
   // Lets Wait go. From then on there is nothing to take.
