@@ -27,8 +27,14 @@ static void Print(KE::Instance::KETypeCache& cache) {
 int main(int argc, char** argv) try {
   const char* config = argc > 1 ? argv[1] : "";
   int changes = argc > 2 ? std::atoi(argv[2]) : 0;
-  auto* instance = GetServiceManagerInstance()->GetServiceInstance(config, DEFAULT_CONFIG_CONTENT);
-  if (!instance) return EXIT_FAILURE;
+  auto* manager = GetServiceManagerInstance();
+  auto* instance = manager->GetServiceInstance(config, DEFAULT_CONFIG_CONTENT);
+  if (!instance) {
+    KEConnectFailure failure;
+    manager->GetLastFailure(failure);
+    std::cerr << failure.text.Cstr() << '\n';
+    return EXIT_FAILURE;
+  }
   KEDataSync* sync = instance->GetSession()->GetDataSync();
   std::unique_ptr<ManagedObjectReference> root(instance->GetReference(PxaRootFolder));
   KELib::KEVector<KELib::KEString>
