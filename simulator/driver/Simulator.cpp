@@ -3,6 +3,7 @@
 
 #include <httplib.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
@@ -42,9 +43,13 @@ std::string Simulator::Config(const std::string& user, const std::string& passwo
                   password + "</password>");
 }
 
+// In one step: a program that was started earlier may be reading the file at this moment.
 std::string Simulator::ConfigFile(const std::string& config) const {
   std::string path = folder.path + "/config.xml";
-  std::ofstream(path) << config;
+  const std::string written = path + ".new";
+  std::ofstream(written) << config;
+  if (std::rename(written.c_str(), path.c_str()) != 0)
+    throw std::runtime_error("cannot write " + path);
   return path;
 }
 
