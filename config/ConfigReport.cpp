@@ -194,7 +194,8 @@ class Walk {
 bool IsNews(const KEString& document) {
   static std::atomic<std::size_t> last{0};
   if (Logging::GetDefaultLogger()->GetLevel() < Logging::LOG_LEVEL_ERROR) return true;
-  const std::string_view text(document.Cstr(), document.Length());
+  std::string_view text(document.Cstr(), document.Length());
+  text = text.substr(0, text.find_last_not_of(" \t\r\n") + 1);
   const std::size_t hash = std::hash<std::string_view>()(text);
   return last.exchange(hash) != hash;
 }

@@ -13,9 +13,9 @@
 
 namespace KELib {
 
-// False for a document of the same text as the one before, in this process: an agent that tries to
-// connect takes its document at each try, and says once what is wrong with it. A document that is
-// taken while errors are not logged does not count.
+// False for a document of the same text as the one before, in this process, blanks at its end
+// aside: an agent that tries to connect takes its document at each try, and says once what is wrong
+// with it. A document that is taken while errors are not logged does not count.
 bool IsNews(const KEString& document);
 
 // Writes a line for a document that is not well-formed. Comments are still in it, so that the

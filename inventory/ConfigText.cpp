@@ -5,6 +5,7 @@
 
 #include <kecpp/inventory.h>
 
+#include <algorithm>
 #include <atomic>
 #include <fstream>
 #include <iterator>
@@ -21,20 +22,20 @@ std::string ReadFile(const std::string& path) {
   return text;
 }
 
-std::unique_ptr<KELib::KEConfig> Parse(const std::string& text) {
-  // What is wrong with the document is logged when the connection reads it.
-  auto* logger = KELib::Logging::GetDefaultLogger();
-  const auto level = logger->GetLevel();
-  logger->SetLevel(KELib::Logging::LOG_LEVEL_NONE);
-  KELib::KEString source(text.c_str());
-  std::unique_ptr<KELib::KEConfig> document;
-  try {
-    document.reset(KELib::CreateConfig(source, KE::Service::DEFAULT_CONFIG_CONTENT));
-  } catch (const KELib::Throwable&) {
-    document.reset();  // connecting says what is wrong
-  }
-  logger->SetLevel(level);
-  return document;
+std::string ValueOf(KELib::KEConfig& document, const char* key) {
+  KELib::KEString found;
+  return document.GetConfigValue(key, found) ? found.Cstr() : "";
+}
+
+// The elements in the order in which they are looked for.
+std::string UrlIn(KELib::KEConfig& document) {
+  const std::string url = ValueOf(document, "url");
+  if (!url.empty()) return url;
+  const std::string proto = ValueOf(document, "proto");
+  const std::string host = ValueOf(document, "host");
+  const std::string port = ValueOf(document, "port");
+  if (host.empty()) return host;
+  return proto + "://" + host + (port.empty() ? "" : ":" + port);
 }
 
 // Without credentials and query.
@@ -53,31 +54,25 @@ std::string UniqueConfigText(const std::string& config) {
   static std::atomic<unsigned long long> number{0};
   std::string text = config.empty() ? KE::Service::DEFAULT_CONFIG_CONTENT : config;
   if (text.compare(0, 5, KELib::XML_MARKER_TAG) != 0) text = ReadFile(text);
-  return text + "\n<!-- connection " + std::to_string(++number) + " -->\n";
+  // Blanks behind a document mean nothing to its readers: the number's bits.
+  text += '\n';
+  for (unsigned long long bits = ++number; bits != 0; bits /= 2) text += bits % 2 != 0 ? '\t' : ' ';
+  return text;
 }
 
-std::string UrlOf(const std::string& text) {
-  const std::unique_ptr<KELib::KEConfig> document = Parse(text);
-  if (!document || !document->FindParentConfigKey("ConnectionInfo")) return {};
-  const auto value = [&](const char* key) {
-    KELib::KEString found;
-    return std::string(document->GetConfigValue(key, found) ? found.Cstr() : "");
-  };
-  const std::string url = value("url");
-  if (!url.empty()) return Bare(url);
-  const std::string proto = value("proto");
-  const std::string host = value("host");
-  const std::string port = value("port");
-  return host.empty() ? host : proto + "://" + host + (port.empty() ? "" : ":" + port);
-}
-
-void ApplyLogLevel(const std::string& text) {
-  const std::unique_ptr<KELib::KEConfig> document = Parse(text);
-  KELib::KEString level;
-  if (document && document->FindParentConfigKey("LogInfo") &&
-      document->GetConfigValue("level", level)) {
-    KELib::Logging::GetDefaultLogger()->SetLevelByName(level.Cstr());
+// What is wrong with the document is said when the connection cannot be made with it.
+ConfigFacts FactsOf(const std::string& text) {
+  ConfigFacts facts;
+  KELib::KEString source(text.c_str());
+  try {
+    const std::unique_ptr<KELib::KEConfig> document(
+        KELib::CreateConfig(source, KE::Service::DEFAULT_CONFIG_CONTENT));
+    if (document->FindParentConfigKey("ConnectionInfo")) facts.url = Bare(UrlIn(*document));
+    if (document->FindParentConfigKey("LogInfo")) facts.logLevel = ValueOf(*document, "level");
+  } catch (const KELib::Throwable&) {
+    return facts;  // what was found before
   }
+  return facts;
 }
 
 }  // namespace kecpp

@@ -13,11 +13,12 @@ namespace kecpp {
 // replaces a lost one must be another. Throws Error for a file that cannot be read or is empty.
 std::string UniqueConfigText(const std::string& config);
 
-// The URL in the document, for messages; empty without one. Credentials in it are left out.
-std::string UrlOf(const std::string& text);
-
-// Logs as much as the document says: the library leaves that to its user.
-void ApplyLogLevel(const std::string& text);
+// What a program needs of the document besides the connection.
+struct ConfigFacts {
+  std::string url;       // for messages, without credentials and query; empty without one
+  std::string logLevel;  // likewise
+};
+ConfigFacts FactsOf(const std::string& text);
 
 }  // namespace kecpp
 

@@ -24,6 +24,15 @@ KE::Service::KEServiceInstManager& Manager() {
   return manager;
 }
 
+// The library leaves it to its user to log as much as a document says. The first one of the process
+// counts: afterwards the level is the program's.
+void SetFirstLogLevel(const std::string& level) {
+  static std::atomic<bool> isSet{false};
+  if (!isSet.exchange(true) && !level.empty()) {
+    KELib::Logging::GetDefaultLogger()->SetLevelByName(level.c_str());
+  }
+}
+
 std::string FailureText(const KESyncStatus& status) {
   return status.lastFailure.Empty() ? "no data arrived" : status.lastFailure.Cstr();
 }
@@ -81,8 +90,9 @@ void Connection::Open() {
 // Another Inventory that ends cuts this one's attempt as well: then it is made again.
 void Connection::Connect() {
   const std::string text = UniqueConfigText(options.config);
-  url = UrlOf(text);
-  ApplyLogLevel(text);
+  const ConfigFacts facts = FactsOf(text);
+  url = facts.url;
+  SetFirstLogLevel(facts.logLevel);
   KELib::KEString config(text.c_str());
   KE::Service::KEConnectFailure failure;
   do {

@@ -37,6 +37,7 @@ class Connection {
   // Whether the session or the daemon is lost; `reason` is then why.
   bool IsLost(std::string& reason) const;
 
+  bool HasCaches() const { return sync.load() != nullptr; }  // else no other accessor may be called
   bool HasAuthorization() const { return hasAuthorization; }
   const std::string& Url() const { return url; }
   KE::Instance::KETypeCache& Cache() const { return *sync.load()->GetCache(); }

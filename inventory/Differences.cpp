@@ -6,16 +6,16 @@
 namespace kecpp {
 namespace {
 
-template <Kind kind>
+template <class Object>
 void Compare(const Connection& before, const Connection& now, std::vector<Change>& differences) {
-  using Copy = typename Stubs<kind>::Copy;
-  ForEachCopy<kind>(now, [&](const Copy& object) {
-    const auto known = FindCopy<kind>(before, object.key);
+  constexpr Kind kind = TypesOf<Object>::kKind;
+  ForEachCopy<Object>(now, [&](const Object& object) {
+    const auto known = FindCopy<Object>(before, object.key);
     if (known && *known == object) return;
     const auto type = known ? Change::Type::changed : Change::Type::added;
     differences.push_back({type, kind, object.key});
   });
-  ForEachCopy<kind>(before, [&](const Copy& object) {
+  ForEachCopy<Object>(before, [&](const Object& object) {
     if (Holds(now, kind, object.key)) return;
     differences.push_back({Change::Type::removed, kind, object.key});
   });
@@ -25,11 +25,11 @@ void Compare(const Connection& before, const Connection& now, std::vector<Change
 
 std::vector<Change> FindDifferences(const Connection& before, const Connection& now) {
   std::vector<Change> differences;
-  Compare<Kind::host>(before, now, differences);
-  Compare<Kind::machine>(before, now, differences);
-  Compare<Kind::role>(before, now, differences);
-  Compare<Kind::privilege>(before, now, differences);
-  Compare<Kind::identity>(before, now, differences);
+  Compare<Host>(before, now, differences);
+  Compare<Machine>(before, now, differences);
+  Compare<Role>(before, now, differences);
+  Compare<Privilege>(before, now, differences);
+  Compare<Identity>(before, now, differences);
   return differences;
 }
 

@@ -39,8 +39,11 @@ class Feed::Impl {
   std::vector<KE::Instance::KEChange> room;  // guarded by `mutex`
 };
 
-Feed::Feed(Connection& connection)
-    : impl(std::make_unique<Impl>(connection.Sync().OpenChangeFeed())) {}
+Feed::Feed(Connection& connection) try
+    : impl(std::make_unique<Impl>(connection.Sync().OpenChangeFeed())) {
+} catch (const KELib::Throwable& error) {
+  throw Error(connection.Url(), std::string("cannot follow: ") + error.What());
+}
 
 Feed::~Feed() = default;
 

@@ -19,7 +19,8 @@ class Connection;
 
 class Feed {
  public:
-  // Begins with all that is cached. The connection may go before the feed: it is stopped then.
+  // Begins with all that is cached. Throws Error. The connection may go before the feed: it is
+  // stopped then.
   explicit Feed(Connection& connection);
   ~Feed();
   Feed(const Feed&) = delete;

@@ -69,12 +69,8 @@ Follower Inventory::Follow() const {
 }
 
 std::size_t Inventory::Count(Kind kind) const {
-  const Connection::Use connection = impl->keeper.Current();
-  KELib::KEString name(CacheOf(kind));
-  KE::Instance::KEDataCache* cache = connection ? connection->Cache().GetDataCache(name) : nullptr;
-  if (cache == nullptr) return 0;
-  KELib::KEMutexGuard guard(cache->GetMutex());
-  return cache->Size();
+  const Connection::Use connection = impl->keeper.Known();
+  return connection ? CountOf(*connection.operator->(), kind) : 0;
 }
 
 std::string Inventory::Invoke(const std::string& method, const Target& target,
@@ -110,25 +106,24 @@ template <class Object>
 std::optional<Object> Inventory::Find(const std::string& key) const {
   const Connection::Use connection = impl->keeper.Current();
   if (!connection) return {};
-  return FindCopy<kKindOf<Object>>(*connection.operator->(), key);
+  return FindCopy<Object>(*connection.operator->(), key);
 }
 
 template <class Object>
 void Inventory::ForEach(const std::function<void(const Object&)>& visit) const {
   const Connection::Use connection = impl->keeper.Current();
   if (!connection) return;
-  constexpr Kind kind = kKindOf<Object>;
-  if constexpr (std::is_same_v<Object, typename Stubs<kind>::View>) {
-    ForEachView<kind>(*connection.operator->(), visit);
+  if constexpr (std::is_same_v<Object, typename TypesOf<Object>::View>) {
+    ForEachView<Object>(*connection.operator->(), visit);
   } else {
-    ForEachCopy<kind>(*connection.operator->(), visit);
+    ForEachCopy<Object>(*connection.operator->(), visit);
   }
 }
 
 template <class View>
 bool Inventory::Look(const std::string& key, const std::function<void(const View&)>& visit) const {
   const Connection::Use connection = impl->keeper.Current();
-  return connection && LookAtView<kKindOf<View>>(*connection.operator->(), key, visit);
+  return connection && LookAtView<View>(*connection.operator->(), key, visit);
 }
 
 #define KECPP_INSTANTIATE(Copy, View)                                                        \

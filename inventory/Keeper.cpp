@@ -50,6 +50,28 @@ void StopSync(KE::Service::KEDataSync& sync) {
 
 }  // namespace
 
+// While it exists, Stop cuts the connection's attempt.
+class Keeper::Opening {
+ public:
+  Opening(Keeper& owner, Connection& connection) : keeper(owner) {
+    const std::lock_guard<std::mutex> lock(keeper.mutex);
+    isAllowed = !keeper.ending;
+    keeper.opening = &connection;
+  }
+  ~Opening() {
+    const std::lock_guard<std::mutex> lock(keeper.mutex);
+    keeper.opening = nullptr;
+  }
+  Opening(const Opening&) = delete;
+  Opening& operator=(const Opening&) = delete;
+
+  bool IsAllowed() const { return isAllowed; }
+
+ private:
+  Keeper& keeper;
+  bool isAllowed;
+};
+
 Keeper::Keeper(Options asked) : options(std::move(asked)) {}
 
 Keeper::~Keeper() {
@@ -97,6 +119,12 @@ Connection::Use Keeper::Current() const {
   return current ? Connection::Use(*current) : Connection::Use();
 }
 
+Connection::Use Keeper::Known() const {
+  const std::lock_guard<std::mutex> lock(mutex);
+  Connection* known = current ? current.get() : opening;
+  return known != nullptr ? Connection::Use(*known) : Connection::Use();
+}
+
 Status Keeper::GetStatus() const {
   const std::lock_guard<std::mutex> lock(mutex);
   return status;
@@ -138,32 +166,33 @@ bool Keeper::Connect() {
   return true;
 }
 
+// A connection that could not be made is logged out before its failure is reported.
 bool Keeper::TryToConnect() {
-  auto made = std::make_unique<Connection>(options);
-  {
-    const std::lock_guard<std::mutex> lock(mutex);
-    if (ending) return false;
-    opening = made.get();
-  }
   std::string reason;
   try {
-    made->Open();
+    std::unique_ptr<Connection> made;
+    Open(made);
+    if (!made) return false;
+    Install(std::move(made));
+    return true;
   } catch (const std::exception& error) {
     reason = error.what();
     const std::lock_guard<std::mutex> lock(mutex);
     if (!current && !options.connectInBackground) firstFailure = std::current_exception();
   }
-  {
-    const std::lock_guard<std::mutex> lock(mutex);
-    opening = nullptr;
-  }
-  if (reason.empty()) {
-    Install(std::move(made));
-    return true;
-  }
-  made.reset();
   SetState(GetStatus().connections == 0 ? Status::State::connecting : Status::State::lost, reason);
   return false;
+}
+
+// Makes none at the end. Throws Error and std::exception.
+void Keeper::Open(std::unique_ptr<Connection>& made) try {
+  auto connection = std::make_unique<Connection>(options);
+  const Opening opened(*this, *connection);
+  if (!opened.IsAllowed()) return;
+  connection->Open();
+  made = std::move(connection);
+} catch (const KELib::Throwable& error) {
+  throw Error("", error.What());
 }
 
 void Keeper::WatchOver() {
@@ -190,10 +219,14 @@ void Keeper::WatchOver() {
 void Keeper::Install(std::unique_ptr<Connection> made) {
   const std::lock_guard<std::mutex> guard(switching);
   const Followers all = LivingFollowers();
-  if (current) {
-    Switch(*current, *made, all);
-  } else {
-    for (const auto& follower : all) follower->Begin(std::make_shared<Feed>(*made));
+  try {
+    if (current) {
+      Switch(*current, *made, all);
+    } else {
+      for (const auto& follower : all) follower->Begin(std::make_shared<Feed>(*made));
+    }
+  } catch (...) {
+    for (const auto& follower : all) follower->Close();
   }
   {
     const std::lock_guard<std::mutex> lock(mutex);
@@ -206,13 +239,13 @@ void Keeper::Install(std::unique_ptr<Connection> made) {
 
 void Keeper::Switch(Connection& before, Connection& now, const Followers& all) {
   StopSync(before.Sync());
+  if (all.empty()) return;
   std::vector<std::shared_ptr<Feed>> feeds;
   std::vector<Change> passed;  // what is there already is compared instead
   for (std::size_t i = 0; i < all.size(); ++i) {
     feeds.push_back(std::make_shared<Feed>(now));
     while (feeds.back()->Take(passed, 1000) != 0) continue;
   }
-  if (all.empty()) return;
   const std::vector<Change> differences = FindDifferences(before, now);
   const auto isKnown = [&](Kind kind, const std::string& key) { return Holds(before, kind, key); };
   for (std::size_t i = 0; i < all.size(); ++i) all[i]->Switch(feeds[i], differences, isKnown);

@@ -38,6 +38,9 @@ class Keeper {
   // The connection that there is, of nothing before the first.
   Connection::Use Current() const;
 
+  // The same, but before the first one the one that is being opened.
+  Connection::Use Known() const;
+
   Status GetStatus() const;
   bool WaitForStatus(const Status& seen, std::chrono::milliseconds limit) const;
 
@@ -45,11 +48,13 @@ class Keeper {
 
  private:
   using Followers = std::vector<std::shared_ptr<Follower::Impl>>;
+  class Opening;
 
   void Stop();
   void Run();
   bool Connect();
   bool TryToConnect();
+  void Open(std::unique_ptr<Connection>& made);
   void WatchOver();
   void Install(std::unique_ptr<Connection> made);
   void Switch(Connection& before, Connection& now, const Followers& all);

@@ -25,6 +25,15 @@ KEStubBase* FindAmongEntities(KE::Instance::KEDataCache& cache, const std::strin
 
 }  // namespace
 
+std::size_t CountOf(const Connection& connection, Kind kind) {
+  if (!connection.HasCaches()) return 0;
+  KELib::KEString name(CacheOf(kind));
+  KE::Instance::KEDataCache* cache = connection.Cache().GetDataCache(name);
+  if (cache == nullptr) return 0;
+  KELib::KEMutexGuard guard(cache->GetMutex());
+  return cache->Size();
+}
+
 bool LookAtStub(const Connection& connection, Kind kind, const std::string& key,
                 const std::function<void(KEStubBase&)>& use) {
   KELib::KEString name(CacheOf(kind));

@@ -43,18 +43,19 @@ void ForEachPiece(const Connection& connection, Kind kind, UsePiece use, Pause p
   }
 }
 
-// Calls `visit` with a view of every object, under the mutexes.
-template <Kind kind, class Visit>
+// Calls `visit` with a view of every object of the kind of `Object`, under the mutexes.
+template <class Object, class Visit>
 void ForEachView(const Connection& connection, const Visit& visit) {
-  typename Stubs<kind>::View view;
+  using Types = TypesOf<Object>;
+  typename Types::View view;
   ForEachPiece(
-      connection, kind,
+      connection, Types::kKind,
       [&](const std::vector<KELib::Stub::KEStubBase*>& piece) {
         for (KELib::Stub::KEStubBase* stub : piece) {
-          auto* object = dynamic_cast<typename Stubs<kind>::Stub*>(stub);
+          auto* object = dynamic_cast<typename Types::Stub*>(stub);
           if (object == nullptr) continue;
           Fill(view, *object);
-          visit(static_cast<const typename Stubs<kind>::View&>(view));
+          visit(static_cast<const typename Types::View&>(view));
         }
       },
       // A mutex goes to who asks first: without a pause the sync thread would not wake up in time.
@@ -62,16 +63,17 @@ void ForEachView(const Connection& connection, const Visit& visit) {
 }
 
 // Calls `visit` with a copy of every object, without the mutexes.
-template <Kind kind, class Visit>
+template <class Object, class Visit>
 void ForEachCopy(const Connection& connection, const Visit& visit) {
-  typename Stubs<kind>::View view;
-  std::vector<typename Stubs<kind>::Copy> copies;
+  using Types = TypesOf<Object>;
+  typename Types::View view;
+  std::vector<typename Types::Copy> copies;
   ForEachPiece(
-      connection, kind,
+      connection, Types::kKind,
       [&](const std::vector<KELib::Stub::KEStubBase*>& piece) {
         copies.clear();
         for (KELib::Stub::KEStubBase* stub : piece) {
-          auto* object = dynamic_cast<typename Stubs<kind>::Stub*>(stub);
+          auto* object = dynamic_cast<typename Types::Stub*>(stub);
           if (object == nullptr) continue;
           Fill(view, *object);
           copies.push_back(Decode(view));
@@ -82,30 +84,33 @@ void ForEachCopy(const Connection& connection, const Visit& visit) {
       });
 }
 
+// The objects of a kind; 0 before the connection has caches.
+std::size_t CountOf(const Connection& connection, Kind kind);
+
 // Calls `use` with the stub of that key, under the mutexes. False when there is none. O(1), unless
 // the key is missing and has characters that XML text may write in several ways.
 bool LookAtStub(const Connection& connection, Kind kind, const std::string& key,
                 const std::function<void(KELib::Stub::KEStubBase&)>& use);
 
-template <Kind kind, class Visit>
+template <class Object, class Visit>
 bool LookAtView(const Connection& connection, const std::string& key, const Visit& visit) {
+  using Types = TypesOf<Object>;
   bool found = false;
-  LookAtStub(connection, kind, key, [&](KELib::Stub::KEStubBase& stub) {
-    auto* object = dynamic_cast<typename Stubs<kind>::Stub*>(&stub);
+  LookAtStub(connection, Types::kKind, key, [&](KELib::Stub::KEStubBase& stub) {
+    auto* object = dynamic_cast<typename Types::Stub*>(&stub);
     if (object == nullptr) return;
-    typename Stubs<kind>::View view;
+    typename Types::View view;
     Fill(view, *object);
-    visit(static_cast<const typename Stubs<kind>::View&>(view));
+    visit(static_cast<const typename Types::View&>(view));
     found = true;
   });
   return found;
 }
 
-template <Kind kind>
-std::optional<typename Stubs<kind>::Copy> FindCopy(const Connection& connection,
-                                                   const std::string& key) {
-  std::optional<typename Stubs<kind>::Copy> copy;
-  LookAtView<kind>(connection, key, [&](const auto& view) { copy = Decode(view); });
+template <class Object>
+std::optional<Object> FindCopy(const Connection& connection, const std::string& key) {
+  std::optional<Object> copy;
+  LookAtView<Object>(connection, key, [&](const auto& view) { copy = Decode(view); });
   return copy;
 }
 

@@ -13,59 +13,35 @@
 
 #include <string>
 #include <string_view>
-#include <type_traits>
 
 namespace kecpp {
 
-// The stubs of a kind of object: what both of its forms have in common.
-template <Kind>
-struct Stubs;
-template <>
-struct Stubs<Kind::host> {
-  using Stub = KE::Stub::ZORBEL_ORXComputerSystem;
-  using Copy = Host;
-  using View = HostView;
-};
-template <>
-struct Stubs<Kind::machine> {
-  using Stub = KE::Stub::ZORBEL_VMComputerSystem;
-  using Copy = Machine;
-  using View = MachineView;
-};
-template <>
-struct Stubs<Kind::role> {
-  using Stub = KE::Stub::Zorbel_Role;
-  using Copy = Role;
-  using View = RoleView;
-};
-template <>
-struct Stubs<Kind::privilege> {
-  using Stub = KE::Stub::Zorbel_Privilege;
-  using Copy = Privilege;
-  using View = PrivilegeView;
-};
-template <>
-struct Stubs<Kind::identity> {
-  using Stub = KE::Stub::Zorbel_Identity;
-  using Copy = Identity;
-  using View = IdentityView;
+// What belongs to a kind of object: its stubs, and its two forms.
+template <Kind kind, class StubOfKind, template <class Text> class Form>
+struct KindTypes {
+  static constexpr Kind kKind = kind;
+  using Stub = StubOfKind;
+  using Copy = Form<std::string>;
+  using View = Form<std::string_view>;
 };
 
-// The kind of a form.
-template <class Form>
-struct KindOfForm;
+// The same by either of the forms.
+template <class Object>
+struct TypesOf;
 template <class Text>
-struct KindOfForm<BasicHost<Text>> : std::integral_constant<Kind, Kind::host> {};
+struct TypesOf<BasicHost<Text>>
+    : KindTypes<Kind::host, KE::Stub::ZORBEL_ORXComputerSystem, BasicHost> {};
 template <class Text>
-struct KindOfForm<BasicMachine<Text>> : std::integral_constant<Kind, Kind::machine> {};
+struct TypesOf<BasicMachine<Text>>
+    : KindTypes<Kind::machine, KE::Stub::ZORBEL_VMComputerSystem, BasicMachine> {};
 template <class Text>
-struct KindOfForm<BasicRole<Text>> : std::integral_constant<Kind, Kind::role> {};
+struct TypesOf<BasicRole<Text>> : KindTypes<Kind::role, KE::Stub::Zorbel_Role, BasicRole> {};
 template <class Text>
-struct KindOfForm<BasicPrivilege<Text>> : std::integral_constant<Kind, Kind::privilege> {};
+struct TypesOf<BasicPrivilege<Text>>
+    : KindTypes<Kind::privilege, KE::Stub::Zorbel_Privilege, BasicPrivilege> {};
 template <class Text>
-struct KindOfForm<BasicIdentity<Text>> : std::integral_constant<Kind, Kind::identity> {};
-template <class Form>
-inline constexpr Kind kKindOf = KindOfForm<Form>::value;
+struct TypesOf<BasicIdentity<Text>>
+    : KindTypes<Kind::identity, KE::Stub::Zorbel_Identity, BasicIdentity> {};
 
 inline constexpr Kind kKinds[] = {Kind::host, Kind::machine, Kind::role, Kind::privilege,
                                   Kind::identity};

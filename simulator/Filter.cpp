@@ -43,10 +43,11 @@ void Filter::ReportLocked(const Inventory& inventory, unsigned int& room, std::s
     pending.pop_front();
     if (ReportObjectLocked(inventory, id, out)) --room;
   }
-  if (reportedMissing || !reports.empty() || inventory.FindLocked(spec.Start()) != nullptr) return;
+  if (reportedMissing || !reports.empty() || inventory.FindLocked(selection.Start()) != nullptr)
+    return;
   reportedMissing = true;
   out += "<missingSet>";
-  AppendObject(spec.StartType(), spec.Start(), out);
+  AppendObject(selection.StartType(), selection.Start(), out);
   out += "</missingSet>";
 }
 
@@ -62,7 +63,7 @@ void Filter::FindNewsLocked(const Inventory& inventory, std::string& out) {
   bool walkNeeded = !walked || !inventory.ChangedSinceLocked(since, changed);
   for (const std::string& id : changed) {
     const Object* object = inventory.FindLocked(id);
-    if (object != nullptr && spec.IsWalkedSince(*object, since)) walkNeeded = true;
+    if (object != nullptr && selection.IsWalkedSince(*object, since)) walkNeeded = true;
   }
   since = inventory.NowLocked();
   if (walkNeeded) return WalkLocked(inventory, out);
@@ -84,7 +85,7 @@ void Filter::WalkLocked(const Inventory& inventory, std::string& out) {
   ++walk;
   pending.clear();
   std::size_t met = 0;
-  for (const Object* object : spec.SelectLocked(inventory)) {
+  for (const Object* object : selection.SelectLocked(inventory)) {
     const auto report = reports.find(object->id);
     if (report != reports.end()) {
       report->second.walk = walk;
@@ -107,7 +108,7 @@ void Filter::WalkLocked(const Inventory& inventory, std::string& out) {
 bool Filter::ReportObjectLocked(const Inventory& inventory, const std::string& id,
                                 std::string& out) {
   const Object* object = inventory.FindLocked(id);
-  const Selection::Paths* paths = object != nullptr ? spec.PathsOf(object->type) : nullptr;
+  const Selection::Paths* paths = object != nullptr ? selection.PathsOf(object->type) : nullptr;
   if (paths == nullptr) return false;
   Report& report = reports[id];
   const bool isNew = report.at == 0;

@@ -17,7 +17,7 @@ namespace sim {
 
 class Filter {
  public:
-  explicit Filter(Selection asked) : spec(std::move(asked)) {}
+  explicit Filter(Selection asked) : selection(std::move(asked)) {}
 
   // Appends what was not reported yet: "objectSet" elements of at most `room` objects, which are
   // subtracted from `room`, those of objects that left, and a "missingSet" when there is no start
@@ -45,7 +45,7 @@ class Filter {
   void Leave(const std::string& id, const std::string& type, std::string& out);
   bool ReportObjectLocked(const Inventory& inventory, const std::string& id, std::string& out);
 
-  Selection spec;
+  Selection selection;
   std::unordered_map<std::string, Report> reports;  // by object, of all that are selected or were
   std::deque<std::string> pending;                  // objects that may have news
   Types left;                                       // reported, but not acknowledged

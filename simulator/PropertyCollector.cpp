@@ -55,9 +55,9 @@ PropertyCollector::Session& PropertyCollector::FindLocked(const std::string& ses
 }
 
 std::string PropertyCollector::CreateFilter(const std::string& session,
-                                            const pugi::xml_node& spec) {
+                                            const pugi::xml_node& element) {
   try {
-    Selection asked(spec);
+    Selection asked(element);
     const std::lock_guard<std::mutex> lock(inventory.Mutex());
     Session& owner = FindLocked(session);
     std::string id = "session[" + session.substr(0, 8) + "]filter-" + std::to_string(nextFilter++);

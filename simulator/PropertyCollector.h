@@ -28,7 +28,7 @@ class PropertyCollector {
   void Shutdown();  // every wait ends
 
   // Returns the new filter's identifier. Throws Fault.
-  std::string CreateFilter(const std::string& session, const pugi::xml_node& spec);
+  std::string CreateFilter(const std::string& session, const pugi::xml_node& element);
   void DestroyFilter(const std::string& session, const std::string& filter);
 
   // Ends the session's pending wait, if there is one, with a fault.

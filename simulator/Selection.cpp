@@ -25,14 +25,14 @@ bool Flag(const pugi::xml_node& node, const char* name) {
 
 }  // namespace
 
-Selection::Selection(const pugi::xml_node& spec) {
-  for (const pugi::xml_node& set : spec.children("propSet")) {
+Selection::Selection(const pugi::xml_node& element) {
+  for (const pugi::xml_node& set : element.children("propSet")) {
     if (Flag(set, "all")) throw std::runtime_error("propSet asks for all properties");
     Paths& wanted = paths[Required(set, "type")];
     for (const pugi::xml_node& path : set.children("pathSet")) wanted.insert(path.text().get());
   }
   if (paths.empty()) throw std::runtime_error("spec lacks propSet");
-  const pugi::xml_node objectSet = spec.child("objectSet");
+  const pugi::xml_node objectSet = element.child("objectSet");
   if (!objectSet) throw std::runtime_error("spec lacks objectSet");
   if (objectSet.next_sibling("objectSet")) throw std::runtime_error("more than one objectSet");
   start = Required(objectSet, "obj");

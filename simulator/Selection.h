@@ -21,7 +21,7 @@ class Selection {
   using Paths = std::set<std::string, std::less<>>;
 
   // Reads a "spec" element. Throws std::runtime_error that says what is wrong with it.
-  explicit Selection(const pugi::xml_node& spec);
+  explicit Selection(const pugi::xml_node& element);
 
   // The objects that the filter selects now, each once, in the order of the walk. The result is
   // valid while the caller holds the inventory's mutex. Linear in what is walked over.

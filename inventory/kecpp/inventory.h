@@ -23,8 +23,9 @@
 // what was known.
 //
 // Threads: every operation may be called from any thread. Nothing else may run on an Inventory
-// while it is destroyed, except Followers' Wait, which returns then. Texts: UTF-8, decoded, unless
-// a comment says otherwise.
+// while it is destroyed, except Followers' Wait and RunTask, which return then. Texts: UTF-8,
+// decoded, unless a comment says otherwise. The process's first Inventory sets how much goes to the
+// system log, as its configuration says; later ones leave that as it is.
 #ifndef KECPP_INVENTORY_H
 #define KECPP_INVENTORY_H
 
@@ -228,7 +229,8 @@ struct Change {
 // what this reader was given before, in the order in which the objects changed first. A new
 // follower begins with all that is known, as `added`. A new or lost link is a change of both ends.
 // Nothing is ever left out; the memory is bounded by the number of objects. After a new connection
-// there is only what differs from the last known inventory.
+// there is only what differs from the last known inventory. When memory runs out while a lost
+// connection is replaced, the follower is closed: a new one begins with all that is known.
 //
 // One thread waits and takes; any other may Close. It may outlive its Inventory.
 class KECPP_INVENTORY_API Follower {
@@ -303,6 +305,8 @@ class KECPP_INVENTORY_API Inventory {
   std::vector<Object> All() const;
   template <class Object>
   std::optional<Object> Find(const std::string& key) const;
+
+  // The objects of a kind; before the first connection is filled, those that have arrived.
   std::size_t Count(Kind kind) const;
 
   // Calls `visit` with every object of a kind, in no order: each that is there from the first call

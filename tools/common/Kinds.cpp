@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <string>
 
+#include "tools/common/Split.h"
+
 namespace tools {
 namespace {
 
@@ -165,23 +167,13 @@ std::vector<ClassProperty> ValuesOf(const Kind& kind) {
   const ClassRow& type = *FindClass(kind.className);
   const std::vector<ClassProperty> all = PropertiesOf(type);
   std::vector<ClassProperty> values;
-  for (const std::string_view name : Words(kind.properties)) {
+  for (const std::string_view name : Split(kind.properties, ' ')) {
     values.push_back(*std::find_if(all.begin(), all.end(), [&](const ClassProperty& property) {
       return property.row->name == name;
     }));
   }
   for (const PropertyRow& link : kind.links) values.push_back({&link, &type, true});
   return values;
-}
-
-std::vector<std::string_view> Words(std::string_view list) {
-  std::vector<std::string_view> words;
-  while (!list.empty()) {
-    const std::size_t end = std::min(list.find(' '), list.size());
-    words.push_back(list.substr(0, end));
-    list.remove_prefix(std::min(end + 1, list.size()));
-  }
-  return words;
 }
 
 }  // namespace tools

@@ -62,9 +62,6 @@ std::vector<const ClassRow*> ClassesOf(Group group);
 // holds the mutexes of the whole group.
 std::vector<ClassProperty> ValuesOf(const Kind& kind);
 
-// A word list with blanks between.
-std::vector<std::string_view> Words(std::string_view list);
-
 }  // namespace tools
 
 #endif

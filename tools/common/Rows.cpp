@@ -5,6 +5,8 @@
 #include <numeric>
 #include <utility>
 
+#include "tools/common/Split.h"
+
 namespace tools {
 
 Rows::Rows(const ClassRow& rowType, std::vector<ClassProperty> wanted)
@@ -50,13 +52,7 @@ std::vector<std::size_t> Rows::ByKey() const {
 }
 
 std::vector<std::string_view> Items(std::string_view list) {
-  std::vector<std::string_view> items;
-  while (!list.empty()) {
-    const std::size_t end = std::min(list.find('\0'), list.size());
-    items.push_back(list.substr(0, end));
-    list.remove_prefix(std::min(end + 1, list.size()));
-  }
-  return items;
+  return Split(list, '\0');
 }
 
 }  // namespace tools

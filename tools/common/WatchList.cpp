@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tools/common/Kinds.h"
+#include "tools/common/Split.h"
 
 namespace tools {
 namespace {
@@ -24,7 +25,7 @@ void AddProperties(List& list, Group group) {
   for (const Kind& kind : Kinds()) {
     if (kind.group != group || !kind.serverType) continue;
     Add(list, {PropSep, ObjectSep, kind.serverType});
-    for (const std::string_view path : Words(kind.paths)) Add(list, path);
+    for (const std::string_view path : Split(kind.paths, ' ')) Add(list, path);
   }
 }
 

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+//
+// The parts of a text. Thread safety: any thread.
+#ifndef KECPP_TOOLS_COMMON_SPLIT_H
+#define KECPP_TOOLS_COMMON_SPLIT_H
+
+#include <string_view>
+#include <vector>
+
+namespace tools {
+
+// What is between the separators, empty parts too; nothing for an empty text, and no part behind a
+// separator that ends it. The parts are views of `list`.
+std::vector<std::string_view> Split(std::string_view list, char separator);
+
+}  // namespace tools
+
+#endif
