@@ -3,8 +3,6 @@
 
 #include <memory>
 
-#include "stub/base/KEStubRef.h"
-
 namespace KE::Service {
 
 namespace {
@@ -13,12 +11,6 @@ using KE::Instance::KEDataCache;
 using KE::Instance::KindId;
 using KE::Instance::kObjectKinds;
 using KELib::Stub::KEStubBase;
-
-KEStubBase* FindIn(KEDataCache& cache, KELib::KEString& key) {
-  KELib::Stub::KEStubRef ref;
-  cache.GetVal(key, ref);
-  return ref.GetData();
-}
 
 }  // namespace
 
@@ -55,7 +47,8 @@ KEStubBase* ObjectCaches::FindStub(KindId kind, const KELib::Xml::XmlSlice& id) 
   KEDataCache* const cache = Of(kind);
   if (cache == nullptr) return nullptr;
   id.CopyTo(key, keyRoom);
-  return FindIn(*cache, key);
+  KEDataCache::KeyPlace place;
+  return cache->Find(key, place);
 }
 
 KEStubBase& ObjectCaches::FindOrFile(KindId kind, KE::Stub::ManagedObjectReference& object,
@@ -64,9 +57,10 @@ KEStubBase& ObjectCaches::FindOrFile(KindId kind, KE::Stub::ManagedObjectReferen
   KEDataCache& cache =
       known != nullptr ? *known : types.Existing(names[static_cast<std::size_t>(kind)]);
   isNew = false;
-  if (KEStubBase* found = FindIn(cache, object.value)) return *found;
+  KEDataCache::KeyPlace place;
+  if (KEStubBase* found = cache.Find(object.value, place)) return *found;
   std::unique_ptr<KEStubBase> stub(make(object));
-  cache.SetVal(object.value, stub.get());
+  cache.SetValAt(place, object.value, stub.get());
   isNew = true;
   return *stub.release();
 }

@@ -129,6 +129,16 @@ class KECPP_API KEHashmap {
   }
   bool Contains(K& key) { return Get(key) != nullptr; }
 
+  // For a caller that files what it does not find: the first entry under `key`, also one whose
+  // value is null, and in `hash` what InsertAbsent wants to know. O(1) on average.
+  Entry* Find(K& key, unsigned int& hash) {
+    hash = HashOf(key);
+    return FindFrom(buckets[hash % bucketCount], key);
+  }
+
+  // As Insert for a key that Find has just not found.
+  void InsertAbsent(K& key, unsigned int hash, const V& value);
+
   // The first entry under `key` in the chain of `bucket`, also one whose value is null, with
   // `previous` set to the entry before it, or null for the head of the chain. A miss returns null.
   Entry* Lookup(K& key, unsigned int bucket, Entry*& previous);
@@ -324,6 +334,16 @@ void KEHashmap<K, V>::Insert(K& key, const V& value) {
   if (present) {
     Replace(present, head->key, head->value);
   }
+}
+
+template <typename K, typename V>
+void KEHashmap<K, V>::InsertAbsent(K& key, unsigned int hash, const V& value) {
+  std::unique_ptr<Entry> fresh(new Entry{key, value, nullptr});
+  Resize(count + 1);
+  Entry*& head = buckets[hash % bucketCount];
+  fresh->next = head;
+  head = fresh.release();
+  ++count;
 }
 
 // Gives `entry` and all later entries of its key the new value, then deletes the old one. Pointer

@@ -59,6 +59,29 @@ void KEDataCache::SetVal(KEString& key, KEStubBase* stub) {
   }
 }
 
+KEStubBase* KEDataCache::Find(KEString& key, KeyPlace& place) {
+  HeldByCaller();
+  const auto* const entry = map.Find(key, place.hash);
+  place.isFree = entry == nullptr;
+  return entry != nullptr ? entry->value : nullptr;
+}
+
+void KEDataCache::SetValAt(const KeyPlace& place, KEString& key, KEStubBase* stub) {
+  HeldByCaller();
+  if (!place.isFree) {
+    SetVal(key, stub);
+    return;
+  }
+  ChangeHub* const hub = Listener();
+  if (hub != nullptr) hub->Filed(Own().type, key, nullptr, *stub);
+  try {
+    map.InsertAbsent(key, place.hash, stub);
+  } catch (...) {
+    if (hub != nullptr) hub->Unfiled(nullptr, *stub);
+    throw;
+  }
+}
+
 // A null stub hides what is filed.
 void KEDataCache::FileAndTell(ChangeHub& hub, KEString& key, KEStubBase* stub) {
   KEStubBase** const present = map.Get(key);

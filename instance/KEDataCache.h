@@ -64,7 +64,19 @@ class KECPP_API KEDataCache : public KECache {
   // The number of entries. The caller holds the mutex.
   unsigned int Size();
 
-  // --- for the type cache and the feeds ----------------------------------------------------------
+  // --- for the library ---------------------------------------------------------------------------
+
+  // What a search has learned of a key; good until something is filed or removed.
+  struct KeyPlace {
+    unsigned int hash = 0;
+    bool isFree = false;  // no entry has the key
+  };
+
+  // The stub filed under `key`, or null. The caller holds the mutex. O(1) on average.
+  KELib::Stub::KEStubBase* Find(KELib::KEString& key, KeyPlace& place);
+
+  // As SetVal, for a key whose place Find has just given: nothing is looked up a second time.
+  void SetValAt(const KeyPlace& place, KELib::KEString& key, KELib::Stub::KEStubBase* stub);
 
   // From now on `hub`, which outlives the cache or is null, learns what changes here; `type` is its
   // number for the cache's name. The caller holds the mutex, or nobody else knows the cache yet.
