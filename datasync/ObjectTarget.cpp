@@ -58,13 +58,9 @@ KELib::Stub::KEStubBase& ObjectTarget::Stub() {
 void ObjectTarget::FindStub() {
   bool isNew = false;
   stub = &caches.FindOrFile(kind.id, ui.obj, properties->make, isNew);
+  if (isNew) return;  // the feeds know
   feeds = caches.Listener();
-  if (feeds == nullptr) return;
-  if (isNew) {
-    feeds = nullptr;  // they know
-  } else {
-    feeds->Expect(*stub);
-  }
+  if (feeds != nullptr) feeds->Expect(*stub);
 }
 
 const Property* ObjectTarget::FindList(KE::Instance::KindId kind, const KEString& path) {

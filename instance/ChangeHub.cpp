@@ -78,20 +78,19 @@ void ChangeHub::Filed(unsigned int type, const KEString& key, Stub* old, Stub& s
       continue;
     }
     try {
-      const FeedRecords::Index index = readers[i]->records.Add(type, key, stub);
-      if (i == 0) HintOf(stub)->store(index, std::memory_order_relaxed);
+      NoteRecord(*readers[i], stub, readers[i]->records.Add(type, key, stub));
     } catch (...) {
       while (i-- > 0) readers[i]->records.Remove(stub);
       throw;
     }
   }
-  NoteArray();
   WakeAfterChange();
 }
 
-void ChangeHub::NoteArray() {
-  const void* const now = readers.empty() ? nullptr : readers.front()->records.Array();
-  array.store(now, std::memory_order_relaxed);
+void ChangeHub::NoteRecord(const Reader& reader, const Stub& stub, FeedRecords::Index index) {
+  if (&reader != readers.front().get()) return;
+  HintOf(stub)->store(index, std::memory_order_relaxed);
+  reader.records.ShowTo(shadow);
 }
 
 void ChangeHub::Unfiled(Stub* old, Stub& stub) noexcept {
@@ -195,15 +194,13 @@ ChangeHub::Reader& ChangeHub::Open(KETypeCache& types) {
       const unsigned int type = cache->FeedType();
       for (auto it = cache->Iterator(); !it.End(); ++it) {
         KEMutexGuard again(&mutex);
-        reader.records.AddOnce(type, it->key, *it->value);
+        NoteRecord(reader, *it->value, reader.records.AddOnce(type, it->key, *it->value));
       }
     }
   } catch (...) {
     Free(reader);
     throw;
   }
-  KEMutexGuard again(&mutex);
-  NoteArray();
   return reader;
 }
 
@@ -214,7 +211,7 @@ void ChangeHub::Close(Reader& reader) {
   reader.closed = true;
   --open;
   std::swap(forgotten, reader.records);
-  NoteArray();
+  if (&reader == readers.front().get()) shadow.Forget();
   reader.changed.Broadcast();
 }
 
@@ -224,7 +221,6 @@ void ChangeHub::Free(Reader& reader) {
   while (reader.inside > 0) reader.changed.Wait(mutex, -1);
   readers.erase(std::find_if(readers.begin(), readers.end(),
                              [&](const auto& each) { return each.get() == &reader; }));
-  NoteArray();
 }
 
 // Waits until there is something to give. False, and what Take returns, when there is nothing.

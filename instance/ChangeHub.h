@@ -60,11 +60,9 @@ class ChangeHub {
   void Changed(const Stub* stub, const Stub* second = nullptr,
                const Stub* third = nullptr) noexcept;
 
-  // A change of that stub will be reported soon. Takes no lock; what it looks at may be out of
-  // date.
-  void Expect(const Stub& stub) const {
-    FeedRecords::Prefetch(array.load(std::memory_order_relaxed), Hint(stub));
-  }
+  // A change of that stub will be reported soon: brings its record closer to the processor. Takes
+  // no lock; what it looks at may be out of date.
+  void Expect(const Stub& stub) const { shadow.Prefetch(Hint(stub)); }
 
   // Changes that belong together: who waits is woken when they are complete, not for each.
   class Batch {
@@ -108,7 +106,6 @@ class ChangeHub {
   bool AwaitEntry(Reader& reader, int milliseconds, int& result) KECPP_REQUIRES(mutex);
   bool GiveSome(Reader& reader, std::uint64_t end, KEChange* changes, int& given, int max)
       KECPP_REQUIRES(mutex);
-  void NoteArray() KECPP_REQUIRES(mutex);
   void WakeAfterChange() KECPP_REQUIRES(mutex);
   void WakeAll() KECPP_REQUIRES(mutex);
 
@@ -124,15 +121,17 @@ class ChangeHub {
   using Hints = std::array<std::atomic<FeedRecords::Index>, 1U << 18>;
   std::atomic<FeedRecords::Index>* HintOf(const Stub& stub) const {
     Hints* const all = hints.load(std::memory_order_acquire);
-    return all != nullptr ? &(*all)[FeedRecords::Hash(&stub) >> 14] : nullptr;
+    return all != nullptr ? &(*all)[FeedRecords::Place(stub) % all->size()] : nullptr;
   }
   FeedRecords::Index Hint(const Stub& stub) const {
     const auto* const hint = HintOf(stub);
     return hint != nullptr ? hint->load(std::memory_order_relaxed) : 0;
   }
+  void NoteRecord(const Reader& reader, const Stub& stub, FeedRecords::Index index)
+      KECPP_REQUIRES(mutex);
 
   std::atomic<Hints*> hints{nullptr};  // owned; made by the first feed
-  std::atomic<const void*> array{nullptr};
+  FeedRecords::Shadow shadow;
 
   std::atomic<unsigned int> open{0};     // readers that are not closed; written with `mutex` held
   std::atomic<unsigned int> batches{0};  // under way

@@ -16,19 +16,19 @@ constexpr std::size_t kFirstBuckets = 16;
 
 // --- the table -----------------------------------------------------------------------------------
 
-unsigned int FeedRecords::Bucket(unsigned int type, const char* key) const {
+std::size_t FeedRecords::Bucket(unsigned int type, const char* key) const {
   const unsigned int hash = KELib::HashText(key, static_cast<unsigned int>(std::strlen(key)));
-  return (hash + type) * 2654435769U >> shift;
+  return (hash + type) & (buckets.size() - 1);
 }
 
-unsigned int FeedRecords::Bucket(const Record& record) const {
-  return record.stub != nullptr ? Bucket(record.stub)
+std::size_t FeedRecords::Bucket(const Record& record) const {
+  return record.stub != nullptr ? Bucket(*record.stub)
                                 : Bucket(static_cast<unsigned int>(record.type), record.key.Text());
 }
 
 FeedRecords::Index FeedRecords::Find(const Stub& stub) const {
   if (buckets.empty()) return kNone;
-  Index index = buckets[Bucket(&stub)];
+  Index index = buckets[Bucket(stub)];
   while (index != kNone && records[index].stub != &stub) index = records[index].chain;
   return index;
 }
@@ -48,17 +48,15 @@ FeedRecords::Index FeedRecords::FindGone(unsigned int type, const char* key) con
 // There is a free record afterwards. When it throws nothing is lost.
 void FeedRecords::MakeRoom() {
   if (free != kNone) return;
-  if (records.size() == buckets.size()) GrowBuckets();
-  records.emplace_back();
-  free = static_cast<Index>(records.size() - 1);
+  if (records.Size() == buckets.size()) GrowBuckets();
+  records.Grow();
+  free = records.Size() - 1;
 }
 
 void FeedRecords::GrowBuckets() {
   std::vector<Index> grown(buckets.empty() ? kFirstBuckets : buckets.size() * 2, kNone);
   buckets.swap(grown);
-  shift = 32;
-  for (std::size_t size = buckets.size(); size > 1; size /= 2) --shift;
-  for (Index i = 0; i < records.size(); ++i) {
+  for (Index i = 0; i < records.Size(); ++i) {
     if (records[i].used) Enchain(i);
   }
 }
@@ -130,8 +128,9 @@ FeedRecords::Index FeedRecords::Add(unsigned int type, const KELib::KEString& ke
   return index;
 }
 
-void FeedRecords::AddOnce(unsigned int type, const KELib::KEString& key, Stub& stub) {
-  if (Find(stub) == kNone) Add(type, key, stub);
+FeedRecords::Index FeedRecords::AddOnce(unsigned int type, const KELib::KEString& key, Stub& stub) {
+  const Index index = Find(stub);
+  return index != kNone ? index : Add(type, key, stub);
 }
 
 void FeedRecords::Replace(Stub& old, Stub& stub) {
@@ -148,7 +147,7 @@ void FeedRecords::ChangePartners(Stub& stub) {
 }
 
 void FeedRecords::Change(const Stub& stub, Index likely) {
-  const bool isLikely = likely < records.size() && records[likely].stub == &stub;
+  const bool isLikely = likely < records.Size() && records[likely].stub == &stub;
   const Index index = isLikely ? likely : Find(stub);
   if (index != kNone && !records[index].pending) Append(index);
 }
@@ -172,7 +171,7 @@ void FeedRecords::RemoveAt(Index index) {
 }
 
 void FeedRecords::RemoveAll(unsigned int type) {
-  for (Index i = 0; i < records.size(); ++i) {
+  for (Index i = 0; i < records.Size(); ++i) {
     if (records[i].stub != nullptr && records[i].type == type) RemoveAt(i);
   }
 }
