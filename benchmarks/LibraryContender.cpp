@@ -90,7 +90,8 @@ void LibraryContender::CreateCaches() {
 void LibraryContender::Apply(Text text) {
   KEString reply;
   reply.Attach(text.characters.release());
-  KELib::Xml::KEXmlReader reader(reply, false, 0);
+  KELib::Xml::KEXmlReader reader;
+  reader.SetInputOfLength(reply, static_cast<unsigned int>(text.length));
   KE::Service::UpdateInfo update(KE::Service::Val, nullptr);
   sync.UpdateSetToCache(update, reader);
 }

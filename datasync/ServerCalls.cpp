@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "datasync/ServerCalls.h"
 
+#include <typeinfo>
+
 #include "datasync/DataSyncConstants.h"
 #include "datasync/FilterWriter.h"
 #include "datasync/SyncState.h"
@@ -9,8 +11,9 @@
 #include "foundation/Logger.h"
 #include "http/CallLimits.h"
 #include "instance/CacheConversion.h"
-#include "service/call/KEMethod.h"
+#include "service/call/KEMethodImpl.h"
 #include "service/call/ServiceConstants.h"
+#include "soap/ReplyLength.h"
 #include "xml/KEXmlBuffer.h"
 #include "xml/KEXmlReader.h"
 
@@ -72,7 +75,7 @@ void ServerCalls::DestroyFilter(ManagedObjectReference& filter) {
 }
 
 bool ServerCalls::WaitForUpdates(const KEString& version, int answerLimit, bool& silent,
-                                 KEString& response) {
+                                 KELib::Xml::KEXmlReader& answer) {
   CallLimits limits(&interrupter, &stopRequested);
   limits.SetAnswerLimit(answerLimit);
   struct WaitOut {
@@ -89,8 +92,13 @@ bool ServerCalls::WaitForUpdates(const KEString& version, int answerLimit, bool&
     bool& silent;
   } const waitOut(state, limits, silent);
   if (stopRequested) return false;
+  const KELib::Soap::ReplyLength length;
+  KEString response;
   method->Invoke(targetNamespace, MethodWaitForUpdates, propertyCollector->type.Cstr(),
                  propertyCollector->value.Cstr(), VersionTag, version.Cstr(), response);
+  // An agent's own method object may have changed what it was given.
+  if (typeid(*method) != typeid(KEMethodImpl)) KELib::Soap::ReplyLength::Forget();
+  answer.SetInputOfLength(response, length.Of(response));
   return true;
 }
 

@@ -20,7 +20,8 @@
 
 namespace KELib::Xml {
 class KEXmlBuffer;
-}
+class KEXmlReader;
+}  // namespace KELib::Xml
 
 namespace KE::Service {
 
@@ -47,10 +48,10 @@ class ServerCalls {
   void DestroyFilter(KE::Stub::ManagedObjectReference& filter);
 
   // "WaitForUpdates". `answerLimit`: how many milliseconds the wait may stay unanswered; 0: as long
-  // as the connection allows. `silent` is set to whether nothing of an answer has come. False when
-  // a stop was requested before the call was sent.
+  // as the connection allows. `silent` is set to whether nothing of an answer has come; `answer`
+  // reads the answer from its start. False when a stop was requested before the call was sent.
   bool WaitForUpdates(const KELib::KEString& version, int answerLimit, bool& silent,
-                      KELib::KEString& response);
+                      KELib::Xml::KEXmlReader& answer);
 
   // "CancelWaitForUpdates". A failure is logged; true when the server answered. Fails at once when
   // no handle is free.

@@ -285,13 +285,13 @@ void SyncLoop::NoteFailedCycle(const char* text) {
 SyncLoop::Outcome SyncLoop::WaitAndApply() {
   // Methods alone have no updates to wait for before their callers see the first data.
   if (!initialCycleDone && !watches.HasFilters()) return Outcome::good;
-  KEString response;
-  if (!server.WaitForUpdates(version, BeginWait(), waitWasSilent, response)) {
+  KELib::Xml::KEXmlReader answer;
+  if (!server.WaitForUpdates(version, BeginWait(), waitWasSilent, answer)) {
     return Outcome::stopped;
   }
   waitWasSilent = false;
   if (stopRequested) return Outcome::stopped;
-  if (!response.Empty()) return ApplyResponse(response);
+  if (answer.GetInputLength() > 0) return Apply(answer);
   Log(nullptr, LOG_LEVEL_VERBOSE, "Empty Response. Resend WFU.");
   NoteFailedCycle("Empty Response. Resend WFU.");
   CheckDaemon();
@@ -318,13 +318,12 @@ int SyncLoop::BeginWait() {
   return MillisecondsTo(end, now);
 }
 
-SyncLoop::Outcome SyncLoop::ApplyResponse(KEString& response) {
-  KELib::Xml::KEXmlReader reader(response, false, 0);
+SyncLoop::Outcome SyncLoop::Apply(KELib::Xml::KEXmlReader& answer) {
   const KEString before(version);
-  ReadVersion(reader);
+  ReadVersion(answer);
   KE::Stub::ManagedObjectReference unknown;
   try {
-    updateSets.Apply(reader, unknown);
+    updateSets.Apply(answer, unknown);
   } catch (...) {
     AskForEverythingLater();
     throw;

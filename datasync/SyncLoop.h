@@ -86,7 +86,7 @@ class SyncLoop {
   void CheckDaemon();
   Outcome WaitAndApply();
   int BeginWait();
-  Outcome ApplyResponse(KELib::KEString& response);
+  Outcome Apply(KELib::Xml::KEXmlReader& answer);
   void ReadVersion(KELib::Xml::KEXmlReader& r);
   void ForgetVersion();
   void AskForEverythingLater();

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "soap/SoapMessage.h"
+#include "soap/ReplyLength.h"
 
 #include <algorithm>
 #include <cstring>
@@ -190,6 +191,7 @@ void ExtractMessageContent(KEString& content, SoapResponse& response) {
   KEString text;
   reader.MoveContentTo(text);
   CutOut(offset, inner.length, text);
+  ReplyLength::Note(text, inner.length);
   response.SetContent(text);
   StripResponseSuffix(response.name);
 }

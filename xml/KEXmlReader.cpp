@@ -40,6 +40,14 @@ void KEXmlReader::SetInput(KEString& text, bool copy) {
   state.Reset();
 }
 
+void KEXmlReader::SetInputOfLength(KEString& text, unsigned int textLength) {
+  input.Transfer(text);
+  length = textLength;
+  pos = 0;
+  state.Reset();
+  SetStartPos(0);
+}
+
 void KEXmlReader::SetStartPos(unsigned int p) {
   if (p == KEString::NPos || length < 2 || p >= length - 1) return;
   pos = p;

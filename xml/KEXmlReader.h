@@ -32,6 +32,9 @@ class KECPP_API KEXmlReader {
   // Replaces the input; the cursor is at its start.
   void SetInput(KEString& text, bool copy);
 
+  // Takes a text over that is known to have that length, and sets the cursor as SetStartPos(0).
+  void SetInputOfLength(KEString& text, unsigned int textLength);
+
   // Moves the cursor; ignored for NPos and where fewer than two characters are left.
   void SetStartPos(unsigned int p);
 

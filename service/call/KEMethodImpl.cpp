@@ -4,12 +4,14 @@
 #include <atomic>
 #include <cstring>
 #include <memory>
+#include <typeinfo>
 
 #include "foundation/KEException.h"
 #include "foundation/Logger.h"
 #include "http/CallTrace.h"
-#include "service/call/KESoapClient.h"
+#include "service/call/KESoapClientImpl.h"
 #include "service/call/ServiceConstants.h"
+#include "soap/ReplyLength.h"
 #include "soap/SoapException.h"
 #include "soap/SoapRequest.h"
 #include "soap/SoapResponse.h"
@@ -150,6 +152,7 @@ void KEMethodImpl::Send(const char* ns, const char* method, KEXmlBuffer& body, K
   KELib::Soap::SoapRequest request(ns, method, body);
   KELib::Soap::SoapResponse response;
   client->Request(request, response);
+  if (typeid(*client) != typeid(KESoapClientImpl)) KELib::Soap::ReplyLength::Forget();
   result.Transfer(response.GetContent());
 }
 

@@ -2,6 +2,7 @@
 #include "soap/SoapMessage.h"
 
 #include "http/HttpResponse.h"
+#include "soap/ReplyLength.h"
 #include "soap/SoapConstants.h"
 #include "soap/SoapResponse.h"
 #include "support/Answers.h"
@@ -22,7 +23,9 @@ std::string Extracted(const std::string& reply) {
   KEString content(reply.c_str());
   const char* const buffer = content.Cstr();
   SoapResponse response;
+  const ReplyLength length;
   ExtractMessageContent(content, response);
+  EXPECT_EQ(response.content.Length(), length.Of(response.content));
   EXPECT_EQ(buffer, response.content.Cstr()) << "the reply was copied";
   return std::string("[") + response.ns.Cstr() + "] [" + response.name.Cstr() + "] [" +
          response.content.Cstr() + "]";
@@ -43,6 +46,25 @@ TEST(SoapMessage, AnswersTheCases) {
   ExpectAnswers(KECPP_TEST_DATA "/cases/replies.txt",
                 {{"body", [](const Row& row) { return Extracted(Enveloped(row[1])); }},
                  {"reply", [](const Row& row) { return Extracted(row[1]); }}});
+}
+
+TEST(SoapMessage, ALengthIsThatOfItsReplyOnly) {
+  KEString reply(std::string(100000, 'x').c_str()), other("other");
+  const ReplyLength outer;
+  {
+    const ReplyLength length;
+    ReplyLength::Note(reply, 100000);
+    reply.Str()[1] = '\0';  // nobody does that to a reply: only a look at all of it would show it
+    EXPECT_EQ(100000U, length.Of(reply));
+    EXPECT_EQ(5U, length.Of(other));
+    ReplyLength::Note(other, 3);
+    EXPECT_EQ(5U, length.Of(other)) << "it does not end there";
+    ReplyLength::Note(reply, 100000);
+    ReplyLength::Forget();
+    EXPECT_EQ(1U, length.Of(reply));
+    ReplyLength::Note(reply, 100000);
+  }
+  EXPECT_EQ(1U, outer.Of(reply));
 }
 
 TEST(SoapMessage, IsRefusedWhereverItBreaksOff) {
