@@ -211,8 +211,6 @@ void PropertyMethods::ApplyMethodAnswer(MethodCall& call, KEString& response) {
   if (watches.FindMethodsNoLock(call.record) == nullptr)
     return;  // stopped while the server was asked
   const KE::Instance::ChangeHub::Batch batch(types.Changes());
-  KE::Instance::KECacheGuard caches(&types);
-  caches.LockAuthorization();
   ListValue::ApplyAt(ui, reader, types, watches.RolesNoLock());
 }
 

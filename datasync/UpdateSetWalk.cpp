@@ -205,13 +205,10 @@ void UpdateSetWalk::ApplyObjectSet() {
   ClearObject();
 }
 
-// Takes what a change is and to which property, as servers write it.
+// Takes what a change is and to which property, as servers write it. What assigns may have no `op`.
 bool UpdateSetWalk::TakePropertyAndOp(XmlSlice& property, XmlSlice& op) {
-  static constexpr char kAssign[] = "assign";
-  if (!cursor.TakeText("<name", "</name>", property)) return false;
-  if (!cursor.PassTag("<op>assign</op>")) return cursor.TakeText("<op", "</op>", op);
-  op = {kAssign, sizeof(kAssign) - 1};
-  return true;
+  return cursor.TakeText("<name", "</name>", property) &&
+         (cursor.PassTag("<op>assign</op>") || cursor.TakeText("<op", "</op>", op));
 }
 
 // The cursor is in the change set's content.
@@ -247,10 +244,8 @@ void UpdateSetWalk::ApplyValue(ObjectLock& lock, const XmlSlice& val, const XmlS
     return;
   }
   property.CopyTo(ui.name);
-  op.CopyTo(ui.op);
   ListValue(ui, types, room.objects, roles, cursor).ApplyElement(val);
   ui.name.Clear();
-  ui.op.Clear();
   ui.valueType.Clear();
 }
 
