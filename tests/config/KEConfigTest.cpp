@@ -37,7 +37,8 @@ std::string ValueOf(KEConfig& config, const char* key) {
 
 std::string LookUp(KEConfig& config, const std::string& step) {
   if (step.rfind("in ", 0) != 0) return ValueOf(config, step.c_str());
-  return config.FindParentConfigKey(step.c_str() + 3) ? "ok" : "not found";
+  KEString section(step.c_str() + 3);
+  return config.FindParentConfigKey(section) ? "ok" : "not found";
 }
 
 std::string StepsThrough(const Row& row) {
@@ -150,7 +151,7 @@ TEST(KEConfig, RefusesToBeChanged) {
   KEString a("a"), b("b"), none;
   EXPECT_THROW(config->SetConfigValue("a", "b"), NotImplementedException);
   EXPECT_THROW(config->SetConfigPair(a, b), NotImplementedException);
-  EXPECT_THROW(config->SetParentConfigKey(""), NotImplementedException);
+  EXPECT_THROW(config->SetParentConfigKey(a), NotImplementedException);
   EXPECT_THROW(config->GetConfigPair(a, b), NotImplementedException);
   EXPECT_TRUE(config->GetConfigPair(none, b));
   config->SetConfigValue("a", "");

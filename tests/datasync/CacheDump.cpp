@@ -146,9 +146,10 @@ std::string LineOf(const KEString& key, KEStubBase& stub) {
 
 std::string DumpCaches(KE::Instance::KETypeCache& types) {
   KE::Instance::KECacheGuard guard(&types);
-  guard.LockAll();
+  const auto caches = types.InLockOrder();  // once: one that is made meanwhile is not locked
+  for (KE::Instance::KEDataCache* cache : caches) guard.Lock(cache);
   std::vector<std::string> lines;
-  for (KE::Instance::KEDataCache* cache : types.InLockOrder()) {
+  for (KE::Instance::KEDataCache* cache : caches) {
     for (auto it = cache->Iterator(); !it.End(); ++it) {
       lines.push_back(LineOf(it->key, *it->value) + "\n");
     }

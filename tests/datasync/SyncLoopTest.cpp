@@ -14,6 +14,8 @@
 #include "stub/base/KEStubRef.h"
 #include "stub/classes/ClassNames.h"
 #include "stub/classes/ZORBEL_VMComputerSystem.h"
+#include "xml/KEXmlBuffer.h"
+#include "xml/KEXmlReader.h"
 
 namespace KE::Service {
 namespace {
@@ -22,27 +24,45 @@ using KELib::SystemException;
 
 class SyncLoopTest : public SyncFixture {};
 
-TEST_F(SyncLoopTest, TheCachesAreFullWhenSetupReturns) {
-  sync->StartSyncData();  // nothing is watched
-  EXPECT_EQ(server.Count("WaitForUpdates"), 0u);
-  server.Feed(UpdateSet("one", "filter-1", Machine("vm-1", "web")));
-  EXPECT_STREQ(Watch(kMachines)->value.Cstr(), "filter-1");
-  EXPECT_EQ(Caches(), "machine vm-1 ElementName=[web]\n");
-  EXPECT_TRUE(Status().firstFillDone && Status().loopRunning);
-  EXPECT_STREQ(Status().version.Cstr(), "one");
-  AwaitQuietWait(2);
-  const auto waits = server.Calls("WaitForUpdates");
-  EXPECT_EQ(waits[0].argument, "");
-  EXPECT_EQ(waits[1].argument, "one");
-  EXPECT_EQ(waits[1].type + " " + waits[1].value, "PropertyCollector pc-1");
+// Under the names that programs were built with.
+TEST_F(SyncLoopTest, ThePartsWorkWithoutTheLoop) {
+  const RefPtr root = Reference("Folder", "root");
+  PropertyTexts list("_p_ _o_ VirtualMachine name _t_ walk _o_ Folder _p_ childEntity");
+  KELib::Xml::KEXmlBuffer whole, parts, walk;
+  KEDataSyncImpl::CreateFilterSpec(root.get(), list, whole);
+  KEDataSyncImpl::CreatePropertySet(list, parts);
+  KEDataSyncImpl::CreateObjectSet(root.get(), list, parts);
+  KEDataSyncImpl::CreateSelectSet(list, walk);
+  EXPECT_EQ(whole.Cstr(), "<spec>\n" + std::string(parts.Cstr()) + "</spec>\n");
+  EXPECT_LT(parts.Find(walk, 0), parts.Length());
+  EXPECT_GT(walk.Length(), 0u);
 
-  server.Feed(UpdateSet("two", "filter-1", Machine("vm-1", "mail")));
-  AwaitQuietWait(3);
-  EXPECT_EQ(Caches(), "machine vm-1 ElementName=[mail]\n");
-  EXPECT_EQ(LastVersion(), "two");
-  sync->StartSyncData();  // it runs already
-  EXPECT_EQ(server.Count("WaitForUpdates"), 3u);
-  EXPECT_TRUE(CapturedLog::Lines().empty());
+  PropertyTexts machines(kMachines);
+  sync->StartSyncData();  // nothing is watched
+  Stub::ManagedObjectReference* filter = sync->CreatePropFilter(root.get(), machines, nullptr);
+  server.Feed(UpdateSet("1", "filter-1", Machine("vm-1", "first")));
+  sync->SyncData();
+  EXPECT_EQ(Caches(), "machine vm-1 ElementName=[first]\n");
+  EXPECT_EQ(server.Calls("WaitForUpdates").at(0).value, "pc-1");
+  KELib::KEString set(UpdateSet("2", "filter-1", Machine("vm-1", "second")).c_str());
+  KELib::Xml::KEXmlReader reader(set, false, 0);
+  UpdateInfo ui("val", nullptr);
+  sync->UpdateSetToCache(ui, reader);
+  EXPECT_EQ(Caches(), "machine vm-1 ElementName=[second]\n");
+  sync->RestartDataSync();
+  sync->DestroyPropFilter(filter);
+  EXPECT_EQ(server.Count("CancelWaitForUpdates") + server.Count("DestroyPropertyFilter"), 2u);
+
+  server.Always("RetrieveAllPermissions",
+                FakeServer::Text("<returnval><principal>ann</principal></returnval>"));
+  auto* methods = Watch("_m_ RetrieveAllPermissions _co_ Zorbel_Identity");
+  const std::string before = Caches();
+  sync->CleanupSessionUserPermissions();
+  EXPECT_NE(Caches(), before);
+  sync->PropMethodToCache();
+  EXPECT_EQ(Caches(), before);
+  sync->DestroyPropMethod(methods);
+  EXPECT_NE(Caches(), before);
 }
 
 // Each pause is a lower limit, so this cannot fail on a slow machine.
@@ -248,24 +268,22 @@ TEST_F(SyncStopTest, WaitForChangeTellsChangesAndTimeouts) {
   EXPECT_EQ(seen, 0u);
 }
 
-TEST_F(SyncStopTest, AFeedsReaderIsLetGo) {
+TEST_F(SyncStopTest, AFeedsReaderIsWokenAndLetGo) {
   WatchMachines();
   KE::Instance::KEChange changes[3];
   std::unique_ptr<KE::Instance::KEChangeFeed> feed;
-  const std::function<void()> ends[] = {[&] { feed->Close(); }, [&] { sync->RequestStop(); }};
-  for (const auto& end : ends) {
+  const std::pair<int, std::function<void()>> ends[] = {
+      {1, [&] { server.Feed(UpdateSet("2", "filter-1", Machine("vm-1", "changed"))); }},
+      {-1, [&] { feed->Close(); }},
+      {-1, [&] { sync->RequestStop(); }}};
+  for (const auto& [taken, end] : ends) {
     feed.reset(sync->OpenChangeFeed());
     EXPECT_EQ(1, feed->Take(changes, 3, -1));
     EXPECT_EQ(0, feed->Take(changes, 3, 1));
-    std::promise<void> begins;
-    std::thread reader([&, borrowed = feed.get()] {
-      begins.set_value();
-      EXPECT_EQ(-1, borrowed->Take(changes, 3, -1));
-    });
-    begins.get_future().wait();
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));  // mostly it waits by now
+    auto reader = std::async(std::launch::async, [&] { return feed->Take(changes, 3, -1); });
+    reader.wait_for(std::chrono::milliseconds(5));  // mostly it waits by now
     end();
-    reader.join();
+    EXPECT_EQ(taken, reader.get());
   }
 
   // The next watch finds another inventory. Until it is set up the feed says nothing.
@@ -352,14 +370,18 @@ TEST_F(SyncStopTest, AStopWakesWhoWaitsWithoutALoop) {
 
 // The setup that fails has nothing left to take back, and looks at nothing of it.
 TEST_F(SyncStopTest, AWatchMayBeStoppedBeforeItsSetupFails) {
-  server.Then("RetrieveAllPermissions", [&]() -> std::string {
-    sync->StopDataSync(Reference("PropertyFilter", "filter-1").get());
-    throw SystemException("down");
-  });
-  EXPECT_EQ(Thrown([&] { Watch(kRoles); }), "SystemException: down");
-  const auto destroyed = server.Calls("DestroyPropertyFilter");
-  ASSERT_EQ(destroyed.size(), 1u);
-  EXPECT_EQ(destroyed[0].value, "filter-1");
+  for (const bool everything : {false, true}) {
+    CountingWaiter waiter;
+    server.Then("RetrieveAllPermissions", [&]() -> std::string {
+      if (!everything) sync->StopDataSync(Reference("PropertyFilter", "filter-1").get());
+      if (everything) sync->RequestStop();
+      throw SystemException("down");
+    });
+    EXPECT_EQ(Thrown([&] { Watch(kRoles, &waiter); }), "SystemException: down");
+    EXPECT_EQ(waiter.signals, 1) << "the caller may destroy it";
+    ASSERT_EQ(server.Count("DestroyPropertyFilter"), 1u);
+    EXPECT_EQ(server.Calls("DestroyPropertyFilter")[0].value, "filter-1");
+  }
 }
 
 // --- the end of the process ----------------------------------------------------------------------

@@ -17,6 +17,7 @@ TEST(KEStringBufferTest, CapacityGrowsByWhatIsNeededAtLeast128) {
   buffer.Append('b');
   EXPECT_EQ(buffer.Capacity(), 328U);
   EXPECT_EQ(buffer.Length(), 201U);
+  EXPECT_EQ(KEStringBuffer(300).Capacity(), 300U);
 }
 
 TEST(KEStringBufferTest, ReservedRoomIsZeroedAndFilledByEveryKindOfValue) {
@@ -56,8 +57,9 @@ TEST(KEStringBufferTest, ManySmallAppendsKeepTheText) {
 TEST(KEStringBufferTest, TakesLongTextsOverAndGrowsBehindThem) {
   const std::string text(1000000, 'x');  // an exact block far from any step of the growth
   KEString source(text.c_str());
-  KEStringBuffer buffer(source, 0);
+  KEStringBuffer buffer(source, 300);
   EXPECT_TRUE(source.Empty());
+  EXPECT_GE(buffer.Capacity(), text.size() + 300);
   char* attached = new char[text.size() + 1];
   text.copy(attached, text.size());
   attached[text.size()] = '\0';
@@ -80,7 +82,9 @@ TEST(KEStringBufferTest, TakesOverAndCopies) {
   const KEStringBuffer& itself = copy;
   copy = itself;
   copy.Transfer(copy);
+  copy.Transfer(static_cast<KEString&>(copy));
   EXPECT_EQ(copy.Length(), 4U);
+  EXPECT_EQ(copy.Capacity(), 128U);
   buffer = copy += "!";
   copy = buffer.Cstr() + 1;
   EXPECT_STREQ(copy.Cstr(), "ext!");
@@ -102,24 +106,28 @@ struct Model {
 
   unsigned int Below(std::size_t n) { return static_cast<unsigned int>(random() % n); }
   std::string Piece() { return std::string(Below(9) == 0 ? Below(3000) : Below(40), Letter()); }
-  char Letter() { return static_cast<char>('a' + Below(26)); }
+  char Letter() { return static_cast<char>(1 + Below(126)); }
+  unsigned int Size() const { return static_cast<unsigned int>(text.size()); }
   unsigned int Position() { return Below(text.size() + 3); }
 
   void Append(bool throughBase) {
     const std::string piece = Piece();
-    throughBase ? base.Append(piece.c_str()) : buffer.Append(piece.c_str());
+    const KEString whole(piece.c_str());
+    throughBase ? void(base += whole) : void(buffer += whole);
     text += piece;
   }
   void AppendPart() {
     const unsigned int from = Below(text.size() + 1);
-    buffer.Append(buffer.Cstr() + from, 5);
+    buffer.UnsafeAppend(buffer.Cstr() + from, 5);
     text += text.substr(from, 5);
   }
   void AppendNumber() {
-    const int number = static_cast<int>(random());
+    const auto number = static_cast<unsigned int>(random());
+    const char letter = Letter();
     buffer.Append(number);
-    buffer.Append(true);
-    text += std::to_string(number) + "true";
+    buffer.Append(0.5);
+    buffer.Append(letter);
+    text += std::to_string(number) + "0.5" + letter;
   }
   void AppendUnsafely() {
     base.Resize(1 + Below(50));
@@ -143,7 +151,8 @@ struct Model {
         base = KEString(text.c_str());
         break;
       case 2:
-        base.AssignExact(text.data(), static_cast<unsigned int>(text.size()));
+        Below(2) == 0 ? base.AssignExact(text.data(), Size())
+                      : buffer.AssignExact(text.data(), Size());
         break;
       case 3:
         base.Transfer(taken);

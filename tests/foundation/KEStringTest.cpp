@@ -20,17 +20,27 @@ TEST(KEStringTest, LengthArgumentsReserveButNeverTruncate) {
 }
 
 TEST(KEStringTest, AppendsWholeTextsAndFormatsNumbers) {
-  KEString text;
+  KEString text, roomy(200U);
   text.Append("abc", 1);
-  text.Append('-');
-  text.Append('\0');
-  text.Append(true);
-  text.Append(static_cast<short>(-8));
-  text.Append(4294967295U);
-  text.Append(-1LL);
-  text.Append(2.5);
-  text.Append(static_cast<const char*>(nullptr));
-  EXPECT_STREQ(text.Cstr(), "abc-true-84294967295-12.5");
+  roomy.UnsafeAppend("abc", 3);
+  const auto append = [&](const auto& value) {
+    text.Append(value);
+    roomy.UnsafeAppend(value);
+  };
+  append('-');
+  append('\0');
+  append(true);
+  append(static_cast<short>(-8));
+  append(4294967295U);
+  append(-1);
+  append(-1LL);
+  append(18446744073709551615ULL);
+  append(2.5F);
+  append(2.5);
+  append(KEString("z"));
+  append(static_cast<const char*>(nullptr));
+  EXPECT_STREQ(text.Cstr(), "abc-true-84294967295-1-1184467440737095516152.5000002.5z");
+  EXPECT_STREQ(roomy.Cstr(), text.Cstr());
 }
 
 TEST(KEStringTest, SelfArgumentsWork) {
@@ -51,7 +61,7 @@ TEST(KEStringTest, PositionsAreClampedAndASubstringKeepsTheWholeTail) {
   EXPECT_EQ(KEString().At(7), '\0');
   EXPECT_EQ(text.Find('a', 0), 0U);
   EXPECT_EQ(text.Find('x', 6), KEString::NPos);
-  EXPECT_EQ(text.Find("bc", 1), 1U);
+  EXPECT_EQ(text.Find(KEString("bc"), 1), 1U);
   EXPECT_EQ(text.Find("bc", 4294967295U), KEString::NPos);
   EXPECT_EQ(KEString().Find('a', 0), KEString::NPos);
   EXPECT_STREQ(text.Substring(1, 3).Cstr(), "bcdef");

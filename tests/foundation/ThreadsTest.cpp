@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <syslog.h>
 
+#include <chrono>
 #include <climits>
 #include <functional>
 #include <future>
@@ -34,7 +35,9 @@ TEST(KEConditionTest, ATimedWaitEndsReturnsZeroAndLogs) {
   const std::unique_ptr<KECondition> condition(CreateKECondition());
   KEMutex mutex;
   mutex.Lock();
-  EXPECT_EQ(0, condition->Wait(&mutex, 1));
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(0, condition->Wait(&mutex, 30));
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(29));
   EXPECT_TRUE(mutex.IsLocked());
   // 4294968 * 1000 wraps to 704, less than a millisecond; 2147484 * 1000 to a time in the past.
   EXPECT_EQ(0, condition->Wait(&mutex, 4294968));

@@ -76,6 +76,13 @@ TEST(HttpResponseTest, AppendsToWhateverTextItHolds) {
   response.GetContent() = "foreign";
   response.AddContent("!", 1);
   EXPECT_STREQ("foreign!", response.GetContent().Cstr());
+
+  // In the note behind the room only the length was overwritten, by that of an older text.
+  char* const block = response.GetContent().Str();
+  std::memcpy(block + 9, "older", 6);
+  block[4096 + 1 + sizeof(void*)] = 14;
+  response.AddContent("!", 1);
+  EXPECT_STREQ("foreign!!", response.GetContent().Cstr());
 }
 
 TEST(HttpResponseTest, AppendsManyPiecesWithoutCopyingTheWhole) {

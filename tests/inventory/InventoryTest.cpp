@@ -102,18 +102,11 @@ class Replay {
 
  private:
   bool Look(const Change& change) {
-    switch (change.kind) {
-      case Kind::host:
-        return Look<kecpp::HostView>(change);
-      case Kind::machine:
-        return Look<kecpp::MachineView>(change);
-      case Kind::role:
-        return Look<kecpp::RoleView>(change);
-      case Kind::privilege:
-        return Look<kecpp::PrivilegeView>(change);
-      default:
-        return Look<kecpp::IdentityView>(change);
-    }
+    static constexpr bool (Replay::*kLooks[])(const Change&) = {
+        &Replay::Look<kecpp::HostView>, &Replay::Look<kecpp::MachineView>,
+        &Replay::Look<kecpp::RoleView>, &Replay::Look<kecpp::PrivilegeView>,
+        &Replay::Look<kecpp::IdentityView>};  // by Kind
+    return (this->*kLooks[static_cast<std::size_t>(change.kind)])(change);
   }
   template <class View>
   bool Look(const Change& change) {

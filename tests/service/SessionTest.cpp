@@ -16,6 +16,7 @@
 #include "foundation/KEException.h"
 #include "service/call/KEMethod.h"
 #include "service/entry/KESession.h"
+#include "support/CapturedLog.h"
 #include "xml/KEXmlBuffer.h"
 
 namespace KE::Service {
@@ -55,6 +56,7 @@ class SessionTest : public testing::Test {
 
   // What the session sends to log in.
   std::string Login() {
+    CapturedLog::Clear();
     KEString source(
         "<?xml version=\"1.0\"?><LoginInfo><localTicket>true</localTicket>"
         "<userName>root</userName><password>own&amp;</password></LoginInfo>");
@@ -83,6 +85,7 @@ TEST_F(SessionTest, WithoutATicketTheConfiguredPasswordIsSent) {
     server.ticket = ticket;
     EXPECT_THAT(Login(), HasSubstr("<userName>root</userName>\n<password>own&amp;</password>"))
         << ticket;
+    EXPECT_EQ(1u, CapturedLog::Count("icket information"));
   }
 }
 
@@ -91,8 +94,10 @@ TEST_F(SessionTest, WithoutAReadableFileTheConfiguredPasswordIsSentForTheTickets
   EXPECT_THAT(Login(), HasSubstr(expected)) << "the file is missing";
   ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
   EXPECT_THAT(Login(), HasSubstr(expected)) << "what is no regular file holds no password";
+  EXPECT_TRUE(CapturedLog::Contains("Unable to read the local ticket's password file\n"));
   server.ticket = "<returnval><userName>local</userName></returnval>";
   EXPECT_THAT(Login(), HasSubstr(expected)) << "the ticket names no file";
+  EXPECT_TRUE(CapturedLog::Contains("Invalid Local Ticket information. No password file.\n"));
 }
 
 }  // namespace

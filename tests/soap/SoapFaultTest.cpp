@@ -58,6 +58,17 @@ TEST(SoapFault, CopiesOutliveTheirSource) {
   EXPECT_STREQ("text", assigned.What());
   EXPECT_STREQ("<x/>", assigned.faultInfo->detail->detailXml);
   EXPECT_EQ("SoapException: text", Thrown([&] { std::rethrow_exception(held); }));
+
+  KEString ns, name("soapenv:Fault"), content("<faultcode>d</faultcode><detail><y/></detail>");
+  SoapResponse response(ns, name, content);
+  SoapFaultInfo* read = nullptr;
+  ExtractFaultInfo(response, read);
+  *assigned.faultInfo = *std::unique_ptr<SoapFaultInfo>(read);
+  EXPECT_STREQ("d", assigned.faultInfo->faultCode);
+  SoapFaultDetail detail(xml);
+  detail = *assigned.faultInfo->detail;
+  assigned.faultInfo->SetSoapFaultDetail(nullptr);
+  EXPECT_STREQ("<y/>", detail.detailXml);
 }
 
 }  // namespace

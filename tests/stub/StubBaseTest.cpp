@@ -25,7 +25,15 @@ TEST(AssocStubBase, BorrowsAClassNameAndGivesItBackEvenOnError) {
   FailingLink link;
   EXPECT_THROW(link.GetKey(name), std::runtime_error);
   EXPECT_EQ(name, link.asked);
-  EXPECT_STREQ("", KEAssocStubBase().GetKey(static_cast<const char*>(nullptr)));
+  KEAssocStubBase base;
+  KEString text("a");
+  for (const char* answer :
+       {base.GetKey(static_cast<const char*>(nullptr)), base.GetKey(text), base.GetOriginRole(),
+        base.GetResultRole(), base.GetOriginClassName(), base.GetResultClassName()}) {
+    EXPECT_STREQ("", answer);
+  }
+  EXPECT_FALSE(base.KeyEquals("a", "a"));
+  EXPECT_TRUE(base.GetAssocInstance(text) == nullptr && base.GetAssocInstance("a") == nullptr);
 }
 
 using Reference = KE::Stub::ManagedObjectReference;

@@ -14,7 +14,6 @@
 namespace KELib::Xml {
 namespace {
 
-const char* const kMalformed = "XmlException: Malformed XML. Missing element end.";
 const char* const kNothingToRead = "XmlException: Cannot use empty input XML";
 const char* const kAtTheEnd = "XmlException: Cannot read beyond length of input XML";
 
@@ -96,20 +95,6 @@ TEST(KEXmlReader, OwnsOrCopiesItsInput) {
   reader.MoveContentTo(out);
   EXPECT_STREQ("<a>1</a>", out.Cstr());
   EXPECT_EQ(0u, reader.GetInputLength() + reader.Pos());
-}
-
-TEST(KEXmlReader, AppendsTagsAndStrings) {
-  KEXmlReader reader = ReaderOf("<ns:tag/>\n\n  key=value;");
-  KEString out("+");
-  reader.GetElementTag(out);
-  EXPECT_STREQ("+ns:tag", out.Cstr());
-  reader.SkipTillChar('\n');
-  reader.SkipLineEndings();
-  reader.SkipChar(' ');
-  reader.GetStringUptilChar('=', out);
-  EXPECT_STREQ("+ns:tagkey", out.Cstr());
-  EXPECT_EQ('=', reader.Str()[reader.Pos()]);
-  EXPECT_EQ(kMalformed, Thrown([&] { reader.SkipTillChar('#'); }));
 }
 
 TEST(XmlEndTags, AreFoundBackwards) {
