@@ -157,7 +157,7 @@ void Report::AddWireGoals(std::vector<Goal>& goals) const {
   if (rounds.Has("idle")) {
     goals.push_back({"processor time in a quiet minute, ms (bare long poll: " +
                          Number(rounds.Value("idle", "/bare")) + ")",
-                     rounds.Value("idle", "/milliseconds"), 0, false});
+                     rounds.Value("idle", "/milliseconds"), 0.3, false});
   }
 }
 

@@ -47,6 +47,7 @@ void HttpHandle::Release() {
     curl_easy_setopt(handle, CURLOPT_SHARE, static_cast<void*>(nullptr));
     curl_easy_cleanup(handle);
   }
+  if (sockets != nullptr) sockets->Transfers().CloseConnections();
   curl_slist_free_all(headers);
   handle = nullptr;
   prepared = false;

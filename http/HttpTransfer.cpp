@@ -18,7 +18,8 @@ namespace Http {
 
 namespace {
 
-// libcurl's progress callback, called about once a second: anything but 0 ends the transfer.
+// libcurl's progress callback, called at the moment that Performer was given and about once a
+// second from then on: anything but 0 ends the transfer.
 int CheckProgress(void* transfer, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
   return static_cast<HttpTransfer*>(transfer)->IsAnswerLate() ? 1 : 0;
 }
@@ -129,7 +130,7 @@ int HttpTransfer::Perform() {
   {
     const Interrupter::Registration registration(
         scope != nullptr ? scope->GetInterrupter() : nullptr, *handle.sockets);
-    result = curl_easy_perform(handle.handle);
+    result = static_cast<CURLcode>(handle.sockets->Transfers().Perform(handle.handle, answerDue));
   }
   if (cookies != nullptr) cookies->Save(handle.handle, *handle.cookies);
   interrupted = handle.sockets->IsCut();

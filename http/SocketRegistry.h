@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The open sockets of one handle, so that its transfer can be ended from another thread while it
-// waits for a silent server.
+// waits for a silent server; and who opens and closes them.
 //
 // Thread safety: every operation from any thread; its mutex is a leaf.
 #ifndef KECPP_HTTP_SOCKETREGISTRY_H
@@ -9,6 +9,8 @@
 
 #include <mutex>
 #include <vector>
+
+#include "http/Performer.h"
 
 namespace KELib {
 namespace Http {
@@ -27,6 +29,9 @@ class SocketRegistry {
   // Whether the transfer that began last was cut.
   bool IsCut() const;
 
+  // Of the handle's own thread.
+  Performer& Transfers() { return performer; }
+
   // A new socket, or -1.
   int Open(int family, int type, int protocol);
 
@@ -38,6 +43,7 @@ class SocketRegistry {
   mutable std::mutex mutex;
   std::vector<int> sockets;
   bool cut = false;
+  Performer performer;  // last, since it closes sockets when it goes
 };
 
 }  // namespace Http

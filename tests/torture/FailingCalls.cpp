@@ -171,9 +171,24 @@ REPLACED_SYMBOL(void, EasyCleanup, "curl_easy_cleanup", (CURL * easy)) {
   Original<void(CURL*)>("curl_easy_cleanup")(easy);
 }
 
-REPLACED_SYMBOL(CURLcode, Perform, "curl_easy_perform", (CURL * easy)) {
+REPLACED_SYMBOL(CURLM*, MultiInit, "curl_multi_init", ()) {
+  if (Refuse({Call::easyInit, "a multi handle"})) return nullptr;
   insideLibcurl = true;
-  const CURLcode result = Original<CURLcode(CURL*)>("curl_easy_perform")(easy);
+  CURLM* const multi = Original<CURLM*()>("curl_multi_init")();
+  insideLibcurl = false;
+  return multi;
+}
+
+REPLACED_SYMBOL(CURLMcode, AddHandle, "curl_multi_add_handle", (CURLM * multi, CURL* easy)) {
+  insideLibcurl = true;
+  const auto result = Original<CURLMcode(CURLM*, CURL*)>("curl_multi_add_handle")(multi, easy);
+  insideLibcurl = false;
+  return result;
+}
+
+REPLACED_SYMBOL(CURLMcode, Perform, "curl_multi_perform", (CURLM * multi, int* running)) {
+  insideLibcurl = true;
+  const auto result = Original<CURLMcode(CURLM*, int*)>("curl_multi_perform")(multi, running);
   insideLibcurl = false;
   return result;
 }
