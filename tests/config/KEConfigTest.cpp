@@ -103,15 +103,6 @@ TEST(KEConfig, ReadsAFileUnlessItIsEmpty) {
   unlink(path.c_str());
 }
 
-TEST(KEConfig, TheDefaultDocumentIsLaidOutForReaders) {
-  const std::string text = DEFAULT_CONFIG_CONTENT;
-  EXPECT_EQ(
-      0u, text.find("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Config>\n   <SSLInfo>\n      <"));
-  EXPECT_NE(std::string::npos, text.find("\n      <passPhrase/>\n"));
-  EXPECT_NE(std::string::npos, text.find("\n      <password></password>\n   </LoginInfo>\n"));
-  EXPECT_EQ("\n   </LogInfo>\n</Config>\n", text.substr(text.size() - 25));
-}
-
 TEST(KEConfig, RefusesEmptyContent) {
   auto* source = new KEConfigSourceImpl("<?xml?><a>1</a>");
   source->Content() = "b";

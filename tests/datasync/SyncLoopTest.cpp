@@ -185,13 +185,19 @@ TEST_F(SyncStopTest, CleanupLetsBlockedCallersGo) {
   std::vector<std::thread> callers;
   callers.emplace_back([&] { Watch(kMachines, &waiters[0]); });
   server.AwaitCalls("WaitForUpdates", 1);
-  callers.emplace_back([&] { Watch("_p_ _o_ HostSystem name"); });
+  std::atomic<bool> mayReturn{false};
+  callers.emplace_back([&] {
+    Watch("_p_ _o_ HostSystem name");
+    EXPECT_TRUE(mayReturn);
+  });
   callers.emplace_back([&] { EXPECT_FALSE(WaitForTask("task-1", &waiters[1])); });
   callers.emplace_back([&] {
     unsigned long long seen = 0;
     Thrown([&] { EXPECT_FALSE(sync->WaitForChange(seen, 0)); });  // or it came too late to get in
   });
   server.AwaitCalls("CreateFilter", 3);
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  mayReturn = true;
   sync->Cleanup();
   for (std::thread& caller : callers) caller.join();
   EXPECT_EQ(waiters[0].signals, 1);
@@ -245,6 +251,7 @@ TEST_F(SyncStopTest, AStopEndsThePausesOfTheLoop) {
   WatchMachines();
   server.FeedError(SystemException("down"));
   while (Status().consecutiveFailures == 0) std::this_thread::yield();
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));  // without a pause it waits again
   const auto begin = std::chrono::steady_clock::now();
   sync.reset();
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));

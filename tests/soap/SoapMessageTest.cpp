@@ -3,7 +3,6 @@
 
 #include "http/HttpResponse.h"
 #include "soap/ReplyLength.h"
-#include "soap/SoapConstants.h"
 #include "soap/SoapResponse.h"
 #include "support/Answers.h"
 
@@ -29,17 +28,6 @@ std::string Extracted(const std::string& reply) {
   EXPECT_EQ(buffer, response.content.Cstr()) << "the reply was copied";
   return std::string("[") + response.ns.Cstr() + "] [" + response.name.Cstr() + "] [" +
          response.content.Cstr() + "]";
-}
-
-TEST(SoapMessage, TheEnvelopeIsKnownToTheByte) {
-  EXPECT_STREQ(
-      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-      "<soapenv:Envelope xmlns:soapenc=\"http://schemas.xmlsoap.org/soap/encoding/\"\n"
-      " xmlns:soapenv=\"http://schemas.xmlsoap.org/soap/envelope/\"\n"
-      " xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\"\n"
-      " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\">\n<soapenv:Body>\n",
-      SOAP_START);
-  EXPECT_STREQ("\n</soapenv:Body>\n</soapenv:Envelope>", SOAP_END);
 }
 
 TEST(SoapMessage, AnswersTheCases) {

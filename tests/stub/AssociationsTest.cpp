@@ -44,7 +44,10 @@ unsigned int SlotsOf(KELib::Stub::KEStubBase& stub, const char* assocClass, bool
 }
 
 template <typename Link>
-void ExpectEnds(Link& link, KELib::Stub::KEStubBase* origin, KELib::Stub::KEStubBase* result) {
+void ExpectEnds(Link& link, KELib::Stub::KEStubBase* origin, KELib::Stub::KEStubBase* result,
+                const std::string& names) {
+  EXPECT_EQ(names, std::string(link.GetStubClassName()) + " " + link.GetOriginRole() + " " +
+                       link.GetResultRole());
   KEString originClass(link.GetOriginClassName()), resultClass(link.GetResultClassName());
   KEString lowerCase(originClass);
   lowerCase.ToLower();
@@ -69,19 +72,24 @@ TEST(Associations, NameTheirEnds) {
   ZORBEL_HostedDependency runs;
   runs.Antecedent = &host;
   runs.Dependent = &machine;
-  ExpectEnds(runs, &host, &machine);
+  ExpectEnds(runs, &host, &machine, "ZORBEL_HostedDependency Antecedent Dependent");
   EXPECT_STREQ("Name", runs.GetKey("no class of this library"));
 
   Zorbel_Role role;
   Zorbel_Identity identity;
+  Zorbel_Privilege privilege;
   role.Name = "origin-key";
-  identity.InstanceID = "result-key";
+  identity.InstanceID = privilege.InstanceID = "result-key";
   Zorbel_IdentityMemberOfCollection holds;
-  holds.Collection = &role;
+  Zorbel_PrivilegeMemberOfCollection gives;
+  holds.Collection = gives.Collection = &role;
   holds.Member = &identity;
-  ExpectEnds(holds, &role, &identity);
+  gives.Member = &privilege;
+  ExpectEnds(holds, &role, &identity, "Zorbel_IdentityMemberOfCollection Collection Member");
+  ExpectEnds(gives, &role, &privilege, "Zorbel_PrivilegeMemberOfCollection Collection Member");
   EXPECT_STREQ("InstanceID", holds.GetKey(Zorbel_IdentityClass));
   EXPECT_STREQ("", holds.GetKey(Zorbel_PrivilegeClass));
+  EXPECT_STREQ("InstanceID", gives.GetKey(Zorbel_PrivilegeClass));
 }
 
 TEST(Associations, AreListedByClassExceptOfRoleMembers) {
@@ -121,9 +129,9 @@ TEST(Associations, DieOnceWithWhicheverEndGoesFirst) {
   EXPECT_EQ(0u, SlotsOf(*machines[0], ZORBEL_HostedDependencyClass, true));
 
   for (int last = 0; last < 3; ++last) {
-    auto* role = new Zorbel_Role;
-    auto* privilege = new Zorbel_Privilege;
-    auto* identity = new Zorbel_Identity;
+    auto* role = CreateZorbel_Role();
+    auto* privilege = CreateZorbel_Privilege();
+    auto* identity = CreateZorbel_Identity();
     std::unique_ptr<KELib::Stub::KEStubBase> ends[3];
     ends[0].reset(role);
     ends[1].reset(privilege);
@@ -145,7 +153,8 @@ TEST(Associations, WithoutAnEndOrItsListAreDeletedAllTheSame) {
   auto* half = CreateZORBEL_HostedDependency();
   half->Antecedent = &unlisted;
   machine.HostedDependencies->Add(half);
-  machine.HostedDependencies->Add(new Zorbel_IdentityMemberOfCollection);
+  machine.HostedDependencies->Add(CreateZorbel_IdentityMemberOfCollection());
+  machine.HostedDependencies->Add(CreateZorbel_PrivilegeMemberOfCollection());
 }
 
 // Quadratic work on so many links would run into the tests' time limit.

@@ -7,8 +7,10 @@
 namespace KELib::Xml {
 namespace {
 
-std::string Converted(void (*convert)(const char*, KEString&), const char* text) {
-  KEString out("stale");
+template <typename Text = KEStringBuffer>
+std::string Converted(void (*convert)(const char*, Text&), const char* text) {
+  Text out;
+  out = "stale";
   convert(text, out);
   return out.Cstr();
 }
@@ -16,10 +18,12 @@ std::string Converted(void (*convert)(const char*, KEString&), const char* text)
 TEST(XmlEscape, AnswersTheCases) {
   ExpectAnswers(
       KECPP_TEST_DATA "/cases/escapes.txt",
-      {{"escape", [](const Row& row) { return Converted(EscapeText, row[1].c_str()); }},
-       {"escape stray", [](const Row& row) { return Converted(EscapeStray, row[1].c_str()); }},
-       {"decode", [](const Row& row) { return Converted(DecodeEntities, row[1].c_str()); }}});
-  EXPECT_EQ("", Converted(EscapeText, nullptr) + Converted(DecodeEntities, nullptr));
+      {{"escape", [](const Row& row) { return Converted<>(EscapeText, row[1].c_str()); }},
+       {"escape stray", [](const Row& row) { return Converted<>(EscapeStray, row[1].c_str()); }},
+       {"decode", [](const Row& row) { return Converted<>(DecodeEntities, row[1].c_str()); }}});
+  EXPECT_EQ("&lt;<",
+            Converted<KEString>(EscapeText, "<") + Converted<KEString>(DecodeEntities, "&lt;"));
+  EXPECT_EQ("", Converted<>(EscapeText, nullptr) + Converted<>(DecodeEntities, nullptr));
 }
 
 TEST(XmlException, JoinsAndCopiesItsTexts) {
