@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "inventory/Connection.h"
 
+#include <cstring>
 #include <exception>
 #include <utility>
 
@@ -35,6 +36,13 @@ void SetFirstLogLevel(const std::string& level) {
 
 std::string FailureText(const KESyncStatus& status) {
   return status.lastFailure.Empty() ? "no data arrived" : status.lastFailure.Cstr();
+}
+
+// Whether the daemon keeps something from this account. A fault of the server comes as its bare
+// type.
+bool IsRefusal(const KELib::Throwable& error) {
+  return dynamic_cast<const KELib::NoPermissionException*>(&error) != nullptr ||
+         std::strcmp(error.What(), "NoPermission") == 0;
 }
 
 // The failure's text begins with the URL, where there is one.
@@ -133,13 +141,17 @@ void Connection::WatchSystems() {
 
 void Connection::WatchAuthorization() {
   try {
+    const std::unique_ptr<KE::Stub::ManagedObjectReference> root(
+        instance->GetReference("authorizationManager"));
+    if (!root) throw KELib::NoPermissionException("there is no authorization manager");
     Watch("authorizationManager", &ListAuthorization, firstRoles.get());
     Watch("authorizationManager", &ListPermissions, firstPermissions.get());
     AwaitAuthorization(*firstRoles);
     AwaitAuthorization(*firstPermissions);
     hasAuthorization = true;
   } catch (const KELib::Throwable& error) {
-    if (options.authorization == Authorization::required) {
+    // Anything but a refusal may be over at the next attempt; without one it would stay so.
+    if (options.authorization == Authorization::required || !IsRefusal(error)) {
       Fail(std::string("cannot watch roles and privileges: ") + error.What());
     }
     KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_WARNING, "No roles and privileges: %s",

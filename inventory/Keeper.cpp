@@ -85,7 +85,7 @@ void Keeper::Start() {
   }
   if (options.connectInBackground) return;
   std::unique_lock<std::mutex> lock(mutex);
-  const auto isDecided = [this] { return ended || current != nullptr; };
+  const auto isDecided = [this] { return ended || status.connections > 0; };
   if (options.connectTimeout.count() <= 0) {
     changed.wait(lock, isDecided);
   } else if (!changed.wait_for(lock, std::min(options.connectTimeout, kLongestWait), isDecided)) {
@@ -216,25 +216,27 @@ void Keeper::WatchOver() {
 
 // The new connection takes the place of the present one, which is destroyed when its readers have
 // left.
+// Followers learn of it afterwards: a reader that looks up what it was given must find it.
 void Keeper::Install(std::unique_ptr<Connection> made) {
   const std::lock_guard<std::mutex> guard(switching);
+  {
+    const std::lock_guard<std::mutex> lock(mutex);
+    current.swap(made);
+  }
   const Followers all = LivingFollowers();
   try {
-    if (current) {
-      Switch(*current, *made, all);
+    if (made) {
+      Switch(*made, *current, all);
     } else {
-      for (const auto& follower : all) follower->Begin(std::make_shared<Feed>(*made));
+      for (const auto& follower : all) follower->Begin(std::make_shared<Feed>(*current));
     }
   } catch (...) {
     for (const auto& follower : all) follower->Close();
   }
-  {
-    const std::lock_guard<std::mutex> lock(mutex);
-    current.swap(made);
-    ++status.connections;
-    status.hasAuthorization = current->HasAuthorization();
-  }
-  SetState(Status::State::connected, "");
+  const std::lock_guard<std::mutex> lock(mutex);
+  SetStateNoLock(Status::State::connected, "");
+  ++status.connections;
+  status.hasAuthorization = current->HasAuthorization();
 }
 
 void Keeper::Switch(Connection& before, Connection& now, const Followers& all) {
@@ -262,6 +264,10 @@ Keeper::Followers Keeper::LivingFollowers() {
 
 void Keeper::SetState(Status::State state, const std::string& reason) {
   const std::lock_guard<std::mutex> lock(mutex);
+  SetStateNoLock(state, reason);
+}
+
+void Keeper::SetStateNoLock(Status::State state, const std::string& reason) {
   if (status.state != state || status.connections == 0) {
     status.since = std::chrono::system_clock::now();
   }

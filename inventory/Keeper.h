@@ -60,6 +60,7 @@ class Keeper {
   void Switch(Connection& before, Connection& now, const Followers& all);
   Followers LivingFollowers();
   void SetState(Status::State state, const std::string& reason);
+  void SetStateNoLock(Status::State state, const std::string& reason);
   bool Pause(std::chrono::milliseconds limit);
 
   const Options options;

@@ -6,10 +6,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <map>
 #include <thread>
 
+#include "endurance/Replay.h"
 #include "simulator/driver/Simulator.h"
 
 namespace {
@@ -17,106 +16,11 @@ namespace {
 using driver::Eventually;
 using driver::Json;
 using driver::Simulator;
+using endurance::Replay;
 using kecpp::Change;
 using kecpp::Inventory;
 using kecpp::Kind;
 using std::chrono::milliseconds;
-
-using Texts = std::vector<std::string_view>;
-
-Json Sorted(Texts keys) {
-  std::sort(keys.begin(), keys.end());
-  return keys;
-}
-
-// The objects in the form in which the daemon tells its truth.
-Json ToJson(const kecpp::HostView& host) {
-  return {{"Name", host.key},
-          {"ElementName", host.name},
-          {"Description", host.description},
-          {"UUID", host.uuid},
-          {"Vendor", host.vendor},
-          {"Model", host.model},
-          {"OperationalStatus", host.operationalStatus},
-          {"machines", Sorted(host.machines)}};
-}
-Json ToJson(const kecpp::MachineView& machine) {
-  return {{"Name", machine.key},
-          {"ElementName", machine.name},
-          {"Description", machine.description},
-          {"UUID", machine.uuid},
-          {"GuestFullName", machine.guestFullName},
-          {"GuestHostName", machine.guestHostName},
-          {"GuestIPAddress", machine.guestIPAddress},
-          {"VMPathName", machine.path},
-          {"PowerState", machine.powerStateText},
-          {"OperationalStatus", machine.operationalStatus},
-          {"host", machine.host ? Json(*machine.host) : Json(nullptr)}};
-}
-Json ToJson(const kecpp::RoleView& role) {
-  return {{"Name", role.key},
-          {"ElementName", role.name},
-          {"Caption", role.caption},
-          {"Description", role.description},
-          {"RoleType", role.type},
-          {"privileges", Sorted(role.privileges)},
-          {"identities", Sorted(role.identities)}};
-}
-Json ToJson(const kecpp::PrivilegeView& privilege) {
-  return {{"InstanceID", privilege.key},
-          {"ElementName", privilege.name},
-          {"roles", Sorted(privilege.roles)}};
-}
-Json ToJson(const kecpp::IdentityView& identity) {
-  return {{"InstanceID", identity.key}, {"roles", Sorted(identity.roles)}};
-}
-
-// What an agent knows that lives of changes alone.
-class Replay {
- public:
-  explicit Replay(const Inventory& source) : inventory(source) {}
-
-  void Apply(const Change& change) {
-    auto& objects = lists[change.kind];
-    const bool known = objects.count(change.key) > 0;
-    EXPECT_EQ(known, change.type != Change::Type::added)
-        << NameOf(change.kind) << ' ' << change.key << " was given before or never";
-    if (change.type == Change::Type::removed || !Look(change)) {
-      objects.erase(change.key);
-      if (change.type != Change::Type::removed) objects[change.key] = nullptr;
-    }
-  }
-
-  Json Document() const {
-    Json document;
-    for (const Kind kind :
-         {Kind::host, Kind::machine, Kind::role, Kind::privilege, Kind::identity}) {
-      const std::string list = NameOf(kind);
-      Json& all = document[list == "identity" ? "identities" : list + "s"] = Json::array();
-      const auto objects = lists.find(kind);
-      if (objects == lists.end()) continue;
-      for (const auto& [key, object] : objects->second) all.push_back(object);
-    }
-    return document;
-  }
-
- private:
-  bool Look(const Change& change) {
-    static constexpr bool (Replay::*kLooks[])(const Change&) = {
-        &Replay::Look<kecpp::HostView>, &Replay::Look<kecpp::MachineView>,
-        &Replay::Look<kecpp::RoleView>, &Replay::Look<kecpp::PrivilegeView>,
-        &Replay::Look<kecpp::IdentityView>};  // by Kind
-    return (this->*kLooks[static_cast<std::size_t>(change.kind)])(change);
-  }
-  template <class View>
-  bool Look(const Change& change) {
-    return inventory.Look<View>(
-        change.key, [&](const View& view) { lists[change.kind][change.key] = ToJson(view); });
-  }
-
-  const Inventory& inventory;
-  std::map<Kind, std::map<std::string, Json>> lists;
-};
 
 class InventoryTest : public testing::Test {
  protected:
@@ -135,9 +39,11 @@ class InventoryTest : public testing::Test {
         replay.Apply(change);
         if (taken != nullptr) taken->push_back(change);
       }
-      truth = simulator.Truth();
+      truth = endurance::Decoded(simulator.Truth());
       return replay.Document() == truth;
     })) << Json::diff(replay.Document(), truth);
+    EXPECT_TRUE(replay.EqualsInventory());
+    EXPECT_EQ(replay.Wrong(), "");
   }
 
   std::string Create(const std::string& name) {
@@ -200,6 +106,8 @@ TEST_F(InventoryTest, AfterALostSessionThereIsOnlyWhatDiffers) {
   auto inventory = std::make_unique<Inventory>(Options());
   kecpp::Follower follower = inventory->Follow();
   kecpp::Follower untouched = inventory->Follow();  // takes nothing until the end
+  std::vector<kecpp::Follower> crowd;               // after the one that looks at once
+  while (crowd.size() < 200) crowd.push_back(inventory->Follow());
   Replay replay(*inventory);
   Follow(follower, replay);
   const kecpp::Status before = inventory->State();
@@ -208,11 +116,11 @@ TEST_F(InventoryTest, AfterALostSessionThereIsOnlyWhatDiffers) {
   simulator.Control("machine", {{"do", "remove"}, {"id", leaves}});
   const std::string comes = Create("comes");
   simulator.SetMachine("vm-1", "name", "renamed");
+  std::vector<Change> taken;
+  Follow(follower, replay, &taken);
   ASSERT_TRUE(Eventually([&] { return inventory->State().connections == 2; }))
       << inventory->State().reason;
   EXPECT_EQ(inventory->State().state, kecpp::Status::State::connected);
-  std::vector<Change> taken;
-  Follow(follower, replay, &taken);
   std::vector<std::string> machines;  // who may do what may have been taken away for a while
   for (const Change& change : taken) {
     if (change.kind == Kind::machine) machines.push_back(change.key);
@@ -229,6 +137,31 @@ TEST_F(InventoryTest, AfterALostSessionThereIsOnlyWhatDiffers) {
   waiting.join();
   EXPECT_TRUE(follower.Closed());
   EXPECT_TRUE(follower.Next().empty());
+}
+
+TEST_F(InventoryTest, FollowsFromBeforeTheFirstConnection) {
+  kecpp::Options options = Options();
+  options.connectInBackground = true;
+  const Inventory inventory(options);
+  std::vector<kecpp::Follower> all;
+  while (all.size() < 200) all.push_back(inventory.Follow());
+  Replay replay(inventory);
+  Follow(all.front(), replay);
+}
+
+// A connection that was lost takes its time to end as well.
+TEST_F(InventoryTest, EndsInTimeWhileTheDaemonHangs) {
+  for (const char* method : {"Logout", "CancelWaitForUpdates"}) {
+    auto inventory = std::make_unique<Inventory>(Options());
+    simulator.Control("fault", {{"method", method}, {"kind", "hang"}, {"count", 1000}});
+    const int calls = simulator.Stats()["calls"].value("Logout", 0);
+    simulator.Control("session-lost");
+    ASSERT_TRUE(Eventually([&] { return simulator.Stats()["calls"].value("Logout", 0) > calls; }));
+    const auto begin = std::chrono::steady_clock::now();
+    inventory.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5)) << method;
+    simulator.Control("fault", {{"kind", "clear"}});
+  }
 }
 
 TEST_F(InventoryTest, SaysWhyThereIsNone) {
