@@ -4,17 +4,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
-#include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <iostream>
 
+#include "faults/Lives.h"
 #include "faults/Stage.h"
 #include "faults/Tables.h"
 #include "support/CapturedLog.h"
@@ -213,44 +210,14 @@ void FreeAtExit() {
 
 // --- the matrix ----------------------------------------------------------------------------------
 
-constexpr int MET = 3;  // unlike what the library ends a process with
-
-[[noreturn]] void MeetAndExit(const Cell& cell, bool hasPassword) {
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
-  try {
-    cell.EndsTheProcess() ? Live(cell) : Meet(cell, hasPassword);
-  } catch (const std::exception& error) {
-    ADD_FAILURE() << error.what();
-  }
-  std::exit(testing::Test::HasFailure() ? EXIT_FAILURE : MET);
-}
-
-// Each cell is met in its own process, a few side by side: most of their time is time-outs.
 void MeetAll(const std::string& call, bool hasPassword) {
-  constexpr std::size_t AT_ONCE = 4;
-  std::map<pid_t, const Cell*> running;
-  Row failed;  // reported at the end: the processes would inherit a failure
-  const auto awaitOne = [&] {
-    int status = 0;
-    const auto ended = running.find(wait(&status));
-    const Cell& cell = *ended->second;
-    const int expected = cell.EndsTheProcess() ? EXIT_SUCCESS : MET;
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != expected) {
-      failed.push_back(cell.fault.at("Fault") + ": status " + std::to_string(status));
-    }
-    running.erase(ended);
-  };
-  const std::vector<Cell> cells = CellsOf(call);
-  for (const Cell& cell : cells) {
-    if (running.size() == AT_ONCE) awaitOne();
-    std::fflush(nullptr);
-    const pid_t pid = fork();
-    if (pid == 0) MeetAndExit(cell, hasPassword);
-    ASSERT_GT(pid, 0);
-    running[pid] = &cell;
+  std::vector<Life> lives;
+  for (const Cell& cell : CellsOf(call)) {
+    lives.push_back({cell.fault.at("Fault"), cell.EndsTheProcess(), [cell, hasPassword] {
+                       cell.EndsTheProcess() ? Live(cell) : Meet(cell, hasPassword);
+                     }});
   }
-  while (!running.empty()) awaitOne();
-  EXPECT_THAT(failed, testing::IsEmpty());
+  LiveAll(lives);
 }
 
 class Matrix : public testing::TestWithParam<std::string> {};

@@ -56,6 +56,10 @@ class Stage {
   // `texts` are patterns for the failure's text.
   bool Holds(const std::string& statement, const std::vector<std::string>& texts);
 
+  driver::Simulator& Daemon() { return simulator; }
+  const std::string& Config() const { return config; }
+  int CallsOf(const std::string& name) { return simulator.Stats()["calls"].value(name, 0); }
+
   // What no log line may tell: the user's name and password, tickets, the session's cookie.
   std::vector<std::string> Secrets() const;
 
@@ -66,7 +70,6 @@ class Stage {
   bool LoggedIn();
   bool CachesBecomeTrue();
 
-  int CallsOf(const std::string& name) { return simulator.Stats()["calls"].value(name, 0); }
   void RenameAMachine();
   Json Read() { return sync == nullptr ? Json() : ReadCaches(*sync->GetCache()); }
 
