@@ -37,20 +37,19 @@ ObjectTarget::ObjectTarget(UpdateInfo& update, const KE::Instance::ObjectKind& o
       properties(PropertiesOf(kind.id)) {}
 
 void ObjectTarget::Apply(const XmlSlice& property, const XmlSlice& op, const XmlSlice& value) {
-  if (properties == nullptr) {
-    if (kind.IsAnyOther()) ApplyToTask(property, value);
-  } else if (!IsRemoval(op)) {
-    KELib::Stub::KEStubBase& filled = Stub();
-    if (const Property* found = properties->table.Find(property)) {
-      assigned = true;  // also when it fails half-way
-      found->Put(filled, value, caches);
-    }
+  const Property* found = nullptr;
+  if (IsPlain(property, op, found)) {
+    Put(found, value);
+  } else if (kind.IsAnyOther()) {
+    ApplyToTask(property, value);
   }
 }
 
-KELib::Stub::KEStubBase& ObjectTarget::Stub() {
-  if (stub == nullptr) FindStub();
-  return *stub;
+bool ObjectTarget::IsPlain(const XmlSlice& property, const XmlSlice& op,
+                           const Property*& found) const {
+  if (properties == nullptr || IsRemoval(op)) return false;
+  found = properties->table.Find(property);
+  return true;
 }
 
 // The caches are held until the feeds have learned of the change: a feed that is opened in between

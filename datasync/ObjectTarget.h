@@ -39,6 +39,19 @@ class ObjectTarget {
   void Apply(const KELib::Xml::XmlSlice& property, const KELib::Xml::XmlSlice& op,
              const KELib::Xml::XmlSlice& value);
 
+  // The property of that path, null for one that is passed over. True when all that Apply does
+  // with a value is Put, whatever the value is.
+  bool IsPlain(const KELib::Xml::XmlSlice& property, const KELib::Xml::XmlSlice& op,
+               const Property*& found) const;
+
+  // Applies a value to a property that IsPlain has found.
+  void Put(const Property* property, const KELib::Xml::XmlSlice& value) {
+    KELib::Stub::KEStubBase& filled = Stub();
+    if (property == nullptr) return;
+    assigned = true;  // also when it fails half-way
+    property->Put(filled, value, caches);
+  }
+
   // The object has left the watch: deletes its stub; a task counts as ended.
   void Remove();
 
@@ -50,7 +63,10 @@ class ObjectTarget {
   void ApplyItem(const Property& list, const KELib::Xml::XmlSlice& item);
 
  private:
-  KELib::Stub::KEStubBase& Stub();
+  KELib::Stub::KEStubBase& Stub() {
+    if (stub == nullptr) FindStub();
+    return *stub;
+  }
   void FindStub();
   void ApplyToTask(const KELib::Xml::XmlSlice& property, const KELib::Xml::XmlSlice& value);
 

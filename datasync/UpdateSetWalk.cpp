@@ -49,6 +49,11 @@ class UpdateSetWalk::ObjectLock {
 
   ObjectTarget& Target() { return *target; }
 
+  // Whether changes of an object of that kind may be applied, unless Take says that none may.
+  bool Fits(const KE::Instance::ObjectKind& kind) const {
+    return !taken || (target.has_value() && &target->Kind() == &kind);
+  }
+
  private:
   void TakeAll() KECPP_NO_THREAD_SAFETY_ANALYSIS {
     taken = true;
@@ -181,8 +186,10 @@ void UpdateSetWalk::ApplyObjectSet() {
   XmlSlice name;
   bool closed = false;
   while (!closed) {
+    const char* const begin = cursor.Position();
+    if (ApplyLearned(lock)) continue;
     if (cursor.PassTag("<changeSet>")) {
-      ApplyChangeSet(lock);
+      ApplyChangeSet(lock, begin);
     } else if (cursor.PassTag("</objectSet>")) {
       closed = true;
     } else if (!cursor.NextChild(name)) {
@@ -194,7 +201,7 @@ void UpdateSetWalk::ApplyObjectSet() {
     } else if (!name.Is("changeSet")) {
       cursor.SkipElement(name);
     } else if (cursor.Enter()) {
-      ApplyChangeSet(lock);
+      ApplyChangeSet(lock, begin);
     }
   }
   if (!closed) cursor.Leave("objectSet");
@@ -211,8 +218,18 @@ bool UpdateSetWalk::TakePropertyAndOp(XmlSlice& property, XmlSlice& op) {
          (cursor.PassTag("<op>assign</op>") || cursor.TakeText("<op", "</op>", op));
 }
 
-// The cursor is in the change set's content.
-void UpdateSetWalk::ApplyChangeSet(ObjectLock& lock) {
+// Applies the change set at the cursor when it looks like one of the object before.
+bool UpdateSetWalk::ApplyLearned(ObjectLock& lock) {
+  if (leaves || !lock.Fits(*objectKind)) return false;
+  const Property* property = nullptr;
+  XmlSlice value;
+  if (!room.learned[objectKind->Index()].Take(cursor, property, value)) return false;
+  if (lock.Take()) lock.Target().Put(property, value);
+  return true;
+}
+
+// The cursor is in the content of the change set, whose step began at `begin`.
+void UpdateSetWalk::ApplyChangeSet(ObjectLock& lock, const char* begin) {
   if (leaves || !lock.Take()) {
     cursor.Leave("changeSet");
     return;
@@ -221,7 +238,13 @@ void UpdateSetWalk::ApplyChangeSet(ObjectLock& lock) {
   if (TakePropertyAndOp(property, op) && property.length > 0 &&
       cursor.TakeText("<val", "</val>", value)) {
     lock.Target().Apply(property, op, value);
-    if (cursor.PassTag("</changeSet>")) return;
+    if (cursor.PassTag("</changeSet>")) {
+      const Property* found = nullptr;
+      if (lock.Target().IsPlain(property, op, found)) {
+        room.learned[lock.Target().Kind().Index()].Learn(begin, property, value, found);
+      }
+      return;
+    }
   }
   while (cursor.NextChild(name)) {
     if (name.Is("name")) {

@@ -52,7 +52,8 @@ class UpdateSetWalk {
   void ClearObject();
   void SetObject(const KELib::Xml::XmlSlice& type, const KELib::Xml::XmlSlice& id);
   void ReadObject(const KELib::Xml::XmlSlice& name);
-  void ApplyChangeSet(ObjectLock& lock);
+  bool ApplyLearned(ObjectLock& lock);
+  void ApplyChangeSet(ObjectLock& lock, const char* begin);
   bool TakePropertyAndOp(KELib::Xml::XmlSlice& property, KELib::Xml::XmlSlice& op);
   void ApplyValue(ObjectLock& lock, const KELib::Xml::XmlSlice& val,
                   const KELib::Xml::XmlSlice& property, const KELib::Xml::XmlSlice& op);

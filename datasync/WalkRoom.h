@@ -11,11 +11,13 @@
 #include <memory>
 
 #include "datasync/DataSyncConstants.h"
+#include "datasync/LearnedSteps.h"
 #include "datasync/ObjectCaches.h"
 #include "datasync/UpdateInfo.h"
 #include "foundation/KEString.h"
 #include "foundation/KEStringBuffer.h"
 #include "instance/KECacheGuard.h"
+#include "instance/ObjectKinds.h"
 #include "xml/KEXmlCursor.h"
 
 namespace KE::Service {
@@ -51,6 +53,7 @@ struct WalkRoom {
   KE::Instance::KECacheGuard caches;  // holds something within an object set only
   ReusedText kind, objectType, objectId, filterType, filterId;
   KELib::Xml::KnownTagRests tags;
+  LearnedSteps learned[KE::Instance::kObjectKindCount];
   // For texts that comments or sections split.
   KELib::KEStringBuffer propertyText, opText, valueText;
 };

@@ -170,6 +170,25 @@ class KECPP_API KEXmlCursor {
     return true;
   }
 
+  // Takes the text behind `before`, which is at the cursor and ends with a start tag, and passes it
+  // and the end tags of the element and of the one around it, such as "</val>" and "</changeSet>".
+  template <std::size_t N, std::size_t M>
+  bool TakeTextBehind(const char* before, std::size_t length, const char (&close)[N],
+                      const char (&closeAround)[M], XmlSlice& text) {
+    if (static_cast<std::size_t>(end - at) < length || std::memcmp(at, before, length) != 0) {
+      return false;
+    }
+    const char* const from = SkipBlanks(at + length);
+    const char* const stop = Find('<', from);
+    if (stop == nullptr || !StandsAt(stop, close)) return false;
+    const char* const around = SkipBlanks(stop + N - 1);
+    if (!StandsAt(around, closeAround)) return false;
+    text = {from, static_cast<unsigned int>(stop - from)};
+    at = around + M - 1;
+    inTag = false;
+    return true;
+  }
+
   // Moves past an enclosing element's end tag when the cursor is on one; `name` is its name.
   bool PassEndTag(XmlSlice& name);
 
@@ -178,6 +197,7 @@ class KECPP_API KEXmlCursor {
 
   bool AtEnd() const { return at >= end; }
   const char* Position() const { return at; }
+  std::size_t Left() const { return static_cast<std::size_t>(end - at); }
 
   // Moves the reader to the cursor's place.
   void MoveReader() const;
