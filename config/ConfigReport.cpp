@@ -148,7 +148,7 @@ class Walk {
   // One line for a section says it for all that is inside.
   void JudgeUnknown(const XmlSlice& name, bool hasChildren, std::size_t before) {
     if (lookups.IsRoot(name) || HasEffect(name)) return;
-    if (hasChildren) ignored.CutTo(before);
+    ignored.CutTo(before);
     ignored.Add({name, hasChildren ? Why::kUnknownSection : Why::kUnknown, nullptr});
   }
 
@@ -157,7 +157,7 @@ class Walk {
       if (known.isSection && !HasEffect(name)) JudgeByElements(name, known, before);
       return;
     }
-    if (known.isSection) ignored.CutTo(before);
+    ignored.CutTo(before);
     ignored.Add(ReasonFor(name, known));
   }
 

@@ -29,7 +29,8 @@ std::unique_ptr<KEConfig> ConfigOf(const std::string& source) {
 }
 
 std::string ValueOf(KEConfig& config, const char* key) {
-  KEString value("not found");
+  KEStringBuffer value;
+  value = "not found";
   const bool found = config.GetConfigValue(key, value);
   EXPECT_NE(found, value.Equals("not found")) << key;
   return value.Cstr();
@@ -142,6 +143,7 @@ TEST(KEConfig, RefusesToBeChanged) {
   KEString a("a"), b("b"), none;
   EXPECT_THROW(config->SetConfigValue("a", "b"), NotImplementedException);
   EXPECT_THROW(config->SetConfigPair(a, b), NotImplementedException);
+  EXPECT_THROW(config->SetConfigPair("a", "b"), NotImplementedException);
   EXPECT_THROW(config->SetParentConfigKey(a), NotImplementedException);
   EXPECT_THROW(config->GetConfigPair(a, b), NotImplementedException);
   EXPECT_TRUE(config->GetConfigPair(none, b));
