@@ -424,7 +424,7 @@ void SyncLoop::BackOff(Outcome outcome, long long cycleMilliseconds) {
   if (!failed) return;
   const int delays[] = {KELib::DELAY_10MSEC, KELib::DELAY_100MSEC, KELib::DELAY_1SEC};
   const unsigned int last = sizeof(delays) / sizeof(delays[0]) - 1;
-  const unsigned int step = failuresInARow < last ? failuresInARow : last;
+  const unsigned int step = std::min(failuresInARow, last);
   ++failuresInARow;
   if (cycleMilliseconds < kShortCycleMs) state.Pause(delays[step], stopRequested);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "foundation/DateTime.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <ctime>
@@ -82,13 +83,8 @@ int TakeZone(Scanner& scanner) {
   return sign * (hours * 60 + scanner.TwoDigits());
 }
 
-int Clamp(int value, int max) {
-  if (value < 0) return 0;
-  return value > max ? max : value;
-}
-
 char* PutTwoDigits(char* out, int value, int max) {
-  const int shown = Clamp(value, max);
+  const int shown = std::clamp(value, 0, max);
   *out++ = static_cast<char>('0' + shown / 10);
   *out++ = static_cast<char>('0' + shown % 10);
   return out;
@@ -96,7 +92,7 @@ char* PutTwoDigits(char* out, int value, int max) {
 
 // Three digits without the zeros at their end; nothing for 0.
 char* PutThousandths(char* out, int value) {
-  int shown = Clamp(value, 999);
+  int shown = std::clamp(value, 0, 999);
   for (int unit = 100; shown > 0; unit /= 10) {
     *out++ = static_cast<char>('0' + shown / unit);
     shown %= unit;
@@ -105,7 +101,7 @@ char* PutThousandths(char* out, int value) {
 }
 
 char* PutThreeDigits(char* out, int value) {
-  const int shown = Clamp(value, 999);
+  const int shown = std::clamp(value, 0, 999);
   *out++ = static_cast<char>('0' + shown / 100);
   return PutTwoDigits(out, shown % 100, 99);
 }

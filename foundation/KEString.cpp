@@ -3,6 +3,7 @@
 
 #include <strings.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -44,7 +45,7 @@ char* KEString::NewText(std::size_t length) {
 // Copies before it frees: the text may be the string's own.
 void KEString::Init(const char* text, unsigned int length) {
   const std::size_t used = text != nullptr ? std::strlen(text) : 0;
-  const std::size_t room = used > length ? used : length;
+  const std::size_t room = std::max<std::size_t>(used, length);
   if (room == 0) {
     Adopt(SharedEmpty());
     return;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "foundation/KEStringBuffer.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -22,7 +23,7 @@ std::uint32_t BlockFor(std::uint32_t capacity) {
   const int power = 31 - __builtin_clz(capacity);
   const std::uint32_t last = (1U << (power - 2)) - 1;
   const std::uint32_t block = (capacity + last) & ~last;
-  return block < kLongest ? block : kLongest;
+  return std::min(block, kLongest);
 }
 
 }  // namespace
@@ -87,7 +88,7 @@ void KEStringBuffer::MeasureText() {
 unsigned int KEStringBuffer::Resize(unsigned int needed) {
   Heal();
   if (static_cast<std::uint64_t>(length) + needed <= capacity && capacity > 0) return capacity;
-  const unsigned int growth = needed > BUFFER_GROW_SIZE ? needed : BUFFER_GROW_SIZE;
+  const unsigned int growth = std::max(needed, BUFFER_GROW_SIZE);
   const std::uint64_t sum = static_cast<std::uint64_t>(length) + growth;
   if (sum > kLongest) throw std::bad_alloc();
   const std::uint32_t wanted = static_cast<std::uint32_t>(sum), block = BlockFor(wanted);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "xml/KEXmlReader.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "xml/KEXmlCursor.h"
@@ -61,7 +62,7 @@ void KEXmlReader::MoveContentTo(KEString& out) {
 }
 
 void KEXmlReader::MoveTo(unsigned int p, XmlTokenType last) {
-  pos = p < length ? p : length;
+  pos = std::min(p, length);
   state.SetLastType(last);
   if (pos < length) Classify();
 }

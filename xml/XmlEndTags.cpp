@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "xml/XmlEndTags.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace KELib::Xml {
@@ -23,7 +24,7 @@ const char* EndTagBefore(const char* begin, const char* before) {
 
 const char* Place(const KEString& text, unsigned int pos) {
   const unsigned int length = text.Length();
-  return text.Cstr() + (pos < length ? pos : length);
+  return text.Cstr() + std::min(pos, length);
 }
 
 }  // namespace
