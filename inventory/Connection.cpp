@@ -95,27 +95,39 @@ void Connection::Open() {
   if (cut) Fail("ended before the inventory was read");
 }
 
-// Another Inventory that ends cuts this one's attempt as well: then it is made again.
+// An attempt that another Inventory's end cut is made again. So is one of which nobody knows why it
+// failed: the process has one last failure, and another attempt that succeeded may have cleared it.
 void Connection::Connect() {
+  constexpr int kMostUnexplained = 5;
   const std::string text = UniqueConfigText(options.config);
   const ConfigFacts facts = FactsOf(text);
   url = facts.url;
   SetFirstLogLevel(facts.logLevel);
   KELib::KEString config(text.c_str());
   KE::Service::KEConnectFailure failure;
-  do {
-    if (cut) Fail("ended before it was connected");
-    instance.reset();
-    instance.reset(Manager().GetServiceInstance(config, KE::Service::DEFAULT_CONFIG_CONTENT));
-    Manager().GetLastFailure(failure);
-  } while (failure.kind == KEConnectFailureKind::interrupted);
-  if (!instance) throw ConnectError(failure, url);
-  KE::Service::KESession* session = instance->GetSession();
-  if (session == nullptr) Fail("the management daemon opens no session");
+  for (int unexplained = 0; !TryToLogIn(config, failure);) {
+    if (failure.kind == KEConnectFailureKind::interrupted) continue;
+    if (failure.kind != KEConnectFailureKind::none || ++unexplained == kMostUnexplained) {
+      if (instance && instance->GetSession() == nullptr) {
+        Fail("the management daemon opens no session");
+      }
+      throw ConnectError(failure, url);
+    }
+  }
+}
+
+bool Connection::TryToLogIn(KELib::KEString& config, KE::Service::KEConnectFailure& failure) {
+  if (cut) Fail("ended before it was connected");
+  instance.reset();
+  instance.reset(Manager().GetServiceInstance(config, KE::Service::DEFAULT_CONFIG_CONTENT));
+  Manager().GetLastFailure(failure);
+  KE::Service::KESession* const session = instance ? instance->GetSession() : nullptr;
+  if (session == nullptr) return false;
   try {
     sync = session->GetDataSync();
-  } catch (const KELib::SystemException&) {
-    throw ConnectError(failure, url);
+    return true;
+  } catch (const KELib::SystemException&) {  // not logged in
+    return false;
   }
 }
 

@@ -61,6 +61,7 @@ class Connection {
 
  private:
   void Connect();
+  bool TryToLogIn(KELib::KEString& config, KE::Service::KEConnectFailure& failure);
   void WatchSystems();
   void WatchAuthorization();
   void AwaitAuthorization(KELib::KEWaiter& firstData);

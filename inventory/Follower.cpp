@@ -55,7 +55,7 @@ bool Follower::Impl::Wait(std::chrono::milliseconds limit) {
     waited->Wait(std::chrono::ceil<std::chrono::milliseconds>(deadline - now));
     lock.lock();
     // A stopped feed does not wait: its connection is about to be replaced.
-    if (feed == waited && waited->IsStopped()) wake.wait_until(lock, deadline);
+    if (!closed && feed == waited && waited->IsStopped()) wake.wait_until(lock, deadline);
   }
   return false;
 }

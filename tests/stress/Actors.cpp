@@ -140,11 +140,19 @@ constexpr struct {
               {"feed reader", FollowFeed},
               {"feed opener 1", OpenFeed},
               {"feed opener 2", OpenFeed},
-              {"wait restarter", RestartWaits}};
+              {"wait restarter", RestartWaits},
+              {"follower", FollowInventory},
+              {"follower opener 1", OpenFollower},
+              {"follower opener 2", OpenFollower},
+              {"Inventory's reader 1", ReadInventory},
+              {"Inventory's reader 2", ReadInventory},
+              {"Inventory's caller", CallInventory},
+              {"Inventory opener 1", OpenInventory},
+              {"Inventory opener 2", OpenInventory}};
 
 // A call may find both connections taken, and fail while the session is out or the instance ends.
 bool Act(Scene& scene, Seat& seat, Step step) {
-  if (scene.calm && (step == RunTask || step == RestartWaits)) {
+  if (scene.calm && (step == RunTask || step == RestartWaits || step == CallInventory)) {
     seat.Rests("rests while the truth is looked for");
     Nap(5);
     return !scene.park;

@@ -5,14 +5,17 @@
 #define KECPP_TESTS_STRESS_SCENE_H
 
 #include <kecpp.h>
+#include <kecpp/inventory.h>
 
 #include <atomic>
 #include <list>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <shared_mutex>
 #include <string>
 
+#include "endurance/Replay.h"
 #include "stress/Board.h"
 #include "support/FeedMirror.h"
 
@@ -40,14 +43,34 @@ class Tally {
   Counts counts, wrongs;
 };
 
+// An Inventory of the same daemon, and what Followers make of it.
+struct Interface {
+  explicit Interface(const std::string& config)
+      : inventory(std::make_unique<kecpp::Inventory>(kecpp::Options{config})) {}
+
+  std::unique_ptr<kecpp::Inventory> inventory;
+  // Kept through every new connection. One takes nothing until the truth is looked for.
+  kecpp::Follower slow = inventory->Follow(), prompt = inventory->Follow();
+  endurance::Replay slowReplay{*inventory}, promptReplay{*inventory};
+  std::mutex promptUse;  // guards `prompt` and its replay
+};
+
 struct Scene {
-  Scene(KE::Service::KEServiceInst& made, Tally& counts)
-      : instance(made), session(*made.GetSession()), sync(*session.GetDataSync()), tally(counts) {}
+  Scene(KE::Service::KEServiceInst& made, const std::string& text, Tally& counts)
+      : instance(made),
+        session(*made.GetSession()),
+        sync(*session.GetDataSync()),
+        tally(counts),
+        config(text),
+        interface(text) {}
 
   KE::Service::KEServiceInst& instance;
   KE::Service::KESession& session;
   KE::Service::KEDataSync& sync;
   Tally& tally;
+  const std::string config;
+  Interface interface;
+  std::atomic<int> inventories{0};  // made beside it
 
   // Kept through every login by feeds. One takes nothing until the truth is looked for.
   FeedMirror slow{sync}, prompt{sync};
@@ -64,6 +87,20 @@ struct Scene {
   std::mutex door;
   std::shared_mutex watches;
 };
+
+// One step of those who use the Inventory.
+void FollowInventory(Scene& scene, Seat& seat);  // the lasting Follower
+void OpenFollower(Scene& scene,
+                  Seat& seat);  // one that comes and goes, in the middle of everything
+void ReadInventory(Scene& scene, Seat& seat);
+void CallInventory(Scene& scene, Seat& seat);
+void OpenInventory(Scene& scene, Seat& seat);  // another one, which ends at any moment
+
+// What is wrong with the lasting Followers, if they do not come to know the truth; empty otherwise.
+std::string CompareFollowers(Scene& scene, const endurance::Json& truth, Clock::time_point limit);
+
+// Ends the Inventory while a thread waits for its changes.
+void EndInventory(Scene& scene);
 
 // Readers, watchers who come and go, task waiters, one that waits for changes and one that restarts
 // the pending wait, until the scene is parked.

@@ -71,7 +71,13 @@ class Daemon {
 void Commute(KEServiceInstManager& manager, const std::string& config, Seat& seat, Tally& tally) {
   seat.Does("connects (manager's mutex, network)");
   KEServiceInst* instance = manager.GetServiceInstance(config.c_str(), DEFAULT_CONFIG_CONTENT);
-  if (!instance) return tally.Wrong("the commuter got no instance");
+  if (!instance) {
+    KEConnectFailure failure;  // an Inventory that ends before it is connected cuts all attempts
+    manager.GetLastFailure(failure);
+    const bool wasCut = failure.kind == KEConnectFailureKind::interrupted ||
+                        failure.kind == KEConnectFailureKind::none;  // a later attempt's
+    return wasCut ? tally.Count("commutes cut") : tally.Wrong("the commuter got no instance");
+  }
   try {
     seat.Does("fills caches of its own");
     KEDataSync* sync = instance->GetSession()->GetDataSync();
@@ -130,7 +136,7 @@ class Conductor {
 
   // One life; which of the ways depends on the number.
   void Lead(unsigned number, bool holdsForEver) {
-    Scene scene(Connect(number % 3 == 2), tally);
+    Scene scene(Connect(number % 3 == 2), daemon.simulator.Config(), tally);
     WatchAll(scene, seat);
     if (holdsForEver) HoldForEver(board, scene, seat);
     std::list<Player> players = PlayersOf(board, scene);
@@ -200,6 +206,9 @@ class Conductor {
     }
     tally.Count("times the caches equalled the truth");
     ExpectFeedsAgree(scene);
+    seat.Does("compares what Followers told");
+    const std::string wrong = CompareFollowers(scene, truth, Clock::now() + TRUTH_LIMIT);
+    wrong.empty() ? tally.Count("times the Followers knew the truth") : tally.Wrong(wrong);
   }
 
   // A task may still come to its end.
@@ -227,6 +236,8 @@ class Conductor {
     seat.Does("waits until everybody is parked");
     scene.park = true;
     players.clear();
+    seat.Does("ends the Inventory (network)");
+    EndInventory(scene);
     std::list<Player> blocked;  // end when the instance has been freed
     if (number % 2 == 1) blocked = BlockedCallersOf(board, scene);
     if (number % 3 == 2) {
@@ -288,7 +299,8 @@ TEST(Stress, TheCachesStayTrueUnderManyThreads) {
   for (const char* what :
        {"walks", "machines seen", "roles seen", "filters", "property methods", "tasks",
         "waits restarted", "commutes", "instances freed", "times the caches equalled the truth",
-        "feeds", "times the feeds agreed"}) {
+        "feeds", "times the feeds agreed", "Followers", "visits of the Inventory",
+        "tasks of the Inventory", "Inventories", "times the Followers knew the truth"}) {
     EXPECT_TRUE(tally.All().count(what)) << "nothing came of the " << what;
   }
 }
