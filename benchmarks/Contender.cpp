@@ -8,6 +8,8 @@ std::unique_ptr<Contender> MakeLibraryContenderWithFeed();
 std::unique_ptr<Contender> MakePugixmlContender();
 std::unique_ptr<Contender> MakeRapidxmlContender();
 std::unique_ptr<Contender> MakeRapidxmlInSituContender();
+std::unique_ptr<Contender> MakeRapidxmlBySetContender();
+std::unique_ptr<Contender> MakeHandContender();
 std::unique_ptr<Contender> MakeBareContender();
 #ifdef KECPP_BENCH_LIBXML2
 std::unique_ptr<Contender> MakeLibxmlSaxContender();
@@ -31,6 +33,8 @@ const struct {
     {"pugixml", MakePugixmlContender},
     {"rapidxml", MakeRapidxmlContender},
     {"rapidxml-in-situ", MakeRapidxmlInSituContender},
+    {"rapidxml-by-set", MakeRapidxmlBySetContender},
+    {"by-hand", MakeHandContender},
     {"bare", MakeBareContender},
 #ifdef KECPP_BENCH_LIBXML2
     {"libxml2-sax", MakeLibxmlSaxContender},

@@ -29,6 +29,18 @@ const SpeedGoal kSpeedGoals[] = {
     {"drop", 64, 1000, 0.67},  {"drop", 64, 100000, 0.67},
 };
 
+// Times as fast as one contender in a first fill of the 64-bit library.
+const struct {
+  const char *rival, *words;
+  unsigned int machines;
+  double factor;
+} kRivalGoals[] = {
+    {"rapidxml-by-set", "RapidXML by object set", 1000, 2.1},
+    {"rapidxml-by-set", "RapidXML by object set", 100000, 2.1},
+    {"by-hand", "a parser by hand", 1000, 1 / 1.0},
+    {"by-hand", "a parser by hand", 100000, 1 / 0.9},
+};
+
 }  // namespace
 
 std::string RunName(const std::string& contender, unsigned int bits, unsigned int machines) {
@@ -72,12 +84,32 @@ std::string Report::Tables(unsigned int bits, const std::vector<std::string>& co
                sizes);
 }
 
+std::string Report::OtherVersionTable(const std::vector<unsigned int>& sizes) const {
+  std::string head = "| times the time of the other version", rule = "|---|", body;
+  for (unsigned int size : sizes) {
+    head += " | " + std::to_string(size) + " machines";
+    rule += "---:|";
+  }
+  for (const char* workload : {"fill", "refill", "step", "drop", "walk"}) {
+    body += std::string("| ") + workload;
+    for (unsigned int size : sizes) {
+      const double faster =
+          rounds.Ratio(RunName("kecpp", 64, size), {RunName(kOtherVersion, 64, size)},
+                       std::string("/") + workload + "/cpu");
+      body += " | " + Number(1 / faster);
+    }
+    body += " |\n";
+  }
+  return head + " |\n" + rule + "\n" + body + "\n";
+}
+
 std::vector<Goal> Report::Goals() const {
   std::vector<Goal> goals;
   for (unsigned int bits : {64U, 32U}) {
     AddSpeedGoals(bits, goals);
     AddMemoryGoals(bits, goals);
   }
+  AddRivalGoals(goals);
   AddGrowthGoal("", goals);
   AddGrowthGoal(" on one host", goals);
   AddFeedGoals(goals);
@@ -108,6 +140,17 @@ void Report::AddMemoryGoals(unsigned int bits, std::vector<Goal>& goals) const {
       {"peak resident size: (peak - text) / store" + suffix,
        (rounds.Value(name, "/peak") - rounds.Value(name, "/text")) / rounds.Value(name, "/store"),
        1.02, false});
+}
+
+void Report::AddRivalGoals(std::vector<Goal>& goals) const {
+  for (const auto& goal : kRivalGoals) {
+    const std::string name = RunName("kecpp", 64, goal.machines);
+    const std::string rival = RunName(goal.rival, 64, goal.machines);
+    if (!rounds.Has(name) || !rounds.Has(rival)) continue;
+    goals.push_back(
+        {"fill, " + std::to_string(goal.machines) + " machines, 64-bit: times " + goal.words,
+         rounds.Ratio(name, {rival}, "/fill/cpu"), goal.factor, true});
+  }
 }
 
 // The exponent x of time = inventory^x, above that of the bare allocations.

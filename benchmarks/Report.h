@@ -21,6 +21,9 @@ struct Goal {
   bool Met() const { return atLeast ? value >= bound : value <= bound; }
 };
 
+// The contender that is the library in another version.
+inline constexpr char kOtherVersion[] = "kecpp, other version";
+
 // The name under which a contender was run with an inventory, such as "kecpp 64 10000".
 std::string RunName(const std::string& contender, unsigned int bits, unsigned int machines);
 
@@ -31,6 +34,9 @@ class Report {
   // The figures of the in-process workloads for one word size: a Markdown table each.
   std::string Tables(unsigned int bits, const std::vector<std::string>& contenders,
                      const std::vector<unsigned int>& sizes) const;
+
+  // How many times as long the 64-bit library takes as its other version.
+  std::string OtherVersionTable(const std::vector<unsigned int>& sizes) const;
 
   // The goals for which there are measurements.
   std::vector<Goal> Goals() const;
@@ -44,6 +50,7 @@ class Report {
                     const std::vector<std::string>& contenders,
                     const std::vector<unsigned int>& sizes) const;
   void AddSpeedGoals(unsigned int bits, std::vector<Goal>& goals) const;
+  void AddRivalGoals(std::vector<Goal>& goals) const;
   void AddMemoryGoals(unsigned int bits, std::vector<Goal>& goals) const;
   void AddGrowthGoal(const std::string& variant, std::vector<Goal>& goals) const;
   void AddFeedGoals(std::vector<Goal>& goals) const;

@@ -84,17 +84,29 @@ void Store::Object::Set(std::string_view property, std::string_view value) {
 void Store::Object::SetMachine(std::string_view property, std::string_view value) {
   if (SetText(*machine, kMachineTexts, property, value)) return;
   if (property == "runtime.powerState") {
-    machine->powerState.assign(value);
-    machine->status = PowerStatus(value);
+    SetPowerState(value);
   } else if (property == "runtime.host") {
-    const auto found = store.hosts.find(std::string(value));
-    if (found != store.hosts.end()) Link(*machine, *found->second);
+    SetHostOf(value);
   }
+}
+
+void Store::Object::SetPowerState(std::string_view state) {
+  machine->powerState.assign(state);
+  machine->status = PowerStatus(state);
+}
+
+void Store::Object::SetHostOf(std::string_view id) {
+  const auto found = store.hosts.find(std::string(id));
+  if (found != store.hosts.end()) Link(*machine, *found->second);
 }
 
 void Store::Object::SetHost(std::string_view property, std::string_view value) {
   if (SetText(*host, kHostTexts, property, value)) return;
-  if (property == "summary.overallStatus") host->status = OverallStatus(value);
+  if (property == "summary.overallStatus") SetOverallStatus(value);
+}
+
+void Store::Object::SetOverallStatus(std::string_view status) {
+  host->status = OverallStatus(status);
 }
 
 void Store::Object::AddMachine(std::string_view id) {

@@ -54,6 +54,17 @@ class Store {
     // One item of the host's list of machines.
     void AddMachine(std::string_view id);
 
+    // The same for a caller that knows the object's type and the property.
+    void SetField(std::string Machine::*field, std::string_view value) {
+      (machine->*field).assign(value);
+    }
+    void SetField(std::string Host::*field, std::string_view value) {
+      (host->*field).assign(value);
+    }
+    void SetPowerState(std::string_view state);
+    void SetHostOf(std::string_view id);  // of the machine
+    void SetOverallStatus(std::string_view status);
+
    private:
     void SetMachine(std::string_view property, std::string_view value);
     void SetHost(std::string_view property, std::string_view value);

@@ -3,8 +3,9 @@
 // Runs the whole comparison and writes it down: results.json, table.md, goals.md and fill.dat in
 // the folder that is given.
 //
-// Usage: kecpp-bench-compare OUTPUT PROGRAMS64 [PROGRAMS32] [--full | --quick]
+// Usage: kecpp-bench-compare OUTPUT PROGRAMS64 [PROGRAMS32] [--full | --quick] [--against PROGRAMS]
 //   PROGRAMS64, PROGRAMS32   the folders with the measuring programs of either word size
+//   --against PROGRAMS       64-bit ones of another version of the library, to be compared with it
 //   --full                   nine rounds for every peer; one of a minute for "idle"
 //   --quick                  one round: whether everything runs
 #include <cstdio>
@@ -24,17 +25,20 @@ using bench::RunName;
 
 const std::vector<unsigned int> kSizes = {1000, 10000, 100000};
 const std::vector<std::string> kFirst = {"kecpp", "pugixml", "rapidxml"};
+const std::vector<std::string> kRivals = {"rapidxml-by-set", "by-hand"};
 const std::vector<std::string> kOthers = {"rapidxml-in-situ", "libxml2-sax", "xmlTextReader",
                                           "expat", "gsoap"};
 // Those whose inventory is the same, and must end with the same store.
-const std::vector<std::string> kStores = {"kecpp",    "kecpp-feed",       "pugixml",
-                                          "rapidxml", "rapidxml-in-situ", "libxml2-sax",
-                                          "expat",    "xmlTextReader",    "gsoap"};
+const std::vector<std::string> kStores = {
+    "kecpp",    "kecpp-feed",       "by-hand",     "rapidxml-by-set", "pugixml",
+    "rapidxml", "rapidxml-in-situ", "libxml2-sax", "expat",           "xmlTextReader",
+    "gsoap"};
 const std::vector<std::string> kFloor = {"bare", "kecpp on one host", "bare on one host"};
 
 struct Options {
   std::string output;
   std::vector<std::string> programs;  // 64-bit, 32-bit
+  std::string against;                // 64-bit; empty: nothing
   unsigned int rounds = 9;
   unsigned int otherRounds = 3;
   unsigned int idleSeconds = 10;
@@ -56,6 +60,10 @@ void AddWordSize(Rounds& rounds, const Options& options, unsigned int bits) {
       rounds.Add(RunName("kecpp-feed", bits, size), InProcess(folder, "kecpp-feed", size),
                  options.rounds);
     }
+    for (const std::string& contender : kRivals) {
+      rounds.Add(RunName(contender, bits, size), InProcess(folder, contender, size),
+                 options.rounds);
+    }
     rounds.Add(RunName("bare", bits, size), InProcess(folder, "bare", size), options.rounds);
     for (const std::string& contender : kOthers) {
       rounds.Add(RunName(contender, bits, size), InProcess(folder, contender, size),
@@ -71,6 +79,14 @@ void AddOneHost(Rounds& rounds, const Options& options) {
                  InProcess(options.programs[0], contender, size) + " " + std::to_string(size),
                  options.rounds);
     }
+  }
+}
+
+void AddOtherVersion(Rounds& rounds, const Options& options) {
+  if (options.against.empty()) return;
+  for (unsigned int size : kSizes) {
+    rounds.Add(RunName(bench::kOtherVersion, 64, size), InProcess(options.against, "kecpp", size),
+               options.rounds);
   }
 }
 
@@ -103,6 +119,7 @@ void WriteAll(const Rounds& rounds, const Options& options) {
   if (options.programs.size() > 1) {
     tables += "32-bit:\n\n" + report.Tables(32, kFirst, kSizes);
   }
+  if (!options.against.empty()) tables += report.OtherVersionTable(kSizes);
   const std::vector<bench::Goal> goals = report.Goals();
   Write(options, "table.md", tables);
   Write(options, "goals.md", GoalTable(goals));
@@ -126,6 +143,8 @@ bool Read(int argc, char** argv, Options& options) {
       options.idleSeconds = 60;
     } else if (std::strcmp(argv[i], "--quick") == 0) {
       options.rounds = options.otherRounds = options.idleSeconds = 1;
+    } else if (std::strcmp(argv[i], "--against") == 0 && i + 1 < argc) {
+      options.against = argv[++i];
     } else if (options.output.empty()) {
       options.output = argv[i];
     } else {
@@ -148,6 +167,7 @@ int main(int argc, char** argv) {
     AddWordSize(rounds, options, 64);
     if (options.programs.size() > 1) AddWordSize(rounds, options, 32);
     AddOneHost(rounds, options);
+    AddOtherVersion(rounds, options);
     const std::string path = options.programs[0] + "/kecpp-bench-path ";
     for (const char* workload : {"wire", "latency", "readers", "feeds"}) {
       rounds.Add(workload, path + workload, options.rounds);
