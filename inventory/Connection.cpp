@@ -27,11 +27,10 @@ KE::Service::KEServiceInstManager& Manager() {
 
 // The library leaves it to its user to log as much as a document says. The first one of the process
 // counts: afterwards the level is the program's.
-void SetFirstLogLevel(const std::string& level) {
+void SetLogLevel(const std::string& asked, const std::string& configured) {
   static std::atomic<bool> isSet{false};
-  if (!isSet.exchange(true) && !level.empty()) {
-    KELib::Logging::GetDefaultLogger()->SetLevelByName(level.c_str());
-  }
+  const std::string& level = isSet.exchange(true) ? asked : asked.empty() ? configured : asked;
+  if (!level.empty()) KELib::Logging::GetDefaultLogger()->SetLevelByName(level.c_str());
 }
 
 std::string FailureText(const KESyncStatus& status) {
@@ -96,13 +95,13 @@ void Connection::Open() {
 }
 
 // An attempt that another Inventory's end cut is made again. So is one of which nobody knows why it
-// failed: the process has one last failure, and another attempt that succeeded may have cleared it.
+// failed: the process has one last failure, and a session that logged in again may have cleared it.
 void Connection::Connect() {
   constexpr int kMostUnexplained = 5;
   const std::string text = UniqueConfigText(options.config);
   const ConfigFacts facts = FactsOf(text);
   url = facts.url;
-  SetFirstLogLevel(facts.logLevel);
+  SetLogLevel(options.logLevel, facts.logLevel);
   KELib::KEString config(text.c_str());
   KE::Service::KEConnectFailure failure;
   for (int unexplained = 0; !TryToLogIn(config, failure);) {
@@ -119,6 +118,10 @@ void Connection::Connect() {
 bool Connection::TryToLogIn(KELib::KEString& config, KE::Service::KEConnectFailure& failure) {
   if (cut) Fail("ended before it was connected");
   instance.reset();
+  // The manager connects one instance at a time all the same: thus no other Inventory's attempt
+  // comes between this one and its failure.
+  static std::mutex connecting;
+  const std::lock_guard<std::mutex> alone(connecting);
   instance.reset(Manager().GetServiceInstance(config, KE::Service::DEFAULT_CONFIG_CONTENT));
   Manager().GetLastFailure(failure);
   KE::Service::KESession* const session = instance ? instance->GetSession() : nullptr;
@@ -137,6 +140,7 @@ void Connection::Watch(const char* rootName, void (*fill)(KELib::KEVector<KELib:
   KELib::KEVector<KELib::KEString> list;
   fill(list);
   sync.load()->SetupDataSync(root.get(), list, waiter);
+  isWatching = true;
 }
 
 // The first watch of a data sync fills the caches before SetupDataSync returns.
@@ -147,7 +151,11 @@ void Connection::CheckFilled(const char* what) const {
 }
 
 void Connection::WatchSystems() {
-  Watch(KE::Service::PxaRootFolder, &ListSystems, nullptr);
+  try {
+    Watch(KE::Service::PxaRootFolder, &ListSystems, nullptr);
+  } catch (const KELib::Throwable& error) {
+    Fail(std::string("cannot watch hosts and machines: ") + error.What());
+  }
   CheckFilled("hosts and machines");
 }
 
@@ -166,6 +174,7 @@ void Connection::WatchAuthorization() {
     if (options.authorization == Authorization::required || !IsRefusal(error)) {
       Fail(std::string("cannot watch roles and privileges: ") + error.What());
     }
+    authorizationFailure = error.What();
     KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_WARNING, "No roles and privileges: %s",
                         error.What());
   }
@@ -186,6 +195,7 @@ void Connection::Cut() {
 }
 
 bool Connection::IsLost(std::string& reason) const {
+  if (!isWatching) return false;  // a call finds out
   KESyncStatus status;
   Sync().GetStatus(status);
   if (status.consecutiveFailures < kLostAfterFailures && status.loopRunning) return false;

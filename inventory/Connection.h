@@ -39,6 +39,7 @@ class Connection {
 
   bool HasCaches() const { return sync.load() != nullptr; }  // else no other accessor may be called
   bool HasAuthorization() const { return hasAuthorization; }
+  const std::string& AuthorizationFailure() const { return authorizationFailure; }
   const std::string& Url() const { return url; }
   KE::Instance::KETypeCache& Cache() const { return *sync.load()->GetCache(); }
   KE::Service::KEDataSync& Sync() const { return *sync; }
@@ -82,7 +83,9 @@ class Connection {
   std::unique_ptr<KE::Service::KEServiceInst, InstanceFreer> instance;
   std::atomic<KE::Service::KEDataSync*> sync{nullptr};
   std::string url;
+  bool isWatching = false;
   bool hasAuthorization = false;
+  std::string authorizationFailure;
   std::atomic<bool> cut{false};
 
   std::mutex mutex;

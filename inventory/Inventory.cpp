@@ -56,6 +56,10 @@ Inventory::Inventory(const Options& options) : impl(std::make_unique<Impl>(optio
 
 Inventory::~Inventory() = default;
 
+void Inventory::Close() {
+  impl->keeper.Close();
+}
+
 kecpp::Status Inventory::State() const {
   return impl->keeper.GetStatus();
 }

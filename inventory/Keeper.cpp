@@ -37,6 +37,10 @@ class BlockedSignals {
   sigset_t before;
 };
 
+std::chrono::system_clock::time_point Now() {
+  return std::chrono::system_clock::now();
+}
+
 // What is in the caches afterwards stays as it is.
 void StopSync(KE::Service::KEDataSync& sync) {
   const auto deadline = Clock::now() + kStopLimit;
@@ -75,7 +79,11 @@ class Keeper::Opening {
 Keeper::Keeper(Options asked) : options(std::move(asked)) {}
 
 Keeper::~Keeper() {
-  Stop();
+  Close();
+}
+
+void Keeper::Close() {
+  std::call_once(closed, [this] { Stop(); });
 }
 
 void Keeper::Start() {
@@ -111,7 +119,7 @@ void Keeper::Stop() {
     const std::lock_guard<std::mutex> guard(switching);
     for (const auto& follower : LivingFollowers()) follower->Close();
   }
-  current.reset();
+  SetState(Status::State::lost, "closed");
 }
 
 Connection::Use Keeper::Current() const {
@@ -126,8 +134,19 @@ Connection::Use Keeper::Known() const {
 }
 
 Status Keeper::GetStatus() const {
-  const std::lock_guard<std::mutex> lock(mutex);
-  return status;
+  std::unique_lock<std::mutex> lock(mutex);
+  Status now = status;
+  const Connection::Use connection = current ? Connection::Use(*current) : Connection::Use();
+  lock.unlock();
+  if (!connection) return now;
+  KE::Service::KESyncStatus sync;
+  connection->Sync().GetStatus(sync);
+  now.updates = sync.setsApplied;
+  now.version = sync.version.Cstr();
+  now.failures = sync.consecutiveFailures;
+  now.lastFailure = sync.lastFailure.Cstr();
+  now.lastFailureTime += std::chrono::microseconds(sync.lastFailureTime);
+  return now;
 }
 
 bool Keeper::WaitForStatus(const Status& seen, milliseconds limit) const {
@@ -180,7 +199,11 @@ bool Keeper::TryToConnect() {
     const std::lock_guard<std::mutex> lock(mutex);
     if (!current && !options.connectInBackground) firstFailure = std::current_exception();
   }
-  SetState(GetStatus().connections == 0 ? Status::State::connecting : Status::State::lost, reason);
+  if (GetStatus().connections == 0) {
+    SetState(Status::State::connecting, reason);
+  } else {
+    SetState(Status::State::lost, lostBecause + "; " + reason);
+  }
   return false;
 }
 
@@ -198,6 +221,7 @@ void Keeper::Open(std::unique_ptr<Connection>& made) try {
 void Keeper::WatchOver() {
   milliseconds pause = kLookEvery;
   while (Pause(pause)) {
+    NoteUpdates();
     std::string reason;
     if (!current->IsLost(reason)) {
       if (GetStatus().state != Status::State::connected) SetState(Status::State::connected, "");
@@ -205,7 +229,7 @@ void Keeper::WatchOver() {
       continue;
     }
     const bool isNew = GetStatus().state == Status::State::connected;
-    if (isNew) SetState(Status::State::lost, reason);
+    if (isNew) SetState(Status::State::lost, lostBecause = reason);
     if (TryToConnect()) {
       pause = kLookEvery;
     } else {
@@ -215,8 +239,7 @@ void Keeper::WatchOver() {
 }
 
 // The new connection takes the place of the present one, which is destroyed when its readers have
-// left.
-// Followers learn of it afterwards: a reader that looks up what it was given must find it.
+// left. Followers learn of it afterwards: a reader that looks up what it was given must find it.
 void Keeper::Install(std::unique_ptr<Connection> made) {
   const std::lock_guard<std::mutex> guard(switching);
   {
@@ -236,7 +259,9 @@ void Keeper::Install(std::unique_ptr<Connection> made) {
   const std::lock_guard<std::mutex> lock(mutex);
   SetStateNoLock(Status::State::connected, "");
   ++status.connections;
+  status.lastUpdate = Now();
   status.hasAuthorization = current->HasAuthorization();
+  status.authorizationFailure = current->AuthorizationFailure();
 }
 
 void Keeper::Switch(Connection& before, Connection& now, const Followers& all) {
@@ -269,11 +294,19 @@ void Keeper::SetState(Status::State state, const std::string& reason) {
 
 void Keeper::SetStateNoLock(Status::State state, const std::string& reason) {
   if (status.state != state || status.connections == 0) {
-    status.since = std::chrono::system_clock::now();
+    status.since = Now();
   }
   status.state = state;
   status.reason = reason;
   changed.notify_all();
+}
+
+void Keeper::NoteUpdates() {
+  const unsigned long long updates = GetStatus().updates;
+  if (updates == updatesSeen) return;
+  updatesSeen = updates;
+  const std::lock_guard<std::mutex> lock(mutex);
+  status.lastUpdate = Now();
 }
 
 // False at the end.

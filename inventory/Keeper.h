@@ -3,7 +3,7 @@
 // Keeps a connection: makes it, watches it, and puts another in its place when it is lost. The lost
 // one stays, to be read, until then; followers learn only what differs.
 //
-// Thread safety: any thread; Stop and the destructor alone. Locks: `switching`, then a follower's,
+// Thread safety: any thread; the destructor alone. Locks: `switching`, then a follower's,
 //   then `mutex`. Of these only `switching` is held while the network is used, to stop a lost
 //   connection.
 #ifndef KECPP_INVENTORY_KEEPER_H
@@ -16,6 +16,7 @@
 #include <exception>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -46,6 +47,9 @@ class Keeper {
 
   std::shared_ptr<Follower::Impl> Follow();
 
+  // Ends the thread and every wait.
+  void Close();
+
  private:
   using Followers = std::vector<std::shared_ptr<Follower::Impl>>;
   class Opening;
@@ -61,10 +65,14 @@ class Keeper {
   Followers LivingFollowers();
   void SetState(Status::State state, const std::string& reason);
   void SetStateNoLock(Status::State state, const std::string& reason);
+  void NoteUpdates();
   bool Pause(std::chrono::milliseconds limit);
 
   const Options options;
   std::thread thread;
+  std::once_flag closed;
+  unsigned long long updatesSeen = 0;  // by the thread, like the next
+  std::string lostBecause;
 
   std::mutex switching;  // no follower begins while connections are exchanged
   std::vector<std::weak_ptr<Follower::Impl>> followers;  // guarded by `switching`
@@ -73,8 +81,8 @@ class Keeper {
   mutable std::condition_variable changed;
   std::unique_ptr<Connection> current;  // guarded by `mutex`, like all below; set by the thread
   Connection* opening = nullptr;        // what Stop has to cut
-  Status status;
-  std::exception_ptr firstFailure;  // of the first attempt, unless it is made in the background
+  Status status;                        // without what its connection knows
+  std::exception_ptr firstFailure;      // of the first attempt, unless it is made in the background
   bool ending = false;
   bool ended = false;  // the thread has nothing more to do
 };

@@ -182,6 +182,10 @@ std::string Decode(std::string_view xmlText) {
   return decoded.Cstr();
 }
 
+const char* Version() {
+  return KELib::Version();
+}
+
 std::string Encode(const std::string& raw) {
   KEString encoded;
   KELib::Xml::EscapeText(raw.c_str(), encoded);

@@ -66,8 +66,7 @@ Role Decode(const RoleView& view);
 Privilege Decode(const PrivilegeView& view);
 Identity Decode(const IdentityView& view);
 
-// XML text to raw text and back.
-std::string Decode(std::string_view xmlText);
+// Raw text to XML text.
 std::string Encode(const std::string& raw);
 
 }  // namespace kecpp

@@ -24,8 +24,7 @@
 //
 // Threads: every operation may be called from any thread. Nothing else may run on an Inventory
 // while it is destroyed, except Followers' Wait and RunTask, which return then. Texts: UTF-8,
-// decoded, unless a comment says otherwise. The process's first Inventory sets how much goes to the
-// system log, as its configuration says; later ones leave that as it is.
+// decoded, unless a comment says otherwise.
 #ifndef KECPP_INVENTORY_H
 #define KECPP_INVENTORY_H
 
@@ -53,6 +52,9 @@ namespace kecpp {
 
 enum class Kind { host, machine, role, privilege, identity };
 
+// This library's version, such as "1.0.0".
+KECPP_INVENTORY_API const char* Version();
+
 // "host", "machine", "role", "privilege", "identity".
 KECPP_INVENTORY_API const char* NameOf(Kind kind);
 
@@ -61,6 +63,9 @@ enum class PowerState { unknown, off, on, suspended };
 // Each kind of object has two forms: with std::string, a copy with decoded texts; and with
 // std::string_view, a look at what the library holds, in which texts are XML text (entities stay as
 // the daemon wrote them). The second form is good only inside the callback that receives it.
+
+// XML text to the text that it means.
+KECPP_INVENTORY_API std::string Decode(std::string_view xmlText);
 
 // A host: one physical computer.
 template <class Text>
@@ -201,6 +206,11 @@ struct Options {
 
   // How long the constructor may take; zero: as long as the configuration's time-outs let it.
   std::chrono::milliseconds connectTimeout{0};
+
+  // What goes to the system log: "none", "panic", "error", "warning", "info", "verbose" or
+  // "trivia". Empty: the process's first Inventory logs as its configuration says, later ones leave
+  // that as it is.
+  std::string logLevel{};
 };
 
 // How the connection is.
@@ -208,10 +218,19 @@ struct Status {
   enum class State { connecting, connected, lost };
 
   State state = State::connecting;
-  std::string reason;                           // why it is lost or not connected yet; else empty
+  std::string reason;  // why it is lost and could not be made again, or not made yet; else empty
   std::chrono::system_clock::time_point since;  // of this state
   unsigned long long connections = 0;           // made so far
   bool hasAuthorization = false;                // roles, privileges and identities are watched
+  std::string authorizationFailure;             // why they are not, though they were asked for
+
+  // Of the connection that there is, or was last:
+  unsigned long long updates = 0;                    // update sets applied
+  std::chrono::system_clock::time_point lastUpdate;  // when one was, to the second
+  std::string version;                               // the daemon's, of the last update set
+  unsigned failures = 0;                             // failed cycles since the last good one
+  std::string lastFailure;                           // the text of the last failed cycle; or empty
+  std::chrono::system_clock::time_point lastFailureTime;  // the epoch when none failed
 };
 
 // --- changes -------------------------------------------------------------------------------------
@@ -278,6 +297,10 @@ class KECPP_INVENTORY_API Inventory {
   ~Inventory();
   Inventory(const Inventory&) = delete;
   Inventory& operator=(const Inventory&) = delete;
+
+  // Ends the background thread and lets every wait, RunTask too, return: from then on nothing is
+  // followed, State() says lost, and what is known stays readable. Takes as long as the destructor.
+  void Close();
 
   kecpp::Status State() const;
   // Waits until the state is another than `seen` has, at most for `limit`; true when it is.
