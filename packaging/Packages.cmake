@@ -66,7 +66,7 @@ set(CPACK_DEBIAN_INVENTORY_PACKAGE_DEPENDS "libkecpp1 (>= ${version})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "libkecpp1 (= ${version}), libkecpp-inventory1 (= ${version})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "pkg-config, cmake")
-set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libkecpp1 (>= ${version})")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libkecpp-inventory1 (>= ${version})")
 
 set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
 set(CPACK_DEBIAN_DEVELOPMENT_DEBUGINFO_PACKAGE OFF)

@@ -7,7 +7,8 @@ BUILD_PACKAGES="g++ cmake ninja-build pkg-config libcurl4-openssl-dev libssl-dev
   nlohmann-json3-dev libcpp-httplib-dev libpugixml-dev libcrypt-dev libgtest-dev libgmock-dev
   sblim-wbemcli mandoc"
 BROWSER_PACKAGES="chromium chromium-driver python3"
-CLIENT_PACKAGES="python3 python3-requests python3-ply python3-yaml python3-urllib3 libxml2-utils"
+CLIENT_PACKAGES="python3 python3-requests python3-ply python3-yaml python3-urllib3
+  python3-jsonschema libxml2-utils"
 BENCHMARK_PACKAGES="libpugixml-dev librapidxml-dev libxml2-dev libexpat1-dev gsoap libgsoap-dev
   gnuplot-nox valgrind"
 ANALYSIS_PACKAGES="clang clang-tidy clang-format abigail-tools"

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 //
-// How many enumerations a second kecpp-agent answers, and how long the thread that applies changes
-// then waits for a lock: agent_load [SECONDS [CLIENTS [MACHINES]]], 10, 8 and 10000 without.
+// How many enumerations a second kecpp-agent answers, and how long a change takes to arrive at rest
+// and then: agent_load [SECONDS [CLIENTS [MACHINES]]], 10, 8 and 10000 without.
 //
-// The agent's server and operations run in this process on caches that are filled here. Clients
-// send EnumerateInstances of all machines, each on its own connection, one after the other. The
-// changing thread takes the mutexes of machines and hosts as the library's sync thread does,
-// changes a machine and lets go, a thousand times a second.
-#include <kecpp.h>
+// The agent's server and operations run in this process, on the inventory of a simulated daemon.
+// Clients send EnumerateInstances of all machines, each on its own connection, one after the other.
+// Ten times a second a machine is changed at the daemon, and a follower waits for that change.
+#include <kecpp/inventory.h>
 
 #include <algorithm>
 #include <atomic>
@@ -18,16 +17,16 @@
 #include <thread>
 #include <vector>
 
+#include "simulator/driver/Simulator.h"
 #include "tools/agent/AgentServer.h"
-#include "tools/agent/CacheQueries.h"
 #include "tools/agent/CimEndpoint.h"
+#include "tools/agent/Queries.h"
 
 namespace {
 
-using namespace KE::Stub;
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::microseconds CHANGE_INTERVAL(1000);
+constexpr std::chrono::milliseconds CHANGE_INTERVAL(100);
 const std::string REQUEST =
     "<CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" PROTOCOLVERSION=\"1.0\">"
     "<SIMPLEREQ><IMETHODCALL NAME=\"EnumerateInstances\"><LOCALNAMESPACEPATH>"
@@ -35,67 +34,28 @@ const std::string REQUEST =
     "<IPARAMVALUE NAME=\"ClassName\"><CLASSNAME NAME=\"ZORBEL_VMComputerSystem\"/></IPARAMVALUE>"
     "</IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
 
-ZORBEL_VMComputerSystem* MakeMachine(int number) {
-  auto* machine = CreateZORBEL_VMComputerSystem();
-  const std::string name = "vm-" + std::to_string(number);
-  machine->Name = name.c_str();
-  machine->ElementName = (name + " R&amp;D").c_str();
-  machine->Description = "A machine of the load test";
-  machine->UUID = "59d9a3d1-faa6-8e66-3e70-8db8aa7e4a9c";
-  machine->GuestFullName = "Debian GNU/Linux 12 (64-bit)";
-  machine->GuestHostName = (name + ".example.org").c_str();
-  machine->GuestIPAddress = "10.0.0.1";
-  machine->VMPathName = ("[store1] " + name + "/" + name + ".cfg").c_str();
-  machine->PowerState = "poweredOn";
-  machine->OperationalStatus = 2;
-  return machine;
-}
-
-void Fill(KE::Instance::KETypeCache& cache, int machines) {
-  KELib::KEString type(ZORBEL_VMComputerSystemClass);
-  KELib::KEString hosts(ZORBEL_ORXComputerSystemClass);
-  cache.CreateDataCache(type);
-  cache.CreateDataCache(hosts);
-  for (int i = 0; i < machines; ++i) {
-    auto* machine = MakeMachine(i);
-    cache.SetVal(type, machine->Name, machine);
-  }
-}
-
-// Of the changing thread, in microseconds: how long it waited for the lock, and how much too late
-// it woke from its pause. The second is what the machine's other work costs, without any lock.
-struct Waits {
-  std::vector<long> lock, pause;
-};
-
 long Since(Clock::time_point start) {
   return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start).count();
 }
 
-Waits Change(KE::Instance::KETypeCache& cache, const std::atomic<bool>& ended) {
-  KELib::KEString type(ZORBEL_VMComputerSystemClass);
-  KELib::KEString hostType(ZORBEL_ORXComputerSystemClass);
-  KE::Instance::KEDataCache* machines = cache.GetDataCache(type);
-  KE::Instance::KEDataCache* hosts = cache.GetDataCache(hostType);
-  const unsigned count = machines->Size();
-  Waits waits;
-  for (unsigned i = 0; !ended; ++i) {
-    const auto start = Clock::now();
-    {
-      KELib::KEMutexGuard machinesGuard(machines->GetMutex());
-      KELib::KEMutexGuard hostsGuard(hosts->GetMutex());
-      waits.lock.push_back(Since(start));
-      KELib::KEString key(("vm-" + std::to_string(i % count)).c_str());
-      KELib::Stub::KEStubRef ref;
-      machines->GetVal(key, ref);
-      static_cast<ZORBEL_VMComputerSystem*>(ref.GetData())->PowerState =
-          i % 2 == 0 ? "poweredOff" : "poweredOn";
-    }
-    const auto next = Clock::now() + CHANGE_INTERVAL;
+void TakeAll(kecpp::Follower& follower) {
+  while (!follower.Next().empty()) continue;
+}
+
+// In microseconds, how long each change took from the daemon's answer to the follower.
+std::vector<long> Change(driver::Simulator& simulator, kecpp::Follower& follower,
+                         std::chrono::seconds time) {
+  std::vector<long> times;
+  const auto end = Clock::now() + time;
+  for (auto next = Clock::now(); next < end; next += CHANGE_INTERVAL) {
     std::this_thread::sleep_until(next);
-    waits.pause.push_back(Since(next));
+    TakeAll(follower);
+    simulator.SetMachine("vm-1", "name", std::to_string(times.size()));
+    const auto start = Clock::now();
+    follower.Wait(std::chrono::minutes(1));
+    times.push_back(Since(start));
   }
-  return waits;
+  return times;
 }
 
 struct Served {
@@ -118,19 +78,18 @@ void Enumerate(int port, const std::atomic<bool>& ended, Served& served) {
 void PrintTimes(const char* what, std::vector<long> times) {
   std::sort(times.begin(), times.end());
   const auto part = [&](double share) {
-    return times[static_cast<std::size_t>(static_cast<double>(times.size() - 1) * share)] / 1000.0;
+    const double last = static_cast<double>(times.size() - 1);
+    return static_cast<double>(times[static_cast<std::size_t>(last * share)]) / 1000;
   };
   std::printf("%zu times %s: half %.3f ms, 99 %% %.3f ms, longest %.3f ms\n", times.size(), what,
               part(0.5), part(0.99), part(1));
 }
 
-void Print(const Waits& waits, const Served& served, int seconds) {
+void Print(const Served& served, std::chrono::seconds time) {
   std::printf("%.1f enumerations a second, %.1f MB each, %ld failed\n",
-              static_cast<double>(served.requests) / seconds,
+              static_cast<double>(served.requests) / static_cast<double>(time.count()),
               static_cast<double>(served.bytes) / 1e6 / static_cast<double>(served.requests),
               served.failures.load());
-  PrintTimes("waited for the lock", waits.lock);
-  PrintTimes("woken late without a lock", waits.pause);
 }
 
 long ProcessorTime() {
@@ -140,13 +99,13 @@ long ProcessorTime() {
 }
 
 // What one copy of all machines costs, in processor time.
-void TimeCopies(KE::Instance::KETypeCache& cache) {
-  const tools::agent::ClassRow& type = *tools::agent::FindClass(ZORBEL_VMComputerSystemClass);
+void TimeCopies(const kecpp::Inventory& inventory) {
+  const tools::ClassRow& type = tools::ClassOf(kecpp::Kind::machine);
   std::vector<long> times;
   for (int i = 0; i < 50; ++i) {
-    tools::agent::Rows rows(type, tools::agent::PropertiesOf(type));
+    tools::agent::Rows rows(type, tools::PropertiesOf(type));
     const long start = ProcessorTime();
-    tools::agent::ReadAll(cache, rows);
+    tools::agent::ReadAll(inventory, rows);
     times.push_back(ProcessorTime() - start);
   }
   PrintTimes("copied all machines", times);
@@ -159,31 +118,31 @@ int Argument(int argc, char** argv, int index, int otherwise) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const int seconds = Argument(argc, argv, 1, 10);
+  const std::chrono::seconds time(Argument(argc, argv, 1, 10));
   const int clients = Argument(argc, argv, 2, 8);
-  KE::Instance::KETypeCache cache;
-  Fill(cache, Argument(argc, argv, 3, 10000));
-  TimeCopies(cache);
-  tools::agent::CacheGate gate(std::chrono::milliseconds(0));
-  gate.Open({&cache, true});
+  driver::Simulator simulator({"--machines", std::to_string(Argument(argc, argv, 3, 10000))});
+  const kecpp::Inventory inventory({simulator.Config()});
+  TimeCopies(inventory);
+  kecpp::Follower follower = inventory.Follow();
+  PrintTimes("until a change arrived at rest", Change(simulator, follower, time));
+
+  const tools::agent::InventoryGate gate(inventory, std::chrono::milliseconds(0));
   const tools::agent::Operations operations(gate);
   tools::agent::AgentServer server(nullptr, tools::agent::Limits());
   tools::agent::AddCimEndpoint(server, operations);
   const int port = server.Bind("127.0.0.1", 0);
   server.Start();
-
   std::atomic<bool> ended{false};
   Served served;
-  Waits waits;
-  std::thread changing([&] { waits = Change(cache, ended); });
   std::vector<std::thread> asking;
+  asking.reserve(static_cast<std::size_t>(clients));
   for (int i = 0; i < clients; ++i) {
     asking.emplace_back([&] { Enumerate(port, ended, served); });
   }
-  std::this_thread::sleep_for(std::chrono::seconds(seconds));
+  const std::vector<long> times = Change(simulator, follower, time);
   ended = true;
-  changing.join();
   for (std::thread& thread : asking) thread.join();
   server.Stop();
-  Print(waits, served, seconds);
+  Print(served, time);
+  PrintTimes("until a change arrived among clients", times);
 }

@@ -3,7 +3,7 @@
 // A CIM client that was not written for this agent sees the daemon's inventory, and nothing else.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <kecpp.h>
+#include <kecpp/inventory.h>
 
 #include <atomic>
 #include <thread>
@@ -33,24 +33,18 @@ constexpr List LISTS[] = {{"hosts", HOST, "Name"},
                           {"privileges", "Zorbel_Privilege", "InstanceID"},
                           {"identities", "Zorbel_Identity", "InstanceID"}};
 
-// The truth holds XML text, a client shows what it means.
-std::string Decoded(const std::string& xmlText) {
-  KELib::KEString raw;
-  KELib::Xml::DecodeEntities(xmlText.c_str(), raw);
-  return raw.Cstr();
-}
-
 std::string NameOf(const List& list, const Json& item) {
-  return std::string(list.type) + " " + Decoded(item[list.key]);
+  return std::string(list.type) + " " + kecpp::Decode(item[list.key].get<std::string>());
 }
 
-// The properties that the truth tells; the lists of links are no properties, and what is empty the
-// client leaves out.
+// The properties that the truth tells, whose texts are XML text; the lists of links are no
+// properties, and what is empty the client leaves out.
 Properties PropertiesOf(const List& list, const Json& item) {
   Properties properties = {{"CreationClassName", list.type}};
   for (const auto& [name, value] : item.items()) {
     if (name == "host" || value.is_array()) continue;
-    const std::string text = value.is_string() ? Decoded(value) : value.dump();
+    const std::string text =
+        value.is_string() ? kecpp::Decode(value.get<std::string>()) : value.dump();
     if (!text.empty()) properties[name] = text;
   }
   return properties;

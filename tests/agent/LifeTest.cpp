@@ -95,6 +95,8 @@ TEST(Life, ARequestWaitsForTheFirstFillAndALostSessionIsMadeAnew) {
   Simulator simulator({"--machines", "7"});
   simulator.Control("fault", {{"method", "CreateFilter"}, {"kind", "drip"}, {"delayMs", 1}});
   AgentProcess agent(simulator.Config());
+  RawClient page(agent.Port());
+  page.Send(Head("GET /events", ""));
   EXPECT_EQ(CountOf(Ask(agent, "EnumerateInstanceNames", "CIM_ComputerSystem"), "<INSTANCENAME"),
             9u);
   simulator.Control("session-lost");
@@ -105,6 +107,7 @@ TEST(Life, ARequestWaitsForTheFirstFillAndALostSessionIsMadeAnew) {
     return Ask(agent, "EnumerateInstanceNames", "CIM_ComputerSystem").find(">" + machine + "<") !=
            std::string::npos;
   }));
+  EXPECT_GE(CountOf(page.Receive("\"late\""), "\"id\":\"machine "), 8u) << "a page follows both";
 }
 
 TEST(Life, AnAccountThatMayNotSeeRolesSeesMachines) {

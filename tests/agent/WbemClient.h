@@ -21,7 +21,6 @@ namespace agenttest {
 using Properties = std::map<std::string, std::string>;  // not empty, without quotes
 using Instances = std::map<std::string, Properties>;    // by "CLASS KEY"
 using Names = std::set<std::string>;
-using Words = std::vector<std::string>;
 
 class WbemClient {
  public:
@@ -33,19 +32,16 @@ class WbemClient {
 
   // Runs e.g. "ei" on e.g. "CIM_System" (or a class and its keys) and gives the lines of its
   // output; what it says of an error when it fails.
-  std::string Run(const std::string& operation, const std::string& object,
-                  const Words& options = {}) const {
-    Words command = {PROGRAM, operation, "-nl", "-noverify"};
-    command.insert(command.end(), options.begin(), options.end());
-    driver::ChildProcess client(command, {prefix + (object.empty() ? "" : ":" + object)});
+  std::string Run(const std::string& operation, const std::string& object) const {
+    driver::ChildProcess client({PROGRAM, operation, "-nl", "-noverify"},
+                                {prefix + (object.empty() ? "" : ":" + object)});
     return client.Wait() == 0 ? client.Output() : "failed: " + client.Errors() + client.Output();
   }
 
   // The same, read: "CLASS KEY" of each name, and what instances hold. Throw when it fails.
-  Names GetNames(const std::string& operation, const std::string& object,
-                 const Words& options = {}) const {
+  Names GetNames(const std::string& operation, const std::string& object) const {
     Names names;
-    for (const std::string& line : Succeed(operation, object, options)) {
+    for (const std::string& line : Succeed(operation, object)) {
       if (!names.insert(ShortName(line)).second) throw std::runtime_error("twice: " + line);
     }
     return names;
@@ -53,7 +49,7 @@ class WbemClient {
   Instances GetInstances(const std::string& operation, const std::string& object) const {
     Instances instances;
     Properties* current = nullptr;
-    for (const std::string& line : Succeed(operation, object, {})) {
+    for (const std::string& line : Succeed(operation, object)) {
       const std::size_t equals = line.find('=');
       if (equals == std::string::npos) continue;
       if (line[0] == '-' && current != nullptr) {
@@ -69,12 +65,11 @@ class WbemClient {
  private:
   static constexpr const char* PROGRAM = "/usr/bin/wbemcli";
 
-  Words Succeed(const std::string& operation, const std::string& object,
-                const Words& options) const {
-    const std::string output = Run(operation, object, options);
+  std::vector<std::string> Succeed(const std::string& operation, const std::string& object) const {
+    const std::string output = Run(operation, object);
     if (output.compare(0, 6, "failed") == 0) throw std::runtime_error(operation + " " + output);
     std::istringstream text(output);
-    Words lines;
+    std::vector<std::string> lines;
     for (std::string line; std::getline(text, line);) {
       if (!line.empty()) lines.push_back(line);
     }

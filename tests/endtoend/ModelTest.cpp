@@ -13,8 +13,7 @@
 #include "simulator/driver/Simulator.h"
 #include "support/FeedMirror.h"
 #include "support/ReadCaches.h"
-#include "tools/common/DaemonConnection.h"
-#include "tools/common/EndOfRun.h"
+#include "support/Watches.h"
 
 namespace endtoend {
 namespace {
@@ -236,33 +235,35 @@ TEST(Model, TheCachesEqualThePlainModelAfterEveryChange) {
   constexpr int kSteps = 2000;
   Simulator simulator({"--hosts", "3", "--machines", "8"});
   KELib::Logging::GetDefaultLogger()->SetLevelByName("error");
-  tools::EndOfRun end(0);
-  std::optional<tools::DaemonConnection> agent(
-      std::in_place, *KE::Service::GetServiceManagerInstance(),
-      tools::ConnectionNeeds{"model", simulator.Config(),
-                             tools::ConnectionNeeds::Authorization::required},
-      end);
-  agent->Watch(end);
-  const auto caches = [&] { return ReadCaches(agent->Cache()); };
+  KE::Service::KEServiceInstManager& manager = *KE::Service::GetServiceManagerInstance();
+  KELib::KEString config(simulator.Config().c_str());
+  KE::Service::KEServiceInst* agent =
+      manager.GetServiceInstance(config, KE::Service::DEFAULT_CONFIG_CONTENT);
+  ASSERT_NE(agent, nullptr);
+  KE::Service::KEDataSync& sync = *agent->GetSession()->GetDataSync();
+  WatchSystems(*agent, sync);
+  const std::unique_ptr<KELib::KEWaiter> filled(KELib::CreateKEWaiter());
+  WatchAuthorization(*agent, sync, filled.get());
+  ASSERT_TRUE(filled->Wait(20000));
+  const auto caches = [&] { return ReadCaches(*sync.GetCache()); };
   RandomChanges changes(simulator, seed);
-  std::optional<FeedMirror> prompt(std::in_place, agent->Sync()),
-      slow(std::in_place, agent->Sync());
+  std::optional<FeedMirror> prompt(std::in_place, sync), slow(std::in_place, sync);
   for (int step = 0; step < kSteps; ++step) {
     changes.Step();
     const Json expected = changes.Expected();
     unsigned long long seen = 0;
     bool equal = caches() == expected;
-    while (!equal && agent->Sync().WaitForChange(seen, 20000)) equal = caches() == expected;
+    while (!equal && sync.WaitForChange(seen, 20000)) equal = caches() == expected;
     ASSERT_TRUE(equal) << "step " << step << ": " << Json::diff(caches(), expected).dump(1);
-    const std::string dump = DumpCaches(agent->Cache());
+    const std::string dump = DumpCaches(*sync.GetCache());
     ASSERT_EQ(prompt->Dump(), dump) << "step " << step;
     if (step % 100 != 99) continue;
     ASSERT_EQ(slow->Dump(), dump) << "step " << step;
-    slow.emplace(agent->Sync());
+    slow.emplace(sync);
   }
   prompt.reset();
   slow.reset();
-  agent.reset();
+  manager.FreeServiceInstance(agent);
   KE::Service::FreeServiceManagerInstance();
 }
 

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// kecpp-inventory as a process.
+// kecpp-inventory as a process. The daemon's truth is compared with its texts decoded.
 #ifndef KECPP_TESTS_ENDTOEND_TOOL_H
 #define KECPP_TESTS_ENDTOEND_TOOL_H
+
+#include <kecpp/inventory.h>
 
 #include <nlohmann/json.hpp>
 #include <string>
@@ -11,6 +13,13 @@
 #include "simulator/driver/ChildProcess.h"
 
 namespace endtoend {
+
+inline nlohmann::json Decoded(nlohmann::json stored) {
+  if (stored.is_string()) return kecpp::Decode(stored.get<std::string>());
+  if (!stored.is_structured()) return stored;
+  for (auto& part : stored) part = Decoded(part);
+  return stored;
+}
 
 class Tool : public driver::ChildProcess {
  public:
@@ -28,7 +37,8 @@ class Tool : public driver::ChildProcess {
   }
 
   // Waits until the last document is `truth`; gives up when the tool has ended.
-  bool Becomes(const nlohmann::json& truth) {
+  bool Becomes(const nlohmann::json& stored) {
+    const nlohmann::json truth = Decoded(stored);
     return driver::Eventually([&] { return LastDocument() == truth || !IsRunning(); }) &&
            LastDocument() == truth;
   }

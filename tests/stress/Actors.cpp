@@ -43,7 +43,7 @@ void WatchForAWhile(Scene& scene, Seat& seat, const char* rootName, Fill fill,
 }
 
 void ChangeFilters(Scene& scene, Seat& seat) {
-  WatchForAWhile(scene, seat, PxaRootFolder, tools::ListSystems, "filters");
+  WatchForAWhile(scene, seat, PxaRootFolder, kecpp::ListSystems, "filters");
 }
 
 // Named twice, the method makes a record of its own beside that of the lasting watch.

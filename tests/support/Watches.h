@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Sets up the watches of kecpp-inventory, as any agent does. On return the first data is on its
+// Sets up the watches of an inventory, as any agent does. On return the first data is on its
 // way, or in the caches when `waiter` is null. Throws what SetupDataSync throws.
 #ifndef KECPP_TESTS_SUPPORT_WATCHES_H
 #define KECPP_TESTS_SUPPORT_WATCHES_H
@@ -9,7 +9,7 @@
 
 #include <memory>
 
-#include "tools/common/WatchList.h"
+#include "inventory/WatchLists.h"
 
 // `fill` makes the list of what is watched below the object that the service content names so. The
 // data sync owns the result.
@@ -25,13 +25,17 @@ KE::Stub::ManagedObjectReference* Watch(KE::Service::KEServiceInst& instance,
 
 inline KE::Stub::ManagedObjectReference* WatchSystems(KE::Service::KEServiceInst& instance,
                                                       KE::Service::KEDataSync& sync) {
-  return Watch(instance, sync, KE::Service::PxaRootFolder, tools::ListSystems);
+  return Watch(instance, sync, KE::Service::PxaRootFolder, kecpp::ListSystems);
 }
 
 inline KE::Stub::ManagedObjectReference* WatchAuthorization(KE::Service::KEServiceInst& instance,
                                                             KE::Service::KEDataSync& sync,
                                                             KELib::KEWaiter* waiter = nullptr) {
-  return Watch(instance, sync, "authorizationManager", tools::ListAuthorization, waiter);
+  const auto list = [](KELib::KEVector<KELib::KEString>& all) {
+    kecpp::ListAuthorization(all);
+    kecpp::ListPermissions(all);
+  };
+  return Watch(instance, sync, "authorizationManager", list, waiter);
 }
 
 #endif

@@ -15,7 +15,7 @@ std::string Parsed(const std::string& words) {
   Options options;
   const auto status = ParseOptions(static_cast<int>(arguments.size()), arguments.data(), options);
   if (status) return std::to_string(*status);
-  std::string text = options.json ? " json" : "";
+  std::string text = options.format == Format::json ? " json" : "";
   for (const Kind* kind : options.lists) text += std::string(" ") + kind->name;
   return (text + (options.wantsAuthorization ? " asked" : "")).substr(1);
 }

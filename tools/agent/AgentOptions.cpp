@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/agent/AgentOptions.h"
 
-#include <kecpp.h>
+#include <kecpp/inventory.h>
 
 #include <CLI/CLI.hpp>
 #include <charconv>
@@ -98,8 +98,8 @@ std::optional<int> ParseAgentOptions(int argc, const char* const* argv, AgentOpt
       ->type_name("NAME")
       ->check(CLI::IsMember({"none", "panic", "error", "warning", "info", "verbose", "trivia"}));
   app.add_flag("--print-mof", options.printMof, "Print the classes as a MOF file and end");
-  app.set_version_flag("--version",
-                       std::string("kecpp-agent " KECPP_VERSION ", library ") + KELib::Version());
+  app.set_version_flag(
+      "--version", std::string("kecpp-agent " KECPP_TOOLS_VERSION ", library ") + kecpp::Version());
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -71,8 +71,8 @@ std::optional<Link> FindLink(const Call& call, const ClassRow& type,
   }
   Link link{&type, "", ""};
   bool found = false;
-  ReadCaches(call, {&type}, [&](KE::Instance::KETypeCache& cache) {
-    found = ReadLink(cache, origin, result, link);
+  ReadInventory(call, {&type}, [&](const kecpp::Inventory& inventory) {
+    found = ReadLink(inventory, origin, result, link);
   });
   return found ? std::optional<Link>(link) : std::nullopt;
 }
@@ -155,17 +155,17 @@ std::vector<const ClassRow*> TypesOf(const std::vector<ObjectName>& objects) {
   return types;
 }
 
-void ReadCaches(const Call& call, const std::vector<const ClassRow*>& types,
-                const std::function<void(KE::Instance::KETypeCache&)>& read) {
-  call.gate.Read([&](const Caches& caches) {
-    const bool denied = !caches.hasAuthorization && !types.empty() &&
+void ReadInventory(const Call& call, const std::vector<const ClassRow*>& types,
+                   const std::function<void(const kecpp::Inventory&)>& read) {
+  call.gate.Enter([&](const kecpp::Inventory& inventory, const kecpp::Status& status) {
+    const bool denied = !status.hasAuthorization && !types.empty() &&
                         std::all_of(types.begin(), types.end(),
                                     [](const ClassRow* type) { return IsAuthorization(*type); });
     if (denied) {
       throw OperationError(Status::AccessDenied,
                            "the daemon does not show roles and privileges to this account");
     }
-    read(*caches.cache);
+    read(inventory);
   });
 }
 

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/agent/CacheGate.h"
-#include "tools/agent/CacheQueries.h"
+#include "tools/agent/InventoryGate.h"
+#include "tools/agent/Queries.h"
 #include "tools/agent/Request.h"
 #include "tools/agent/XmlWriter.h"
 #include "tools/common/Schema.h"
@@ -20,7 +20,7 @@ namespace tools::agent {
 
 struct Call {
   const Request& request;
-  CacheGate& gate;
+  const InventoryGate& gate;
   const std::string& host;
 };
 
@@ -53,10 +53,10 @@ std::vector<const ClassRow*> TypesOf(const std::vector<ObjectName>& objects);
 // "CreationClassName" and, since there is a single key then, the key's name as well.
 bool KeysFit(const ClassRow& type, const std::vector<KeyBinding>& keys, std::string& value);
 
-// Calls `read` while the caches are there. Throws OperationError when all of `types` are such that
-// the daemon does not show to this account.
-void ReadCaches(const Call& call, const std::vector<const ClassRow*>& types,
-                const std::function<void(KE::Instance::KETypeCache&)>& read);
+// Calls `read` while the daemon is connected. Throws OperationError when all of `types` are such
+// that the daemon does not show to this account.
+void ReadInventory(const Call& call, const std::vector<const ClassRow*>& types,
+                   const std::function<void(const kecpp::Inventory&)>& read);
 
 }  // namespace tools::agent
 

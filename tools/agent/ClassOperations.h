@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The operations on classes and namespaces. They need no cache and never wait. They throw
+// The operations on classes and namespaces. They need no inventory and never wait. They throw
 // OperationError.
 #ifndef KECPP_TOOLS_AGENT_CLASSOPERATIONS_H
 #define KECPP_TOOLS_AGENT_CLASSOPERATIONS_H

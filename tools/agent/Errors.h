@@ -39,7 +39,7 @@ class MessageError : public std::runtime_error {
   const int httpStatus;
 };
 
-// Cannot be answered now: the caches are not there yet, or too many answers wait for their clients.
+// Cannot be answered now: there is no inventory yet, or too many answers wait for their clients.
 class NotReady : public std::runtime_error {
  public:
   explicit NotReady(const char* why = "the inventory was not read yet") : std::runtime_error(why) {}

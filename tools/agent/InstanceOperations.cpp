@@ -10,7 +10,7 @@
 namespace tools::agent {
 namespace {
 
-// What a class and those below it hold, copied in one go.
+// What a class and those below it hold.
 struct Found {
   std::vector<Rows> objects;
   std::vector<std::vector<Link>> links;  // by class
@@ -40,10 +40,10 @@ Found ReadInstances(const Call& call, const ClassRow& asked, bool withProperties
     found.objects.emplace_back(
         *type, withProperties ? Columns(call.request, asked, *type) : std::vector<ClassProperty>());
   }
-  ReadCaches(call, types, [&](KE::Instance::KETypeCache& cache) {
-    for (Rows& rows : found.objects) ReadAll(cache, rows);
+  ReadInventory(call, types, [&](const kecpp::Inventory& inventory) {
+    for (Rows& rows : found.objects) ReadAll(inventory, rows);
     for (const ClassRow* type : types) {
-      if (type->isAssociation) found.links.push_back(ReadAllLinks(cache, *type));
+      if (type->isAssociation) found.links.push_back(ReadAllLinks(inventory, *type));
     }
   });
   return found;
@@ -89,8 +89,8 @@ void WriteNames(const Call& call, const Found& found, XmlWriter& out) {
 Rows ReadObject(const Call& call, const std::vector<const ClassRow*>& types,
                 const ObjectName& object) {
   Rows rows(*object.type, WantedProperties(call.request, *object.type));
-  ReadCaches(call, types,
-             [&](KE::Instance::KETypeCache& cache) { ReadOne(cache, object.key, rows); });
+  ReadInventory(call, types,
+                [&](const kecpp::Inventory& inventory) { ReadOne(inventory, object.key, rows); });
   return rows;
 }
 

@@ -9,22 +9,24 @@
 namespace tools::agent {
 namespace {
 
-// The links of the object that "ObjectName" names. A link is an object, too, and has none.
-void CopyLinks(const Call& call, const LinkFilter& filter, const CopyLink& copy) {
+// Reads the links of the object that "ObjectName" names, and calls `use` with the inventory and
+// these. A link is an object, too, and has none.
+template <class Use>
+void ReadObjectLinks(const Call& call, const LinkFilter& filter, Use use) {
   if (NamesLink(call.request, "ObjectName")) {
     NamedLink(call, "ObjectName");
     return;
   }
   const auto objects = NamedObjects(call.request, "ObjectName");
-  const auto types = TypesOf(objects);
-  for (const ObjectName& object : objects) {
-    bool found = false;
-    ReadCaches(call, types, [&](KE::Instance::KETypeCache& cache) {
-      found = ReadLinks(cache, object, filter, copy);
-    });
-    if (found) return;
-  }
-  throw OperationError(Status::NotFound, "there is no such instance");
+  bool found = false;
+  ReadInventory(call, TypesOf(objects), [&](const kecpp::Inventory& inventory) {
+    for (const ObjectName& object : objects) {
+      std::vector<LinkFromEnd> links;
+      found = ReadLinks(inventory, object, filter, links);
+      if (found) return use(inventory, links);
+    }
+  });
+  if (!found) throw OperationError(Status::NotFound, "there is no such instance");
 }
 
 LinkFilter PartnerFilter(const Request& request) {
@@ -37,8 +39,7 @@ LinkFilter ReferenceFilter(const Request& request) {
   return {FilterClass(request, "ResultClass"), nullptr, request.Text("Role"), ""};
 }
 
-// Partners by class, each class with its own columns. They are found out before a mutex is held: a
-// request may ask for very many.
+// Partners by class, each class with its own columns.
 class Partners {
  public:
   Partners(const Request& request, bool withProperties) {
@@ -49,7 +50,15 @@ class Partners {
     }
   }
 
-  void Add(const ClassRow& type, KELib::Stub::KEStubBase& stub) { RowsOf(type).Add(stub); }
+  // A partner that has gone meanwhile is left out.
+  void Read(const kecpp::Inventory& inventory, const LinkFromEnd& link) {
+    Rows& rows = RowsOf(*link.partnerType);
+    if (rows.Columns().empty()) {
+      rows.AddKey(link.PartnerKey());
+    } else {
+      ReadOne(inventory, kecpp::Decode(link.PartnerKey()), rows);
+    }
+  }
 
   template <class Write>
   void ForEach(Write write) const {
@@ -67,21 +76,24 @@ class Partners {
   std::vector<Rows> groups;
 };
 
+using Links = std::vector<LinkFromEnd>;
+
 Partners ReadPartners(const Call& call, bool withProperties) {
   Partners partners(call.request, withProperties);
-  CopyLinks(call, PartnerFilter(call.request),
-            [&](const Link&, const ClassRow& type, KELib::Stub::KEStubBase& partner) {
-              partners.Add(type, partner);
-            });
+  ReadObjectLinks(call, PartnerFilter(call.request),
+                  [&](const kecpp::Inventory& inventory, const Links& links) {
+                    for (const LinkFromEnd& link : links) partners.Read(inventory, link);
+                  });
   return partners;
 }
 
 std::vector<Link> ReadReferences(const Call& call) {
-  std::vector<Link> links;
-  CopyLinks(
-      call, ReferenceFilter(call.request),
-      [&](const Link& link, const ClassRow&, KELib::Stub::KEStubBase&) { links.push_back(link); });
-  return links;
+  std::vector<Link> references;
+  ReadObjectLinks(call, ReferenceFilter(call.request),
+                  [&](const kecpp::Inventory&, const Links& links) {
+                    for (const LinkFromEnd& link : links) references.push_back(link.link);
+                  });
+  return references;
 }
 
 ObjectElements Elements(const Call& call, XmlWriter& out) {

@@ -9,9 +9,9 @@
 #include <string>
 #include <string_view>
 
-#include "tools/agent/CacheQueries.h"
+#include "tools/agent/Queries.h"
+#include "tools/agent/Rows.h"
 #include "tools/agent/XmlWriter.h"
-#include "tools/common/Rows.h"
 
 namespace tools::agent {
 
@@ -21,7 +21,7 @@ class ObjectElements {
   // origin. Both arguments outlive the object.
   ObjectElements(XmlWriter& out, const std::string& host, bool origins);
 
-  // Of the stub in that row: INSTANCENAME, INSTANCE, and the two within their path.
+  // Of the object in that row: INSTANCENAME, INSTANCE, and the two within their path.
   void Name(const Rows& rows, std::size_t row);
   void Instance(const Rows& rows, std::size_t row);
   void Path(const Rows& rows, std::size_t row);

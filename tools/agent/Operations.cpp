@@ -17,7 +17,7 @@ namespace {
 struct OperationRow {
   const char* name;
   Content (*answer)(const Call& call);
-  bool readsCaches;
+  bool readsInventory;
   const char* parameters[9];  // null after the last
 };
 
@@ -168,15 +168,15 @@ std::size_t LengthOf(const Request& request, const Content& content) {
 
 }  // namespace
 
-Operations::Operations(CacheGate& cacheGate, const Limits& limits)
-    : gate(cacheGate),
+Operations::Operations(const InventoryGate& inventoryGate, const Limits& limits)
+    : gate(inventoryGate),
       patience(limits.time),
       backlog(limits.unsentBytes),
       turns(std::clamp(std::thread::hardware_concurrency(), 2u, 4u)) {}
 
 void Operations::Await(const Request& request) const {
   const OperationRow* row = Find(request);
-  if (row && row->readsCaches) gate.AwaitOpen();
+  if (row && row->readsInventory) gate.AwaitOpen();
 }
 
 // Waits for room without holding a turn, which other requests may need, and without the copy that

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Answers CIM operations from the caches.
+// Answers CIM operations from the inventory.
 //
 // Thread safety: any number of threads may answer at once.
 #ifndef KECPP_TOOLS_AGENT_OPERATIONS_H
@@ -10,7 +10,7 @@
 #include <string>
 
 #include "tools/agent/Backlog.h"
-#include "tools/agent/CacheGate.h"
+#include "tools/agent/InventoryGate.h"
 #include "tools/agent/Limits.h"
 #include "tools/agent/Request.h"
 #include "tools/agent/Turns.h"
@@ -25,10 +25,10 @@ struct Reply {
 class Operations {
  public:
   // The gate outlives the object, which outlives the replies that it gives.
-  explicit Operations(CacheGate& gate, const Limits& limits = {});
+  explicit Operations(const InventoryGate& gate, const Limits& limits = {});
 
-  // An operation that reads caches: waits for the first fill, or for as long as readers wait at
-  // most.
+  // An operation that reads the inventory: waits for the first fill, or for as long as readers wait
+  // at most.
   void Await(const Request& request) const;
 
   // The whole reply message; an operation that fails is answered with its CIM status. `host` is the
@@ -38,12 +38,12 @@ class Operations {
   Reply Answer(const Request& request, const std::string& host) const;
 
  private:
-  CacheGate& gate;
+  const InventoryGate& gate;
   const std::chrono::seconds patience;
   mutable Backlog backlog;
   // Each thread that answers holds a copy of what it answers. And answering does not wait for
-  // anything: more threads than processors would only be interrupted while they hold the caches'
-  // mutexes, and keep the sync thread waiting.
+  // anything: more threads than processors would only be interrupted while they hold the library's
+  // locks, and keep changes waiting.
   mutable Turns turns;
 };
 

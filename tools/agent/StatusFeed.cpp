@@ -1,14 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "tools/agent/StatusFeed.h"
 
-#include <algorithm>
-#include <map>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <thread>
-
-#include "tools/agent/Errors.h"
-#include "tools/common/CacheReader.h"
-#include "tools/common/InventoryCopy.h"
 
 namespace tools::agent {
 namespace {
@@ -16,172 +11,135 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Json = nlohmann::ordered_json;
 
-constexpr std::chrono::milliseconds COPY_INTERVAL(500);
+constexpr std::chrono::milliseconds SLICE(200);  // a new state and the end wake nobody
+constexpr std::chrono::milliseconds REST(100);
 constexpr std::chrono::seconds HEARTBEAT(10);
-
-std::string Raw(std::string_view xmlText) {
-  KELib::KEString raw;
-  KELib::Xml::DecodeEntities(std::string(xmlText).c_str(), raw);
-  return raw.Cstr();
-}
+constexpr std::size_t MOST_CHANGES = 1000;
 
 // Names come from the daemon and may hold anything, broken UTF-8 included.
 std::string Dump(const Json& json) {
   return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-// One object's values, by name.
-class Object {
- public:
-  Object(const Rows& allRows, std::size_t itsRow) : rows(allRows), row(itsRow) {}
+// Without the keys of its machines, which may be thousands.
+std::optional<Json> HostRow(const kecpp::Inventory& inventory, const std::string& key) {
+  std::string name, vendor, model;
+  unsigned status = 0;
+  std::size_t machines = 0;
+  const bool found = inventory.Look<kecpp::HostView>(key, [&](const kecpp::HostView& host) {
+    name = host.name;
+    vendor = host.vendor;
+    model = host.model;
+    status = host.operationalStatus;
+    machines = host.machines.size();
+  });
+  if (!found) return {};
+  return Json{{"name", kecpp::Decode(name)},
+              {"status", status},
+              {"details", kecpp::Decode(vendor) + " " + kecpp::Decode(model)},
+              {"machines", machines}};
+}
 
-  std::string_view Key() const { return rows.Key(row); }
-  std::string_view Stored(const char* name) const {
-    return rows.Value(row, rows.ColumnOf(name)).value_or("");
-  }
-  std::string Text(const char* name) const { return Raw(Stored(name)); }
-  std::vector<std::string_view> List(const char* name) const { return Items(Stored(name)); }
-  unsigned long Status() const {
-    return std::stoul(std::string(List("OperationalStatus").front()));
-  }
+// The page knows the host's name.
+std::optional<Json> MachineRow(const kecpp::Inventory& inventory, const std::string& key) {
+  const auto machine = inventory.FindMachine(key);
+  if (!machine) return {};
+  return Json{{"name", machine->name},
+              {"status", machine->operationalStatus},
+              {"power", machine->powerStateText},
+              {"host", machine->host.value_or("")},
+              {"details", machine->guestFullName},
+              {"address", machine->guestIPAddress}};
+}
+
+// What an object that was added or changed is now; nothing when it has gone since.
+std::optional<Json> Row(const kecpp::Inventory& inventory, const kecpp::Change& change) {
+  return change.kind == kecpp::Kind::host ? HostRow(inventory, change.key)
+                                          : MachineRow(inventory, change.key);
+}
+
+bool IsShown(const kecpp::Change& change) {
+  return change.kind == kecpp::Kind::host || change.kind == kecpp::Kind::machine;
+}
+
+// A list of JSON values, as text.
+class List {
+ public:
+  void Add(const Json& value) { text += (text.empty() ? "" : ",") + Dump(value); }
+  bool IsEmpty() const { return text.empty(); }
+  std::string Text() const { return "[" + text + "]"; }
 
  private:
-  const Rows& rows;
-  const std::size_t row;
+  std::string text;
 };
 
-StatusRow Row(const char* kind, const Object& object, Json json) {
-  const std::string id = std::string(kind) + " " + std::string(object.Key());
-  json["id"] = id;
-  json["kind"] = kind;
-  json["key"] = Raw(object.Key());
-  return {id, Dump(json)};
+long long Milliseconds(std::chrono::system_clock::time_point time) {
+  return std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
 }
 
-StatusRow HostRow(const Object& host) {
-  return Row("host", host,
-             {{"name", host.Text("ElementName")},
-              {"status", host.Status()},
-              {"details", host.Text("Vendor") + " " + host.Text("Model")},
-              {"machines", host.List("machines").size()}});
-}
-
-using HostNames = std::map<std::string_view, std::string>;
-
-StatusRow MachineRow(const Object& machine, const HostNames& hostNames) {
-  const auto host = hostNames.find(machine.Stored("host"));
-  return Row("machine", machine,
-             {{"name", machine.Text("ElementName")},
-              {"status", machine.Status()},
-              {"power", machine.Text("PowerState")},
-              {"host", host == hostNames.end() ? "" : host->second},
-              {"details", machine.Text("GuestFullName")},
-              {"address", machine.Text("GuestIPAddress")}});
-}
-
-const Kind& Hosts() {
-  return *FindKind("hosts");
-}
-const Kind& Machines() {
-  return *FindKind("machines");
-}
-
-StatusRows RowsOf(const InventoryCopy& inventory) {
-  StatusRows all;
-  HostNames hostNames;
-  const Rows& hosts = inventory.Of(Hosts());
-  for (std::size_t row = 0; row < hosts.Count(); ++row) {
-    const Object host(hosts, row);
-    hostNames[host.Key()] = host.Text("ElementName");
-    all.push_back(HostRow(host));
+// The later one of what this connection met and what ended one before.
+Failure LastFailure(const kecpp::Status& status, const ConnectionReport& report) {
+  Failure last = report.LastFailure();
+  if (!status.lastFailure.empty() && status.lastFailureTime > last.time) {
+    last = {status.lastFailure, status.lastFailureTime};
   }
-  const Rows& machines = inventory.Of(Machines());
-  for (std::size_t row = 0; row < machines.Count(); ++row) {
-    all.push_back(MachineRow(Object(machines, row), hostNames));
-  }
-  std::sort(all.begin(), all.end(),
-            [](const StatusRow& a, const StatusRow& b) { return a.id < b.id; });
-  return all;
-}
-
-// What turns `before` into `now`: rows that are new or differ, and the ids of those that have gone.
-class Difference {
- public:
-  Difference(const StatusRows& before, const StatusRows& now) {
-    auto old = before.begin();
-    for (const StatusRow& row : now) {
-      for (; old != before.end() && old->id < row.id; ++old) AddGone(old->id);
-      const bool known = old != before.end() && old->id == row.id;
-      if (!known || old->json != row.json) AddSet(row.json);
-      if (known) ++old;
-    }
-    for (; old != before.end(); ++old) AddGone(old->id);
-  }
-
-  bool IsEmpty() const { return set.empty() && gone.empty(); }
-  std::string Event() const {
-    return "event: rows\ndata: {\"set\":[" + set + "],\"gone\":[" + gone + "]}\n\n";
-  }
-
- private:
-  void AddSet(const std::string& json) { set += (set.empty() ? "" : ",") + json; }
-  void AddGone(const std::string& id) { gone += (gone.empty() ? "" : ",") + Dump(Json(id)); }
-
-  std::string set;
-  std::string gone;
-};
-
-std::string StateEvent(const DaemonReport& report) {
-  const Json json = {{"connected", report.connected},
-                     {"sets", report.sets},
-                     {"failures", report.consecutiveFailures},
-                     {"connections", report.connections},
-                     {"lastUpdate", report.lastUpdate},
-                     {"lastFailure", report.lastFailure},
-                     {"lastFailureText", report.lastFailureText},
-                     {"version", report.version},
-                     {"agent", KELib::Version()}};
-  return "event: state\ndata: " + Dump(json) + "\n\n";
+  return last;
 }
 
 }  // namespace
 
-StatusFeed::StatusFeed(CacheGate& cacheGate, DaemonState& daemonState)
-    : gate(cacheGate), state(daemonState), rows(std::make_shared<StatusRows>()) {}
+StatusFeed::StatusFeed(const kecpp::Inventory& shown, const ConnectionReport& connectionReport)
+    : inventory(shown), report(connectionReport) {}
 
-std::string StatusFeed::Next(View& view) {
-  const bool first = !view.rows;
-  if (first) {
-    view.rows = std::make_shared<StatusRows>();
-    state.WaitForChange(view.seen, std::chrono::milliseconds(0));
-  } else if (!state.WaitForChange(view.seen, HEARTBEAT)) {
-    return state.Ended() ? "" : ": nothing new\n\n";
+std::string StatusFeed::Next(View& view) const {
+  const auto heartbeat = Clock::now() + HEARTBEAT;
+  while (!ended && !view.changes.Closed()) {
+    std::this_thread::sleep_until(view.rest);
+    const bool hasChanges =
+        view.changes.Wait(view.state.empty() ? std::chrono::milliseconds(0) : SLICE);
+    std::string events = StateNews(view) + (hasChanges ? RowNews(view) : "");
+    if (!events.empty()) return events;
+    if (Clock::now() > heartbeat) return ": nothing new\n\n";
   }
-  std::shared_ptr<const StatusRows> now = Rows(view.seen);
-  const Difference difference(*view.rows, *now);
-  view.rows = std::move(now);
-  return StateEvent(state.Report()) + (difference.IsEmpty() ? "" : difference.Event());
+  return {};
 }
 
-// The rows after so many reports, or later. Pages that waited while one of them copied find that
-// copy new enough: each of them would take another half second to make its own.
-std::shared_ptr<const StatusRows> StatusFeed::Rows(unsigned long long reports) {
-  std::lock_guard<std::mutex> lock(mutex);
-  if (reports <= reportsCopied) return rows;
-  std::this_thread::sleep_until(copiedAt + COPY_INTERVAL);
-  const DaemonReport report = state.Report();
-  if (!report.connected) return rows;  // the last known ones
-  try {
-    InventoryCopy now;
-    gate.Read([&](const Caches& caches) {
-      now = ReadInventory(*caches.cache, {&Hosts(), &Machines()});
-    });
-    rows = std::make_shared<StatusRows>(RowsOf(now));
-    reportsCopied = report.times;
-    copiedAt = Clock::now();
-  } catch (const NotReady&) {  // lost just now
+std::string StatusFeed::StateNews(View& view) const {
+  const kecpp::Status status = inventory.State();
+  const Failure failure = LastFailure(status, report);
+  const Json json = {{"connected", status.state == kecpp::Status::State::connected},
+                     {"sets", status.updates},
+                     {"failures", status.failures},
+                     {"connections", status.connections},
+                     {"lastUpdate", Milliseconds(status.lastUpdate)},
+                     {"lastFailure", Milliseconds(failure.time)},
+                     {"lastFailureText", failure.text},
+                     {"version", status.version},
+                     {"agent", kecpp::Version()}};
+  std::string event = "event: state\ndata: " + Dump(json) + "\n\n";
+  if (event == view.state) return {};
+  view.state = event;
+  return event;
+}
+
+std::string StatusFeed::RowNews(View& view) const {
+  const std::vector<kecpp::Change> changes = view.changes.Next(MOST_CHANGES);
+  if (changes.size() < MOST_CHANGES) view.rest = Clock::now() + REST;
+  List set, gone;
+  for (const kecpp::Change& change : changes) {
+    if (!IsShown(change)) continue;
+    const std::string id = std::string(kecpp::NameOf(change.kind)) + " " + change.key;
+    if (change.type == kecpp::Change::Type::removed) {
+      gone.Add(id);
+    } else if (auto row = Row(inventory, change)) {
+      (*row)["id"] = id;
+      (*row)["kind"] = kecpp::NameOf(change.kind);
+      (*row)["key"] = change.key;
+      set.Add(*row);
+    }
   }
-  return rows;
+  if (set.IsEmpty() && gone.IsEmpty()) return {};
+  return "event: rows\ndata: {\"set\":" + set.Text() + ",\"gone\":" + gone.Text() + "}\n\n";
 }
 
 }  // namespace tools::agent

@@ -1,55 +1,50 @@
 // SPDX-License-Identifier: MIT
 //
-// What the status page shows, as events: the state of the sync, all hosts and machines once, and
-// from then on what has changed. The inventory is copied for all pages together, twice a second at
-// most.
+// What a status page shows, as server-sent events: the state of the connection, all hosts and
+// machines once, and from then on what has changed.
 //
 // Thread safety: any thread, but a view belongs to one.
 #ifndef KECPP_TOOLS_AGENT_STATUSFEED_H
 #define KECPP_TOOLS_AGENT_STATUSFEED_H
 
-#include <chrono>
-#include <memory>
-#include <mutex>
-#include <string>
-#include <vector>
+#include <kecpp/inventory.h>
 
-#include "tools/agent/CacheGate.h"
-#include "tools/agent/DaemonState.h"
+#include <atomic>
+#include <chrono>
+#include <string>
+
+#include "tools/agent/ConnectionReport.h"
 
 namespace tools::agent {
-
-// A host or a machine as one JSON object.
-struct StatusRow {
-  std::string id;  // class and key
-  std::string json;
-};
-using StatusRows = std::vector<StatusRow>;  // sorted by id
 
 class StatusFeed {
  public:
   // The arguments outlive the object.
-  StatusFeed(CacheGate& gate, DaemonState& state);
+  StatusFeed(const kecpp::Inventory& inventory, const ConnectionReport& report);
 
-  // One page's position in the feed.
+  // One page's position in the feed. What its page was not sent yet is kept once for each object.
   struct View {
-    unsigned long long seen = 0;             // reports of the state that were shown
-    std::shared_ptr<const StatusRows> rows;  // as shown; null before the first
+    kecpp::Follower changes;
+    std::string state;                           // the event that was sent last
+    std::chrono::steady_clock::time_point rest;  // no changes are taken before
   };
+  View Open() const { return {inventory.Follow(), {}, {}}; }
 
   // Waits until there is something new for the view, at most ten seconds, and gives it as the text
-  // of server-sent events; a comment when there was nothing. Empty after the end.
-  std::string Next(View& view);
+  // of events; a comment when there was nothing. Changes come at most ten times a second, unless a
+  // thousand objects wait. Empty after the end, and when the page has to begin again.
+  std::string Next(View& view) const;
+
+  // Lets every Next return within a quarter of a second.
+  void End() { ended = true; }
 
  private:
-  std::shared_ptr<const StatusRows> Rows(unsigned long long reports);
+  std::string StateNews(View& view) const;
+  std::string RowNews(View& view) const;
 
-  CacheGate& gate;
-  DaemonState& state;
-  std::mutex mutex;
-  std::shared_ptr<const StatusRows> rows;          // the last copy; guarded by `mutex`
-  unsigned long long reportsCopied = 0;            // what it shows at least; likewise
-  std::chrono::steady_clock::time_point copiedAt;  // likewise
+  const kecpp::Inventory& inventory;
+  const ConnectionReport& report;
+  std::atomic<bool> ended{false};
 };
 
 }  // namespace tools::agent

@@ -3,7 +3,9 @@
 
 #include <openssl/evp.h>
 
+#include <algorithm>
 #include <atomic>
+#include <memory>
 #include <utility>
 
 #include "tools/agent/StatusPageText.h"
@@ -53,8 +55,9 @@ std::shared_ptr<void> TakePlace(const std::shared_ptr<std::atomic<unsigned>>& pl
   return std::shared_ptr<void>(places.get(), [places](void*) { ++*places; });
 }
 
-httplib::ContentProviderWithoutLength EventSource(StatusFeed& feed, std::shared_ptr<void> place) {
-  const auto view = std::make_shared<StatusFeed::View>();
+httplib::ContentProviderWithoutLength EventSource(const StatusFeed& feed,
+                                                  std::shared_ptr<void> place) {
+  const auto view = std::make_shared<StatusFeed::View>(feed.Open());
   return [&feed, view, place = std::move(place)](size_t, httplib::DataSink& sink) {
     const std::string events = feed.Next(*view);
     if (events.empty()) {
@@ -65,7 +68,7 @@ httplib::ContentProviderWithoutLength EventSource(StatusFeed& feed, std::shared_
   };
 }
 
-void AddEvents(AgentServer& server, StatusFeed& feed, const Limits& limits) {
+void AddEvents(AgentServer& server, const StatusFeed& feed, const Limits& limits) {
   const auto places = std::make_shared<std::atomic<unsigned>>(std::max(1u, limits.connections / 2));
   server.Get("/events", [&feed, places](const httplib::Request&, httplib::Response& response) {
     const std::shared_ptr<void> place = TakePlace(places);
@@ -81,7 +84,7 @@ void AddEvents(AgentServer& server, StatusFeed& feed, const Limits& limits) {
 
 }  // namespace
 
-void AddStatusPage(AgentServer& server, StatusFeed& feed, const Limits& limits) {
+void AddStatusPage(AgentServer& server, const StatusFeed& feed, const Limits& limits) {
   AddPage(server);
   AddEvents(server, feed, limits);
 }

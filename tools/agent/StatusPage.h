@@ -12,7 +12,7 @@ namespace tools::agent {
 
 // Adds "GET /" and "GET /events". At most half of the connections may be event streams, so that
 // pages that were left open keep no CIM client out. `feed` outlives the server.
-void AddStatusPage(AgentServer& server, StatusFeed& feed, const Limits& limits);
+void AddStatusPage(AgentServer& server, const StatusFeed& feed, const Limits& limits);
 
 }  // namespace tools::agent
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/agent/XmlWriter.h"
 
-#include <kecpp.h>
+#include <kecpp/inventory.h>
 
 namespace tools::agent {
 namespace {
@@ -112,9 +112,7 @@ void XmlWriter::Text(std::string_view raw) {
 
 void XmlWriter::StoredText(std::string_view xmlText) {
   if (xmlText.find('&') == std::string_view::npos) return Text(xmlText);
-  KELib::KEString raw;
-  KELib::Xml::DecodeEntities(std::string(xmlText).c_str(), raw);
-  Text(raw.Cstr());
+  Text(kecpp::Decode(xmlText));
 }
 
 }  // namespace tools::agent

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// kecpp-agent: answers CIM clients from the library's caches. It uses nothing but the library's
-// installed headers and is meant to be copied from.
-#include <kecpp.h>
+// kecpp-agent: answers CIM clients from the library's inventory. It uses nothing but the installed
+// header kecpp/inventory.h and is meant to be copied from.
+#include <kecpp/inventory.h>
 #include <malloc.h>
 #include <sys/stat.h>
 
@@ -17,14 +17,13 @@
 #include "tools/agent/AgentServer.h"
 #include "tools/agent/CimEndpoint.h"
 #include "tools/agent/ClassElements.h"
-#include "tools/agent/Follower.h"
+#include "tools/agent/ConnectionReport.h"
 #include "tools/agent/Guards.h"
 #include "tools/agent/HangUp.h"
 #include "tools/agent/PoliteEnd.h"
 #include "tools/agent/StatusPage.h"
 #include "tools/agent/Users.h"
 #include "tools/common/EndOfRun.h"
-#include "tools/common/Library.h"
 #include "tools/common/ProcessEnd.h"
 #include "tools/common/Terminal.h"
 
@@ -74,35 +73,59 @@ void ReadAgain(const AgentOptions& options, Users* users, AgentServer& server) {
   WarnOfOpenFiles(options);
 }
 
+void Announce(const AgentOptions& options, int port) {
+  const bool isBare = options.address.find(':') == std::string::npos;
+  std::cout << "listening on " << (options.certificateFile.empty() ? "http" : "https") << "://"
+            << (isBare ? options.address : "[" + options.address + "]") << ":" << port << "/"
+            << std::endl;
+  if (!std::cout) throw std::runtime_error("cannot write to standard output");
+}
+
+kecpp::Options InventoryOptions(const AgentOptions& options) {
+  kecpp::Options asked;
+  asked.config = options.config;
+  asked.connectInBackground = true;
+  asked.logLevel = options.logLevel;
+  return asked;
+}
+
+// Serves what the inventory knows until the end of the run.
+void Serve(const AgentOptions& options, const kecpp::Inventory& inventory, AgentServer& server,
+           int port, const EndOfRun& end) {
+  InventoryGate gate(inventory, options.readyWait);
+  const Operations operations(gate, options.limits);
+  ConnectionReport report;
+  StatusFeed feed(inventory, report);
+  AddCimEndpoint(server, operations);
+  AddStatusPage(server, feed, options.limits);
+  // What the server's threads use goes after them, whatever is thrown.
+  struct Stop {
+    InventoryGate& gate;
+    StatusFeed& feed;
+    AgentServer& server;
+    ~Stop() {
+      gate.End();
+      feed.End();
+      server.Stop();
+    }
+  } const stop{gate, feed, server};
+  server.Start();
+  Announce(options, port);
+  report.Follow(inventory, end);
+}
+
 void Run(const AgentOptions& options) {
   const EndOfRun end(0);
   const std::unique_ptr<Users> users(
       options.usersFile.empty() ? nullptr : std::make_unique<Users>(options.usersFile));
-  CacheGate gate(options.readyWait);
-  DaemonState state;
-  const Operations operations(gate, options.limits);
-  StatusFeed feed(gate, state);
   AgentServer server(MakeTls(options), options.limits);
   const int port = server.Bind(options.address, options.port);
   if (!server.IsLocal()) WarnOfOpenDoors(options);
   AddGuards(server, {users.get(), options.address, server.IsLocal()}, options.limits);
-  AddCimEndpoint(server, operations);
-  AddStatusPage(server, feed, options.limits);
-  server.Start();
   WarnOfOpenFiles(options);
   const HangUp hangUp([&] { ReadAgain(options, users.get(), server); });
-  std::cout << "listening on " << (options.certificateFile.empty() ? "http" : "https") << "://"
-            << (options.address.find(':') == std::string::npos ? options.address
-                                                               : "[" + options.address + "]")
-            << ":" << port << "/" << std::endl;
-  if (!std::cout) throw std::runtime_error("cannot write to standard output");
-
-  Library library;
-  ApplyLogLevel(options.config, options.logLevel);
-  Follower(library.manager, {PROGRAM, options.config}, end, gate, state).Run();
-  gate.End();
-  state.End();
-  server.Stop();
+  const kecpp::Inventory inventory(InventoryOptions(options));
+  Serve(options, inventory, server, port, end);
 }
 
 int RunGuarded(const AgentOptions& options) {
@@ -110,8 +133,6 @@ int RunGuarded(const AgentOptions& options) {
   try {
     Run(options);
     return EXIT_SUCCESS;
-  } catch (const KELib::Throwable& error) {
-    std::cerr << PROGRAM << ": " << error.What() << '\n';
   } catch (const std::exception& error) {
     std::cerr << PROGRAM << ": " << error.what() << '\n';
   }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The kinds of objects that the programs know: what is watched of each, and what kecpp-inventory
-// shows. To add a kind, add its class to Schema.cpp and a row to Kinds.cpp.
+// The kinds of objects that the programs know, and what kecpp-inventory shows of each. To add a
+// kind, add its class to Schema.cpp and a row to Kinds.cpp.
 //
 // Thread safety: constant.
 #ifndef KECPP_TOOLS_COMMON_KINDS_H
@@ -34,11 +34,9 @@ struct Column {
 };
 
 struct Kind {
-  const char* name;        // of its list, on the command line and in JSON
-  const char* title;       // of its table
-  const char* className;   // of its stubs, of their data cache, and in CIM
-  const char* serverType;  // null when its objects come with those of another kind
-  const char* paths;       // the property paths that are watched, with blanks between
+  kecpp::Kind kind;
+  const char* name;   // of its list, on the command line and in JSON
+  const char* title;  // of its table
   Group group;
   const char* properties;          // the class's properties that are shown, with blanks between
   std::vector<PropertyRow> links;  // shown after them: the keys of what an object is linked to
@@ -51,16 +49,14 @@ const std::vector<Kind>& Kinds();
 // Null when there is no list of that name.
 const Kind* FindKind(std::string_view listName);
 
+// The row of a kind.
+const Kind& KindRow(kecpp::Kind kind);
+
 // The group of a class, or of the ends of an association class; systems when no kind is of it.
 Group GroupOf(const ClassRow& type);
 
-// The classes of a group that have data caches, in the order in which the library takes their
-// mutexes.
-std::vector<const ClassRow*> ClassesOf(Group group);
-
-// Everything that is shown of a kind: its properties, then its links. To read links the caller
-// holds the mutexes of the whole group.
-std::vector<ClassProperty> ValuesOf(const Kind& kind);
+// Everything that is shown of a kind: its properties, then its links.
+const std::vector<ClassProperty>& ValuesOf(const Kind& kind);
 
 }  // namespace tools
 

@@ -3,42 +3,90 @@
 
 #include <strings.h>
 
-#include <charconv>
+#include <algorithm>
 #include <iterator>
+#include <type_traits>
 
 namespace tools {
 namespace {
 
-using namespace KE::Stub;
-using KELib::KEString;
-using KELib::Stub::KEStubBase;
+using namespace kecpp;
 
-// A field of a stub whose class is known from the cache that it is in.
-template <class Stub, KEString Stub::*field>
-bool Field(KEStubBase& stub, std::string& out) {
-  out += (static_cast<Stub&>(stub).*field).Cstr();
+constexpr const char* const HOST_CLASS = "ZORBEL_ORXComputerSystem";
+constexpr const char* const MACHINE_CLASS = "ZORBEL_VMComputerSystem";
+constexpr const char* const ROLE_CLASS = "Zorbel_Role";
+constexpr const char* const PRIVILEGE_CLASS = "Zorbel_Privilege";
+constexpr const char* const IDENTITY_CLASS = "Zorbel_Identity";
+
+// A text of an object whose class is known from the row that it is read by.
+template <class View, std::string_view View::*text>
+bool Field(const ObjectView& object, std::string& out) {
+  out += std::get<const View*>(object)->*text;
   return true;
 }
 
-// A field of a base that not every class of the table has in the library: identities are stubs and
-// no managed elements.
-template <KEString CIM_ManagedElement::*field>
-bool ElementField(KEStubBase& stub, std::string& out) {
-  auto* element = dynamic_cast<CIM_ManagedElement*>(&stub);
-  if (element) out += (element->*field).Cstr();
-  return element != nullptr;
+// Keys of other objects.
+template <class View, std::vector<std::string_view> View::*keys>
+bool Keys(const ObjectView& object, std::string& out) {
+  for (const std::string_view key : std::get<const View*>(object)->*keys) (out += key) += '\0';
+  return true;
 }
 
-bool ClassName(KEStubBase& stub, std::string& out) {
-  out += stub.GetStubClassName();
+bool HostKey(const ObjectView& object, std::string& out) {
+  const auto& host = std::get<const MachineView*>(object)->host;
+  if (host) (out += *host) += '\0';
+  return true;
+}
+
+template <class View>
+constexpr bool IS_IDENTITY = std::is_same_v<View, IdentityView>;
+
+bool SystemKey(const ObjectView& object, std::string& out) {
+  std::visit([&](const auto* view) { out += view->key; }, object);
+  return true;
+}
+
+// Identities are no managed elements in the library.
+bool Name(const ObjectView& object, std::string& out) {
+  return std::visit(
+      [&](const auto* view) {
+        using View = std::remove_const_t<std::remove_pointer_t<decltype(view)>>;
+        if constexpr (!IS_IDENTITY<View>) out += view->name;
+        return !IS_IDENTITY<View>;
+      },
+      object);
+}
+
+// The library fills these of some kinds only; they are empty elsewhere.
+bool Caption(const ObjectView& object, std::string& out) {
+  if (const auto* role = std::get_if<const RoleView*>(&object)) out += (*role)->caption;
+  return !std::holds_alternative<const IdentityView*>(object);
+}
+
+bool Description(const ObjectView& object, std::string& out) {
+  std::visit(
+      [&](const auto* view) {
+        using View = std::remove_const_t<std::remove_pointer_t<decltype(view)>>;
+        if constexpr (!IS_IDENTITY<View> && !std::is_same_v<View, PrivilegeView>)
+          out += view->description;
+      },
+      object);
+  return !std::holds_alternative<const IdentityView*>(object);
+}
+
+bool ClassName(const ObjectView& object, std::string& out) {
+  constexpr const char* NAMES[] = {HOST_CLASS, MACHINE_CLASS, ROLE_CLASS, PRIVILEGE_CLASS,
+                                   IDENTITY_CLASS};
+  out += NAMES[object.index()];
   return true;
 }
 
 // A list of one.
-bool Status(KEStubBase& stub, std::string& out) {
-  char digits[8] = {};
-  const unsigned status = static_cast<CIM_ComputerSystem&>(stub).OperationalStatus;
-  out.append(digits, std::to_chars(digits, std::end(digits), status).ptr) += '\0';
+bool Status(const ObjectView& object, std::string& out) {
+  const auto* host = std::get_if<const HostView*>(&object);
+  out += std::to_string(host ? (*host)->operationalStatus
+                             : std::get<const MachineView*>(object)->operationalStatus);
+  out += '\0';
   return true;
 }
 
@@ -56,112 +104,128 @@ constexpr PropertyRow CREATION_CLASS =
     Key(CREATION_CLASS_NAME, ClassName, "The class that the instance was made of.");
 
 constexpr PropertyRow MANAGED_ELEMENT[] = {
-    Text("Caption", ElementField<&CIM_ManagedElement::Caption>, "A short label."),
-    Text("Description", ElementField<&CIM_ManagedElement::Description>, "Free text."),
-    Text("ElementName", ElementField<&CIM_ManagedElement::ElementName>, "The display name."),
+    Text("Caption", Caption, "A short label."),
+    Text("Description", Description, "Free text."),
+    Text("ElementName", Name, "The display name."),
 };
 constexpr PropertyRow SYSTEM[] = {
     CREATION_CLASS,
-    Key("Name", Field<CIM_System, &CIM_System::Name>, "The daemon's identifier of the object."),
+    Key("Name", SystemKey, "The daemon's identifier of the object."),
 };
 constexpr PropertyRow COMPUTER_SYSTEM[] = {
     {"OperationalStatus", CimType::UInt16, true, false, Status, nullptr,
      "0 unknown, 2 OK, 3 degraded, 6 error, 10 stopped, 15 dormant."},
 };
-using Host = ZORBEL_ORXComputerSystem;
 constexpr PropertyRow HOST[] = {
-    Text("UUID", Field<Host, &Host::UUID>, "The hardware's UUID."),
-    Text("Vendor", Field<Host, &Host::Vendor>, "The hardware's maker."),
-    Text("Model", Field<Host, &Host::Model>, "The hardware's model."),
+    Text("UUID", Field<HostView, &HostView::uuid>, "The hardware's UUID."),
+    Text("Vendor", Field<HostView, &HostView::vendor>, "The hardware's maker."),
+    Text("Model", Field<HostView, &HostView::model>, "The hardware's model."),
 };
-using Machine = ZORBEL_VMComputerSystem;
 constexpr PropertyRow MACHINE[] = {
-    Text("UUID", Field<Machine, &Machine::UUID>, "The machine's UUID."),
-    Text("GuestFullName", Field<Machine, &Machine::GuestFullName>, "The guest's system."),
-    Text("GuestHostName", Field<Machine, &Machine::GuestHostName>, "The guest's host name."),
-    Text("GuestIPAddress", Field<Machine, &Machine::GuestIPAddress>, "The guest's address."),
-    Text("VMPathName", Field<Machine, &Machine::VMPathName>, "The machine's file."),
-    Text("PowerState", Field<Machine, &Machine::PowerState>,
+    Text("UUID", Field<MachineView, &MachineView::uuid>, "The machine's UUID."),
+    Text("GuestFullName", Field<MachineView, &MachineView::guestFullName>, "The guest's system."),
+    Text("GuestHostName", Field<MachineView, &MachineView::guestHostName>,
+         "The guest's host name."),
+    Text("GuestIPAddress", Field<MachineView, &MachineView::guestIPAddress>,
+         "The guest's address."),
+    Text("VMPathName", Field<MachineView, &MachineView::path>, "The machine's file."),
+    Text("PowerState", Field<MachineView, &MachineView::powerStateText>,
          "poweredOn, poweredOff or suspended, as the daemon says it."),
 };
 constexpr PropertyRow ROLE[] = {
     CREATION_CLASS,
-    Key("Name", Field<Zorbel_Role, &Zorbel_Role::Name>, "The daemon's identifier of the role."),
-    Text("RoleType", Field<Zorbel_Role, &Zorbel_Role::RoleType>, "SystemDefined or UserDefined."),
+    Key("Name", Field<RoleView, &RoleView::key>, "The daemon's identifier of the role."),
+    Text("RoleType", Field<RoleView, &RoleView::type>, "SystemDefined or UserDefined."),
 };
 constexpr PropertyRow PRIVILEGE[] = {
     CREATION_CLASS,
-    Key("InstanceID", Field<Zorbel_Privilege, &Zorbel_Privilege::InstanceID>,
+    Key("InstanceID", Field<PrivilegeView, &PrivilegeView::key>,
         "The daemon's identifier of the privilege."),
 };
 constexpr PropertyRow IDENTITY[] = {
     CREATION_CLASS,
-    Key("InstanceID", Field<Zorbel_Identity, &Zorbel_Identity::InstanceID>,
-        "The name of the user or group."),
+    Key("InstanceID", Field<IdentityView, &IdentityView::key>, "The name of the user or group."),
 };
 constexpr PropertyRow DEPENDENCY[] = {
     End("Antecedent", "CIM_ManagedElement", "What the other end depends on."),
     End("Dependent", "CIM_ManagedElement", "What depends on the other end."),
 };
 constexpr PropertyRow HOSTED_DEPENDENCY[] = {
-    End("Antecedent", "ZORBEL_ORXComputerSystem", "The host."),
-    End("Dependent", "ZORBEL_VMComputerSystem", "The machine that runs on it."),
+    End("Antecedent", HOST_CLASS, "The host."),
+    End("Dependent", MACHINE_CLASS, "The machine that runs on it."),
 };
 constexpr PropertyRow MEMBER[] = {
     End("Collection", "Zorbel_Collection", "The collection."),
     End("Member", "CIM_ManagedElement", "A member of it."),
 };
 constexpr PropertyRow PRIVILEGE_MEMBER[] = {
-    End("Collection", "Zorbel_Role", "The role."),
-    End("Member", "Zorbel_Privilege", "A privilege that the role gives."),
+    End("Collection", ROLE_CLASS, "The role."),
+    End("Member", PRIVILEGE_CLASS, "A privilege that the role gives."),
 };
 constexpr PropertyRow IDENTITY_MEMBER[] = {
-    End("Collection", "Zorbel_Role", "The role."),
-    End("Member", "Zorbel_Identity", "A user or group that holds the role."),
+    End("Collection", ROLE_CLASS, "The role."),
+    End("Member", IDENTITY_CLASS, "A user or group that holds the role."),
 };
 
-enum Kind { ABSTRACT, CONCRETE, ABSTRACT_ASSOCIATION, ASSOCIATION };
+template <std::size_t count>
+constexpr ClassRow Abstract(const char* name, const char* parent,
+                            const PropertyRow (&properties)[count], const PropertyRow* key,
+                            const char* description) {
+  return {name, parent, true, false, properties, count, key, description, {}, nullptr, nullptr};
+}
 
 template <std::size_t count>
-constexpr ClassRow Class(const char* name, const char* parent, Kind kind,
-                         const PropertyRow (&properties)[count], const PropertyRow* key,
-                         const char* description) {
-  return {name,
-          parent,
-          kind == ABSTRACT || kind == ABSTRACT_ASSOCIATION,
-          kind == ASSOCIATION || kind == ABSTRACT_ASSOCIATION,
-          properties,
-          count,
-          key,
-          description};
+constexpr ClassRow Objects(Kind kind, const char* name, const char* parent,
+                           const PropertyRow (&properties)[count], const PropertyRow* key,
+                           const char* description) {
+  return {name, parent, false, false, properties, count, key, description, kind, nullptr, nullptr};
+}
+
+// Without readers it is abstract.
+template <std::size_t count>
+constexpr ClassRow Association(const char* name, const char* parent,
+                               const PropertyRow (&properties)[count], const char* description,
+                               ReadValue results = nullptr, ReadValue origins = nullptr) {
+  return {name,    parent, results == nullptr, true, properties, count, nullptr, description, {},
+          results, origins};
 }
 
 constexpr ClassRow CLASSES[] = {
-    Class("CIM_ManagedElement", nullptr, ABSTRACT, MANAGED_ELEMENT, nullptr,
-          "Anything that is managed."),
-    {"Zorbel_Collection", "CIM_ManagedElement", true, false, nullptr, 0, nullptr, "A named set."},
-    Class("Zorbel_Role", "Zorbel_Collection", CONCRETE, ROLE, &ROLE[1],
-          "A named collection of privileges that identities hold."),
-    Class("Zorbel_Privilege", "CIM_ManagedElement", CONCRETE, PRIVILEGE, &PRIVILEGE[1],
-          "A right that a role can give."),
-    Class("Zorbel_Identity", "CIM_ManagedElement", CONCRETE, IDENTITY, &IDENTITY[1],
-          "A user or a group that is known to the daemon."),
-    Class("CIM_System", "CIM_ManagedElement", ABSTRACT, SYSTEM, &SYSTEM[1], "A system."),
-    Class("CIM_ComputerSystem", "CIM_System", ABSTRACT, COMPUTER_SYSTEM, &SYSTEM[1], "A computer."),
-    Class("ZORBEL_VMComputerSystem", "CIM_ComputerSystem", CONCRETE, MACHINE, &SYSTEM[1],
-          "A virtual machine."),
-    Class("ZORBEL_ORXComputerSystem", "CIM_ComputerSystem", CONCRETE, HOST, &SYSTEM[1],
-          "A virtualization host."),
-    Class("CIM_HostedDependency", nullptr, ABSTRACT_ASSOCIATION, DEPENDENCY, nullptr,
-          "One element hosts another."),
-    Class("ZORBEL_HostedDependency", "CIM_HostedDependency", ASSOCIATION, HOSTED_DEPENDENCY,
-          nullptr, "A host and a machine that runs on it."),
-    Class("CIM_MemberOfCollection", nullptr, ABSTRACT_ASSOCIATION, MEMBER, nullptr,
-          "A collection and a member of it."),
-    Class("Zorbel_PrivilegeMemberOfCollection", "CIM_MemberOfCollection", ASSOCIATION,
-          PRIVILEGE_MEMBER, nullptr, "A role and a privilege that it gives."),
-    Class("Zorbel_IdentityMemberOfCollection", "CIM_MemberOfCollection", ASSOCIATION,
-          IDENTITY_MEMBER, nullptr, "A role and an identity that holds it."),
+    Abstract("CIM_ManagedElement", nullptr, MANAGED_ELEMENT, nullptr, "Anything that is managed."),
+    {"Zorbel_Collection",
+     "CIM_ManagedElement",
+     true,
+     false,
+     nullptr,
+     0,
+     nullptr,
+     "A named set.",
+     {},
+     nullptr,
+     nullptr},
+    Objects(Kind::role, ROLE_CLASS, "Zorbel_Collection", ROLE, &ROLE[1],
+            "A named collection of privileges that identities hold."),
+    Objects(Kind::privilege, PRIVILEGE_CLASS, "CIM_ManagedElement", PRIVILEGE, &PRIVILEGE[1],
+            "A right that a role can give."),
+    Objects(Kind::identity, IDENTITY_CLASS, "CIM_ManagedElement", IDENTITY, &IDENTITY[1],
+            "A user or a group that is known to the daemon."),
+    Abstract("CIM_System", "CIM_ManagedElement", SYSTEM, &SYSTEM[1], "A system."),
+    Abstract("CIM_ComputerSystem", "CIM_System", COMPUTER_SYSTEM, &SYSTEM[1], "A computer."),
+    Objects(Kind::machine, MACHINE_CLASS, "CIM_ComputerSystem", MACHINE, &SYSTEM[1],
+            "A virtual machine."),
+    Objects(Kind::host, HOST_CLASS, "CIM_ComputerSystem", HOST, &SYSTEM[1],
+            "A virtualization host."),
+    Association("CIM_HostedDependency", nullptr, DEPENDENCY, "One element hosts another."),
+    Association("ZORBEL_HostedDependency", "CIM_HostedDependency", HOSTED_DEPENDENCY,
+                "A host and a machine that runs on it.", Keys<HostView, &HostView::machines>,
+                HostKey),
+    Association("CIM_MemberOfCollection", nullptr, MEMBER, "A collection and a member of it."),
+    Association("Zorbel_PrivilegeMemberOfCollection", "CIM_MemberOfCollection", PRIVILEGE_MEMBER,
+                "A role and a privilege that it gives.", Keys<RoleView, &RoleView::privileges>,
+                Keys<PrivilegeView, &PrivilegeView::roles>),
+    Association("Zorbel_IdentityMemberOfCollection", "CIM_MemberOfCollection", IDENTITY_MEMBER,
+                "A role and an identity that holds it.", Keys<RoleView, &RoleView::identities>,
+                Keys<IdentityView, &IdentityView::roles>),
 };
 
 const ClassRow* ParentOf(const ClassRow& type) {
@@ -213,6 +277,11 @@ std::vector<ClassProperty> PropertiesOf(const ClassRow& type) {
   for (ClassProperty& inherited : all) inherited.isOwn = false;
   for (std::size_t i = 0; i < type.propertyCount; ++i) AddOwn(type, type.properties[i], all);
   return all;
+}
+
+const ClassRow& ClassOf(kecpp::Kind kind) {
+  return *std::find_if(std::begin(CLASSES), std::end(CLASSES),
+                       [kind](const ClassRow& type) { return type.kind == kind; });
 }
 
 const ClassRow& OriginOf(const ClassRow& assocClass) {

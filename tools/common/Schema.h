@@ -1,29 +1,32 @@
 // SPDX-License-Identifier: MIT
 //
 // The one table of classes: their properties, types and keys, the ends of associations, and where
-// in a stub of the library each value is read. The agent serves it and writes the MOF file from it;
+// in an object each value is read. The agent serves it and writes the MOF file from it;
 // the lists of kecpp-inventory (Kinds.h) are made of its properties.
 //
 // Class and property names compare without letter case, as CIM has it.
-// Thread safety: constant. While a value is read, the caller holds the mutex of the stub's cache.
+// Thread safety: constant.
 #ifndef KECPP_TOOLS_COMMON_SCHEMA_H
 #define KECPP_TOOLS_COMMON_SCHEMA_H
 
-#include <kecpp.h>
+#include <kecpp/inventory.h>
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "tools/common/ObjectView.h"
 
 namespace tools {
 
 enum class CimType { String, UInt16, Reference };
 
-// Appends a value of the stub, which is of the class that the row belongs to or of one that derives
-// from it. The text is the stub's own, XML text with its entities; in a list each item is followed
-// by a NUL. False, and nothing appended, when the stub has no such value.
-using ReadValue = bool (*)(KELib::Stub::KEStubBase& stub, std::string& out);
+// Appends a value of an object, which is of the class that the row belongs to or of one that
+// derives from it. The text is the view's own; in a list each item is followed by a NUL. False, and
+// nothing appended, when the object has no such value.
+using ReadValue = bool (*)(const ObjectView& object, std::string& out);
 
 struct PropertyRow {
   const char* name;
@@ -44,6 +47,11 @@ struct ClassRow {
   std::size_t propertyCount;
   const PropertyRow* key;  // the key besides "CreationClassName"; null where there is none
   const char* description;
+  std::optional<kecpp::Kind> kind;  // of its instances, where these are objects
+  // Of a concrete association, the keys of what an object is linked to, as a list: of the results
+  // for an object at the origin, and the other way round.
+  ReadValue results;
+  ReadValue origins;
 };
 
 // A property as a class has it, its own or inherited.
@@ -53,7 +61,7 @@ struct ClassProperty {
   bool isOwn;              // declared or overridden by the class itself
 };
 
-// Every class, parents before children; in the library's lock order where they have caches.
+// Every class, parents before children.
 std::vector<const ClassRow*> AllClasses();
 
 // Null when there is no such class.
@@ -66,6 +74,9 @@ std::vector<const ClassRow*> ConcreteClasses(const ClassRow& type);
 
 // All properties, inherited ones first.
 std::vector<ClassProperty> PropertiesOf(const ClassRow& type);
+
+// The class of a kind's objects.
+const ClassRow& ClassOf(kecpp::Kind kind);
 
 // The ends of a concrete association class.
 const ClassRow& OriginOf(const ClassRow& assocClass);

@@ -4,32 +4,26 @@
 #ifndef KECPP_TOOLS_INVENTORY_FILLPROGRESS_H
 #define KECPP_TOOLS_INVENTORY_FILLPROGRESS_H
 
-#include <kecpp.h>
+#include <kecpp/inventory.h>
 
-#include <condition_variable>
-#include <mutex>
-#include <thread>
+#include <chrono>
 
 namespace tools::inventory {
 
-// Lives while the caches are filled by another thread. Shows nothing when standard error is no
-// terminal that takes commands. The line is wiped by the destructor, which waits for the thread
-// that shows it: after that nothing here reads the caches.
+// Shows nothing when standard error is no terminal that takes commands. The destructor wipes the
+// line.
 class FillProgress {
  public:
-  explicit FillProgress(KE::Instance::KETypeCache& cache);
+  FillProgress();
   ~FillProgress();
   FillProgress(const FillProgress&) = delete;
   FillProgress& operator=(const FillProgress&) = delete;
 
- private:
-  void Show();
+  void Show(const kecpp::Inventory& inventory);
 
-  KE::Instance::KETypeCache& cache;
-  std::mutex mutex;
-  std::condition_variable ended;
-  bool done = false;  // guarded by `mutex`
-  std::thread thread;
+ private:
+  const bool isShown;
+  const std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
 };
 
 }  // namespace tools::inventory

@@ -1,53 +1,77 @@
 // SPDX-License-Identifier: MIT
 #include "tools/inventory/InventoryJson.h"
 
-#include <charconv>
 #include <nlohmann/json.hpp>
+
+#include "tools/common/Split.h"
 
 namespace tools::inventory {
 namespace {
 
 using Json = nlohmann::ordered_json;
 
-Json ListOf(const std::vector<std::string_view>& items) {
-  Json list = Json::array();
-  for (const std::string_view item : items) list.push_back(item);
-  return list;
-}
-
-// Null when the text is no number.
-Json NumberOf(std::string_view digits) {
-  unsigned long long number = 0;
-  const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-  return read.ec == std::errc() ? Json(number) : Json(nullptr);
-}
-
 // CIM has the status as a list of one number; here it is the number.
-Json ValueOf(const PropertyRow& row, const std::optional<std::string_view>& value) {
-  if (!value) return nullptr;
-  if (row.type != CimType::String) return NumberOf(*value);
-  return row.isArray ? ListOf(Items(*value)) : Json(*value);
+Json ValueOf(const PropertyRow& row, const ObjectView& object) {
+  std::string text;
+  if (!row.read(object, text)) return nullptr;
+  if (row.type != CimType::String) return std::stoul(text);
+  if (!row.isArray) return text;
+  Json list = Json::array();
+  for (const std::string_view item : Split(text, '\0')) list.push_back(item);
+  return list;
 }
 
-Json Objects(const Rows& rows) {
-  Json list = Json::array();
-  for (const std::size_t row : rows.ByKey()) {
-    Json object = Json::object();
-    for (std::size_t column = 0; column < rows.Columns().size(); ++column) {
-      const PropertyRow& property = *rows.Columns()[column].row;
-      object[property.name] = ValueOf(property, rows.Value(row, column));
-    }
-    list.push_back(std::move(object));
+Json ObjectJson(const Kind& kind, const ObjectView& view) {
+  Json object = Json::object();
+  for (const ClassProperty& property : ValuesOf(kind)) {
+    object[property.row->name] = ValueOf(*property.row, view);
   }
-  return list;
+  return object;
+}
+
+Json CopyJson(const Kind& kind, const Object& copy) {
+  Json object;
+  ViewObject(copy, [&](const ObjectView& view) { object = ObjectJson(kind, view); });
+  return object;
+}
+
+std::string Dump(const Json& json) {
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+const char* WordFor(kecpp::Change::Type type) {
+  switch (type) {
+    case kecpp::Change::Type::added:
+      return "added";
+    case kecpp::Change::Type::changed:
+      return "changed";
+    default:
+      return "removed";
+  }
 }
 
 }  // namespace
 
-std::string ToJson(const InventoryCopy& inventory, const Lists& lists) {
+std::string ToJson(const Kind& kind, const ObjectView& object) {
+  return Dump(ObjectJson(kind, object));
+}
+
+std::string ToJson(const Model& inventory, const Lists& lists) {
   Json document = Json::object();
-  for (const Kind* kind : lists) document[kind->name] = Objects(inventory.Of(*kind));
-  return document.dump(-1, ' ', false, Json::error_handler_t::replace);
+  for (const Kind* kind : lists) {
+    Json& list = document[kind->name] = Json::array();
+    for (const auto& [key, object] : inventory.Of(kind->kind)) {
+      list.push_back(CopyJson(*kind, object));
+    }
+  }
+  return Dump(document);
+}
+
+std::string ToJson(const kecpp::Change& change, const Object* object) {
+  Json event = {
+      {"change", WordFor(change.type)}, {"kind", kecpp::NameOf(change.kind)}, {"key", change.key}};
+  if (object) event["object"] = CopyJson(KindRow(change.kind), *object);
+  return Dump(event);
 }
 
 }  // namespace tools::inventory

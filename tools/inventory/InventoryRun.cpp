@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "tools/inventory/InventoryRun.h"
 
-#include <chrono>
 #include <iostream>
-#include <thread>
 
-#include "tools/common/CacheReader.h"
+#include "tools/common/CellText.h"
 #include "tools/common/ProcessEnd.h"
 #include "tools/inventory/FillProgress.h"
 
@@ -13,77 +11,87 @@ namespace tools::inventory {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using State = kecpp::Status::State;
+using std::chrono::milliseconds;
 
 constexpr int WAIT_SLICE_MS = 200;
-constexpr int RECONNECT_PAUSE_MS = 1000;
 constexpr std::chrono::seconds SETTLE_LIMIT(60);
+
+void Report(const std::string& text) {
+  std::cerr << PROGRAM << ": " << Printable(text) << '\n';
+}
 
 }  // namespace
 
-InventoryRun::InventoryRun(KE::Service::KEServiceInstManager& serviceManager, const Options& opts,
-                           const EndOfRun& endOfRun)
-    : manager(serviceManager), options(opts), end(endOfRun), view(opts) {}
+void AwaitFirstData(const kecpp::Inventory& inventory, const EndOfRun& end) {
+  FillProgress progress;
+  for (kecpp::Status status = inventory.State(); status.state != State::connected;
+       status = inventory.State()) {
+    if (!status.reason.empty()) throw kecpp::Error("", status.reason);
+    if (end.Ended()) throw kecpp::Error("", "ended before the inventory was read");
+    inventory.WaitForState(status, milliseconds(end.Slice(WAIT_SLICE_MS)));
+    progress.Show(inventory);
+  }
+}
+
+InventoryRun::InventoryRun(const Options& opts, const EndOfRun& endOfRun)
+    : options(opts),
+      end(endOfRun),
+      view(opts),
+      inventory(InventoryOptions(opts)),
+      follower(inventory.Follow()) {
+  AwaitFirstData(inventory, end);
+  const kecpp::Status status = inventory.State();
+  if (!status.authorizationFailure.empty()) {
+    Report("cannot watch roles and privileges: " + status.authorizationFailure);
+  }
+}
 
 void InventoryRun::ShowOnce() {
-  Connect();
-  if (!options.follow) Settle();  // what comes later is shown as it comes
-  ReadAndShow();
+  ReadUntilSettled();
+  if (options.format != Format::events) view.Show(model);
   NoteInventoryRead();
 }
 
-void InventoryRun::Follow() {
-  std::string reason;
-  while (!end.Ended()) {
-    if (connection->IsLost(reason)) {
-      Reconnect(reason);
-    } else {
-      ShowNextChange();
-    }
-  }
-}
-
-void InventoryRun::Connect() {
-  seen = 0;
-  connection = std::make_unique<DaemonConnection>(manager, NeedsOf(options), end);
-  FillProgress progress(connection->Cache());
-  connection->Watch(end);
-}
-
-void InventoryRun::Settle() {
+// What comes later is shown as it comes where changes are followed.
+void InventoryRun::ReadUntilSettled() {
   const auto limit = Clock::now() + SETTLE_LIMIT;
-  while (connection->Sync().WaitForChange(seen, options.settle)) {
+  while (TakeChanges(milliseconds(options.follow ? 0 : options.settle))) {
     if (end.Ended() || Clock::now() > limit) {
-      std::cerr << PROGRAM << ": the inventory still changes; it is shown as it is now\n";
+      Report("the inventory still changes; it is shown as it is now");
       return;
     }
   }
 }
 
-void InventoryRun::ReadAndShow() {
-  view.Show(ReadInventory(connection->Cache(), options.lists));
-}
-
-void InventoryRun::ShowNextChange() {
-  if (connection->Sync().WaitForChange(seen, end.Slice(WAIT_SLICE_MS))) ReadAndShow();
-}
-
-void InventoryRun::Reconnect(const std::string& reason) {
-  std::cerr << PROGRAM << ": connection lost (" << reason << "), connecting again\n";
-  connection.reset();
-  std::string reported;
+void InventoryRun::Follow() {
   while (!end.Ended()) {
-    try {
-      Connect();
-      ReadAndShow();
-      return;
-    } catch (const ConnectionError& error) {
-      connection.reset();
-      if (reported != error.what() && !end.Ended())
-        std::cerr << PROGRAM << ": " << error.what() << '\n';
-      reported = error.what();
-      std::this_thread::sleep_for(std::chrono::milliseconds(end.Slice(RECONNECT_PAUSE_MS)));
-    }
+    const bool isNews = TakeChanges(milliseconds(end.Slice(WAIT_SLICE_MS)));
+    if (isNews && options.format != Format::events) view.Show(model);
+    ReportState();
   }
+}
+
+// False when there were none within `limit`.
+bool InventoryRun::TakeChanges(milliseconds limit) {
+  if (!follower.Wait(limit)) return false;
+  changes = follower.Next();
+  if (options.format == Format::events) {
+    view.ShowEvents(changes, inventory);
+  } else {
+    model.Apply(changes, inventory);
+  }
+  return true;
+}
+
+void InventoryRun::ReportState() {
+  const kecpp::Status status = inventory.State();
+  if (status.reason == reported) return;
+  if (status.state == State::lost) {
+    Report(reported.empty() ? "connection lost (" + status.reason + "), connecting again"
+                            : status.reason);
+  }
+  reported = status.reason;
 }
 
 }  // namespace tools::inventory

@@ -4,44 +4,50 @@
 #ifndef KECPP_TOOLS_INVENTORY_INVENTORYRUN_H
 #define KECPP_TOOLS_INVENTORY_INVENTORYRUN_H
 
-#include <memory>
+#include <kecpp/inventory.h>
 
-#include "tools/common/DaemonConnection.h"
+#include <chrono>
+#include <vector>
+
 #include "tools/common/EndOfRun.h"
-#include "tools/common/InventoryCopy.h"
+#include "tools/inventory/Model.h"
 #include "tools/inventory/Options.h"
 #include "tools/inventory/View.h"
 
 namespace tools::inventory {
 
+// Waits for the first data of an inventory that is made in the background. Throws kecpp::Error when
+// the first attempt fails and when the run ends before.
+void AwaitFirstData(const kecpp::Inventory& inventory, const EndOfRun& end);
+
 class InventoryRun {
  public:
-  // The arguments outlive the run.
-  InventoryRun(KE::Service::KEServiceInstManager& manager, const Options& options,
-               const EndOfRun& end);
+  // Connects. The arguments outlive the run. Throws kecpp::Error.
+  InventoryRun(const Options& options, const EndOfRun& end);
 
-  // Connects and shows the inventory: at once when it is followed, otherwise when nothing changed
-  // for the settle time. An inventory that still changes after a minute is shown as it is, with a
-  // line on standard error. Throws ConnectionError.
+  // Shows the inventory: at once when it is followed, otherwise when nothing changed for the settle
+  // time. An inventory that still changes after a minute is shown as it is, with a line on standard
+  // error.
   void ShowOnce();
 
   // Goes on after ShowOnce: shows every change until the end of the run. A lost session or daemon
-  // is reported on standard error and a new connection is made, again and again if need be.
+  // is reported on standard error.
   void Follow();
 
  private:
-  void Connect();
-  void Settle();
-  void ReadAndShow();
-  void ShowNextChange();
-  void Reconnect(const std::string& reason);
+  void ReadUntilSettled();
+  bool TakeChanges(std::chrono::milliseconds limit);
+  void Show(const std::vector<kecpp::Change>& changes);
+  void ReportState();
 
-  KE::Service::KEServiceInstManager& manager;
   const Options& options;
   const EndOfRun& end;
   View view;
-  std::unique_ptr<DaemonConnection> connection;
-  unsigned long long seen = 0;  // changes of this connection that were shown
+  Model model;  // empty when events are printed
+  const kecpp::Inventory inventory;
+  kecpp::Follower follower;
+  std::vector<kecpp::Change> changes;  // the last ones
+  std::string reported;                // why there is no connection; empty while there is one
 };
 
 }  // namespace tools::inventory

@@ -1,70 +1,66 @@
 // SPDX-License-Identifier: MIT
 #include "tools/inventory/InventoryTable.h"
 
-#include <kecpp.h>
+#include <algorithm>
 
-#include <unordered_map>
+#include "tools/common/Split.h"
 
 namespace tools::inventory {
 namespace {
 
 using Form = Column::Form;
 
-std::string Decoded(std::string_view xmlText) {
-  KELib::KEString decoded;
-  KELib::Xml::DecodeEntities(std::string(xmlText).c_str(), decoded);
-  return decoded.Cstr();
-}
-
 std::string Joined(const std::vector<std::string_view>& keys) {
   std::string all;
-  for (const std::string_view key : keys) all += (all.empty() ? "" : ", ") + Decoded(key);
+  for (const std::string_view key : keys) all += (all.empty() ? "" : ", ") + std::string(key);
   return all;
 }
 
-std::string StatusWordOf(const std::vector<std::string_view>& items) {
-  return items.empty() ? "" : StatusWord(std::stoul(std::string(items.front())));
+std::string NameOfHost(const Model& inventory, const std::string& key) {
+  const Object* host = inventory.Find(kecpp::Kind::host, key);
+  return host ? std::get<kecpp::Host>(*host).name : "";
 }
 
-using HostNames = std::unordered_map<std::string_view, std::string_view>;
-
-HostNames NamesOf(const Rows& hosts) {
-  HostNames names;
-  const std::size_t name = hosts.ColumnOf("ElementName");
-  for (std::size_t row = 0; row < hosts.Count(); ++row) {
-    names[hosts.Key(row)] = hosts.Value(row, name).value_or("");
-  }
-  return names;
-}
-
-std::string Cell(Form form, const std::optional<std::string_view>& value, const HostNames& hosts) {
-  if (!value) return form == Form::hostName ? "-" : "";
-  switch (form) {
+std::string Cell(const Column& column, const PropertyRow& row, const ObjectView& object,
+                 const Model& inventory) {
+  std::string text;
+  if (!row.read(object, text)) return column.form == Form::hostName ? "-" : "";
+  switch (column.form) {
     case Form::status:
-      return StatusWordOf(Items(*value));
+      return StatusWord(std::stoul(text));
     case Form::count:
-      return std::to_string(Items(*value).size());
+      return std::to_string(Split(text, '\0').size());
     case Form::items:
-      return Joined(Items(*value));
-    case Form::hostName: {
-      const auto host = hosts.find(*value);
-      return host == hosts.end() ? "" : Decoded(host->second);
-    }
+      return Joined(Split(text, '\0'));
+    case Form::hostName:
+      return NameOfHost(inventory, text);
     default:
-      return Decoded(*value);
+      return text;
   }
 }
 
-std::string Table(const Kind& kind, const Rows& rows, const HostNames& hosts,
-                  const TableRoom& room) {
+const PropertyRow& RowOf(const Kind& kind, const Column& column) {
+  const auto& values = ValuesOf(kind);
+  return *std::find_if(values.begin(), values.end(), [&](const ClassProperty& property) {
+            return std::string_view(property.row->name) == column.value;
+          })->row;
+}
+
+std::string Table(const Kind& kind, const Model& inventory, const TableRoom& room) {
   std::vector<std::string> headings;
-  for (const Column& column : kind.columns) headings.emplace_back(column.heading);
+  std::vector<const PropertyRow*> rows;
+  for (const Column& column : kind.columns) {
+    headings.emplace_back(column.heading);
+    rows.push_back(&RowOf(kind, column));
+  }
   TextTable table(kind.title, headings);
-  for (const std::size_t row : rows.ByKey()) {
+  for (const auto& [key, object] : inventory.Of(kind.kind)) {
     std::vector<std::string> cells;
-    for (const Column& column : kind.columns) {
-      cells.push_back(Cell(column.form, rows.Value(row, rows.ColumnOf(column.value)), hosts));
-    }
+    ViewObject(object, [&](const ObjectView& view) {
+      for (std::size_t i = 0; i < rows.size(); ++i) {
+        cells.push_back(Cell(kind.columns[i], *rows[i], view, inventory));
+      }
+    });
     table.AddRow(std::move(cells));
   }
   return table.Format(room);
@@ -91,11 +87,10 @@ std::string StatusWord(unsigned long operationalStatus) {
   }
 }
 
-std::string ToTables(const InventoryCopy& inventory, const Lists& lists, const TableRoom& room) {
-  const HostNames hosts = NamesOf(inventory.Of(*FindKind("hosts")));
+std::string ToTables(const Model& inventory, const Lists& lists, const TableRoom& room) {
   std::string text;
   for (const Kind* kind : lists) {
-    text += (text.empty() ? "" : "\n") + Table(*kind, inventory.Of(*kind), hosts, room);
+    text += (text.empty() ? "" : "\n") + Table(*kind, inventory, room);
   }
   return text;
 }

@@ -6,14 +6,14 @@
 
 #include <string>
 
-#include "tools/common/InventoryCopy.h"
 #include "tools/inventory/Lists.h"
+#include "tools/inventory/Model.h"
 #include "tools/inventory/TextTable.h"
 
 namespace tools::inventory {
 
-// The tables of these lists, within `room`. XML entities are decoded.
-std::string ToTables(const InventoryCopy& inventory, const Lists& lists, const TableRoom& room);
+// The tables of these lists, within `room`, objects by key.
+std::string ToTables(const Model& inventory, const Lists& lists, const TableRoom& room);
 
 // The word for a CIM operational status, e.g. "OK" for 2; the number for one without a word.
 std::string StatusWord(unsigned long operationalStatus);

@@ -18,6 +18,11 @@ inline bool HasGroup(const Lists& lists, Group group) {
                      [group](const Kind* kind) { return kind->group == group; });
 }
 
+inline bool HasKind(const Lists& lists, kecpp::Kind kind) {
+  return std::any_of(lists.begin(), lists.end(),
+                     [kind](const Kind* row) { return row->kind == kind; });
+}
+
 }  // namespace tools::inventory
 
 #endif

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "tools/inventory/Options.h"
 
-#include <kecpp.h>
-
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <map>
 #include <vector>
 
 #include "tools/common/ConfigArgument.h"
@@ -28,29 +27,32 @@ std::string CheckTask(const std::string& text) {
   return ParseTaskCall(text) ? std::string() : "expected METHOD:TYPE:VALUE, got " + text;
 }
 
-// Tables show the systems unless other lists are asked for, JSON shows everything.
-bool IsShown(const Kind& kind, const std::vector<std::string>& names, bool json) {
-  if (names.empty()) return json || kind.group == Group::systems;
+// Tables show the systems unless other lists are asked for, the other formats everything.
+bool IsShown(const Kind& kind, const std::vector<std::string>& names, Format format) {
+  if (names.empty()) return format != Format::table || kind.group == Group::systems;
   return std::find(names.begin(), names.end(), kind.name) != names.end();
 }
 
 void ChooseLists(const std::vector<std::string>& names, Options& options) {
   for (const Kind& kind : Kinds()) {
-    if (IsShown(kind, names, options.json)) options.lists.push_back(&kind);
+    if (IsShown(kind, names, options.format)) options.lists.push_back(&kind);
   }
   options.wantsAuthorization = !names.empty() && HasGroup(options.lists, Group::authorization);
 }
 
 }  // namespace
 
-ConnectionNeeds NeedsOf(const Options& options) {
-  using Authorization = ConnectionNeeds::Authorization;
-  ConnectionNeeds needs{PROGRAM, options.config, Authorization::none};
-  if (HasGroup(options.lists, Group::authorization)) {
-    needs.authorization =
-        options.wantsAuthorization ? Authorization::required : Authorization::whereAllowed;
+kecpp::Options InventoryOptions(const Options& options) {
+  kecpp::Options asked{options.config};
+  asked.systems = !options.task;
+  asked.authorization = kecpp::Authorization::none;
+  if (!options.task && HasGroup(options.lists, Group::authorization)) {
+    asked.authorization = options.wantsAuthorization ? kecpp::Authorization::required
+                                                     : kecpp::Authorization::whereAllowed;
   }
-  return needs;
+  asked.connectInBackground = true;
+  asked.logLevel = options.logLevel;
+  return asked;
 }
 
 std::optional<TaskCall> ParseTaskCall(const std::string& text) {
@@ -66,14 +68,17 @@ std::optional<TaskCall> ParseTaskCall(const std::string& text) {
 std::optional<int> ParseOptions(int argc, const char* const* argv, Options& options) {
   CLI::App app("Shows the inventory of a virtualization host: hosts, machines, who may do what.",
                PROGRAM);
+  const std::map<std::string, Format> formats = {
+      {"table", Format::table}, {"json", Format::json}, {"events", Format::events}};
   std::string format = "table";
   std::string task;
   std::vector<std::string> lists;
   app.add_option("--config", options.config, "Configuration: a file, or an XML text")
       ->type_name("FILE")
       ->check(CheckConfig);
-  app.add_option("--format", format, "How to print: table or json")
-      ->check(CLI::IsMember({"table", "json"}));
+  app.add_option("--format", format, "How to print: table, json, or events, one a line")
+      ->type_name("NAME")
+      ->check(CLI::IsMember({"table", "json", "events"}));
   app.add_option("--show", lists, "Lists to show: " + ListNames())
       ->delimiter(',')
       ->check(CheckList);
@@ -92,13 +97,14 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, Options& opti
       ->type_name("METHOD:TYPE:VALUE")
       ->check(CheckTask);
   app.set_version_flag(
-      "--version", std::string("kecpp-inventory " KECPP_VERSION ", library ") + KELib::Version());
+      "--version",
+      std::string("kecpp-inventory " KECPP_TOOLS_VERSION ", library ") + kecpp::Version());
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : USAGE_ERROR;
   }
-  options.json = format == "json";
+  options.format = formats.at(format);
   if (!task.empty()) options.task = ParseTaskCall(task);
   ChooseLists(lists, options);
   return {};

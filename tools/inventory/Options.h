@@ -4,10 +4,11 @@
 #ifndef KECPP_TOOLS_INVENTORY_OPTIONS_H
 #define KECPP_TOOLS_INVENTORY_OPTIONS_H
 
+#include <kecpp/inventory.h>
+
 #include <optional>
 #include <string>
 
-#include "tools/common/DaemonConnection.h"
 #include "tools/inventory/Lists.h"
 
 namespace tools::inventory {
@@ -21,9 +22,12 @@ struct TaskCall {
 
 constexpr const char* PROGRAM = "kecpp-inventory";  // as messages name it
 
+// How the inventory is printed: events are what became of which object, a line each.
+enum class Format { table, json, events };
+
 struct Options {
-  std::string config;    // a file's path, an XML text, or empty for the library's default
-  bool json = false;     // else tables
+  std::string config;  // a file's path, an XML text, or empty for the library's default
+  Format format = Format::table;
   bool follow = false;   // go on until interrupted or for `duration`
   double duration = 0;   // seconds; 0 is without limit
   int settle = 300;      // milliseconds without a change after which the inventory is complete
@@ -33,8 +37,9 @@ struct Options {
   std::optional<TaskCall> task;     // run this and show no inventory
 };
 
-// What the lists that are shown ask of the connection.
-ConnectionNeeds NeedsOf(const Options& options);
+// How the inventory of what is shown is made: in the background, so that the end of the run need
+// not wait for it.
+kecpp::Options InventoryOptions(const Options& options);
 
 // Reads the command line. Gives the exit status when there is nothing more to do: 0 after --help
 // and --version, which print on standard output, 2 for a mistake, reported on standard error.

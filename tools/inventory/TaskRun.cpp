@@ -4,31 +4,22 @@
 #include <chrono>
 #include <future>
 
+#include "tools/inventory/InventoryRun.h"
+
 namespace tools::inventory {
-namespace {
 
 // Waits on a separate thread, so that the end of the run can end the wait.
-bool AwaitTask(KE::Service::KEDataSync& sync, KELib::KEString& response, const EndOfRun& end) {
-  std::unique_ptr<KELib::KEWaiter> waiter(KELib::CreateKEWaiter());
-  auto success =
-      std::async(std::launch::async, [&] { return sync.WaitForTask(response, waiter.get()); });
+bool RunTask(const Options& options, const EndOfRun& end) {
+  kecpp::Inventory inventory(InventoryOptions(options));
+  AwaitFirstData(inventory, end);
+  const TaskCall& call = *options.task;
+  auto success = std::async(std::launch::async, [&] {
+    return inventory.RunTask(call.method, {call.type, call.value});
+  });
   while (success.wait_for(std::chrono::milliseconds(200)) != std::future_status::ready) {
-    if (end.Ended()) sync.RequestStop();
+    if (end.Ended()) inventory.Close();
   }
   return success.get();
-}
-
-}  // namespace
-
-bool RunTask(DaemonConnection& connection, const TaskCall& call, const EndOfRun& end) {
-  try {
-    KELib::KEString response;
-    connection.Method().Invoke(KE::Service::targetNamespace, call.method.c_str(), call.type.c_str(),
-                               call.value.c_str(), response);
-    return AwaitTask(connection.Sync(), response, end);
-  } catch (const KELib::Throwable& error) {
-    throw ConnectionError("cannot run " + call.method + ": " + error.What());
-  }
 }
 
 }  // namespace tools::inventory

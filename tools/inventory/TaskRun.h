@@ -4,16 +4,14 @@
 #ifndef KECPP_TOOLS_INVENTORY_TASKRUN_H
 #define KECPP_TOOLS_INVENTORY_TASKRUN_H
 
-#include "tools/common/DaemonConnection.h"
 #include "tools/common/EndOfRun.h"
 #include "tools/inventory/Options.h"
 
 namespace tools::inventory {
 
-// True exactly when the task ended in success. False also when the run ends before the task; the
-// connection cannot be used any more then. Throws ConnectionError when the task cannot be started
-// or watched.
-bool RunTask(DaemonConnection& connection, const TaskCall& call, const EndOfRun& end);
+// True exactly when the task ended in success. False also when the run ends before the task. Throws
+// kecpp::Error when there is no connection, or the task cannot be started or watched.
+bool RunTask(const Options& options, const EndOfRun& end);
 
 }  // namespace tools::inventory
 

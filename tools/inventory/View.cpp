@@ -23,13 +23,18 @@ std::size_t RowsPerTable(std::size_t terminalRows, const Lists& lists) {
   return std::max(linesEach, TABLE_FRAME_LINES + 1) - TABLE_FRAME_LINES;
 }
 
+void Print(const std::string& text) {
+  if (!(std::cout << text).flush()) throw std::runtime_error("cannot write to standard output");
+}
+
 }  // namespace
 
 View::View(const Options& opts)
-    : options(opts), redraws(opts.follow && !opts.json && TakesCommands(STDOUT_FILENO)) {}
+    : options(opts),
+      redraws(opts.follow && opts.format == Format::table && TakesCommands(STDOUT_FILENO)) {}
 
-std::string View::Render(const InventoryCopy& inventory) const {
-  if (options.json) return ToJson(inventory, options.lists) + '\n';
+std::string View::Render(const Model& inventory) const {
+  if (options.format == Format::json) return ToJson(inventory, options.lists) + '\n';
   const TerminalSize size = SizeOfTerminal(STDOUT_FILENO);
   TableRoom room;
   room.cells = size.columns;
@@ -37,14 +42,28 @@ std::string View::Render(const InventoryCopy& inventory) const {
   return ToTables(inventory, options.lists, room);
 }
 
-void View::Show(const InventoryCopy& inventory) {
+void View::Show(const Model& inventory) {
   std::string text = Render(inventory);
   if (shown && text == last) return;
   if (redraws) std::cout << CLEAR_SCREEN;
-  if (shown && !redraws && !options.json) std::cout << '\n';
-  if (!(std::cout << text).flush()) throw std::runtime_error("cannot write to standard output");
+  if (shown && !redraws && options.format == Format::table) std::cout << '\n';
+  Print(text);
   shown = true;
   last = std::move(text);
+}
+
+// An object that has gone since is printed as removed when its reader is told so.
+void View::ShowEvents(const std::vector<kecpp::Change>& changes,
+                      const kecpp::Inventory& inventory) {
+  std::string lines;
+  for (const kecpp::Change& change : changes) {
+    if (!HasKind(options.lists, change.kind)) continue;
+    Object object;
+    const bool isRemoved = change.type == kecpp::Change::Type::removed;
+    if (!isRemoved && !FindObject(inventory, change.kind, change.key, object)) continue;
+    lines += ToJson(change, isRemoved ? nullptr : &object) + '\n';
+  }
+  Print(lines);
 }
 
 }  // namespace tools::inventory

@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "tools/common/InventoryCopy.h"
+#include "tools/inventory/Model.h"
 #include "tools/inventory/Options.h"
 
 namespace tools::inventory {
@@ -19,10 +19,13 @@ class View {
   // tables fit its width. When they are followed on a terminal that takes commands, they replace
   // the last ones and fit its height; otherwise an empty line separates them. Throws
   // std::runtime_error when standard output does not take the text.
-  void Show(const InventoryCopy& inventory);
+  void Show(const Model& inventory);
+
+  // Prints these changes of the lists that are shown, a line each. Throws as Show.
+  void ShowEvents(const std::vector<kecpp::Change>& changes, const kecpp::Inventory& inventory);
 
  private:
-  std::string Render(const InventoryCopy& inventory) const;
+  std::string Render(const Model& inventory) const;
 
   const Options& options;
   const bool redraws;

@@ -1,17 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
-// kecpp-inventory: shows the inventory of a virtualization host. It uses nothing but the library's
-// installed headers and is meant to be copied from.
-#include <kecpp.h>
-
+// kecpp-inventory: shows the inventory of a virtualization host. It uses nothing but the installed
+// header kecpp/inventory.h and is meant to be copied from.
 #include <cstdlib>
 #include <exception>
 #include <iostream>
 
 #include "tools/common/CellText.h"
-#include "tools/common/DaemonConnection.h"
 #include "tools/common/EndOfRun.h"
-#include "tools/common/Library.h"
+#include "tools/common/EndWatch.h"
 #include "tools/common/ProcessEnd.h"
 #include "tools/common/Terminal.h"
 #include "tools/inventory/InventoryRun.h"
@@ -21,20 +18,17 @@
 namespace tools::inventory {
 namespace {
 
-int ReportTask(KE::Service::KEServiceInstManager& manager, const Options& options,
-               const EndOfRun& end) {
-  DaemonConnection connection(manager, NeedsOf(options), end);
-  const bool success = RunTask(connection, *options.task, end);
+int ReportTask(const Options& options, const EndOfRun& end) {
+  const bool success = RunTask(options, end);
   std::cout << options.task->method << (success ? ": success" : ": no success") << std::endl;
   return success ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 int Run(const Options& options) {
-  Library library;
-  ApplyLogLevel(options.config, options.logLevel);
   const EndOfRun end(options.duration);
-  if (options.task) return ReportTask(library.manager, options, end);
-  InventoryRun run(library.manager, options, end);
+  const EndWatch watch(end, PROGRAM);
+  if (options.task) return ReportTask(options, end);
+  InventoryRun run(options, end);
   run.ShowOnce();
   if (options.follow) run.Follow();
   return EXIT_SUCCESS;
@@ -44,8 +38,6 @@ int RunGuarded(const Options& options) {
   const ProcessEndGuard guard(PROGRAM);
   try {
     return Run(options);
-  } catch (const KELib::Throwable& error) {
-    std::cerr << PROGRAM << ": " << Printable(error.What()) << '\n';
   } catch (const std::exception& error) {
     std::cerr << PROGRAM << ": " << Printable(error.what()) << '\n';
   }

@@ -1,52 +1,51 @@
 // SPDX-License-Identifier: MIT
 //
-// Copies of values, in rows of equal width and packed into one buffer, so that taking ten thousand
-// machines out of a cache under its mutex costs a few large allocations and no more.
+// Copies of values, in rows of equal width and packed into one buffer, so that copying ten thousand
+// machines costs a few large allocations and no more.
 //
 // Thread safety: none.
-#ifndef KECPP_TOOLS_COMMON_ROWS_H
-#define KECPP_TOOLS_COMMON_ROWS_H
+#ifndef KECPP_TOOLS_AGENT_ROWS_H
+#define KECPP_TOOLS_AGENT_ROWS_H
 
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tools/common/ObjectView.h"
 #include "tools/common/Schema.h"
 
-namespace tools {
+namespace tools::agent {
 
-// Instances of one class. The key is always copied; the texts are XML texts as the stubs hold them.
+// Objects of one class. The key is always copied; the texts are XML texts as the inventory holds
+// them.
 class Rows {
  public:
   // `columns` are the properties that are copied besides the key.
   Rows(const ClassRow& type, std::vector<ClassProperty> columns);
 
-  // Makes room for about so many rows, so that memory is allocated, and touched, before a mutex is
-  // held.
+  // Makes room for about so many rows.
   void Expect(std::size_t rows);
 
-  // Copies one stub of the class. The caller holds the mutexes that its columns need (Schema.h).
-  void Add(KELib::Stub::KEStubBase& stub);
+  // Copies an object of the class.
+  void Add(const ObjectView& object);
+
+  // Adds a row that has nothing but a key. There must be no columns.
+  void AddKey(std::string_view key);
 
   const ClassRow& Type() const { return *type; }
   const std::vector<ClassProperty>& Columns() const { return columns; }
   std::size_t Count() const { return ends.size() / Width(); }
 
   std::string_view Key(std::size_t row) const { return *At(row * Width()); }
-  // Nothing where the stub has no such value. For lists see Items.
+  // Nothing where the object has no such value. For lists see Items.
   std::optional<std::string_view> Value(std::size_t row, std::size_t column) const {
     return At(row * Width() + column + 1);
   }
-  // The position of a column, which must exist.
-  std::size_t ColumnOf(std::string_view name) const;
-
-  // The rows' numbers in the order of their keys.
-  std::vector<std::size_t> ByKey() const;
 
  private:
   std::size_t Width() const { return columns.size() + 1; }
-  void Put(ReadValue read, KELib::Stub::KEStubBase& stub);
+  void Put(ReadValue read, const ObjectView& object);
   std::optional<std::string_view> At(std::size_t cell) const;
 
   const ClassRow* type;
@@ -60,6 +59,6 @@ class Rows {
 // The items of a list's value.
 std::vector<std::string_view> Items(std::string_view list);
 
-}  // namespace tools
+}  // namespace tools::agent
 
 #endif
