@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// kecpp-inventory following a daemon for a long time. Keeps the last document of its output, and
-// its log lines in a file.
+// A program that follows a daemon for a long time and prints documents, each in a line. Keeps the
+// last one, and its log lines in a file.
 //
 // Thread safety: one thread uses it; it has a thread that reads the tool's output.
 #ifndef KECPP_ENDURANCE_FOLLOWEDTOOL_H
@@ -17,6 +17,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "simulator/driver/ChildProcess.h"
 #include "simulator/driver/ProcessSample.h"
@@ -25,11 +26,9 @@ namespace endurance {
 
 class FollowedTool {
  public:
-  // Starts it with the configuration file `config`, logging at level verbose.
-  explicit FollowedTool(const std::string& config)
-      : process({"/bin/sh", "-c", START, "sh", MakePipe(), LogPath(), KECPP_LOG_TAP,
-                 KECPP_TOOL_PROGRAM, "--config", config, "--follow", "--format", "json",
-                 "--log-level", "verbose"}),
+  // Starts it: the program and its arguments.
+  explicit FollowedTool(const std::vector<std::string>& command)
+      : process({"/bin/sh", "-c", START, "sh", MakePipe(), LogPath(), KECPP_LOG_TAP}, command),
         reader([this] { KeepLast(); }) {}
 
   ~FollowedTool() {

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// kecpp-soak [MINUTES [SEED]], an endurance run: a rest, a time of changes and faults, a rest; then
-// the judgement.
+// kecpp-soak [MINUTES [SEED]], an endurance run of two programs: kecpp-inventory, and an agent that
+// lives of a Follower alone. A rest, a time of changes and faults, a rest; then the judgement.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <list>
 #include <map>
 #include <random>
 #include <stdexcept>
@@ -14,6 +15,7 @@
 
 #include "endurance/FollowedTool.h"
 #include "endurance/Judgement.h"
+#include "endurance/Replay.h"
 #include "simulator/driver/Simulator.h"
 
 namespace endurance {
@@ -24,34 +26,64 @@ using Clock = std::chrono::steady_clock;
 constexpr double SAMPLE_SECONDS = 5;
 constexpr double CHANGES_PER_SECOND = 10;
 
+std::string Verbose(std::string config) {
+  const std::string level = "<level>error";
+  return config.replace(config.find(level), level.size(), "<level>verbose");
+}
+
+struct Followed {
+  using Form = driver::Json (*)(driver::Json);
+  Followed(const char* called, Form itsForm, const std::vector<std::string>& command)
+      : name(called), form(itsForm), tool(command) {}
+
+  const std::string name;
+  const Form form;  // of the truth, as its documents have it
+  FollowedTool tool;
+  Record run;
+
+  bool Becomes(const driver::Json& truth) {
+    run.endedEqual = tool.Becomes(form(truth));
+    if (run.endedEqual) return true;
+    std::printf("%s: what would make it true: %s\n", name.c_str(),
+                driver::Json::diff(tool.LastDocument(), form(truth)).dump().c_str());
+    return false;
+  }
+};
+
 class Endurance {
  public:
   Endurance(double minutes, std::uint64_t seed)
       : total(minutes * 60),
         random(seed),
-        simulator({"--hosts", "3", "--machines", "20", "--seed", std::to_string(seed)}),
-        tool(simulator.ConfigFile(simulator.Config())) {}
+        simulator({"--hosts", "3", "--machines", "20", "--seed", std::to_string(seed)}) {
+    const std::string config = simulator.Config();
+    all.emplace_back(
+        "inventory", [](driver::Json truth) { return truth; },
+        std::vector<std::string>{KECPP_TOOL_PROGRAM, "--config", simulator.ConfigFile(config),
+                                 "--follow", "--format", "json", "--log-level", "verbose"});
+    all.emplace_back("follower", &Decoded,
+                     std::vector<std::string>{KECPP_FOLLOWER_PROGRAM, Verbose(config)});
+  }
 
-  // Prints a table and a summary. True when no bound was breached. Throws std::exception when the
-  // tool ends early.
+  // Prints a table and summaries. True when no bound was breached. Throws std::exception when a
+  // program ends early.
   bool Go() {
-    if (!tool.Becomes(simulator.Truth())) throw std::runtime_error("the tool shows no inventory");
-    std::printf(" minutes  RSS [kB]   fds  threads  CPU [s]  faults  lost  loglines  documents\n");
-    run.before = TakeRest();
-    Trouble();
-    const auto truth = simulator.Truth();
-    run.endedEqual = tool.Becomes(truth);
-    if (!run.endedEqual) {
-      std::printf("what would make the caches true: %s\n",
-                  nlohmann::json::diff(tool.LastDocument(), truth).dump().c_str());
+    for (Followed& one : all) {
+      if (!one.Becomes(simulator.Truth())) throw std::runtime_error(one.name + " shows nothing");
     }
-    run.after = TakeRest();
-    PrintRow(run.after.end);
-    run.exitStatus = tool.End();
-    run.logLines = tool.LogLines();
-    const std::vector<std::string> breaches = Breaches(run);
-    PrintSummary(breaches);
-    return breaches.empty();
+    std::printf(
+        "program   minutes  RSS [kB]   fds  threads  CPU [s]  faults  lost  loglines  "
+        "documents\n");
+    TakeRest(&Record::before);
+    Trouble();
+    for (Followed& one : all) one.Becomes(simulator.Truth());
+    TakeRest(&Record::after);
+    for (const auto& [kind, times] : ordered) std::printf("%s %u, ", kind.c_str(), times);
+    std::printf("%lu faults in all\n", faults);
+    bool passed = true;
+    for (Followed& one : all) passed = Judge(one) && passed;
+    std::printf("%s after %.1f minutes\n", passed ? "passed" : "FAILED", Now() / 60);
+    return passed;
   }
 
  private:
@@ -61,21 +93,33 @@ class Endurance {
   void SleepUntil(double when) {
     std::this_thread::sleep_until(
         start + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(when)));
-    if (!tool.IsRunning()) throw std::runtime_error("the tool has ended");
+    for (Followed& one : all) {
+      if (!one.tool.IsRunning()) throw std::runtime_error(one.name + " has ended");
+    }
   }
 
-  ProcessSample Sample() {
-    ProcessSample sample = tool.Sample();
+  ProcessSample Sample(const Followed& one) const {
+    ProcessSample sample = one.tool.Sample();
     sample.at = Now();
     return sample;
   }
 
   // With the caches true and nothing left to do.
-  Rest TakeRest() {
+  void TakeRest(Rest Record::*rest) {
     SleepUntil(Now() + 1);  // what the last change set off is over
-    const ProcessSample begin = Sample();
+    for (Followed& one : all) (one.run.*rest).begin = Sample(one);
     SleepUntil(Now() + RestSeconds());
-    return {begin, Sample()};
+    for (Followed& one : all) (one.run.*rest).end = Sample(one);
+  }
+
+  bool Judge(Followed& one) {
+    PrintRow(one, one.run.after.end);
+    one.run.exitStatus = one.tool.End();
+    one.run.logLines = one.tool.LogLines();
+    one.run.faults = faults;
+    const std::vector<std::string> breaches = Breaches(one.run);
+    PrintSummary(one, breaches);
+    return breaches.empty();
   }
 
   void OrderFault() {
@@ -83,14 +127,15 @@ class Endurance {
     const auto control = order.at(0).get<std::string>();
     simulator.Control(control, order.at(1));
     ++ordered[order.at(1).value("kind", control)];
-    ++run.faults;
+    ++faults;
   }
 
   // Changes all the time, a fault every two to six seconds, a sample now and then.
   void Trouble() {
     const double end = total - RestSeconds();
     double nextFault = Now(), nextSample = Now(), nextRow = Now();
-    run.warmUp = Now() + std::clamp((end - Now()) / 6, 5.0, 300.0);
+    const double warmUp = Now() + std::clamp((end - Now()) / 6, 5.0, 300.0);
+    for (Followed& one : all) one.run.warmUp = warmUp;
     simulator.Control("churn", {{"rate", CHANGES_PER_SECOND}});
     while (Now() < end) {
       if (Now() >= nextFault) {
@@ -98,11 +143,11 @@ class Endurance {
         nextFault = Now() + 2 + static_cast<double>(random() % 4001) / 1000;
       }
       if (Now() >= nextSample) {
-        run.samples.push_back(Sample());
+        for (Followed& one : all) one.run.samples.push_back(Sample(one));
         nextSample += SAMPLE_SECONDS;
       }
       if (Now() >= nextRow) {
-        PrintRow(run.samples.back());
+        for (Followed& one : all) PrintRow(one, one.run.samples.back());
         nextRow += std::max(total / 30, SAMPLE_SECONDS);
       }
       SleepUntil(std::min({nextFault, nextSample, end}));
@@ -111,27 +156,27 @@ class Endurance {
     simulator.Control("churn", {{"rate", 0}});
   }
 
-  void PrintRow(const ProcessSample& sample) {
-    std::printf("%8.1f %9ld %5ld %8ld %8.2f %7lu %6lu %9lu %10lu\n", sample.at / 60,
-                sample.residentKb, sample.descriptors, sample.threads, sample.cpuSeconds,
-                run.faults, tool.Reconnections(), tool.LogLines(), tool.Documents());
+  void PrintRow(Followed& one, const ProcessSample& sample) const {
+    std::printf("%-9s %7.1f %9ld %5ld %8ld %8.2f %7lu %5lu %9lu %10lu\n", one.name.c_str(),
+                sample.at / 60, sample.residentKb, sample.descriptors, sample.threads,
+                sample.cpuSeconds, faults, one.tool.Reconnections(), one.tool.LogLines(),
+                one.tool.Documents());
     std::fflush(stdout);
   }
 
-  void PrintSummary(const std::vector<std::string>& breaches) {
-    for (const auto& [kind, times] : ordered) std::printf("%s %u, ", kind.c_str(), times);
-    std::printf("%lu faults in all\n", run.faults);
+  void PrintSummary(const Followed& one, const std::vector<std::string>& breaches) const {
+    const Record& run = one.run;
+    std::printf("%s:\n", one.name.c_str());
     for (const Rest* rest : {&run.before, &run.after}) {
-      std::printf("at rest for %.0f s: %.2f s of CPU, %ld descriptors, %ld threads, %ld kB\n",
+      std::printf("  at rest for %.0f s: %.2f s of CPU, %ld descriptors, %ld threads, %ld kB\n",
                   rest->Seconds(), rest->CpuSeconds(), rest->end.descriptors, rest->end.threads,
                   rest->end.residentKb);
     }
-    std::printf("memory: %+.0f kB from minute %.1f on, %.0f allowed\n", run.Growth(),
+    std::printf("  memory: %+.0f kB from minute %.1f on, %.0f allowed\n", run.Growth(),
                 run.warmUp / 60, GROWTH_LIMIT_KB);
-    std::printf("log: %lu lines at level verbose, %.0f allowed\n", run.logLines, run.LogLimit());
-    std::printf("caches at the end: %s\n", run.endedEqual ? "equal the truth" : "wrong");
-    for (const std::string& breach : breaches) std::printf("BREACH %s\n", breach.c_str());
-    std::printf("%s after %.1f minutes\n", breaches.empty() ? "passed" : "FAILED", Now() / 60);
+    std::printf("  log: %lu lines at level verbose, %.0f allowed\n", run.logLines, run.LogLimit());
+    std::printf("  what it knows at the end: %s\n", run.endedEqual ? "the truth" : "wrong");
+    for (const std::string& breach : breaches) std::printf("  BREACH %s\n", breach.c_str());
   }
 
   const double total;  // seconds
@@ -141,9 +186,9 @@ class Endurance {
   const driver::Json orders = driver::Json::parse(std::ifstream(KECPP_SOAK_ORDERS));
   std::mt19937_64 random;
   driver::Simulator simulator;
-  FollowedTool tool;
+  std::list<Followed> all;
   std::map<std::string, unsigned> ordered;  // by kind
-  Record run;
+  unsigned long faults = 0;
 };
 
 }  // namespace
