@@ -47,9 +47,17 @@ std::string MethodOf(const std::string& body) {
   return body.substr(at + 1, body.find_first_of(" >/\r\n", at + 1) - at - 1);
 }
 
+constexpr const char* kServiceContent =
+    "<returnval><rootFolder type=\"Folder\">root</rootFolder>"
+    "<propertyCollector type=\"PropertyCollector\">collector-1</propertyCollector>"
+    "<about><name>Benchmark</name><productLineId>embeddedOrx</productLineId>"
+    "<apiVersion>2.5</apiVersion></about>"
+    "<sessionManager type=\"SessionManager\">sessions-1</sessionManager></returnval>";
+
 class Connections {
  public:
-  Connections(const Inventory& inventory, unsigned int count) : left(count) {
+  Connections(const Inventory& inventory, unsigned int count)
+      : machines(inventory.machines), left(count) {
     const Text set = FirstSet(inventory);
     const std::string_view inner(set.characters.get(), set.length);
     first = Reply("WaitForUpdates", inner);
@@ -104,6 +112,11 @@ class Connections {
                                                 kFilter + "</returnval>"));
     }
     if (method == "CancelWaitForUpdates") Cancel();
+    if (method == "Burst") Burst();
+    if (method == "RetrieveServiceContent") return Send(connection, Reply(method, kServiceContent));
+    if (method == "Login") {
+      return Send(connection, Reply(method, "<returnval><key>1</key></returnval>"));
+    }
     if (method != "WaitForUpdates") return Send(connection, Reply(method, "<returnval/>"));
     const bool isFirst = body.find("xsi:nil") != std::string::npos ||
                          body.find("<version></version>") != std::string::npos;
@@ -114,9 +127,12 @@ class Connections {
     {
       std::unique_lock<std::mutex> lock(mutex);
       if (left == 0) {
-        changed.wait(lock, [this] { return cancelled; });
+        changed.wait(lock, [this] { return cancelled || !burst.empty(); });
         cancelled = false;
-        return false;
+        const std::string reply = std::move(burst);
+        burst.clear();
+        lock.unlock();
+        return !reply.empty() && Send(connection, reply);
       }
       --left;
     }
@@ -141,11 +157,22 @@ class Connections {
     changed.notify_all();
   }
 
+  void Burst() {
+    const unsigned int from = bursts++ * kBurst;
+    const Text set = ChangeSets(from % machines, kBurst, 3 * from, 3);
+    const std::lock_guard<std::mutex> lock(mutex);
+    burst = Reply("WaitForUpdates", std::string_view(set.characters.get(), set.length));
+    changed.notify_all();
+  }
+
+  const unsigned int machines;
   std::string first, download;
-  std::mutex mutex;
+  unsigned int bursts = 0;  // ordered by one client
+  std::mutex mutex;         // guards what follows
   std::condition_variable changed;
   unsigned int left;
   bool cancelled = false;
+  std::string burst;  // not sent yet
 };
 
 [[noreturn]] void Run(int listener, const Inventory& inventory, unsigned int changes) {

@@ -8,6 +8,9 @@
 //                      machine is named by the nanosecond of the monotonic clock in which it was
 //                      sent, 3 ms after the call came; then never again until it is cancelled
 //   Download           the first set as well
+//   Burst              an empty "returnval"; the wait that is held, or the next one, gets a set in
+//                      which kBurst machines are renamed
+//   RetrieveServiceContent, Login   what an agent needs to log in as a user with a password
 //   anything else      an empty "returnval"
 //
 // Thread safety: none. It listens on a free port of 127.0.0.1 and dies with its parent.
@@ -21,6 +24,8 @@
 #include "benchmarks/Document.h"
 
 namespace bench {
+
+constexpr unsigned int kBurst = 1000;
 
 class ByteServer {
  public:

@@ -159,9 +159,9 @@ Text ChangeSet(unsigned int machine, unsigned int turn) {
   return ChangeSets(machine, 1, turn);
 }
 
-Text ChangeSets(unsigned int first, unsigned int count, unsigned int turn) {
+Text ChangeSets(unsigned int first, unsigned int count, unsigned int turn, unsigned int step) {
   std::string set = std::string(kHead) + kFilter + "</filter>";
-  for (unsigned int i = 0; i < count; ++i) AppendChange(set, first + i, turn + i);
+  for (unsigned int i = 0; i < count; ++i) AppendChange(set, first + i, turn + i * step);
   set.append(kTail);
   return Write([&](auto emit) { emit(set); });
 }

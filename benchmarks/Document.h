@@ -40,8 +40,9 @@ Text FirstSet(const Inventory& inventory);
 // address in turn.
 Text ChangeSet(unsigned int machine, unsigned int turn);
 
-// The same of `count` machines from `first` on, each in a separate object set.
-Text ChangeSets(unsigned int first, unsigned int count, unsigned int turn);
+// The same of `count` machines from `first` on, each in a separate object set and `step` turns
+// after the one before: with three it is the same property of each.
+Text ChangeSets(unsigned int first, unsigned int count, unsigned int turn, unsigned int step = 1);
 
 }  // namespace bench
 

@@ -71,6 +71,12 @@ Owner* FindOrEnter(std::unordered_map<std::string, std::unique_ptr<Owner>>& all,
 Store::Object::Object(Store& owner, std::string_view type, std::string_view id) : store(owner) {
   if (type == "VirtualMachine") machine = FindOrEnter(store.machines, type, id);
   if (type == "HostSystem") host = FindOrEnter(store.hosts, type, id);
+  if (machine != nullptr && store.changeList != nullptr) store.changeList->emplace_back(id);
+}
+
+const Machine* Store::FindMachine(const std::string& id) const {
+  const auto found = machines.find(id);
+  return found == machines.end() ? nullptr : found->second.get();
 }
 
 void Store::Object::Set(std::string_view property, std::string_view value) {

@@ -74,6 +74,12 @@ class Store {
     Host* host = nullptr;
   };
 
+  // From now on the machines that change are appended to `list`, which outlives the store.
+  void NoteChanges(std::vector<std::string>& list) { changeList = &list; }
+
+  // Null when there is none.
+  const Machine* FindMachine(const std::string& id) const;
+
   std::uint64_t Checksum() const;
   std::size_t Walk() const;
   void Drop();
@@ -82,6 +88,7 @@ class Store {
   static void Link(Machine& machine, Host& host);
   static void Unlink(Machine& machine);
 
+  std::vector<std::string>* changeList = nullptr;
   std::unordered_map<std::string, std::unique_ptr<Machine>> machines;
   std::unordered_map<std::string, std::unique_ptr<Host>> hosts;
 };

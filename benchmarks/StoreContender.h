@@ -14,6 +14,7 @@ class StoreContender : public Contender {
   std::uint64_t Checksum() override { return store.Checksum(); }
   std::size_t Walk() override { return store.Walk(); }
   void Drop() override { store.Drop(); }
+  Store& GetStore() { return store; }
 
  protected:
   Store store;

@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "benchmarks/FollowingReport.h"
 #include "benchmarks/Report.h"
 #include "benchmarks/Rounds.h"
 
@@ -92,6 +93,7 @@ void AddOtherVersion(Rounds& rounds, const Options& options) {
 
 // Contenders that do not hold the same after the same sets have not done the same work.
 void CheckAgreement(const Rounds& rounds, const Options& options) {
+  bench::CheckFollowing(rounds);
   for (unsigned int bits : {64U, 32U}) {
     if (bits == 32 && options.programs.size() < 2) continue;
     for (unsigned int size : kSizes) {
@@ -114,8 +116,8 @@ void WriteAll(const Rounds& rounds, const Options& options) {
   const bench::Report report(rounds);
   std::vector<std::string> all = kStores;
   all.insert(all.end(), kFloor.begin(), kFloor.end());
-  std::string tables =
-      "64-bit, microseconds of processor time, medians:\n\n" + report.Tables(64, all, kSizes);
+  std::string tables = "64-bit, microseconds of processor time, medians:\n\n" +
+                       report.Tables(64, all, kSizes) + bench::FollowingTable(rounds);
   if (options.programs.size() > 1) {
     tables += "32-bit:\n\n" + report.Tables(32, kFirst, kSizes);
   }
@@ -172,6 +174,7 @@ int main(int argc, char** argv) {
     for (const char* workload : {"wire", "latency", "readers", "feeds"}) {
       rounds.Add(workload, path + workload, options.rounds);
     }
+    bench::AddFollowing(rounds, options.programs[0], options.rounds);
     rounds.Add("idle", path + "idle " + std::to_string(options.idleSeconds), 1);
     rounds.Run();
     CheckAgreement(rounds, options);
