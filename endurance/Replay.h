@@ -12,6 +12,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <set>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -84,6 +85,7 @@ class Replay {
   explicit Replay(const kecpp::Inventory& source) : inventory(source) {}
 
   void Apply(const kecpp::Change& change) {
+    if (change.kind == kecpp::Kind::machine) namedMachines.insert(change.key);
     switch (change.kind) {
       case kecpp::Kind::host:
         return Apply(change, std::get<Objects<kecpp::Host>>(objects));
@@ -124,6 +126,8 @@ class Replay {
 
   // Changes that did not fit what was given before: something added twice, or never.
   const std::string& Wrong() const { return wrong; }
+
+  std::set<std::string> namedMachines;  // by changes, since the owner cleared it
 
  private:
   template <class Object>  // one that left after its change was given has no value

@@ -5,8 +5,6 @@
 #include <gtest/gtest.h>
 #include <kecpp/inventory.h>
 
-#include <set>
-
 #include "endurance/Replay.h"
 #include "faults/Lives.h"
 #include "faults/Stage.h"
@@ -46,15 +44,15 @@ class Agent {
 
   void Live() {
     AwaitTruth();
-    touched.clear();
+    replay.namedMachines.clear();
     const std::set<std::string> changed = Meet();
     EXPECT_GT(inventory->Count(kecpp::Kind::machine), 0u) << "what was known is gone";
     stage.EndFault();
     AwaitTruth();
     if (inventory->State().connections > 1) {
-      EXPECT_EQ(touched, changed);
+      EXPECT_EQ(replay.namedMachines, changed);
     } else {  // the daemon reports all again, when it does not know what arrived
-      EXPECT_THAT(touched, testing::IsSupersetOf(changed));
+      EXPECT_THAT(replay.namedMachines, testing::IsSupersetOf(changed));
     }
     IsOfEnd(call) ? stage.BeginFault(method) : (void)Meet();
     const auto begin = Clock::now();
@@ -78,7 +76,7 @@ class Agent {
     stage.BeginFault(method);
     EXPECT_TRUE(Eventually([&] {
       stage.Daemon().SetMachine(renamed, "name", "name " + std::to_string(++names));
-      Take();
+      replay.TakeAll(follower);
       if (call == "your own call" && !InvokeWorks()) return true;
       if (IsOfEnd(call) && !CannotCall(fault)) return inventory->State().connections > connections;
       return stage.CallsOf(method) > calls + (IsOfUse(call) ? 1 : 0) ||
@@ -96,17 +94,10 @@ class Agent {
     }
   }
 
-  void Take() {
-    for (const kecpp::Change& change : follower.Next(7)) {
-      replay.Apply(change);
-      if (change.kind == kecpp::Kind::machine) touched.insert(change.key);
-    }
-  }
-
   void AwaitTruth() {
     Json truth;
     EXPECT_TRUE(Eventually([&] {
-      Take();
+      replay.TakeAll(follower);
       truth = endurance::Decoded(stage.Daemon().Truth());
       return replay.Document() == truth && replay.EqualsInventory();
     })) << Json::diff(replay.Document(), truth)
@@ -120,7 +111,6 @@ class Agent {
       std::make_unique<Inventory>(kecpp::Options{stage.Config()});
   kecpp::Follower follower = inventory->Follow();
   endurance::Replay replay{*inventory};
-  std::set<std::string> touched;
   int names = 0;
 };
 

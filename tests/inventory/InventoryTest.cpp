@@ -17,7 +17,6 @@ using driver::Eventually;
 using driver::Json;
 using driver::Simulator;
 using endurance::Replay;
-using kecpp::Change;
 using kecpp::Inventory;
 using kecpp::Kind;
 using std::chrono::milliseconds;
@@ -31,14 +30,11 @@ class InventoryTest : public testing::Test {
   }
 
   // Takes changes until the replay is the truth.
-  void Follow(kecpp::Follower& follower, Replay& replay, std::vector<Change>* taken = nullptr) {
+  void Follow(kecpp::Follower& follower, Replay& replay) {
     Json truth;
     EXPECT_TRUE(Eventually([&] {
       follower.Wait(milliseconds(100));
-      for (auto some = follower.Next(7); !some.empty(); some = follower.Next(7)) {
-        for (const Change& change : some) replay.Apply(change);
-        if (taken != nullptr) taken->insert(taken->end(), some.begin(), some.end());
-      }
+      replay.TakeAll(follower);
       truth = endurance::Decoded(simulator.Truth());
       return replay.Document() == truth;
     })) << Json::diff(replay.Document(), truth);
@@ -92,9 +88,8 @@ TEST_F(InventoryTest, WhatChangesMakesTheTruth) {
   Replay second(inventory);
   for (int round = 0; round < 20; ++round) {  // one reads at once, the other now and then
     early.Wait(milliseconds(20));
-    for (const Change& change : early.Next()) first.Apply(change);
-    if (round % 8 != 7) continue;
-    for (const Change& change : late.Next()) second.Apply(change);
+    first.TakeAll(early);
+    if (round % 8 == 7) second.TakeAll(late);
   }
   simulator.Control("churn", {{"rate", 0}});
   Follow(early, first);
@@ -116,16 +111,13 @@ TEST_F(InventoryTest, AfterALostSessionThereIsOnlyWhatDiffers) {
   simulator.Control("machine", {{"do", "remove"}, {"id", leaves}});
   const std::string comes = Create("comes");
   simulator.SetMachine("vm-1", "name", "renamed");
-  std::vector<Change> taken;
-  Follow(follower, replay, &taken);
+  replay.namedMachines.clear();
+  Follow(follower, replay);
   ASSERT_TRUE(Eventually([&] { return inventory->State().connections == 2; }))
       << inventory->State().reason;
   EXPECT_EQ(inventory->State().state, kecpp::Status::State::connected);
-  std::vector<std::string> machines;  // who may do what may have been taken away for a while
-  for (const Change& change : taken) {
-    if (change.kind == Kind::machine) machines.push_back(change.key);
-  }
-  EXPECT_THAT(machines, testing::UnorderedElementsAre(leaves, comes, "vm-1"));
+  // Who may do what may have been taken away for a while.
+  EXPECT_THAT(replay.namedMachines, testing::UnorderedElementsAre(leaves, comes, "vm-1"));
   EXPECT_GT(inventory->State().since, before.since);
 
   Replay late(*inventory);
