@@ -48,6 +48,9 @@ TEST_F(SyncLoopTest, ThePartsWorkWithoutTheLoop) {
   KELib::Xml::KEXmlReader reader(set, false, 0);
   UpdateInfo ui("val", nullptr);
   sync->UpdateSetToCache(ui, reader);
+  ui.obj.type = "Task";
+  sync->UpdateMissingType(ui, reader);
+  sync->StopDataSync(nullptr);
   EXPECT_EQ(Caches(), "machine vm-1 ElementName=[second]\n");
   sync->RestartDataSync();
   sync->DestroyPropFilter(filter);
