@@ -100,9 +100,16 @@ bool UpdateSetWalk::Run() {
 
 bool UpdateSetWalk::EnterFilterSet() {
   XmlSlice name, version;
+  const char* const begin = cursor.Position();
+  const auto take = [&](const char* text, std::size_t length) {
+    return cursor.TakeTextBehind(text, length, "</version>", "<filterSet>", version);
+  };
+  if (room.begin.Recognise(take)) return true;
   for (;;) {
     if (cursor.PassTag("<filterSet>")) return true;
-    if (cursor.PassStartTag("<returnval") || cursor.TakeText("<version", "</version>", version)) {
+    if (cursor.PassStartTag("<returnval")) continue;
+    if (cursor.TakeText("<version", "</version>", version)) {
+      room.begin.Learn(begin, version);
       continue;
     }
     if (cursor.PassTag("</returnval>")) return false;
@@ -291,8 +298,25 @@ void UpdateSetWalk::ApplyMissingSet() {
 // Takes the kind and the object as servers write them.
 void UpdateSetWalk::TakeHead() {
   XmlSlice kind, type, id;
+  ObjectHead& known = room.headParts;
+  const auto take = [&](const char* text, std::size_t length) {
+    return cursor.TakeTextBehind(text, length, "</obj>", id);
+  };
+  if (room.head.Recognise(take)) {
+    room.kind.Set(known.kind);
+    leaves = known.leaves;
+    room.objectType.Set(known.type);
+    room.objectId.Set(id);
+    objectKind = known.objectKind;
+    return;
+  }
+  const char* const begin = cursor.Position();
   if (cursor.TakeText("<kind", "</kind>", kind)) SetKind(kind);
-  if (cursor.TakeText("<obj type=\"", "</obj>", type, id)) SetObject(type, id);
+  if (!cursor.TakeText("<obj type=\"", "</obj>", type, id)) return;
+  SetObject(type, id);
+  if (kind.length > 0 && room.head.Learn(begin, id)) {
+    known = {room.head.Part(begin, kind), room.head.Part(begin, type), objectKind, leaves};
+  }
 }
 
 void UpdateSetWalk::SetObject(const XmlSlice& type, const XmlSlice& id) {

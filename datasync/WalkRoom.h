@@ -12,6 +12,7 @@
 
 #include "datasync/DataSyncConstants.h"
 #include "datasync/LearnedSteps.h"
+#include "datasync/LearnedText.h"
 #include "datasync/ObjectCaches.h"
 #include "datasync/UpdateInfo.h"
 #include "foundation/KEString.h"
@@ -34,6 +35,13 @@ class ReusedText {
   unsigned int room = 0;
 };
 
+// What an object set says of its object, besides the identifier.
+struct ObjectHead {
+  KELib::Xml::XmlSlice kind, type;
+  const KE::Instance::ObjectKind* objectKind = nullptr;
+  bool leaves = false;
+};
+
 struct WalkRoom {
   explicit WalkRoom(KE::Instance::KETypeCache& types)
       : update(Val, nullptr),
@@ -54,6 +62,9 @@ struct WalkRoom {
   ReusedText kind, objectType, objectId, filterType, filterId;
   KELib::Xml::KnownTagRests tags;
   LearnedSteps learned[KE::Instance::kObjectKindCount];
+  LearnedText begin;     // of a result, up to its version
+  LearnedText head;      // of an object set, up to the object's identifier
+  ObjectHead headParts;  // what is in it
   // For texts that comments or sections split.
   KELib::KEStringBuffer propertyText, opText, valueText;
 };

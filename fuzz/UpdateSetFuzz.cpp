@@ -6,7 +6,6 @@
 // the third time not a link either. Where no markup repeats, so that none can be recognised as that
 // of the object before, the same is cached.
 #include <algorithm>
-#include <cstring>
 
 #include "datasync/CacheDump.h"
 #include "datasync/FakeServer.h"
@@ -111,17 +110,19 @@ std::string WithoutLinks(const std::string& dump) {
   return text;
 }
 
-// The same with a number in each tag of a change set, so that no two are the same. Sections and
-// comments stay as they are, and with them all of the text.
+// The same with a number in each tag that begins what is repeated, so that no two are the same.
+// Sections and comments stay as they are, and with them all of the text.
 std::string WithoutRepetition(const std::string& text) {
   if (text.find("<!") != std::string::npos) return text;
-  std::string varied;
-  std::size_t from = 0, number = 0;
-  for (std::size_t at; (at = text.find("<changeSet>", from)) != std::string::npos;) {
-    varied += text.substr(from, at - from) + "<changeSet " + std::to_string(number++) + '>';
-    from = at + std::strlen("<changeSet>");
+  std::string varied = text;
+  for (const std::string tag : {"<changeSet", "<kind", "<version"}) {
+    std::size_t number = 0;
+    for (std::size_t at = 0; (at = varied.find(tag + '>', at)) != std::string::npos;) {
+      at += tag.size();
+      varied.insert(at, ' ' + std::to_string(number++));
+    }
   }
-  return varied + text.substr(from);
+  return varied;
 }
 
 }  // namespace

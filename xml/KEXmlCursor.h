@@ -171,22 +171,24 @@ class KECPP_API KEXmlCursor {
   }
 
   // Takes the text behind `before`, which is at the cursor and ends with a start tag, and passes it
-  // and the end tags of the element and of the one around it, such as "</val>" and "</changeSet>".
+  // and the element's end tag.
+  template <std::size_t N>
+  bool TakeTextBehind(const char* before, std::size_t length, const char (&close)[N],
+                      XmlSlice& text) {
+    return Left() >= length && std::memcmp(at, before, length) == 0 &&
+           TakeContent(at + length, close, text);
+  }
+
+  // The same with the tag that follows the element's end tag, such as "</changeSet>" behind
+  // "</val>".
   template <std::size_t N, std::size_t M>
   bool TakeTextBehind(const char* before, std::size_t length, const char (&close)[N],
-                      const char (&closeAround)[M], XmlSlice& text) {
-    if (static_cast<std::size_t>(end - at) < length || std::memcmp(at, before, length) != 0) {
-      return false;
-    }
-    const char* const from = SkipBlanks(at + length);
-    const char* const stop = Find('<', from);
-    if (stop == nullptr || !StandsAt(stop, close)) return false;
-    const char* const around = SkipBlanks(stop + N - 1);
-    if (!StandsAt(around, closeAround)) return false;
-    text = {from, static_cast<unsigned int>(stop - from)};
-    at = around + M - 1;
-    inTag = false;
-    return true;
+                      const char (&following)[M], XmlSlice& text) {
+    const char* const start = at;
+    if (!TakeTextBehind(before, length, close, text)) return false;
+    if (PassTag(following)) return true;
+    at = start;
+    return false;
   }
 
   // Moves past an enclosing element's end tag when the cursor is on one; `name` is its name.
