@@ -190,7 +190,8 @@ constexpr ClassRow Association(const char* name, const char* parent,
           results, origins};
 }
 
-constexpr ClassRow CLASSES[] = {
+// Not constexpr: under GCC's undefined-behaviour sanitizer a function's address is no constant.
+const ClassRow CLASSES[] = {
     Abstract("CIM_ManagedElement", nullptr, MANAGED_ELEMENT, nullptr, "Anything that is managed."),
     {"Zorbel_Collection",
      "CIM_ManagedElement",
