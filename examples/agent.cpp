@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Lists the machines of a host with their power states, and again after each of N changes:
+// Prints a host's machines, and then each one that is added, changed or removed, N entries in all,
+// by the caches themselves:
 //   agent [CONFIG-FILE [N]]
 #include <kecpp.h>
 
@@ -10,23 +11,24 @@
 
 using namespace KE::Service;
 using namespace KE::Stub;
+using KE::Instance::KEChange;
 
-static void Print(KE::Instance::KETypeCache& cache) {
-  std::string text;
-  KELib::KEString type(ZORBEL_VMComputerSystemClass);
-  auto* machines = cache.GetDataCache(type);
-  KELib::KEMutexGuard guard(machines->GetMutex());  // while it is held, no stub changes or goes
-  for (auto it = machines->Iterator(); !it.End(); ++it) {
-    auto* machine = static_cast<ZORBEL_VMComputerSystem*>((*it)->value);
-    text += std::string(machine->ElementName.Cstr()) + ": " + machine->PowerState.Cstr() + "\n";
-  }
-  guard.Release();  // and while it is held the library waits: copy, let go, then do slow work
-  std::cout << text << std::flush;
+// What is asked of an object is copied while its cache's mutex is held. Empty when it has gone
+// since: then the feed will say so.
+static std::string NameOf(KE::Instance::KETypeCache& types, KEChange& change) {
+  KELib::KEString type(change.className);
+  auto* cache = types.GetDataCache(type);
+  if (!cache) return "";
+  KELib::KEMutexGuard guard(cache->GetMutex());
+  KELib::Stub::KEStubRef found;
+  cache->GetVal(change.key, found);
+  auto* system = dynamic_cast<CIM_ComputerSystem*>(found.GetData());
+  return system ? system->ElementName.Cstr() : "";
 }
 
 int main(int argc, char** argv) try {
   const char* config = argc > 1 ? argv[1] : "";
-  int changes = argc > 2 ? std::atoi(argv[2]) : 0;
+  int entries = argc > 2 ? std::atoi(argv[2]) : 100;
   auto* manager = GetServiceManagerInstance();
   auto* instance = manager->GetServiceInstance(config, DEFAULT_CONFIG_CONTENT);
   if (!instance) {
@@ -37,16 +39,22 @@ int main(int argc, char** argv) try {
   }
   KEDataSync* sync = instance->GetSession()->GetDataSync();
   std::unique_ptr<ManagedObjectReference> root(instance->GetReference(PxaRootFolder));
-  KELib::KEVector<KELib::KEString>
-      list;  // what to watch, how to get there, and which cache holds it
-  for (const char* element : {PropSep, ObjectSep, "VirtualMachine", "name", "runtime.powerState",
+  KELib::KEVector<KELib::KEString> list;  // what to watch, the way there, and the caches for it
+  for (const char* element : {PropSep, ObjectSep, TypeVirtualMachine, "name", "runtime.powerState",
                               TraversalSep, "walk", ObjectSep, "Folder", PropSep, "childEntity",
                               SelectSep, "walk", CacheObjectSep, ZORBEL_VMComputerSystemClass}) {
     list.Add(KELib::KEString(element));
   }
-  sync->SetupDataSync(root.get(), list, nullptr);  // the cache is full when it returns
-  unsigned long long seen = 0;
-  while (changes-- >= 0 && sync->WaitForChange(seen, 60000)) Print(*sync->GetCache());
+  std::unique_ptr<KE::Instance::KEChangeFeed> feed(sync->OpenChangeFeed());
+  sync->SetupDataSync(root.get(), list, nullptr);
+  const char* const words[] = {"added", "changed", "removed"};
+  KEChange changes[64];
+  for (int taken; entries > 0 && (taken = feed->Take(changes, 64, 60000)) > 0; entries -= taken) {
+    for (int i = 0; i < taken; ++i) {
+      std::cout << words[static_cast<int>(changes[i].kind)] << ' ' << changes[i].key.Cstr() << ' '
+                << NameOf(*sync->GetCache(), changes[i]) << std::endl;
+    }
+  }
   FreeServiceManagerInstance();
 } catch (const KELib::Exception& error) {
   std::cerr << error.What() << '\n';

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "soap/SoapMessage.h"
-#include "soap/ReplyLength.h"
 
 #include <algorithm>
 #include <cstring>
@@ -9,6 +8,7 @@
 #include "foundation/KEStringBuffer.h"
 #include "http/HttpRequest.h"
 #include "http/HttpResponse.h"
+#include "soap/ReplyLength.h"
 #include "soap/SoapConstants.h"
 #include "soap/SoapException.h"
 #include "soap/SoapRequest.h"

@@ -271,26 +271,19 @@ struct Example : ChildProcess {
 
 TEST(Examples, FollowMachinesAndLiveThroughALostSession) {
   Simulator simulator({"--hosts", "1", "--machines", "3"});
-  Example agent("agent", simulator, {"2"}), reconnect("reconnect", simulator);
-  Example changes("changes", simulator, {"5"});
-  ASSERT_TRUE(changes.Writes("added vm-", 3)) << changes.Errors();
-  Example follow("follow", simulator);
+  Example agent("agent", simulator, {"5"}), follow("follow", simulator);
+  ASSERT_TRUE(agent.Writes("added vm-", 3)) << agent.Errors();
   ASSERT_TRUE(follow.Writes("\n", 3)) << follow.Output() << follow.Errors();
-  ASSERT_TRUE(agent.Writes("\n", 3)) << agent.Output() << agent.Errors();
-  ASSERT_TRUE(reconnect.Writes("3 machines\n", 1)) << reconnect.Errors();
-  int lines = 3, entries = 0;
+  int entries = 0;
   for (const char* state : {"suspended", "poweredOn"}) {
     simulator.SetMachine("vm-1", "runtime.powerState", state);
-    ASSERT_TRUE(agent.Writes("\n", lines += 3)) << agent.Output();
-    ASSERT_TRUE(changes.Writes("changed vm-1 ", ++entries)) << changes.Output();
+    ASSERT_TRUE(agent.Writes("changed vm-1 ", ++entries)) << agent.Output();
+    ASSERT_TRUE(follow.Writes(std::string(": ") + state + "\n", 1)) << follow.Output();
   }
-  EXPECT_THAT(agent.Output(), HasSubstr(": suspended\n"));
   EXPECT_EQ(agent.Wait(), 0) << agent.Errors();
-  EXPECT_EQ(changes.Wait(), 0) << changes.Errors();
   simulator.Control("session-lost");
-  ASSERT_TRUE(Eventually([&] { return simulator.Stats()["sessions"] == 2; }));
+  ASSERT_TRUE(Eventually([&] { return simulator.Stats()["sessions"] == 1; }));
   simulator.Control("machine", {{"do", "remove"}, {"id", "vm-1"}});
-  EXPECT_TRUE(reconnect.Writes("2 machines\n", 1)) << reconnect.Output() << reconnect.Errors();
   EXPECT_TRUE(follow.Writes("vm-1: gone\n", 1)) << follow.Output() << follow.Errors();
 }
 
@@ -298,7 +291,7 @@ TEST(Examples, ListRolesWithTheirMembersAndWaitForTasks) {
   Simulator simulator({});
   Example roles("roles", simulator);
   EXPECT_EQ(roles.Wait(), 0) << roles.Errors();
-  EXPECT_THAT(roles.Output(), HasSubstr("Op\n  gives P.View P.Start\n  held by ann\n"));
+  EXPECT_THAT(roles.Output(), HasSubstr("Op\n  gives P.Start P.View\n  held by ann\n"));
   Example success("task", simulator, {"StartTask", "VirtualMachine", "success"});
   EXPECT_EQ(success.Wait(), 0) << success.Errors();
   Example error("task", simulator, {"StartTask", "VirtualMachine", "error"});
