@@ -16,13 +16,16 @@ inline const std::vector<std::string> kFollowing = {"interface", "copying", "rap
 
 inline void AddFollowing(Rounds& rounds, const std::string& folder, unsigned int count) {
   for (const std::string& agent : kFollowing) {
-    rounds.Add("following " + agent, folder + "/kecpp-bench-following " + agent + " 100000", count);
+    std::string command = folder;
+    command.append("/kecpp-bench-following ").append(agent).append(" 100000");
+    rounds.Add("following " + agent, command, count);
   }
 }
 
 // All have seen the same objects change to the same.
 inline void CheckFollowing(const Rounds& rounds) {
   std::vector<std::string> names;
+  names.reserve(kFollowing.size());
   for (const std::string& agent : kFollowing) names.push_back("following " + agent);
   rounds.Agreed(names, "/checksum");
 }
