@@ -30,6 +30,12 @@ constexpr int kLived = 3;  // unlike what the library ends a process with
 
 [[noreturn]] inline void LiveAndExit(const Life& life) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
+  // The library ends the process while the life goes on: nothing that it uses is destroyed then.
+  on_exit(
+      [](int status, void*) {
+        if (status == EXIT_SUCCESS) _exit(status);
+      },
+      nullptr);
   try {
     life.live();
   } catch (const std::exception& error) {
