@@ -38,6 +38,10 @@ void PowerState(KEStubBase& stub, const XmlSlice& value, ObjectCaches&) {
   KE::Instance::ConvertVMPowerState(machine.PowerState, machine.OperationalStatus);
 }
 
+bool PowerStateDiffers(const KEStubBase& stub, const XmlSlice& value) {
+  return !Property::Holds(static_cast<const Machine&>(stub).PowerState, value);
+}
+
 // A host that is not cached changes nothing.
 void HostOfMachine(KEStubBase& stub, const XmlSlice& id, ObjectCaches& caches) {
   auto* host = caches.Find<Host>(KindId::hosts, id);
@@ -54,7 +58,7 @@ constexpr Property kMachineRows[] = {
     Text("config.guestFullName", &Machine::GuestFullName),
     Text("guest.hostName", &Machine::GuestHostName),
     Text("guest.ipAddress", &Machine::GuestIPAddress),
-    Value("runtime.powerState", PowerState),
+    Value("runtime.powerState", PowerState, PowerStateDiffers),
     Value("runtime.host", HostOfMachine),
 };
 
@@ -64,6 +68,14 @@ void OverallStatus(KEStubBase& stub, const XmlSlice& value, ObjectCaches&) {
   KEString status;
   value.CopyTo(status);
   KE::Instance::ConvertHostOverallStatus(status, static_cast<Host&>(stub).OperationalStatus);
+}
+
+bool OverallStatusDiffers(const KEStubBase& stub, const XmlSlice& value) {
+  KEString status;
+  value.CopyTo(status);
+  unsigned short code = 0;
+  KE::Instance::ConvertHostOverallStatus(status, code);
+  return code != static_cast<const Host&>(stub).OperationalStatus;
 }
 
 // A machine that is not cached is passed over.
@@ -79,7 +91,7 @@ constexpr Property kHostRows[] = {
     Text("hardware.systemInfo.uuid", &Host::UUID),
     Text("hardware.systemInfo.vendor", &Host::Vendor),
     Text("hardware.systemInfo.model", &Host::Model),
-    Value("summary.overallStatus", OverallStatus),
+    Value("summary.overallStatus", OverallStatus, OverallStatusDiffers),
     References("vm", MachineOfHost),
 };
 

@@ -48,7 +48,7 @@ class ObjectTarget {
   void Put(const Property* property, const KELib::Xml::XmlSlice& value) {
     KELib::Stub::KEStubBase& filled = Stub();
     if (property == nullptr) return;
-    assigned = true;  // also when it fails half-way
+    if (feeds != nullptr) assigned = assigned || property->Changes(filled, value);
     property->Put(filled, value, caches);
   }
 
@@ -77,7 +77,7 @@ class ObjectTarget {
   const ObjectProperties* const properties;  // null for kinds whose objects are no stubs
   KELib::Stub::KEStubBase* stub = nullptr;   // null until it is needed
   KE::Instance::ChangeHub* feeds = nullptr;  // who has to learn of a change; null: nobody
-  bool assigned = false;                     // a property got a value
+  bool assigned = false;                     // a property gets another value
 };
 
 }  // namespace KE::Service

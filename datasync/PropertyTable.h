@@ -20,16 +20,18 @@
 namespace KE::Service {
 
 struct Property {
-  // Both are called with a stub of the kind that the table belongs to.
+  // All are called with a stub of the kind that the table belongs to.
   using Apply = void (*)(KELib::Stub::KEStubBase& stub, const KELib::Xml::XmlSlice& value,
                          ObjectCaches& caches);
   using Begin = void (*)(KELib::Stub::KEStubBase& stub);
+  using Differs = bool (*)(const KELib::Stub::KEStubBase& stub, const KELib::Xml::XmlSlice& value);
 
   std::string_view path;
   KELib::KEString KELib::Stub::KEStubBase::*field;  // where the value is kept as it is; else null
   Apply apply;                                      // what else is done with a value
   bool isList;                                      // values may be lists: each item is applied
   Begin beginList;                                  // before the first item; null: nothing
+  Differs differs;  // whether `apply` changes the stub; null: links alone, which the feeds are told
 
   void Put(KELib::Stub::KEStubBase& stub, const KELib::Xml::XmlSlice& value,
            ObjectCaches& caches) const {
@@ -39,21 +41,33 @@ struct Property {
       apply(stub, value, caches);
     }
   }
+
+  // Whether the stub will be another one, links aside.
+  bool Changes(const KELib::Stub::KEStubBase& stub, const KELib::Xml::XmlSlice& value) const {
+    if (field != nullptr) return !Holds(stub.*field, value);
+    return differs != nullptr && differs(stub, value);
+  }
+
+  static bool Holds(const KELib::KEString& text, const KELib::Xml::XmlSlice& value) {
+    return std::string_view(text.Cstr()) == std::string_view(value.text, value.length);
+  }
 };
 
 // The rows of a table: a text that is kept as it is; a value that `apply` puts into the stub; a
 // list of references, or a single one.
 template <typename Stub>
 constexpr Property Text(std::string_view path, KELib::KEString Stub::*field) {
-  return {path, static_cast<KELib::KEString KELib::Stub::KEStubBase::*>(field), nullptr, false,
-          nullptr};
+  return {path,    static_cast<KELib::KEString KELib::Stub::KEStubBase::*>(field),
+          nullptr, false,
+          nullptr, nullptr};
 }
-constexpr Property Value(std::string_view path, Property::Apply apply) {
-  return {path, nullptr, apply, false, nullptr};
+constexpr Property Value(std::string_view path, Property::Apply apply,
+                         Property::Differs differs = nullptr) {
+  return {path, nullptr, apply, false, nullptr, differs};
 }
 constexpr Property References(std::string_view path, Property::Apply apply,
                               Property::Begin beginList = nullptr) {
-  return {path, nullptr, apply, true, beginList};
+  return {path, nullptr, apply, true, beginList, nullptr};
 }
 
 // Chains the rows whose paths have the same length.

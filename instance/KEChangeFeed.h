@@ -10,7 +10,7 @@
 // gives "changed". An entry keeps its first place. Nothing is ever dropped.
 //
 //   added    this feed has not given the object, or gave it as removed since
-//   changed  a property was assigned, or a link was made or ended; at times nothing differs
+//   changed  a property got another value, or a link was made or ended; at times nothing differs
 //   removed  the object is in no cache any more
 //
 // - A new or ended link is a change of both of its ends.

@@ -275,7 +275,7 @@ TEST(Examples, FollowMachinesAndLiveThroughALostSession) {
   ASSERT_TRUE(agent.Writes("added vm-", 3)) << agent.Errors();
   ASSERT_TRUE(follow.Writes("\n", 3)) << follow.Output() << follow.Errors();
   int entries = 0;
-  for (const char* state : {"suspended", "poweredOn"}) {
+  for (const char* state : {"unheardOf", "unknown"}) {
     simulator.SetMachine("vm-1", "runtime.powerState", state);
     ASSERT_TRUE(agent.Writes("changed vm-1 ", ++entries)) << agent.Output();
     ASSERT_TRUE(follow.Writes(std::string(": ") + state + "\n", 1)) << follow.Output();
