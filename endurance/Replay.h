@@ -64,19 +64,9 @@ inline Json ToJson(const kecpp::Identity& identity) {
 
 // The daemon's truth, whose texts are XML text, with decoded ones.
 inline Json Decoded(Json value) {
-  if (value.is_structured()) {
-    for (Json& part : value) part = Decoded(part);
-  } else if (value.is_string()) {
-    std::string text = value;
-    for (const auto& [entity, character] :
-         {std::pair{"&lt;", "<"}, {"&gt;", ">"}, {"&amp;", "&"}}) {
-      const std::string from = entity;
-      for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; ++at) {
-        text.replace(at, from.size(), character);
-      }
-    }
-    value = text;
-  }
+  if (value.is_string()) return kecpp::Decode(value.get<std::string>());
+  if (!value.is_structured()) return value;
+  for (Json& part : value) part = Decoded(part);
   return value;
 }
 

@@ -4,22 +4,16 @@
 #ifndef KECPP_TESTS_ENDTOEND_TOOL_H
 #define KECPP_TESTS_ENDTOEND_TOOL_H
 
-#include <kecpp/inventory.h>
-
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "endurance/Replay.h"
 #include "simulator/driver/ChildProcess.h"
 
 namespace endtoend {
 
-inline nlohmann::json Decoded(nlohmann::json stored) {
-  if (stored.is_string()) return kecpp::Decode(stored.get<std::string>());
-  if (!stored.is_structured()) return stored;
-  for (auto& part : stored) part = Decoded(part);
-  return stored;
-}
+using endurance::Decoded;
 
 class Tool : public driver::ChildProcess {
  public:

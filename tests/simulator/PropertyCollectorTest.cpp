@@ -26,13 +26,13 @@ class PropertyCollectorTest : public testing::Test {
   }
 
   void Watch(const std::string& objects) {
-    const std::string spec =
+    const std::string filter =
         "<spec><propSet><type>HostSystem</type><all>false</all></propSet>"
         "<propSet><type>VirtualMachine</type><all>false</all><pathSet>name</pathSet></propSet>"
         "<objectSet>" +
         objects + "</objectSet></spec>";
     pugi::xml_document document;
-    EXPECT_TRUE(document.load_string(spec.c_str()));
+    EXPECT_TRUE(document.load_string(filter.c_str()));
     collector->CreateFilter("s", document.document_element());
   }
 

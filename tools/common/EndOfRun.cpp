@@ -32,12 +32,8 @@ EndOfRun::EndOfRun(double seconds) {
   sigaction(SIGTERM, &action, nullptr);
 }
 
-bool EndOfRun::Interrupted() const {
-  return interrupted;
-}
-
 bool EndOfRun::Ended() const {
-  return Interrupted() || (deadline && Clock::now() >= *deadline);
+  return interrupted || (deadline && Clock::now() >= *deadline);
 }
 
 int EndOfRun::Slice(int milliseconds) const {

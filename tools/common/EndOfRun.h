@@ -18,7 +18,6 @@ class EndOfRun {
   explicit EndOfRun(double seconds);
 
   bool Ended() const;
-  bool Interrupted() const;
 
   // `milliseconds`, or what is left of the run when that is less; at least 1.
   int Slice(int milliseconds) const;
