@@ -7,7 +7,7 @@
 #include "foundation/KEExport.h"
 
 // The version of the headers that a program was compiled against.
-#define KECPP_VERSION "1.0.0"
+#define KECPP_VERSION "1.1.0"
 
 namespace KELib {
 
