@@ -9,6 +9,7 @@
 
 #include "simulator/driver/Simulator.h"
 #include "tools/agent/Errors.h"
+#include "tools/agent/InteropModel.h"
 #include "tools/agent/Operations.h"
 
 namespace {
@@ -32,7 +33,8 @@ class Agent {
   driver::Simulator simulator{{"--hosts", "1", "--machines", "1"}};
   kecpp::Inventory inventory{{Prepare(simulator)}};
   tools::agent::InventoryGate gate{inventory, std::chrono::seconds(10)};
-  tools::agent::Operations operations{gate};
+  tools::agent::InteropModel interop{"host.example", true};
+  tools::agent::Operations operations{gate, interop};
 };
 
 }  // namespace

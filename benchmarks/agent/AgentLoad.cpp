@@ -20,6 +20,7 @@
 #include "simulator/driver/Simulator.h"
 #include "tools/agent/AgentServer.h"
 #include "tools/agent/CimEndpoint.h"
+#include "tools/agent/InteropModel.h"
 #include "tools/agent/Queries.h"
 
 namespace {
@@ -127,7 +128,8 @@ int main(int argc, char** argv) {
   PrintTimes("until a change arrived at rest", Change(simulator, follower, time));
 
   const tools::agent::InventoryGate gate(inventory, std::chrono::milliseconds(0));
-  const tools::agent::Operations operations(gate);
+  const tools::agent::InteropModel interop("localhost", false);
+  const tools::agent::Operations operations(gate, interop);
   tools::agent::AgentServer server(nullptr, tools::agent::Limits());
   tools::agent::AddCimEndpoint(server, operations);
   const int port = server.Bind("127.0.0.1", 0);

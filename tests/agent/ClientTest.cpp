@@ -37,6 +37,26 @@ std::string NameOf(const List& list, const Json& item) {
   return std::string(list.type) + " " + kecpp::Decode(item[list.key].get<std::string>());
 }
 
+// What a system's class has besides, and the agent makes of the others.
+void AddMade(const List& list, Properties& properties) {
+  const std::map<std::string, const char*> enabled = {
+      {"poweredOn", "2"}, {"poweredOff", "3"}, {"suspended", "6"}};
+  const std::map<std::string, const char*> health = {
+      {"0", "0"}, {"2", "5"}, {"3", "10"}, {"6", "20"}};
+  properties.insert({{"NameFormat", "Other"},
+                     {"RequestedState", "12"},
+                     {"TransitioningToState", "12"},
+                     {"OtherIdentifyingInfo", properties["UUID"]},
+                     {"IdentifyingDescriptions", "UUID"}});
+  if (list.type == std::string(HOST)) {
+    properties["EnabledState"] = "5";
+    properties["HealthState"] = health.at(properties["OperationalStatus"]);
+  } else {
+    properties["EnabledState"] = enabled.at(properties["PowerState"]);
+    properties["StatusDescriptions"] = properties["PowerState"];
+  }
+}
+
 // The properties that the truth tells, whose texts are XML text; the lists of links are no
 // properties, and what is empty the client leaves out.
 Properties PropertiesOf(const List& list, const Json& item) {
@@ -47,6 +67,7 @@ Properties PropertiesOf(const List& list, const Json& item) {
         value.is_string() ? kecpp::Decode(value.get<std::string>()) : value.dump();
     if (!text.empty()) properties[name] = text;
   }
+  if (properties.count("UUID") != 0) AddMade(list, properties);
   return properties;
 }
 

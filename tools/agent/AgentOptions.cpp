@@ -97,7 +97,10 @@ std::optional<int> ParseAgentOptions(int argc, const char* const* argv, AgentOpt
   app.add_option("--log-level", options.logLevel, "What the library writes to the system log")
       ->type_name("NAME")
       ->check(CLI::IsMember({"none", "panic", "error", "warning", "info", "verbose", "trivia"}));
-  app.add_flag("--print-mof", options.printMof, "Print the classes as a MOF file and end");
+  app.add_flag("--print-mof{root/cimv2}", options.printMof,
+               "Print the classes of a namespace as a MOF file and end")
+      ->type_name("[NAMESPACE]")
+      ->check(CLI::IsMember({"root/cimv2", "interop"}));
   app.set_version_flag(
       "--version", std::string("kecpp-agent " KECPP_TOOLS_VERSION ", library ") + kecpp::Version());
   try {

@@ -21,7 +21,7 @@ struct AgentOptions {
   std::string logLevel;                // empty: as the configuration says
   std::chrono::seconds readyWait{10};  // how long a request waits for the first fill
   Limits limits;
-  bool printMof = false;  // print the schema and end
+  std::string printMof;  // a namespace: print its classes and end; empty: serve
 };
 
 // Reads the command line. Gives the exit status when there is nothing more to do: 0 after --help

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 
-#include "tools/agent/Errors.h"
 #include "tools/common/Kinds.h"
 
 namespace tools::agent {
@@ -16,24 +15,6 @@ namespace {
 bool Contains(const std::vector<std::string>& names, const char* name) {
   return std::any_of(names.begin(), names.end(),
                      [name](const std::string& other) { return SameName(other, name); });
-}
-
-const Parameter& InstanceParameter(const Request& request, const char* name) {
-  const Parameter* parameter = request.Find(name);
-  if (!parameter) InvalidParameter(std::string(name) + " is missing");
-  if (parameter->kind == Parameter::Kind::Class) {
-    throw OperationError(Status::NotSupported, "associations of classes are not answered");
-  }
-  if (parameter->kind != Parameter::Kind::Instance) {
-    InvalidParameter(std::string(name) + " is no instance name");
-  }
-  return *parameter;
-}
-
-const ClassRow& KnownClass(const std::string& name) {
-  const ClassRow* type = FindClass(name);
-  if (!type) throw OperationError(Status::InvalidClass, "there is no class " + name);
-  return *type;
 }
 
 bool NamesItsKey(const ClassRow& type, const std::vector<KeyBinding>& keys) {
@@ -79,18 +60,21 @@ std::optional<Link> FindLink(const Call& call, const ClassRow& type,
 
 }  // namespace
 
+const ClassRow& KnownClass(const Request& request, const std::string& name, Status status) {
+  const ClassRow* type = FindClass(name, request.space->space);
+  if (!type) throw OperationError(status, "there is no class " + name);
+  return *type;
+}
+
 const ClassRow& RequestedClass(const Request& request) {
   const std::string name = request.Text("ClassName");
   if (name.empty()) InvalidParameter("ClassName is missing");
-  return KnownClass(name);
+  return KnownClass(request, name);
 }
 
 const ClassRow* FilterClass(const Request& request, const char* parameter) {
   const std::string name = request.Text(parameter);
-  if (name.empty()) return nullptr;
-  const ClassRow* type = FindClass(name);
-  if (!type) InvalidParameter("there is no class " + name);
-  return type;
+  return name.empty() ? nullptr : &KnownClass(request, name, Status::InvalidParameter);
 }
 
 std::vector<ClassProperty> WantedProperties(const Request& request, const ClassRow& type) {
@@ -103,6 +87,20 @@ std::vector<ClassProperty> WantedProperties(const Request& request, const ClassR
   properties.erase(std::remove_if(properties.begin(), properties.end(), unwanted),
                    properties.end());
   return properties;
+}
+
+std::vector<ClassProperty> InstanceProperties(const Request& request, const ClassRow& asked,
+                                              const ClassRow& type) {
+  std::vector<ClassProperty> columns = WantedProperties(request, type);
+  if (request.Flag("DeepInheritance", true)) return columns;
+  const auto all = PropertiesOf(asked);
+  const auto added = [&](const ClassProperty& column) {
+    return std::none_of(all.begin(), all.end(), [&](const ClassProperty& property) {
+      return SameName(property.row->name, column.row->name);
+    });
+  };
+  columns.erase(std::remove_if(columns.begin(), columns.end(), added), columns.end());
+  return columns;
 }
 
 bool KeysFit(const ClassRow& type, const std::vector<KeyBinding>& keys, std::string& value) {
@@ -120,11 +118,20 @@ bool KeysFit(const ClassRow& type, const std::vector<KeyBinding>& keys, std::str
   return hasKey;
 }
 
+const Parameter& InstanceParameter(const Request& request, const char* name) {
+  const Parameter* parameter = request.Find(name);
+  if (!parameter) InvalidParameter(std::string(name) + " is missing");
+  if (parameter->kind != Parameter::Kind::Instance) {
+    InvalidParameter(std::string(name) + " is no instance name");
+  }
+  return *parameter;
+}
+
 std::vector<ObjectName> NamedObjects(const Request& request, const char* parameter) {
   const Parameter& name = InstanceParameter(request, parameter);
   std::vector<ObjectName> objects;
   bool namesKey = false;
-  for (const ClassRow* type : ConcreteClasses(KnownClass(name.value))) {
+  for (const ClassRow* type : ConcreteClasses(KnownClass(request, name.value))) {
     if (type->isAssociation) continue;
     std::string key;
     if (KeysFit(*type, name.keys, key)) objects.push_back({type, key});
@@ -136,7 +143,7 @@ std::vector<ObjectName> NamedObjects(const Request& request, const char* paramet
 
 bool NamesLink(const Request& request, const char* parameter) {
   const Parameter* name = request.Find(parameter);
-  const ClassRow* type = name ? FindClass(name->value) : nullptr;
+  const ClassRow* type = name ? FindClass(name->value, SYSTEMS) : nullptr;
   return type && type->isAssociation && name->kind == Parameter::Kind::Instance;
 }
 

@@ -10,9 +10,11 @@
 #include <string>
 #include <vector>
 
+#include "tools/agent/Errors.h"
 #include "tools/agent/InventoryGate.h"
 #include "tools/agent/Queries.h"
 #include "tools/agent/Request.h"
+#include "tools/agent/StoredInstances.h"
 #include "tools/agent/XmlWriter.h"
 #include "tools/common/Schema.h"
 
@@ -21,6 +23,7 @@ namespace tools::agent {
 struct Call {
   const Request& request;
   const InventoryGate& gate;
+  const StoredSource& stored;
   const std::string& host;
 };
 
@@ -28,7 +31,11 @@ struct Call {
 // out, and writes the same each time. The call's request and host outlive it.
 using Content = std::function<void(XmlWriter& out)>;
 
-// The class that a parameter names, which must be given and known.
+// A class of the request's namespace. `status` is the error when there is none of that name.
+const ClassRow& KnownClass(const Request& request, const std::string& name,
+                           Status status = Status::InvalidClass);
+
+// The class that "ClassName" names, which must be given and known.
 const ClassRow& RequestedClass(const Request& request);
 
 // The class that a filter names; null when the parameter is absent or empty.
@@ -36,6 +43,15 @@ const ClassRow* FilterClass(const Request& request, const char* parameter);
 
 // The properties of `type` that are in the request's "PropertyList", which may be absent.
 std::vector<ClassProperty> WantedProperties(const Request& request, const ClassRow& type);
+
+// Of these, the ones that an enumeration of class `asked` shows of an instance of `type`. Without
+// deep inheritance the instances of derived classes are answered as well, but with the properties
+// of the class that was asked for only.
+std::vector<ClassProperty> InstanceProperties(const Request& request, const ClassRow& asked,
+                                              const ClassRow& type);
+
+// The parameter that must be there and an instance name.
+const Parameter& InstanceParameter(const Request& request, const char* name);
 
 // The objects that the instance name in a parameter can mean: one, or, when it names a class that
 // others derive from, one of each of these.

@@ -1,33 +1,60 @@
 // SPDX-License-Identifier: MIT
 #include "tools/agent/ClassElements.h"
 
+#include "tools/agent/Qualifiers.h"
+
 namespace tools::agent {
 namespace {
 
-// How a qualifier goes on to derived classes: as it is or overridden, only as it is, not at all.
-enum class Flavor { Inherited, Fixed, Own };
-
-void WriteQualifier(XmlWriter& out, const char* name, const char* type, std::string_view value,
-                    Flavor flavor) {
-  switch (flavor) {
-    case Flavor::Inherited:
-      out.Open("QUALIFIER", {{"NAME", name}, {"TYPE", type}});
-      break;
-    case Flavor::Fixed:
-      out.Open("QUALIFIER", {{"NAME", name}, {"TYPE", type}, {"OVERRIDABLE", "false"}});
-      break;
-    case Flavor::Own:
-      out.Open("QUALIFIER", {{"NAME", name}, {"TYPE", type}, {"TOSUBCLASS", "false"}});
-      break;
-  }
+void WriteQualifier(XmlWriter& out, const char* name, std::string_view value) {
+  OpenQualifier(out, name);
   out.Open("VALUE");
   out.Text(value);
   out.Close("VALUE");
   out.Close("QUALIFIER");
 }
 
+void WriteList(XmlWriter& out, const char* name, const NamedValue* values,
+               const char* NamedValue::*part) {
+  OpenQualifier(out, name);
+  out.Open("VALUE.ARRAY");
+  for (; values->name; ++values) {
+    out.Open("VALUE");
+    out.Text(values->*part);
+    out.Close("VALUE");
+  }
+  out.Close("VALUE.ARRAY");
+  out.Close("QUALIFIER");
+}
+
+// The agent's own classes change with the agent.
+const char* VersionOf(const ClassRow& type) {
+  return std::string_view(type.name).substr(0, 4) == "CIM_" ? "2.49.0" : KECPP_TOOLS_VERSION;
+}
+
+// A reference is the aggregate of an aggregation when it is the origin's.
+bool IsAggregate(const ClassRow& type, const PropertyRow& row) {
+  return type.isAggregation && SameName(row.name, PropertiesOf(type)[0].row->name);
+}
+
 bool Overrides(const ClassRow& type, const ClassProperty& property) {
   return property.isOwn && property.origin != &type;
+}
+
+void WriteQualifiers(XmlWriter& out, const ClassRow& type, const ClassProperty& property) {
+  const PropertyRow& row = *property.row;
+  if (row.isKey) WriteQualifier(out, "Key", "TRUE");
+  if (IsAggregate(type, row)) WriteQualifier(out, "Aggregate", "TRUE");
+  if (Overrides(type, property)) WriteQualifier(out, "Override", row.name);
+  if (row.isRequired) WriteQualifier(out, "Required", "TRUE");
+  // The standard declares these two for properties only.
+  if (row.type != CimType::Reference) WriteQualifier(out, "Read", "TRUE");
+  if (row.isWritable) WriteQualifier(out, "Write", "TRUE");
+  WriteQualifier(out, "Description", row.description);
+  if (row.values) {
+    WriteList(out, "ValueMap", row.values, &NamedValue::value);
+    WriteList(out, "Values", row.values, &NamedValue::name);
+  }
 }
 
 void WriteProperty(XmlWriter& out, const ClassRow& type, const ClassProperty& property,
@@ -48,22 +75,17 @@ void WriteProperty(XmlWriter& out, const ClassRow& type, const ClassProperty& pr
   } else {
     out.Open(element, {{"NAME", row.name}, {kind, kindName}, {"PROPAGATED", propagated}});
   }
-  if (detail.qualifiers) {
-    if (row.isKey) WriteQualifier(out, "Key", "boolean", "TRUE", Flavor::Fixed);
-    if (Overrides(type, property)) {
-      WriteQualifier(out, "Override", "string", row.name, Flavor::Own);
-    }
-    // The standard declares it for properties only.
-    if (!isReference) WriteQualifier(out, "Read", "boolean", "TRUE", Flavor::Inherited);
-    WriteQualifier(out, "Description", "string", row.description, Flavor::Inherited);
-  }
+  if (detail.qualifiers) WriteQualifiers(out, type, property);
   out.Close(element);
 }
 
 void WriteClassQualifiers(XmlWriter& out, const ClassRow& type) {
-  if (type.isAssociation) WriteQualifier(out, "Association", "boolean", "TRUE", Flavor::Fixed);
-  if (type.isAbstract) WriteQualifier(out, "Abstract", "boolean", "TRUE", Flavor::Own);
-  WriteQualifier(out, "Description", "string", type.description, Flavor::Inherited);
+  if (type.isAssociation) WriteQualifier(out, "Association", "TRUE");
+  if (type.isAggregation) WriteQualifier(out, "Aggregation", "TRUE");
+  if (type.isIndication) WriteQualifier(out, "Indication", "TRUE");
+  if (type.isAbstract) WriteQualifier(out, "Abstract", "TRUE");
+  WriteQualifier(out, "Version", VersionOf(type));
+  WriteQualifier(out, "Description", type.description);
 }
 
 std::string MofDeclaration(const PropertyRow& row) {
@@ -72,20 +94,39 @@ std::string MofDeclaration(const PropertyRow& row) {
   return std::string(TypeName(row.type)) + " " + name + (row.isArray ? "[]" : "");
 }
 
+std::string MofList(const char* name, const NamedValue* values, const char* NamedValue::*part) {
+  std::string text = std::string(",\n   ") + name + "{";
+  for (const NamedValue* at = values; at->name; ++at) {
+    text += (at == values ? "\"" : ", \"") + std::string(at->*part) + "\"";
+  }
+  return text + "}";
+}
+
 std::string MofProperty(const ClassRow& type, const ClassProperty& property) {
   const PropertyRow& row = *property.row;
   std::string text = "  [";
   if (row.isKey) text += "Key, ";
+  if (IsAggregate(type, row)) text += "Aggregate, ";
   if (Overrides(type, property)) text += std::string("Override(\"") + row.name + "\"), ";
+  if (row.isRequired) text += "Required, ";
   if (row.type != CimType::Reference) text += "Read, ";
-  return text + "Description(\"" + row.description + "\")]\n  " + MofDeclaration(row) + ";\n";
+  if (row.isWritable) text += "Write, ";
+  text += std::string("Description(\"") + row.description + "\")";
+  if (row.values) {
+    text += MofList("ValueMap", row.values, &NamedValue::value);
+    text += MofList("Values", row.values, &NamedValue::name);
+  }
+  return text + "]\n  " + MofDeclaration(row) + ";\n";
 }
 
 std::string MofClass(const ClassRow& type) {
   std::string text = "[";
   if (type.isAssociation) text += "Association, ";
+  if (type.isAggregation) text += "Aggregation, ";
+  if (type.isIndication) text += "Indication, ";
   if (type.isAbstract) text += "Abstract, ";
-  text += std::string("Description(\"") + type.description + "\")]\nclass " + type.name;
+  text += std::string("Version(\"") + VersionOf(type) + "\"), Description(\"" + type.description +
+          "\")]\nclass " + type.name;
   if (type.parent) text += std::string(" : ") + type.parent;
   text += " {\n";
   for (const ClassProperty& property : PropertiesOf(type)) {
@@ -110,12 +151,12 @@ void WriteClass(XmlWriter& out, const ClassRow& type, const std::vector<ClassPro
   out.Close("CLASS");
 }
 
-std::string MofText() {
+std::string MofText(const Namespace& space) {
   std::string text =
       "// SPDX-License-Identifier: MIT\n//\n"
       "// The classes that kecpp-agent serves in the namespace \"" +
-      std::string(NAMESPACE_NAME) + "\". Written by \"kecpp-agent --print-mof\".\n";
-  for (const ClassRow* type : AllClasses()) text += "\n" + MofClass(*type);
+      std::string(space.name) + "\". Written by \"kecpp-agent --print-mof " + space.name + "\".\n";
+  for (const ClassRow* type : AllClasses(space.space)) text += "\n" + MofClass(*type);
   return text;
 }
 

@@ -6,6 +6,7 @@
 
 #include <string>
 
+#include "tools/agent/Namespaces.h"
 #include "tools/agent/XmlWriter.h"
 #include "tools/common/Schema.h"
 
@@ -22,8 +23,8 @@ struct ClassDetail {
 void WriteClass(XmlWriter& out, const ClassRow& type, const std::vector<ClassProperty>& properties,
                 const ClassDetail& detail);
 
-// Every class, parents before children.
-std::string MofText();
+// Every class of a namespace, parents before children.
+std::string MofText(const Namespace& space);
 
 }  // namespace tools::agent
 

@@ -2,6 +2,8 @@
 #include "tools/agent/ClassOperations.h"
 
 #include "tools/agent/ClassElements.h"
+#include "tools/agent/PathElements.h"
+#include "tools/agent/Qualifiers.h"
 
 namespace tools::agent {
 namespace {
@@ -15,7 +17,7 @@ std::vector<const ClassRow*> ClassesBelow(const Request& request) {
   const ClassRow* top = request.Text("ClassName").empty() ? nullptr : &RequestedClass(request);
   const bool deep = request.Flag("DeepInheritance", false);
   std::vector<const ClassRow*> found;
-  for (const ClassRow* type : AllClasses()) {
+  for (const ClassRow* type : AllClasses(request.space->space)) {
     const bool below =
         deep ? !top || (type != top && DerivesFrom(*type, *top)) : IsDirectlyBelow(*type, top);
     if (below) found.push_back(type);
@@ -50,14 +52,26 @@ Content GetClass(const Call& call) {
 
 Content EnumerateNamespaces(const Call&) {
   return [](XmlWriter& out) {
-    out.Open("INSTANCENAME", {{"CLASSNAME", "CIM_Namespace"}});
-    out.Open("KEYBINDING", {{"NAME", "Name"}});
-    out.Open("KEYVALUE", {{"VALUETYPE", "string"}, {"TYPE", "string"}});
-    out.Text(NAMESPACE_NAME);
-    out.Close("KEYVALUE");
-    out.Close("KEYBINDING");
-    out.Close("INSTANCENAME");
+    for (const Namespace& row : NAMESPACES) {
+      out.Open("INSTANCENAME", {{"CLASSNAME", "CIM_Namespace"}});
+      WriteTextKey(out, "Name", row.name);
+      out.Close("INSTANCENAME");
+    }
   };
+}
+
+Content EnumerateQualifiers(const Call&) {
+  return [](XmlWriter& out) {
+    for (const QualifierRow& row : AllQualifiers()) WriteDeclaration(out, row);
+  };
+}
+
+Content GetQualifier(const Call& call) {
+  const std::string name = call.request.Text("QualifierName");
+  if (name.empty()) throw OperationError(Status::InvalidParameter, "QualifierName is missing");
+  const QualifierRow* row = FindQualifier(name);
+  if (!row) throw OperationError(Status::NotFound, "there is no qualifier " + name);
+  return [row](XmlWriter& out) { WriteDeclaration(out, *row); };
 }
 
 }  // namespace tools::agent

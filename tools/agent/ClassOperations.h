@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The operations on classes and namespaces. They need no inventory and never wait. They throw
-// OperationError.
+// The operations on classes, qualifiers and namespaces. They need no inventory and never wait. They
+// throw OperationError.
 #ifndef KECPP_TOOLS_AGENT_CLASSOPERATIONS_H
 #define KECPP_TOOLS_AGENT_CLASSOPERATIONS_H
 
@@ -16,8 +16,11 @@ Content EnumerateClassNames(const Call& call);
 
 Content GetClass(const Call& call);
 
-// The one namespace there is, as the name of a "CIM_Namespace".
+// The namespaces, as names of a "CIM_Namespace".
 Content EnumerateNamespaces(const Call& call);
+
+Content EnumerateQualifiers(const Call& call);
+Content GetQualifier(const Call& call);
 
 }  // namespace tools::agent
 

@@ -19,6 +19,7 @@ enum class Status {
   InvalidClass = 5,
   NotFound = 6,
   NotSupported = 7,
+  MethodNotFound = 17,
 };
 
 // Answered in the reply's ERROR element.

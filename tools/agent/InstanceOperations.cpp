@@ -16,29 +16,14 @@ struct Found {
   std::vector<std::vector<Link>> links;  // by class
 };
 
-// Without deep inheritance the instances of derived classes are answered as well, but with the
-// properties of the class that was asked for only.
-std::vector<ClassProperty> Columns(const Request& request, const ClassRow& asked,
-                                   const ClassRow& type) {
-  std::vector<ClassProperty> columns = WantedProperties(request, type);
-  if (request.Flag("DeepInheritance", true)) return columns;
-  const auto all = PropertiesOf(asked);
-  const auto added = [&](const ClassProperty& column) {
-    return std::none_of(all.begin(), all.end(), [&](const ClassProperty& property) {
-      return SameName(property.row->name, column.row->name);
-    });
-  };
-  columns.erase(std::remove_if(columns.begin(), columns.end(), added), columns.end());
-  return columns;
-}
-
 Found ReadInstances(const Call& call, const ClassRow& asked, bool withProperties) {
   const auto types = ConcreteClasses(asked);
   Found found;
   for (const ClassRow* type : types) {
     if (type->isAssociation) continue;
-    found.objects.emplace_back(
-        *type, withProperties ? Columns(call.request, asked, *type) : std::vector<ClassProperty>());
+    found.objects.emplace_back(*type, withProperties
+                                          ? InstanceProperties(call.request, asked, *type)
+                                          : std::vector<ClassProperty>());
   }
   ReadInventory(call, types, [&](const kecpp::Inventory& inventory) {
     for (Rows& rows : found.objects) ReadAll(inventory, rows);
@@ -65,7 +50,7 @@ void WriteInstances(const Call& call, const ClassRow& asked, const Found& found,
   }
   for (const std::vector<Link>& links : found.links) {
     if (links.empty()) continue;
-    const auto columns = Columns(call.request, asked, *links.front().type);
+    const auto columns = InstanceProperties(call.request, asked, *links.front().type);
     for (const Link& link : links) {
       out.Open("VALUE.NAMEDINSTANCE");
       elements.Name(link);

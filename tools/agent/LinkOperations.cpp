@@ -44,7 +44,7 @@ class Partners {
  public:
   Partners(const Request& request, bool withProperties) {
     for (const ClassRow* type : AllClasses()) {
-      if (type->isAbstract || type->isAssociation) continue;
+      if (!type->kind) continue;
       groups.emplace_back(
           *type, withProperties ? WantedProperties(request, *type) : std::vector<ClassProperty>());
     }

@@ -1,20 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "tools/agent/ObjectElements.h"
 
+#include "tools/agent/PathElements.h"
+
 namespace tools::agent {
 namespace {
-
-// "root/cimv2" as elements.
-void WriteNamespace(XmlWriter& out) {
-  std::string_view rest = NAMESPACE_NAME;
-  out.Open("LOCALNAMESPACEPATH");
-  while (!rest.empty()) {
-    const std::size_t slash = rest.find('/');
-    out.Empty("NAMESPACE", {{"NAME", rest.substr(0, slash)}});
-    rest.remove_prefix(slash == std::string_view::npos ? rest.size() : slash + 1);
-  }
-  out.Close("LOCALNAMESPACEPATH");
-}
 
 void WriteKey(XmlWriter& out, const char* name, std::string_view storedValue) {
   out.Open("KEYBINDING", {{"NAME", name}});
@@ -88,12 +78,7 @@ void ObjectElements::Path(const Link& link) {
 
 void ObjectElements::OpenPath() {
   out.Open("INSTANCEPATH");
-  out.Open("NAMESPACEPATH");
-  out.Open("HOST");
-  out.Text(host);
-  out.Close("HOST");
-  WriteNamespace(out);
-  out.Close("NAMESPACEPATH");
+  WriteNamespacePath(out, host, NAMESPACE_NAME);
 }
 
 void ObjectElements::ClosePath() {
@@ -120,9 +105,9 @@ void ObjectElements::Property(const ClassProperty& property,
   const bool isArray = property.row->isArray;
   const char* element = isArray ? "PROPERTY.ARRAY" : "PROPERTY";
   OpenProperty(element, property);
-  if (isArray) {
+  if (isArray && value) {
     out.Open("VALUE.ARRAY");
-    for (const std::string_view item : Items(value.value_or(""))) WriteValue(out, item);
+    for (const std::string_view item : Items(*value)) WriteValue(out, item);
     out.Close("VALUE.ARRAY");
   } else if (value) {
     WriteValue(out, *value);
@@ -135,7 +120,7 @@ void ObjectElements::End(const Link& link, const PropertyRow& role) {
   const bool isOrigin = &role == &link.type->properties[0];
   out.Open("VALUE.REFERENCE");
   out.Open("LOCALINSTANCEPATH");
-  WriteNamespace(out);
+  WriteLocalNamespace(out, NAMESPACE_NAME);
   if (isOrigin) {
     NameOf(OriginOf(*link.type), link.originKey);
   } else {

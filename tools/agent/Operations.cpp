@@ -5,58 +5,113 @@
 #include <thread>
 #include <utility>
 
+#include "tools/agent/ClassLinks.h"
 #include "tools/agent/ClassOperations.h"
 #include "tools/agent/Errors.h"
 #include "tools/agent/InstanceOperations.h"
 #include "tools/agent/LinkOperations.h"
+#include "tools/agent/StoredOperations.h"
 #include "tools/common/Schema.h"
 
 namespace tools::agent {
 namespace {
 
+using Answerer = Content (*)(const Call& call);
+
+// Who answers an operation.
 struct OperationRow {
   const char* name;
-  Content (*answer)(const Call& call);
+  Answerer ofInventory;  // about the daemon's objects, or without instances
+  Answerer ofStored;     // about what is stored; null: as the one before
+  Answerer ofClass;      // where "ObjectName" is a class
   bool readsInventory;
   const char* parameters[9];  // null after the last
 };
 
+// A method of a class: nothing has one. What it is called on must be there.
+template <Answerer get>
+Content InvokeMethod(const Call& call) {
+  const Request& request = call.request;
+  const bool isClass = request.Find("ClassName") != nullptr;
+  if (isClass) {
+    RequestedClass(request);
+  } else {
+    get(call);
+  }
+  throw OperationError(Status::MethodNotFound, "there is no method " + request.method);
+}
+
+constexpr OperationRow EXTRINSIC = {
+    "",   InvokeMethod<GetInstance>,    InvokeMethod<GetStored>, nullptr,
+    true, {"ClassName", "InstanceName"}};
+
 constexpr OperationRow OPERATIONS[] = {
     {"EnumerateInstances",
      EnumerateInstances,
+     EnumerateStored,
+     nullptr,
      true,
      {"ClassName", "LocalOnly", "DeepInheritance", "IncludeQualifiers", "IncludeClassOrigin",
       "PropertyList"}},
-    {"EnumerateInstanceNames", EnumerateInstanceNames, true, {"ClassName"}},
+    {"EnumerateInstanceNames",
+     EnumerateInstanceNames,
+     EnumerateStoredNames,
+     nullptr,
+     true,
+     {"ClassName"}},
     {"GetInstance",
      GetInstance,
+     GetStored,
+     nullptr,
      true,
      {"InstanceName", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin", "PropertyList"}},
     {"Associators",
      Associators,
+     StoredAssociators,
+     ClassAssociators,
      true,
      {"ObjectName", "AssocClass", "ResultClass", "Role", "ResultRole", "IncludeQualifiers",
       "IncludeClassOrigin", "PropertyList"}},
     {"AssociatorNames",
      AssociatorNames,
+     StoredAssociatorNames,
+     ClassAssociatorNames,
      true,
      {"ObjectName", "AssocClass", "ResultClass", "Role", "ResultRole"}},
     {"References",
      References,
+     StoredReferences,
+     ClassReferences,
      true,
      {"ObjectName", "ResultClass", "Role", "IncludeQualifiers", "IncludeClassOrigin",
       "PropertyList"}},
-    {"ReferenceNames", ReferenceNames, true, {"ObjectName", "ResultClass", "Role"}},
+    {"ReferenceNames",
+     ReferenceNames,
+     StoredReferenceNames,
+     ClassReferenceNames,
+     true,
+     {"ObjectName", "ResultClass", "Role"}},
     {"EnumerateClasses",
      EnumerateClasses,
+     nullptr,
+     nullptr,
      false,
      {"ClassName", "DeepInheritance", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin"}},
-    {"EnumerateClassNames", EnumerateClassNames, false, {"ClassName", "DeepInheritance"}},
+    {"EnumerateClassNames",
+     EnumerateClassNames,
+     nullptr,
+     nullptr,
+     false,
+     {"ClassName", "DeepInheritance"}},
     {"GetClass",
      GetClass,
+     nullptr,
+     nullptr,
      false,
      {"ClassName", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin", "PropertyList"}},
-    {"EnumerateNamespaces", EnumerateNamespaces, false, {}},
+    {"EnumerateQualifiers", EnumerateQualifiers, nullptr, nullptr, false, {}},
+    {"GetQualifier", GetQualifier, nullptr, nullptr, false, {"QualifierName"}},
+    {"EnumerateNamespaces", EnumerateNamespaces, nullptr, nullptr, false, {}},
 };
 
 constexpr const char* FLAGS[] = {"LocalOnly", "DeepInheritance", "IncludeQualifiers",
@@ -83,17 +138,24 @@ void CheckParameters(const OperationRow& row, const Request& request) {
 }
 
 void CheckNamespace(const Request& request) {
-  if (SameName(request.nameSpace, NAMESPACE_NAME)) return;
+  if (request.space) return;
   throw OperationError(Status::InvalidNamespace, "there is no namespace " + request.nameSpace);
 }
 
 // Null for an operation that is not served.
 const OperationRow* Find(const Request& request) {
-  if (request.isExtrinsic) return nullptr;
+  if (request.isExtrinsic) return &EXTRINSIC;
   for (const OperationRow& row : OPERATIONS) {
     if (request.method == row.name) return &row;
   }
   return nullptr;
+}
+
+Answerer AnswererOf(const OperationRow& row, const Request& request) {
+  const Parameter* object = row.ofClass ? request.Find("ObjectName") : nullptr;
+  if (object && object->kind == Parameter::Kind::Class) return row.ofClass;
+  const bool isStored = row.ofStored && request.space && request.space->space == INTEROP;
+  return isStored ? row.ofStored : row.ofInventory;
 }
 
 Content Dispatch(const Call& call) {
@@ -101,9 +163,9 @@ Content Dispatch(const Call& call) {
   if (!row) {
     throw OperationError(Status::NotSupported, call.request.method + " is not supported");
   }
-  if (row->answer != EnumerateNamespaces) CheckNamespace(call.request);
+  if (row->ofInventory != EnumerateNamespaces) CheckNamespace(call.request);
   CheckParameters(*row, call.request);
-  return row->answer(call);
+  return AnswererOf(*row, call.request)(call);
 }
 
 const char* StatusName(Status status) {
@@ -120,6 +182,8 @@ const char* StatusName(Status status) {
       return "CIM_ERR_NOT_FOUND";
     case Status::NotSupported:
       return "CIM_ERR_NOT_SUPPORTED";
+    case Status::MethodNotFound:
+      return "CIM_ERR_METHOD_NOT_FOUND";
     default:
       return "CIM_ERR_FAILED";
   }
@@ -168,15 +232,18 @@ std::size_t LengthOf(const Request& request, const Content& content) {
 
 }  // namespace
 
-Operations::Operations(const InventoryGate& inventoryGate, const Limits& limits)
+Operations::Operations(const InventoryGate& inventoryGate, const StoredSource& storedSource,
+                       const Limits& limits)
     : gate(inventoryGate),
+      stored(storedSource),
       patience(limits.time),
       backlog(limits.unsentBytes),
       turns(std::clamp(std::thread::hardware_concurrency(), 2u, 4u)) {}
 
 void Operations::Await(const Request& request) const {
   const OperationRow* row = Find(request);
-  if (row && row->readsInventory) gate.AwaitOpen();
+  const bool reads = row && row->readsInventory && AnswererOf(*row, request) == row->ofInventory;
+  if (reads) gate.AwaitOpen();
 }
 
 // Waits for room without holding a turn, which other requests may need, and without the copy that
@@ -187,7 +254,7 @@ Reply Operations::Answer(const Request& request, const std::string& host) const 
   while (backlog.AwaitRoom(bytes, deadline)) {
     const Turns::Turn turn(turns);
     if (!backlog.HasRoom(bytes)) continue;  // those before took it
-    const Content content = ReadContent({request, gate, host});
+    const Content content = ReadContent({request, gate, stored, host});
     bytes = LengthOf(request, content);
     if (auto share = backlog.Reserve(bytes)) {
       XmlWriter out(bytes);

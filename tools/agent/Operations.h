@@ -13,6 +13,7 @@
 #include "tools/agent/InventoryGate.h"
 #include "tools/agent/Limits.h"
 #include "tools/agent/Request.h"
+#include "tools/agent/StoredInstances.h"
 #include "tools/agent/Turns.h"
 
 namespace tools::agent {
@@ -24,8 +25,8 @@ struct Reply {
 
 class Operations {
  public:
-  // The gate outlives the object, which outlives the replies that it gives.
-  explicit Operations(const InventoryGate& gate, const Limits& limits = {});
+  // Gate and source outlive the object, which outlives the replies that it gives.
+  Operations(const InventoryGate& gate, const StoredSource& stored, const Limits& limits = {});
 
   // An operation that reads the inventory: waits for the first fill, or for as long as readers wait
   // at most.
@@ -39,6 +40,7 @@ class Operations {
 
  private:
   const InventoryGate& gate;
+  const StoredSource& stored;
   const std::chrono::seconds patience;
   mutable Backlog backlog;
   // Each thread that answers holds a copy of what it answers. And answering does not wait for

@@ -36,7 +36,7 @@ struct Side {
 std::vector<Side> SidesOf(const ClassRow& type, const LinkFilter& filter) {
   std::vector<Side> sides;
   for (const ClassRow* assocClass : AllClasses()) {
-    if (!assocClass->isAssociation || assocClass->isAbstract) continue;
+    if (!assocClass->results) continue;
     const bool isOrigin = &OriginOf(*assocClass) == &type;
     const Side side{assocClass, isOrigin};
     if ((isOrigin || &ResultOf(*assocClass) == &type) && side.Passes(filter)) sides.push_back(side);

@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <pugixml.hpp>
+#include <utility>
 
 #include "tools/agent/Errors.h"
 #include "tools/common/Schema.h"
@@ -103,10 +104,9 @@ void ReadArray(xml_node array, Parameter& parameter) {
   for (xml_node value : array.children("VALUE")) parameter.values.push_back(TextOf(value));
 }
 
-Parameter ReadParameter(xml_node node) {
+Parameter ReadParameter(std::string name, xml_node content) {
   Parameter parameter;
-  parameter.name = Attribute(node, "NAME");
-  const xml_node content = node.first_child();
+  parameter.name = std::move(name);
   if (!content) return parameter;
   if (Is(content, "VALUE")) {
     parameter.kind = Parameter::Kind::Value;
@@ -124,6 +124,20 @@ Parameter ReadParameter(xml_node node) {
   return parameter;
 }
 
+void ReadSpace(xml_node holder, Request& request) {
+  request.nameSpace = ReadNamespace(Child(holder, "LOCALNAMESPACEPATH"));
+  request.space = FindNamespace(request.nameSpace);
+}
+
+// What a method is called on.
+void ReadCallee(xml_node call, Request& request) {
+  const bool isClass = call.child("LOCALCLASSPATH");
+  const xml_node path = Child(call, isClass ? "LOCALCLASSPATH" : "LOCALINSTANCEPATH");
+  ReadSpace(path, request);
+  const xml_node callee = Child(path, isClass ? "CLASSNAME" : "INSTANCENAME");
+  request.parameters.push_back(ReadParameter(isClass ? "ClassName" : "InstanceName", callee));
+}
+
 void ReadCall(xml_node message, Request& request) {
   if (message.child("MULTIREQ")) {
     throw MessageError(NOT_IMPLEMENTED, "multiple-requests-unsupported");
@@ -132,10 +146,11 @@ void ReadCall(xml_node message, Request& request) {
   request.isExtrinsic = !simple.child("IMETHODCALL");
   const xml_node call = Child(simple, request.isExtrinsic ? "METHODCALL" : "IMETHODCALL");
   request.method = Attribute(call, "NAME");
-  if (request.isExtrinsic) return;
-  request.nameSpace = ReadNamespace(Child(call, "LOCALNAMESPACEPATH"));
+  if (request.isExtrinsic) return ReadCallee(call, request);
+  ReadSpace(call, request);
   for (xml_node parameter : call.children("IPARAMVALUE")) {
-    request.parameters.push_back(ReadParameter(parameter));
+    request.parameters.push_back(
+        ReadParameter(Attribute(parameter, "NAME"), parameter.first_child()));
   }
 }
 

@@ -11,6 +11,8 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/agent/Namespaces.h"
+
 namespace tools::agent {
 
 // A key of an instance's name. The value of a reference is the name of another instance, whose keys
@@ -36,9 +38,12 @@ struct Parameter {
 struct Request {
   std::string messageId;
   std::string protocolVersion;
-  std::string nameSpace;  // "root/cimv2"
+  std::string nameSpace;             // "root/cimv2"
+  const Namespace* space = nullptr;  // the one of that name; null when there is none
   std::string method;
-  bool isExtrinsic = false;  // a method of a class: nothing of it but its name is read
+  // A method of a class. Its parameters are not read; what it is called on is the only one here,
+  // "ClassName" or "InstanceName".
+  bool isExtrinsic = false;
   std::vector<Parameter> parameters;
 
   // Null when there is no parameter of that name, compared without letter case.

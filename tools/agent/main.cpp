@@ -20,6 +20,7 @@
 #include "tools/agent/ConnectionReport.h"
 #include "tools/agent/Guards.h"
 #include "tools/agent/HangUp.h"
+#include "tools/agent/InteropModel.h"
 #include "tools/agent/PoliteEnd.h"
 #include "tools/agent/StatusPage.h"
 #include "tools/agent/Users.h"
@@ -93,7 +94,8 @@ kecpp::Options InventoryOptions(const AgentOptions& options) {
 void Serve(const AgentOptions& options, const kecpp::Inventory& inventory, AgentServer& server,
            int port, const EndOfRun& end) {
   InventoryGate gate(inventory, options.readyWait);
-  const Operations operations(gate, options.limits);
+  const InteropModel interop(LocalHostName(), !options.usersFile.empty());
+  const Operations operations(gate, interop, options.limits);
   ConnectionReport report;
   StatusFeed feed(inventory, report);
   AddCimEndpoint(server, operations);
@@ -145,8 +147,8 @@ int RunCommand(int argc, char** argv) {
   if (auto status = ParseAgentOptions(argc, argv, options)) {
     return FinishOutput(PROGRAM, *status);
   }
-  if (options.printMof) {
-    std::cout << MofText();
+  if (!options.printMof.empty()) {
+    std::cout << MofText(*FindNamespace(options.printMof));
     return FinishOutput(PROGRAM, EXIT_SUCCESS);
   }
   EndPolitely();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The kinds of objects that the programs know, and what kecpp-inventory shows of each. To add a
-// kind, add its class to Schema.cpp and a row to Kinds.cpp.
+// kind, add its class to SystemClasses.cpp and a row to Kinds.cpp.
 //
 // Thread safety: constant.
 #ifndef KECPP_TOOLS_COMMON_KINDS_H

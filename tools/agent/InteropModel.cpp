@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: MIT
+#include "tools/agent/InteropModel.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <memory>
+#include <utility>
+
+#include "tools/agent/Namespaces.h"
+
+namespace tools::agent {
+namespace {
+
+constexpr const char* SYSTEM = "CIM_ComputerSystem";
+constexpr const char* MANAGER = "CIM_ObjectManager";
+constexpr const char* MANAGER_NAME = "kecpp-agent";
+
+// Values of enumerations.
+constexpr const char* OK = "2";               // OperationalStatus
+constexpr const char* ENABLED = "2";          // EnabledState
+constexpr const char* NOT_APPLICABLE = "12";  // RequestedState
+constexpr const char* CIM_XML = "2";          // CommunicationMechanism
+constexpr const char* NOT_ADVERTISED = "2";   // AdvertiseTypes
+constexpr const char* PROFILE = "2";          // SpecificationType
+constexpr const char* DMTF = "2";             // RegisteredOrganization
+
+StoredInstance Make(const char* className) {
+  return StoredInstance(*FindClass(className));
+}
+
+// Of what runs on the system of that name.
+StoredInstance Make(const char* className, const std::string& host, const std::string& name) {
+  StoredInstance made = Make(className);
+  made.Set("SystemCreationClassName", std::string(SYSTEM))
+      .Set("SystemName", host)
+      .Set(CREATION_CLASS_NAME, std::string(className))
+      .Set("Name", name)
+      .Set("ElementName", name);
+  return made;
+}
+
+StoredInstance& Enable(StoredInstance& element) {
+  return element.Set("OperationalStatus", std::vector<std::string>{OK})
+      .Set("EnabledState", std::string(ENABLED))
+      .Set("RequestedState", std::string(NOT_APPLICABLE));
+}
+
+}  // namespace
+
+InteropModel::InteropModel(const std::string& hostName, bool hasUsers) {
+  StoredInstance machine = Make(SYSTEM);
+  machine.Set(CREATION_CLASS_NAME, std::string(SYSTEM))
+      .Set("Name", hostName)
+      .Set("NameFormat", std::string("Other"))
+      .Set("ElementName", hostName)
+      .Set("Description", std::string("The machine that the agent runs on."));
+  const Stored system = Add(std::move(Enable(machine)));
+  StoredInstance server = Make(MANAGER, hostName, MANAGER_NAME);
+  // Clients read the server's name and version from this text.
+  server.Set("Description", std::string("kecpp-agent version " KECPP_TOOLS_VERSION))
+      .Set("Started", std::string("TRUE"))
+      .Set("GatherStatisticalData", std::string("FALSE"));
+  const Stored manager = Add(std::move(Enable(server)));
+  Link("CIM_HostedService", "Antecedent", system, "Dependent", manager);
+  AddNamespaces(hostName, manager);
+  AddMechanism(hostName, manager, hasUsers);
+  AddProfile();
+}
+
+Stored InteropModel::Add(StoredInstance instance) {
+  instances.push_back(std::make_shared<const StoredInstance>(std::move(instance)));
+  return instances.back();
+}
+
+void InteropModel::Link(const char* type, const char* role, const Stored& target,
+                        const char* partnerRole, const Stored& partner) {
+  StoredInstance link = Make(type);
+  link.Set(role, target).Set(partnerRole, partner);
+  Add(std::move(link));
+}
+
+void InteropModel::AddNamespaces(const std::string& host, const Stored& manager) {
+  for (const Namespace& row : NAMESPACES) {
+    StoredInstance space = Make("CIM_Namespace", host, row.name);
+    space.Set("ObjectManagerCreationClassName", std::string(MANAGER))
+        .Set("ObjectManagerName", std::string(MANAGER_NAME))
+        .Set("ClassInfo", std::string("0"))
+        .Set("ClassType", std::string("2"));
+    Link("CIM_NamespaceInManager", "Antecedent", manager, "Dependent", Add(std::move(space)));
+  }
+}
+
+void InteropModel::AddMechanism(const std::string& host, const Stored& manager, bool hasUsers) {
+  StoredInstance mechanism = Make("CIM_CIMXMLCommunicationMechanism", host, "kecpp-agent:cim-xml");
+  // Basic read, association traversal, qualifier declaration.
+  mechanism.Set("CommunicationMechanism", std::string(CIM_XML))
+      .Set("FunctionalProfilesSupported", std::vector<std::string>{"2", "6", "8"})
+      .Set("MultipleOperationsSupported", std::string("FALSE"))
+      .Set("AuthenticationMechanismsSupported",
+           std::vector<std::string>{hasUsers ? "3" : "2"})  // basic, none
+      .Set("AdvertiseTypes", std::vector<std::string>{NOT_ADVERTISED})
+      .Set("Version", std::string("1.4"))
+      .Set("CIMValidated", std::string("FALSE"));
+  Link("CIM_CommMechanismForManager", "Antecedent", manager, "Dependent",
+       Add(std::move(Enable(mechanism))));
+}
+
+// The profile of profiles conforms to itself: its central instances are the registrations.
+void InteropModel::AddProfile() {
+  StoredInstance profile = Make("CIM_RegisteredProfile");
+  profile.Set("InstanceID", std::string("kecpp:Profile Registration:1.1.0"))
+      .Set("ElementName", std::string("Profile Registration"))
+      .Set("SpecificationType", std::string(PROFILE))
+      .Set("RegisteredOrganization", std::string(DMTF))
+      .Set("RegisteredName", std::string("Profile Registration"))
+      .Set("RegisteredVersion", std::string("1.1.0"))
+      .Set("AdvertiseTypes", std::vector<std::string>{NOT_ADVERTISED});
+  const Stored registered = Add(std::move(profile));
+  Link("CIM_ElementConformsToProfile", "ConformantStandard", registered, "ManagedElement",
+       registered);
+}
+
+std::string LocalHostName() {
+  std::array<char, 256> name = {};
+  if (gethostname(name.data(), name.size() - 1) != 0 || name[0] == 0) return "localhost";
+  return name.data();
+}
+
+}  // namespace tools::agent
