@@ -19,6 +19,8 @@ enum class Status {
   InvalidClass = 5,
   NotFound = 6,
   NotSupported = 7,
+  QueryLanguageNotSupported = 14,
+  InvalidQuery = 15,
   MethodNotFound = 17,
 };
 
