@@ -94,8 +94,8 @@ constexpr PropertyRow REFERENCED[] = {
 
 constexpr ClassRow Class(const char* name, const char* parent, Properties properties,
                          const char* description, bool isAbstract = false) {
-  return {name,    parent,  isAbstract, false,   properties.rows, properties.count, nullptr,
-          description, {}, nullptr,    nullptr, INTEROP};
+  return {name,    parent,      isAbstract, false,   properties.rows, properties.count,
+          nullptr, description, {},         nullptr, nullptr,         INTEROP};
 }
 
 constexpr ClassRow Association(const char* name, const char* parent, Properties properties,

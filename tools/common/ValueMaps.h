@@ -131,72 +131,59 @@ inline constexpr NamedValue DEDICATED[] = {{"0", "Not Dedicated"},
                                            {nullptr, nullptr}};
 
 inline constexpr NamedValue COMMUNICATION_MECHANISM[] = {
-    {"0", "Unknown"},
-    {"1", "Other"},
-    {"2", "CIM-XML"},
-    {nullptr, nullptr}};
+    {"0", "Unknown"}, {"1", "Other"}, {"2", "CIM-XML"}, {nullptr, nullptr}};
 
-inline constexpr NamedValue FUNCTIONAL_PROFILES[] = {
-    {"0", "Unknown"},
-    {"1", "Other"},
-    {"2", "Basic Read"},
-    {"3", "Basic Write"},
-    {"4", "Schema Manipulation"},
-    {"5", "Instance Manipulation"},
-    {"6", "Association Traversal"},
-    {"7", "Query Execution"},
-    {"8", "Qualifier Declaration"},
-    {"9", "Indications"},
-    {"10", "Pulled Read"},
-    {"11", "Pulled Read Count"},
-    {"12", "Pulled Query Execution"},
-    {nullptr, nullptr}};
+inline constexpr NamedValue FUNCTIONAL_PROFILES[] = {{"0", "Unknown"},
+                                                     {"1", "Other"},
+                                                     {"2", "Basic Read"},
+                                                     {"3", "Basic Write"},
+                                                     {"4", "Schema Manipulation"},
+                                                     {"5", "Instance Manipulation"},
+                                                     {"6", "Association Traversal"},
+                                                     {"7", "Query Execution"},
+                                                     {"8", "Qualifier Declaration"},
+                                                     {"9", "Indications"},
+                                                     {"10", "Pulled Read"},
+                                                     {"11", "Pulled Read Count"},
+                                                     {"12", "Pulled Query Execution"},
+                                                     {nullptr, nullptr}};
 
-inline constexpr NamedValue AUTHENTICATION[] = {
-    {"0", "Unknown"},
-    {"1", "Other"},
-    {"2", "None"},
-    {"3", "Basic"},
-    {"4", "Digest"},
-    {nullptr, nullptr}};
+inline constexpr NamedValue AUTHENTICATION[] = {{"0", "Unknown"}, {"1", "Other"},
+                                                {"2", "None"},    {"3", "Basic"},
+                                                {"4", "Digest"},  {nullptr, nullptr}};
 
 inline constexpr NamedValue ADVERTISE_TYPES[] = {
-    {"1", "Other"},
-    {"2", "Not Advertised"},
-    {"3", "SLP"},
-    {nullptr, nullptr}};
+    {"1", "Other"}, {"2", "Not Advertised"}, {"3", "SLP"}, {nullptr, nullptr}};
 
-inline constexpr NamedValue SPECIFICATION_TYPE[] = {
-    {"1", "Other"},
-    {"2", "Profile"},
-    {"3", "Message Registry"},
-    {"..", "DMTF Reserved"},
-    {nullptr, nullptr}};
+inline constexpr NamedValue SPECIFICATION_TYPE[] = {{"1", "Other"},
+                                                    {"2", "Profile"},
+                                                    {"3", "Message Registry"},
+                                                    {"..", "DMTF Reserved"},
+                                                    {nullptr, nullptr}};
 
-inline constexpr NamedValue ORGANIZATION[] = {
-    {"1", "Other"},
-    {"2", "DMTF"},
-    {"3", "CompTIA"},
-    {"4", "Consortium for Service Innovation"},
-    {"5", "FAST"},
-    {"6", "GGF"},
-    {"7", "INTAP"},
-    {"8", "itSMF"},
-    {"9", "NAC"},
-    {"10", "Northwest Energy Efficiency Alliance"},
-    {"11", "SNIA"},
-    {"12", "TM Forum"},
-    {"13", "The Open Group"},
-    {"14", "ANSI"},
-    {"15", "IEEE"},
-    {"16", "IETF"},
-    {"17", "INCITS"},
-    {"18", "ISO"},
-    {"19", "W3C"},
-    {"20", "OGF"},
-    {"21", "The Green Grid"},
-    {"..", "DMTF Reserved"},
-    {nullptr, nullptr}};
+inline constexpr NamedValue ORGANIZATION[] = {{"1", "Other"},
+                                              {"2", "DMTF"},
+                                              {"3", "CompTIA"},
+                                              {"4", "Consortium for Service Innovation"},
+                                              {"5", "FAST"},
+                                              {"6", "GGF"},
+                                              {"7", "INTAP"},
+                                              {"8", "itSMF"},
+                                              {"9", "NAC"},
+                                              {"10", "Northwest Energy Efficiency Alliance"},
+                                              {"11", "SNIA"},
+                                              {"12", "TM Forum"},
+                                              {"13", "The Open Group"},
+                                              {"14", "ANSI"},
+                                              {"15", "IEEE"},
+                                              {"16", "IETF"},
+                                              {"17", "INCITS"},
+                                              {"18", "ISO"},
+                                              {"19", "W3C"},
+                                              {"20", "OGF"},
+                                              {"21", "The Green Grid"},
+                                              {"..", "DMTF Reserved"},
+                                              {nullptr, nullptr}};
 
 }  // namespace tools
 
