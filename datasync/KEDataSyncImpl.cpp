@@ -231,7 +231,7 @@ ManagedObjectReference* KEDataSyncImpl::SetupDataSync(ManagedObjectReference* ro
       methods = watches->RegisterMethods(root, sections, filter, waiter, methodsKey);
       if (methods != nullptr) propertyMethods->RunAtSetup(methodsKey.value);
     }
-    if (filter != nullptr && waiter != nullptr && sections.IsTaskWatch()) {
+    if (sections.IsTaskWatch()) {
       blocked = TaskWaiting(*watches, *state, *typeCache).BlockOnTask(filter, stopsBefore);
     }
     loop->Start();

@@ -338,7 +338,7 @@ void ListValue::LinkPrivileges(Zorbel_Role& role, RoleMemory::PrivilegeIds& ids,
 void ListValue::LinkRememberedPrivileges() {
   KEDataCache* roleCache = Cache(KE::Stub::Zorbel_RoleClass);
   KEDataCache* privileges = Cache(KE::Stub::Zorbel_PrivilegeClass);
-  if (roleCache == nullptr || privileges == nullptr) return;
+  if (roleCache == nullptr) return;
   for (auto it = roleCache->Iterator(); !it.End(); ++it) {
     auto* role = dynamic_cast<Zorbel_Role*>(it->value);
     RoleMemory::PrivilegeIds* ids = role != nullptr ? memory.Of(role->Name) : nullptr;

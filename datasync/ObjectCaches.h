@@ -50,9 +50,7 @@ class ObjectCaches {
                                       bool& isNew);
 
   // Who learns of changes while somebody wants to; else null.
-  KE::Instance::ChangeHub* Listener() const {
-    return changes != nullptr && changes->IsOpen() ? changes : nullptr;
-  }
+  KE::Instance::ChangeHub* Listener() const { return changes->IsOpen() ? changes : nullptr; }
 
  private:
   static constexpr std::size_t kCount = KE::Instance::kObjectKindCount;

@@ -77,12 +77,10 @@ std::vector<PropertyMethods::MethodCall> PropertyMethods::CallsToMake(const KESt
   KEMutexGuard guard(watches.GetMutex());
   for (auto it = watches.MethodsNoLock().Begin(); !it.End(); ++it) {
     MethodDataSyncInfo* info = it->value;
-    if (info == nullptr) continue;
     const bool isSetUp = always != nullptr && info->reference->value.Equals(always->Cstr());
     for (unsigned int i = 0; i < info->methods.Count(); ++i) {
       const MethodOutcome& outcome = info->outcomes[i];
-      if (!isSetUp && outcome.last == MethodOutcome::Last::failed && outcome.notBefore > now)
-        continue;
+      if (!isSetUp && outcome.notBefore > now) continue;
       MethodCall& call = calls.emplace_back();
       call.record.value = info->reference->value;
       call.target.type = info->target.type;
@@ -181,7 +179,6 @@ void PropertyMethods::RunInCycle() {
 void PropertyMethods::NoteFailedMethods() {
   KEMutexGuard guard(watches.GetMutex());
   for (auto it = watches.MethodsNoLock().Begin(); !it.End(); ++it) {
-    if (it->value == nullptr) continue;
     for (const MethodOutcome& outcome : it->value->outcomes) {
       if (outcome.last == MethodOutcome::Last::failed) {
         state.NoteFailure(outcome.failure.Cstr());
@@ -195,7 +192,6 @@ SyncTime PropertyMethods::WaitEnd() {
   SyncTime end = SyncTime::max();
   KEMutexGuard guard(watches.GetMutex());
   for (auto it = watches.MethodsNoLock().Begin(); !it.End(); ++it) {
-    if (it->value == nullptr) continue;
     for (const MethodOutcome& outcome : it->value->outcomes) {
       if (outcome.last == MethodOutcome::Last::failed) end = std::min(end, outcome.due);
     }

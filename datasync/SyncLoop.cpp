@@ -106,22 +106,21 @@ void SyncLoop::Start() {
   try {
     if (!stopRequested) CheckDaemon();
     RunFirstCycle();
-    if (stopRequested || !watches.Any()) {
-      initialCycleDone = false;
-      state.SetPhase(SyncState::Phase::idle);
-      return;
-    }
-    StartThread();
+    if (!stopRequested && watches.Any()) return StartThread();
   } catch (const KELib::Exception& e) {
-    initialCycleDone = false;
-    state.SetPhase(SyncState::Phase::idle);
+    EndWithoutThread();
     KEString text(e.What());
     throw KELib::Exception(text.Str(), text.Length());
   } catch (...) {
-    initialCycleDone = false;
-    state.SetPhase(SyncState::Phase::idle);
+    EndWithoutThread();
     throw;
   }
+  EndWithoutThread();
+}
+
+void SyncLoop::EndWithoutThread() {
+  initialCycleDone = false;
+  state.SetPhase(SyncState::Phase::idle);
 }
 
 // Repeats a failed first cycle, so that the caches are full when the caller goes on, and adds
@@ -131,8 +130,7 @@ void SyncLoop::RunFirstCycle() {
   const SyncTime end = GetSyncSeams().now() + kLongestFirstCycle;
   for (unsigned int failures = 0; failures < kFailuresToGiveUp;) {
     initialCycleDone = false;
-    Run();
-    if (stopRequested || !watches.Any()) return;
+    Run();  // at once when there is a stop, or no watch any more
     if (lastOutcome == Outcome::good || lastOutcome == Outcome::timedOut) {
       if (!AwaitsMore() || GetSyncSeams().now() >= end) return;
       if (lastOutcome == Outcome::good) continue;
@@ -224,7 +222,6 @@ void SyncLoop::ForgetVersion() {
 SyncLoop::Outcome SyncLoop::RunCycle() {
   const Outcome outcome = Guarded([this] { return WaitAndApply(); });
   if (outcome != Outcome::good && outcome != Outcome::timedOut) return outcome;
-  if (stopRequested || !watches.HasMethods()) return outcome;
   return Guarded([this, outcome] {
     propertyMethods.RunInCycle();
     return outcome;

@@ -75,6 +75,7 @@ class SyncLoop {
   class LoopPause;
 
   void RunFirstCycle();
+  void EndWithoutThread();
   bool AwaitsMore();
   void StartThread();
   bool TryLeave(bool escaped);

@@ -107,10 +107,10 @@ void Watches::ForgetNoLock() {
 
 bool Watches::IsCacheNamedNoLock(KEString& type) {
   for (auto it = filters.Begin(); !it.End(); ++it) {
-    if (it->value != nullptr && Names(it->value->cacheTypes, type)) return true;
+    if (Names(it->value->cacheTypes, type)) return true;
   }
   for (auto it = methodInfos.Begin(); !it.End(); ++it) {
-    if (it->value != nullptr && Names(it->value->cacheTypes, type)) return true;
+    if (Names(it->value->cacheTypes, type)) return true;
   }
   return false;
 }
@@ -188,7 +188,7 @@ void Watches::NoteFilterCameNoLock(DataSyncInfo& info, StaleObjects::Classes bef
 StaleObjects::Classes Watches::ClassesNoLock() {
   StaleObjects::Classes classes = 0;
   for (auto it = filters.Begin(); !it.End(); ++it) {
-    if (it->value != nullptr) classes |= it->value->classes;
+    classes |= it->value->classes;
   }
   return classes;
 }
@@ -205,7 +205,7 @@ DataSyncInfo* Watches::FindOwnFilterNoLock(const ManagedObjectReference* referen
   if (reference == nullptr) return nullptr;
   for (auto it = filters.Begin(); !it.End(); ++it) {
     DataSyncInfo* info = it->value;
-    if (info == nullptr || info->reference.get() != reference) continue;
+    if (info->reference.get() != reference) continue;
     return info->maker == std::this_thread::get_id() ? info : nullptr;
   }
   return nullptr;
@@ -237,11 +237,6 @@ void Watches::RemoveFilterNoLock(ManagedObjectReference& filter) {
 }
 
 // --- property methods ----------------------------------------------------------------------------
-
-bool Watches::HasMethods() {
-  KEMutexGuard guard(&mutex);
-  return methodInfos.Count() > 0;
-}
 
 ManagedObjectReference* Watches::RegisterMethods(ManagedObjectReference* root,
                                                  const PropertyList& sections,
@@ -303,7 +298,7 @@ MethodDataSyncInfo* Watches::FindMethodsNoLock(ManagedObjectReference& ref) {
 // Whether the list of a filter names the methods, that of `except` aside.
 bool Watches::NamesMethodsNoLock(const MethodDataSyncInfo& methods, const DataSyncInfo* except) {
   for (auto it = filters.Begin(); !it.End(); ++it) {
-    if (it->value != nullptr && it->value != except && Holds(*it->value, methods)) return true;
+    if (it->value != except && Holds(*it->value, methods)) return true;
   }
   return false;
 }
@@ -343,7 +338,6 @@ void Watches::DestroyMethods(ManagedObjectReference* ref) {
   KE::Instance::KECacheGuard caches(&types);
   caches.LockAll();  // deleting a stub writes into its partners, whichever caches they live in
   for (auto it = filters.Begin(); !it.End(); ++it) {
-    if (it->value == nullptr) continue;
     auto& held = it->value->methods;
     held.erase(std::remove(held.begin(), held.end(), info), held.end());
   }
@@ -379,17 +373,17 @@ void Watches::ReleaseFilledNoLock(DataSyncInfo& info) {
 void Watches::ReleaseNoLock(KELib::KEWaiter* waiter) {
   for (auto it = filters.Begin(); !it.End(); ++it) {
     DataSyncInfo* info = it->value;
-    if (info == nullptr || info->waiter == nullptr) continue;
+    if (info->waiter == nullptr) continue;
     if (info->waiter->waiter == waiter) ReleaseWaiterNoLock(info->waiter);
   }
 }
 
 void Watches::ReleaseAllNoLock() {
   for (auto it = filters.Begin(); !it.End(); ++it) {
-    if (it->value != nullptr) ReleaseWaiterNoLock(it->value->waiter);
+    ReleaseWaiterNoLock(it->value->waiter);
   }
   for (auto it = methodInfos.Begin(); !it.End(); ++it) {
-    if (it->value != nullptr) ReleaseWaiterNoLock(it->value->waiter);
+    ReleaseWaiterNoLock(it->value->waiter);
   }
 }
 
@@ -400,7 +394,6 @@ void Watches::ReleaseAfterSet(bool cutShort) {
   KEMutexGuard guard(&mutex);
   for (auto it = filters.Begin(); !it.End(); ++it) {
     DataSyncInfo* info = it->value;
-    if (info == nullptr) continue;
     if (cutShort || !info->received) ReleaseFilledNoLock(*info);
     info->received = false;
   }
@@ -410,14 +403,13 @@ void Watches::ReleaseAfterFailures() {
   KEMutexGuard guard(&mutex);
   for (auto it = filters.Begin(); !it.End(); ++it) {
     DataSyncInfo* info = it->value;
-    if (info == nullptr) continue;
     if (info->taskPending || stale.IsOpen(info->classes)) ReleaseWaiterNoLock(info->waiter);
   }
 }
 
 void Watches::HoldForReportsNoLock() {
   for (auto it = filters.Begin(); !it.End(); ++it) {
-    if (it->value != nullptr) it->value->held = stale.IsOpen(it->value->classes);
+    it->value->held = stale.IsOpen(it->value->classes);
   }
 }
 
@@ -425,7 +417,7 @@ void Watches::ReleaseHeld() {
   if (WaiterHolder::Count() == 0) return;
   KEMutexGuard guard(&mutex);
   for (auto it = filters.Begin(); !it.End(); ++it) {
-    if (it->value != nullptr && it->value->held) ReleaseFilledNoLock(*it->value);
+    if (it->value->held) ReleaseFilledNoLock(*it->value);
   }
 }
 
@@ -436,7 +428,7 @@ void Watches::ReleaseAnsweredMethods() {
   KEMutexGuard guard(&mutex);
   for (auto it = methodInfos.Begin(); !it.End(); ++it) {
     MethodDataSyncInfo* info = it->value;
-    if (info == nullptr || info->waiter == nullptr) continue;
+    if (info->waiter == nullptr) continue;
     if (std::all_of(info->outcomes.begin(), info->outcomes.end(), isGood)) {
       ReleaseWaiterNoLock(info->waiter);
     }

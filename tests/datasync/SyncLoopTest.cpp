@@ -138,6 +138,8 @@ TEST_F(SyncLoopTest, NothingIsSentWithoutARootOrWithoutAWaiterForATask) {
   EXPECT_FALSE(WaitForTask("task-1", nullptr));
   EXPECT_TRUE(CapturedLog::Contains("No waiter provided to wait for task."));
   EXPECT_EQ(server.Count(""), 0u);
+  server.FeedError(KELib::RequestTimedOutException("first cycle"));
+  Watch("_p_ _o_ Task info.state");  // nor does a watch of a task block then
 }
 
 // A second report of the end that comes while the filter is being destroyed files the task again.
@@ -359,6 +361,7 @@ TEST_F(SyncStopTest, AStopWakesWhoWaitsWithoutALoop) {
   SyncState waited;
   waited.SetPhase(SyncState::Phase::running);
   const std::atomic<bool> unseen{false};  // only the number of stops tells them
+  EXPECT_FALSE(waited.BeginFirstCycle(unseen)) << "there is a loop";
   std::atomic<bool> stopped{false};
   std::atomic<int> inside{2};
   std::thread changes([&] {
@@ -375,7 +378,8 @@ TEST_F(SyncStopTest, AStopWakesWhoWaitsWithoutALoop) {
   for (; inside > 0; std::this_thread::yield()) waited.AnnounceStop(stopped);
   changes.join();
   task.join();
-  EXPECT_TRUE(stopped);
+  waited.SetPhase(SyncState::Phase::idle);
+  EXPECT_FALSE(waited.BeginFirstCycle(stopped));
 }
 
 // The setup that fails has nothing left to take back, and looks at nothing of it.

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+//
+// What a server wrote before is recognised: a fault in that slows the walk over update sets, and no
+// cache shows it.
+#include <map>
+
+#include "datasync/LearnedSteps.h"
+#include "datasync/LearnedText.h"
+#include "datasync/PropertyTable.h"
+#include "support/Answers.h"
+#include "xml/KEXmlReader.h"
+
+namespace KE::Service {
+namespace {
+
+using KELib::Xml::KEXmlCursor;
+using KELib::Xml::XmlSlice;
+
+std::string Copy(const XmlSlice& slice) {
+  return std::string(slice.text, slice.length);
+}
+
+std::string LineEnds(const std::string& count) {
+  return std::string(std::stoul(count), '\n');
+}
+
+// Reads `markup` with what is known, and teaches it.
+template <typename Known, typename Read>
+std::string Meet(Known& known, const std::string& markup, Read read) {
+  KELib::KEString text(markup.c_str());
+  KELib::Xml::KEXmlReader reader(text, false, 0);
+  KEXmlCursor cursor(reader);
+  const std::string answer = read(known, cursor);
+  EXPECT_TRUE(cursor.AtEnd()) << markup;
+  return answer;
+}
+
+std::string ReadStep(LearnedSteps& known, KEXmlCursor& cursor) {
+  static std::map<std::string, Property> properties;
+  const char* const begin = cursor.Position();
+  const Property* property = nullptr;
+  XmlSlice path, op, value;
+  if (known.Take(cursor, property, value)) return std::string(property->path) + "=" + Copy(value);
+  EXPECT_EQ(begin, cursor.Position());
+  EXPECT_TRUE(cursor.PassTag("<changeSet>") && cursor.TakeText("<name", "</name>", path));
+  cursor.TakeText("<op", "</op>", op);
+  EXPECT_TRUE(cursor.TakeText("<val", "</val>", value) && cursor.PassTag("</changeSet>"));
+  const auto at = properties.try_emplace(Copy(path)).first;
+  at->second.path = at->first;
+  known.Learn(begin, path, value, &at->second);
+  return "read";
+}
+
+std::string MeetStep(LearnedSteps& known, const std::string& step) {
+  const Row words = Split(step, " ");
+  const std::string behind = words[2] == "-" ? "" : LineEnds(words[2]) + "<op>assign</op>";
+  return Meet(known,
+              "<changeSet>" + LineEnds(words[0]) + "<name>" + words[1] + "</name>" + behind +
+                  "<val>" + words[3] + "</val></changeSet>",
+              ReadStep);
+}
+
+std::string ReadText(LearnedText& known, KEXmlCursor& cursor) {
+  const char* const begin = cursor.Position();
+  XmlSlice value;
+  const auto take = [&](const char* text, std::size_t length) {
+    return cursor.TakeTextBehind(text, length, "</id>", value);
+  };
+  if (known.Recognise(take)) return Copy(value);
+  EXPECT_TRUE(cursor.PassTag("<a>") && cursor.TakeText("<id", "</id>", value));
+  if (!known.Learn(begin, value)) return "read";
+  const XmlSlice kept = known.Part(begin, {begin + 1, 1});
+  EXPECT_EQ("a", Copy(kept));
+  EXPECT_NE(begin + 1, kept.text);
+  return "learned";
+}
+
+template <typename Known, typename Step>
+std::function<std::string(const Row&)> Through(Step meet) {
+  return [=](const Row& row) {
+    Known known{};
+    return Stepwise(row[1], [&](const std::string& step) { return meet(known, step); });
+  };
+}
+
+TEST(Learning, AnswersTheCases) {
+  ExpectAnswers(KECPP_TEST_DATA "/learning.txt",
+                {{"steps", Through<LearnedSteps>(MeetStep)},
+                 {"text", Through<LearnedText>([](LearnedText& known, const std::string& step) {
+                    const Row words = Split(step, " ");
+                    return Meet(known, "<a>" + LineEnds(words[0]) + "<id>" + words[1] + "</id>",
+                                ReadText);
+                  })}});
+}
+
+// However their places collide.
+TEST(Learning, KeepsABoundedNumberOfSteps) {
+  LearnedSteps known;
+  const auto step = [](int i) { return "0 property-" + std::to_string(100 + i) + " 0 a"; };
+  for (int i = 0; i < 70; ++i) EXPECT_EQ("read", MeetStep(known, step(i)));
+  for (int i = 0; i < 70; ++i) EXPECT_EQ(i >= 64, MeetStep(known, step(i)) == "read") << i;
+}
+
+}  // namespace
+}  // namespace KE::Service
