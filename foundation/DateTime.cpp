@@ -109,7 +109,7 @@ char* PutThreeDigits(char* out, int value) {
 }  // namespace
 
 DateTime::DateTime(const char* text, unsigned int length) {
-  if (text == nullptr || length <= 18) ThrowFormat();
+  if (text == nullptr) ThrowFormat();
   Scanner scanner(text, length);
   century = scanner.TwoDigits();
   yearInCentury = scanner.TwoDigits();

@@ -215,7 +215,6 @@ KEString KEString::Substring(unsigned int start, unsigned int end) const {
 }
 
 void KEString::Erase(unsigned int from, unsigned int to) {
-  if ((from == 0 && to == 0) || from > to) return;
   const unsigned int length = Length();
   if (to > length) to = length;
   if (from >= to) return;

@@ -4,6 +4,7 @@
 #include <curl/curl.h>
 
 #include <algorithm>
+#include <sstream>
 #include <utility>
 
 namespace KELib {
@@ -17,11 +18,10 @@ using Lines = std::vector<std::string>;
 // domains below it count, path, whether it is secure, end of life, name, value.
 std::string KeyOf(const std::string& line) {
   std::string key;
-  std::size_t begin = 0;
-  for (int field = 0; field < 6 && begin != std::string::npos; ++field) {
-    const std::size_t end = line.find('\t', begin);
-    if (field == 0 || field == 2 || field == 5) key += line.substr(begin, end - begin) + '\t';
-    begin = end == std::string::npos ? end : end + 1;
+  std::istringstream fields(line);
+  std::string text;
+  for (int field = 0; std::getline(fields, text, '\t'); ++field) {
+    if (field == 0 || field == 2 || field == 5) key += text + '\t';
   }
   return key;
 }

@@ -59,9 +59,9 @@ void HttpClientImpl::TakeHandle(HttpHandleRef& ref) {
   using Clock = std::chrono::steady_clock;
   using std::chrono::milliseconds;
   constexpr milliseconds kSlice(50);
-  if (IsConnected()) session->GetHandle(ref);
-  const CallLimits* limits = CallLimits::Current();
-  if (ref.handle == nullptr && IsConnected() && limits != nullptr) {
+  if (!IsConnected()) throw HttpException("Unable to connect. Busy.");
+  session->GetHandle(ref);
+  if (const CallLimits* limits = CallLimits::Current()) {
     const auto deadline = Clock::now() + milliseconds(limits->HandleWait());
     for (auto now = Clock::now(); ref.handle == nullptr && now < deadline && !limits->Stopped();
          now = Clock::now()) {

@@ -144,9 +144,9 @@ bool KEXmlCursor::NextAttribute(XmlSlice& name, XmlSlice& value) {
   if (*at == '>' || *at == '/') return false;
   const XmlSlice found = NameAt(at);
   const char* quote = SkipBlanks(found.text + found.length);
-  if (quote >= end || *quote != '=') ThrowMalformed();
+  if (*quote != '=') ThrowMalformed();
   quote = SkipBlanks(quote + 1);
-  if (quote >= end || (*quote != '"' && *quote != '\'')) ThrowMalformed();
+  if (*quote != '"' && *quote != '\'') ThrowMalformed();
   const char* stop = Find(*quote, quote + 1);
   if (stop == nullptr) ThrowMalformed();
   name = found;
@@ -176,7 +176,7 @@ void KEXmlCursor::Leave(const XmlSlice& name) {
 }
 
 bool KEXmlCursor::PassEndTag(XmlSlice& name) {
-  if (end - at < 2 || at[0] != '<' || at[1] != '/') return false;
+  if (at[0] != '<' || at[1] != '/') return false;
   name = NameAt(at + 2);
   at = FindTagEnd(name.text + name.length) + 1;
   return true;

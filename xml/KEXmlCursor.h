@@ -93,12 +93,7 @@ class KECPP_API KEXmlCursor {
   void Leave(const XmlSlice& name);
   template <std::size_t N>
   void Leave(const char (&name)[N]) {
-    if (end - at > static_cast<std::ptrdiff_t>(N) + 1 && at[0] == '<' && at[1] == '/' &&
-        std::memcmp(at + 2, name, N - 1) == 0 && at[N + 1] == '>') {
-      at += N + 2;
-    } else {
-      Leave(XmlSlice{name, N - 1});
-    }
+    Leave(XmlSlice{name, N - 1});
   }
 
   // Passes the rest of the content of the element `name` that was entered, up to its end tag.

@@ -77,10 +77,6 @@ KESession::~KESession() = default;
 KESession* CreateSession(KELib::KEConfig* config, KEMethod* method, KEString& serviceContent) {
   auto session = std::make_unique<KESessionImpl>();
   session->Init(config, method, serviceContent);
-  if (!session->IsInitialized() && !session->IsLoggedIn()) {
-    session->Cleanup();
-    return nullptr;
-  }
   return session.release();
 }
 

@@ -39,6 +39,12 @@ TEST(DateTimeTest, PrintsBackWhatItParsed) {
   ExpectAnswers(KECPP_TEST_DATA "/cases/times.txt",
                 {{"time", Printed}, {"microseconds", OfMicroseconds}});
   const DateTime time = Parse("2006-01-02T03:04:05.1234567+02:00");
+  EXPECT_TRUE(time == Parse("2006-01-02T03:04:05.1234567+02:00"));
+  for (const char* other :
+       {"2406-01-02T03:04:05.1234567+02:00", "2006-01-02T03:04:05.1234567+01:00",
+        "2006-01-02T03:04:05.1235567+02:00"}) {
+    EXPECT_FALSE(time == Parse(other)) << other;
+  }
   EXPECT_EQ(time.GetBias(), -120);
   EXPECT_EQ(time.GetMillisecond(), 123);
   EXPECT_EQ(time.GetMicrosecond(), 456);

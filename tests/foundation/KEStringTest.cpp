@@ -60,6 +60,7 @@ TEST(KEStringTest, PositionsAreClampedAndASubstringKeepsTheWholeTail) {
   EXPECT_EQ(text[6], '\0');
   EXPECT_EQ(KEString().At(7), '\0');
   EXPECT_EQ(text.Find('a', 0), 0U);
+  EXPECT_EQ(text.Find('f', 5), 5U);
   EXPECT_EQ(text.Find('x', 6), KEString::NPos);
   EXPECT_EQ(text.Find(KEString("bc"), 1), 1U);
   EXPECT_EQ(text.Find("bc", 4294967295U), KEString::NPos);

@@ -89,6 +89,10 @@ TEST(KEVectorIteratorTest, NeverBoundIsAtItsEndButInvalidatedThrows) {
   EXPECT_EQ(invalid, Thrown([&] { *copy; }));
   it = vector.Begin();
   EXPECT_EQ(2, *it);
+  KEVector<int> other;
+  other.Add(3);
+  other.SaveIt(&it);
+  EXPECT_EQ(3, *it);
 }
 
 TEST(KEVectorIteratorTest, ManyIteratorsComeAndGoAndAllAreUnbound) {

@@ -229,6 +229,10 @@ TEST_F(HttpClientTest, ASecureConnectionNeedsSslSettings) {
             Thrown([this] { Client(); }));
   info->SetProto("http");  // still the test's own
   EXPECT_TRUE(Client().IsConnected());
+  EXPECT_FALSE(HttpClientImpl().IsConnected());
+  HttpSessionImpl session(nullptr);
+  session.Init();
+  EXPECT_FALSE(session.IsValid());
   EXPECT_THROW(Client().SaveSession(), NotImplementedException);
   EXPECT_THROW(Client().Get(nullptr, nullptr), NotImplementedException);
 }

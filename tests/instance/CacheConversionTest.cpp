@@ -68,6 +68,8 @@ TEST_F(Links, AnEmptySlotListIsAnErrorThatChangesNothing) {
   machine->HostedDependencies = std::make_unique<KELib::KEVector<KELib::Stub::KEAssocStubBase*>>(1);
   EXPECT_THROW(MachineReports(machine, "h1"), KELib::IndexOutOfBoundsException);
   EXPECT_THROW(HostReports(host, machine), KELib::IndexOutOfBoundsException);
+  HostReports(nullptr, machine);
+  ChangeHostsVMRefs(host, nullptr, &types);
   EXPECT_EQ(nullptr, host->HostedDependencies);
 }
 

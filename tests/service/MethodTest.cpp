@@ -82,6 +82,7 @@ TEST_F(MethodTest, EveryFaultOfAServerIsASystemException) {
   }
   EXPECT_EQ("SystemException: No Response Received.",
             ThrownAt([] { throw KELib::Soap::SoapException("No Response Received."); }));
+  EXPECT_FALSE(CapturedLog::Contains("has no type"));
   EXPECT_STREQ("before", result.Cstr());
   EXPECT_EQ("nothing", ThrownAt(nullptr));
 }

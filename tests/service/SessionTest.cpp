@@ -55,11 +55,12 @@ class SessionTest : public testing::Test {
   }
 
   // What the session sends to log in.
-  std::string Login() {
+  std::string Login(const std::string& localTicket = "true") {
     CapturedLog::Clear();
-    KEString source(
-        "<?xml version=\"1.0\"?><LoginInfo><localTicket>true</localTicket>"
-        "<userName>root</userName><password>own&amp;</password></LoginInfo>");
+    const std::string text =
+        "<?xml version=\"1.0\"?><LoginInfo><localTicket>" + localTicket +
+        "</localTicket><userName>root</userName><password>own&amp;</password></LoginInfo>";
+    KEString source(text.c_str());
     KEString content(
         "<returnval><rootFolder type=\"Folder\">f</rootFolder>"
         "<propertyCollector type=\"PropertyCollector\">p</propertyCollector>"
@@ -77,6 +78,7 @@ class SessionTest : public testing::Test {
 TEST_F(SessionTest, ATicketsPasswordIsSentAsText) {
   std::ofstream(path) << "a<b&c";
   EXPECT_THAT(Login(), HasSubstr("<userName>local</userName>\n<password>a&lt;b&amp;c</password>"));
+  EXPECT_THAT(Login("false"), HasSubstr("<userName>root</userName>"));
 }
 
 TEST_F(SessionTest, WithoutATicketTheConfiguredPasswordIsSent) {

@@ -58,7 +58,8 @@ void ExpectEnds(Link& link, KELib::Stub::KEStubBase* origin, KELib::Stub::KEStub
   EXPECT_EQ(nullptr, link.GetAssocInstance(originClass.Cstr()));
   EXPECT_TRUE(link.KeyEquals(lowerCase.Cstr(), "origin-key"));
   EXPECT_TRUE(link.KeyEquals(resultClass.Cstr(), "result-key"));
-  EXPECT_FALSE(link.KeyEquals("CIM_ComputerSystem", "origin-key"));
+  EXPECT_FALSE(link.KeyEquals(resultClass.Cstr(), "origin-key"));
+  EXPECT_FALSE(link.KeyEquals("CIM_ComputerSystem", "result-key"));
   EXPECT_FALSE(link.KeyEquals(originClass.Cstr(), nullptr));
   EXPECT_FALSE(Link().KeyEquals(originClass.Cstr(), "origin-key"));
   EXPECT_STREQ("Name", link.GetKey(originClass));
@@ -97,6 +98,7 @@ TEST(Associations, AreListedByClassExceptOfRoleMembers) {
   Host host;
   Machine machine;
   EXPECT_EQ(0u, SlotsOf(host, ZORBEL_HostedDependencyClass));
+  EXPECT_EQ(0u, SlotsOf(machine, ZORBEL_HostedDependencyClass));
   Join(host, machine, alive);
   EXPECT_EQ(1u, SlotsOf(machine, ZORBEL_HostedDependencyClass));
   EXPECT_EQ(0u, SlotsOf(host, "zorbel_hosteddependency"));
@@ -111,6 +113,16 @@ TEST(Associations, AreListedByClassExceptOfRoleMembers) {
   EXPECT_EQ(1u, SlotsOf(role, Zorbel_IdentityMemberOfCollectionClass));
   EXPECT_EQ(1u, SlotsOf(privilege, ZORBEL_HostedDependencyClass));
   EXPECT_EQ(1u, SlotsOf(identity, ""));
+  // Either end may have the shorter list.
+  Zorbel_Role others[2];
+  Zorbel_Identity friends[2];
+  for (auto& one : friends) LinkMember(others[0], one);
+  LinkMember(others[0], identity);
+  LinkMember(others[1], friends[0]);
+  EXPECT_EQ(3u, SlotsOf(others[0], Zorbel_IdentityMemberOfCollectionClass));
+  EXPECT_EQ(2u, SlotsOf(friends[0], ""));
+  LinkMember(others[1], identity);
+  EXPECT_EQ(3u, SlotsOf(identity, ""));
 }
 
 TEST(Associations, DieOnceWithWhicheverEndGoesFirst) {

@@ -100,6 +100,10 @@ TEST(KEXmlCursor, ShortCutsTakeAttributesAndTags) {
   EXPECT_TRUE(cursor.TakeText("<v a='", "</v>", attribute, text));
   EXPECT_EQ("1> x", Copy(attribute) + " " + Copy(text));
   EXPECT_FALSE(cursor.TakeText("<v a='", "</v>", attribute, text));
+  for (const char* none : {"<t>", "a/>", "<", ""}) {
+    KEXmlReader other = ReaderOf(none);
+    EXPECT_FALSE(KEXmlCursor(other).PassEndTag(text)) << none;
+  }
 }
 
 TEST(KEXmlCursor, TakesOverFromTheReaderAndHandsBack) {
