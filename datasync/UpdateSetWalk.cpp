@@ -87,7 +87,6 @@ UpdateSetWalk::UpdateSetWalk(Watches& tables, KE::Instance::KETypeCache& typeCac
       room(kept),
       ui(kept.update) {
   ui.syncInfo = nullptr;  // a walk that threw may have left something here
-  ui.kind.Clear();
   ClearObject();
 }
 
@@ -215,7 +214,6 @@ void UpdateSetWalk::ApplyObjectSet() {
   if (ui.syncInfo != nullptr) stale.Name(ui.obj);
   if (leaves && lock.Take()) lock.Target().Remove();
   leaves = false;
-  ui.kind.Clear();
   ClearObject();
 }
 
@@ -303,7 +301,6 @@ void UpdateSetWalk::TakeHead() {
     return cursor.TakeTextBehind(text, length, "</obj>", id);
   };
   if (room.head.Recognise(take)) {
-    room.kind.Set(known.kind);
     leaves = known.leaves;
     room.objectType.Set(known.type);
     room.objectId.Set(id);
@@ -315,7 +312,7 @@ void UpdateSetWalk::TakeHead() {
   if (!cursor.TakeText("<obj type=\"", "</obj>", type, id)) return;
   SetObject(type, id);
   if (kind.length > 0 && room.head.Learn(begin, id)) {
-    known = {room.head.Part(begin, kind), room.head.Part(begin, type), objectKind, leaves};
+    known = {room.head.Part(begin, type), objectKind, leaves};
   }
 }
 
@@ -331,7 +328,6 @@ void UpdateSetWalk::ClearObject() {
 }
 
 void UpdateSetWalk::SetKind(const XmlSlice& kind) {
-  room.kind.Set(kind);
   leaves = kind.Is("leave");
 }
 

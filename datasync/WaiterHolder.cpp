@@ -9,9 +9,7 @@ std::atomic<unsigned int> WaiterHolder::count{0};
 
 void WaiterHolder::Release(SyncState& state) {
   if (waiter != nullptr) waiter->Signal();
-  waiter = nullptr;
   if (blocked != nullptr) state.Release(*blocked);
-  blocked.reset();
 }
 
 }  // namespace KE::Service

@@ -37,7 +37,7 @@ class ReusedText {
 
 // What an object set says of its object, besides the identifier.
 struct ObjectHead {
-  KELib::Xml::XmlSlice kind, type;
+  KELib::Xml::XmlSlice type;
   const KE::Instance::ObjectKind* objectKind = nullptr;
   bool leaves = false;
 };
@@ -47,7 +47,6 @@ struct WalkRoom {
       : update(Val, nullptr),
         objects(types),
         caches(&types),
-        kind(update.kind),
         objectType(update.obj.type),
         objectId(update.obj.value),
         filterType(update.filter.type),
@@ -59,7 +58,7 @@ struct WalkRoom {
   std::atomic<bool> taken{false};  // by a RoomLoan
   ObjectCaches objects;
   KE::Instance::KECacheGuard caches;  // holds something within an object set only
-  ReusedText kind, objectType, objectId, filterType, filterId;
+  ReusedText objectType, objectId, filterType, filterId;
   KELib::Xml::KnownTagRests tags;
   LearnedSteps learned[KE::Instance::kObjectKindCount];
   LearnedText begin;     // of a result, up to its version
