@@ -284,8 +284,11 @@ TEST_F(SyncStopTest, AFeedsReaderIsWokenAndLetGo) {
   WatchMachines();
   KE::Instance::KEChange changes[3];
   std::unique_ptr<KE::Instance::KEChangeFeed> feed;
+  KELib::KEString type(Stub::ZORBEL_VMComputerSystemClass), key("vm-1");
+  KE::Instance::KEDataCache* cache = sync->GetCache()->GetDataCache(type);
   const std::pair<int, std::function<void()>> ends[] = {
       {1, [&] { server.Feed(UpdateSet("2", "filter-1", Machine("vm-1", "changed"))); }},
+      {1, [&] { cache->SetVal(key, Stub::CreateZORBEL_VMComputerSystem()); }},  // in no update set
       {-1, [&] { feed->Close(); }},
       {-1, [&] { sync->RequestStop(); }}};
   for (const auto& [taken, end] : ends) {

@@ -181,6 +181,7 @@ class RandomCaches {
       Listener& made = listeners.emplace_back();
       made.feed = std::make_unique<ChangeFeed>(hub, types);
       made.news.assign(cached.begin(), cached.end());
+      EXPECT_EQ(0, made.feed->Take(nullptr, 0, -1));
     });
   }
   void Close() {
