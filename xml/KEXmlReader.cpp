@@ -50,7 +50,7 @@ void KEXmlReader::SetInputOfLength(KEString& text, unsigned int textLength) {
 }
 
 void KEXmlReader::SetStartPos(unsigned int p) {
-  if (p == KEString::NPos || length < 2 || p >= length - 1) return;
+  if (length < 2 || p >= length - 1) return;
   pos = p;
   Classify();
 }

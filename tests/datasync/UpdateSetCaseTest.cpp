@@ -27,6 +27,7 @@
 //   calls           what else was called since the last section that did something
 //   failures        the number of failed cycles in a row
 //   status          all that the data sync says of itself but the version
+//   told            how many entries a change feed gave since the last section that did something
 //   outcome TASK    whether the task has succeeded, when the thread has come back
 //   log, error      what that section made it log, and the exception of the watch; without such a
 //                   section there must be none
@@ -121,7 +122,7 @@ class UpdateSetCaseTest : public SyncFixture, public testing::WithParamInterface
       CapturedLog::Clear();
       callsBefore = server.Count("");
       Do(section);
-      while (prompt->Follow(1, 0) > 0) continue;
+      for (told = 0; prompt->Follow(1, 0) > 0;) ++told;
       if (section.name == "task") continue;  // its thread logs at any time
       for (const CapturedLog::Line& line : CapturedLog::Lines()) {
         log += regex_replace(line.text, std::regex("\n$"), "") + "\n";
@@ -298,6 +299,7 @@ class UpdateSetCaseTest : public SyncFixture, public testing::WithParamInterface
         {"outcome", [&] { return tasks[section.argument].get() ? "success\n" : "no success\n"; }},
         {"error", [&] { return std::exchange(error, ""); }},
         {"log", [&] { return std::exchange(log, ""); }},
+        {"told", [&] { return std::to_string(told) + "\n"; }},
     };
     const auto teller = tellers.find(section.name);
     if (teller == tellers.end()) return false;
@@ -315,13 +317,15 @@ class UpdateSetCaseTest : public SyncFixture, public testing::WithParamInterface
   std::map<std::string, Stub::ManagedObjectReference*> references;  // of what is watched
   std::map<std::string, std::future<bool>> tasks;
   std::size_t callsBefore = 0;
+  int told = 0;
   bool queued = false, timeoutFed = false;  // for the first cycle to meet
 };
 
 // Whether the single steps can do what the case wants.
 bool IsForSteps(const std::vector<Section>& sections) {
   return std::all_of(sections.begin(), sections.end(), [](const Section& section) {
-    const std::string names = " watch set again answer stop cache signalled version request calls ";
+    const std::string names =
+        " watch set again answer stop cache signalled told version request calls ";
     return names.find(" " + section.name + " ") != std::string::npos;
   });
 }

@@ -81,6 +81,8 @@ TEST(DataCache, IsWalkedOnceAroundAndNotAcrossGrowth) {
   auto second = it++;
   second = it;  // within a cache an assignment moves nothing
   EXPECT_NE(it->key.Cstr(), second->key.Cstr());
+  KEDataCache other;
+  EXPECT_TRUE((second = other.Iterator()).End());
   std::set<std::string> keys;
   for (auto walk = cache.Iterator(); !walk.End(); walk++) keys.insert(walk->key.Cstr());
   EXPECT_EQ(16u, keys.size());

@@ -100,6 +100,9 @@ TEST(KEXmlReader, OwnsOrCopiesItsInput) {
 TEST(XmlEndTags, AreFoundBackwards) {
   KEString text("<a><b>1</b ></a>x</"), name("old");
   unsigned int pos = KEString::NPos;
+  for (const char* none : {"", static_cast<const char*>(nullptr)}) {
+    EXPECT_FALSE(BackupToElementEndTag(none, text, pos));
+  }
   EXPECT_TRUE(BackupToElementEndTag("b", text, pos));
   EXPECT_EQ(7u, pos);
   EXPECT_FALSE(BackupToElementEndTag("b", text, pos));
