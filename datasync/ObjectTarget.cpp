@@ -101,8 +101,7 @@ void ObjectTarget::ApplyToTask(const XmlSlice& property, const XmlSlice& value) 
 }
 
 void ObjectTarget::Remove() {
-  stub = nullptr;
-  feeds = nullptr;
+  stub = nullptr;  // what was assigned before is no news
   if (properties != nullptr) {
     KEString type(kind.cacheClass);
     types.RemoveValNoLock(type, ui.obj.value);

@@ -26,7 +26,7 @@ class ObjectTarget {
   ObjectTarget(UpdateInfo& ui, KE::Instance::KETypeCache& types, ObjectCaches& caches);
   // The feeds learn that the object has changed.
   ~ObjectTarget() {
-    if (feeds != nullptr && assigned) feeds->Changed(stub);
+    if (assigned) feeds->Changed(stub);
   }
   ObjectTarget(const ObjectTarget&) = delete;
   ObjectTarget& operator=(const ObjectTarget&) = delete;
@@ -77,7 +77,7 @@ class ObjectTarget {
   const ObjectProperties* const properties;  // null for kinds whose objects are no stubs
   KELib::Stub::KEStubBase* stub = nullptr;   // null until it is needed
   KE::Instance::ChangeHub* feeds = nullptr;  // who has to learn of a change; null: nobody
-  bool assigned = false;                     // a property gets another value
+  bool assigned = false;  // a property gets another value; then there are `feeds`
 };
 
 }  // namespace KE::Service

@@ -271,8 +271,7 @@ unsigned int KEString::Find(char c, unsigned int from) const {
 
 unsigned int KEString::Find(const char* text, unsigned int from) const {
   if (text == nullptr) return NPos;
-  if (from != 0 && static_cast<unsigned long long>(from) + std::strlen(text) > Length())
-    return NPos;
+  if (static_cast<unsigned long long>(from) + std::strlen(text) > Length()) return NPos;
   const char* found = std::strstr(buffer + from, text);
   return found != nullptr ? static_cast<unsigned int>(found - buffer) : NPos;
 }

@@ -102,6 +102,10 @@ TEST(KEConfig, ReadsAFileUnlessItIsEmpty) {
   std::ofstream(path, std::ios::trunc).flush();
   EXPECT_EQ("verbose of DEFAULT_CONFIG", DocumentOf({"", path}));
   unlink(path.c_str());
+  ASSERT_EQ(0, chdir(testing::TempDir().c_str()));
+  std::ofstream(KELib::DEFAULT_CONFIG) << "<level>error</level>";
+  EXPECT_EQ("verbose of DEFAULT_CONFIG", DocumentOf({"", KELib::DEFAULT_CONFIG}));
+  unlink(KELib::DEFAULT_CONFIG);
 }
 
 TEST(KEConfig, RefusesEmptyContent) {

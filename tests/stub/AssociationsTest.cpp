@@ -197,6 +197,16 @@ TEST(LongLists, StayBoundedWhileMembersComeAndGo) {
   EXPECT_LE(host.HostedDependencies->Capacity(), 8192u);
 }
 
+TEST(LongLists, RenewTheirPlacesWhenALinkHasMovedFar) {
+  constexpr auto kPlace = &ZORBEL_HostedDependency::originIndex;
+  std::vector<ZORBEL_HostedDependency*> links(300);
+  AssocVector list(2);
+  for (auto& link : links) list.Add(link = new ZORBEL_HostedDependency);
+  links.back()->originIndex = 600;
+  EXPECT_EQ(299u, PlaceIn(list, links.back(), kPlace));
+  for (unsigned int i = 0; i < list.Count(); ++i) EXPECT_EQ(i, links[i]->originIndex);
+}
+
 using PrivilegeLink = Zorbel_PrivilegeMemberOfCollection;
 using Pairs = std::multiset<std::pair<Zorbel_Role*, Zorbel_Privilege*>>;
 
