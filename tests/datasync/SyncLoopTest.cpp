@@ -10,6 +10,8 @@
 #include "datasync/SyncFixture.h"
 #include "datasync/SyncState.h"
 #include "foundation/KEMutexGuard.h"
+#include "http/CallLimits.h"
+#include "http/Interrupter.h"
 #include "instance/KEChangeFeed.h"
 #include "stub/base/KEStubRef.h"
 #include "stub/classes/ClassNames.h"
@@ -223,6 +225,27 @@ TEST_F(SyncStopTest, NobodyComesInWhileItEnds) {
   });
   sync->Cleanup();
   EXPECT_EQ(server.Count("CreateFilter"), 1u);
+}
+
+// It is cut off, and what is called afterwards is not.
+TEST_F(SyncStopTest, AWaitThatNoCancelEndsIsInterrupted) {
+  const auto isCut = [] {
+    return KELib::Http::CallLimits::Current()->GetInterrupter()->IsInterrupting();
+  };
+  WatchMachines();
+  std::promise<void> deaf;
+  server.Then("WaitForUpdates", [&] {
+    deaf.set_value();
+    while (!isCut()) std::this_thread::yield();
+    return "";
+  });
+  deaf.get_future().wait();
+  sync->Cleanup();
+  server.Then("CreateFilter", [&]() -> std::string {
+    EXPECT_FALSE(isCut());
+    throw SystemException("down");
+  });
+  EXPECT_EQ(Thrown([&] { Watch(kMachines); }), "Exception: down");
 }
 
 // A cancel that overtakes its wait, or that cannot be sent, ends nothing: it is sent again. Its
