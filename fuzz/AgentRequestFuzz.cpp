@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <pugixml.hpp>
+#include <string>
 #include <string_view>
 
 #include "simulator/driver/Simulator.h"
@@ -43,7 +44,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static Agent agent;
   try {
     const auto request = tools::agent::ParseRequest({reinterpret_cast<const char*>(data), size});
-    const std::string answer = agent.Ready().Answer(request, "host").text;
+    std::string answer;
+    const auto reply = agent.Ready().Answer(request, "host");
+    do answer += reply->Piece();
+    while (reply->Next());
     pugi::xml_document document;
     if (!document.load_string(answer.c_str()) || !document.child("CIM")) std::abort();
   } catch (const tools::agent::MessageError&) {

@@ -43,6 +43,16 @@ Error::Error(const std::string& where, const std::string& why)
     : std::runtime_error(where.empty() ? why : where + ": " + why), url(where), reason(why) {}
 Error::~Error() = default;
 
+class Walk::Impl {
+ public:
+  KE::Instance::CacheWalk walk;
+};
+
+Walk::Walk() : impl(std::make_unique<Impl>()) {}
+Walk::Walk(Walk&&) noexcept = default;
+Walk& Walk::operator=(Walk&&) noexcept = default;
+Walk::~Walk() = default;
+
 class Inventory::Impl {
  public:
   explicit Impl(const Options& options) : keeper(options) {}
@@ -125,6 +135,13 @@ void Inventory::ForEach(const std::function<void(const Object&)>& visit) const {
 }
 
 template <class View>
+bool Inventory::ForNext(Walk& walk, std::size_t most,
+                        const std::function<void(const View&)>& visit) const {
+  const Connection::Use connection = impl->keeper.Current();
+  return connection && VisitNext<View>(*connection.operator->(), walk.impl->walk, most, visit);
+}
+
+template <class View>
 bool Inventory::Look(const std::string& key, const std::function<void(const View&)>& visit) const {
   const Connection::Use connection = impl->keeper.Current();
   return connection && LookAtView<View>(*connection.operator->(), key, visit);
@@ -138,6 +155,8 @@ bool Inventory::Look(const std::string& key, const std::function<void(const View
       const std::function<void(const Copy&)>&) const;                                        \
   template KECPP_INVENTORY_API void Inventory::ForEach<View>(                                \
       const std::function<void(const View&)>&) const;                                        \
+  template KECPP_INVENTORY_API bool Inventory::ForNext<View>(                                \
+      Walk&, std::size_t, const std::function<void(const View&)>&) const;                    \
   template KECPP_INVENTORY_API bool Inventory::Look<View>(                                   \
       const std::string&, const std::function<void(const View&)>&) const
 

@@ -30,34 +30,54 @@ void ForEachPiece(const Connection& connection, Kind kind, UsePiece use, Pause p
   KELib::KEString name(CacheOf(kind));
   KE::Instance::KEDataCache* cache = connection.Cache().GetDataCache(name);
   if (cache == nullptr) return;
-  KE::Instance::CacheWalk walk(*cache);
+  KE::Instance::CacheWalk walk;
   std::vector<KELib::Stub::KEStubBase*> piece;
   for (bool more = true; more;) {
     {
       KE::Instance::KECacheGuard guard(&connection.Cache());
       guard.LockLinked(name);
-      more = walk.Next(kPiece, piece);
+      more = walk.Next(*cache, kPiece, piece);
       if (more) use(piece);
     }
     if (more) pause();
   }
 }
 
+// Calls `visit` with a view of each stub, under the mutexes that the caller holds.
+template <class Object, class Visit>
+void VisitPiece(const std::vector<KELib::Stub::KEStubBase*>& piece, const Visit& visit) {
+  using Types = TypesOf<Object>;
+  typename Types::View view;
+  for (KELib::Stub::KEStubBase* stub : piece) {
+    auto* object = dynamic_cast<typename Types::Stub*>(stub);
+    if (object == nullptr) continue;
+    Fill(view, *object);
+    visit(static_cast<const typename Types::View&>(view));
+  }
+}
+
+// Calls `visit` with a view of each of the next objects of a walk, at most `most`, under the
+// mutexes. False when there are none after them.
+template <class Object, class Visit>
+bool VisitNext(const Connection& connection, KE::Instance::CacheWalk& walk, std::size_t most,
+               const Visit& visit) {
+  KELib::KEString name(CacheOf(TypesOf<Object>::kKind));
+  KE::Instance::KEDataCache* cache = connection.Cache().GetDataCache(name);
+  if (cache == nullptr) return false;
+  std::vector<KELib::Stub::KEStubBase*> piece;
+  KE::Instance::KECacheGuard guard(&connection.Cache());
+  guard.LockLinked(name);
+  walk.Next(*cache, most, piece);
+  VisitPiece<Object>(piece, visit);
+  return !walk.AtEnd();
+}
+
 // Calls `visit` with a view of every object of the kind of `Object`, under the mutexes.
 template <class Object, class Visit>
 void ForEachView(const Connection& connection, const Visit& visit) {
-  using Types = TypesOf<Object>;
-  typename Types::View view;
   ForEachPiece(
-      connection, Types::kKind,
-      [&](const std::vector<KELib::Stub::KEStubBase*>& piece) {
-        for (KELib::Stub::KEStubBase* stub : piece) {
-          auto* object = dynamic_cast<typename Types::Stub*>(stub);
-          if (object == nullptr) continue;
-          Fill(view, *object);
-          visit(static_cast<const typename Types::View&>(view));
-        }
-      },
+      connection, TypesOf<Object>::kKind,
+      [&](const std::vector<KELib::Stub::KEStubBase*>& piece) { VisitPiece<Object>(piece, visit); },
       // A mutex goes to who asks first: without a pause the sync thread would not wake up in time.
       [] { std::this_thread::sleep_for(std::chrono::microseconds(1)); });
 }
@@ -66,18 +86,13 @@ void ForEachView(const Connection& connection, const Visit& visit) {
 template <class Object, class Visit>
 void ForEachCopy(const Connection& connection, const Visit& visit) {
   using Types = TypesOf<Object>;
-  typename Types::View view;
   std::vector<typename Types::Copy> copies;
   ForEachPiece(
       connection, Types::kKind,
       [&](const std::vector<KELib::Stub::KEStubBase*>& piece) {
         copies.clear();
-        for (KELib::Stub::KEStubBase* stub : piece) {
-          auto* object = dynamic_cast<typename Types::Stub*>(stub);
-          if (object == nullptr) continue;
-          Fill(view, *object);
-          copies.push_back(Decode(view));
-        }
+        VisitPiece<Object>(
+            piece, [&](const typename Types::View& view) { copies.push_back(Decode(view)); });
       },
       [&] {
         for (const auto& copy : copies) visit(copy);

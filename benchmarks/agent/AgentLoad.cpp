@@ -20,8 +20,8 @@
 #include "simulator/driver/Simulator.h"
 #include "tools/agent/AgentServer.h"
 #include "tools/agent/CimEndpoint.h"
+#include "tools/agent/Cursor.h"
 #include "tools/agent/InteropModel.h"
-#include "tools/agent/Queries.h"
 
 namespace {
 
@@ -102,11 +102,13 @@ long ProcessorTime() {
 // What one copy of all machines costs, in processor time.
 void TimeCopies(const kecpp::Inventory& inventory) {
   const tools::ClassRow& type = tools::ClassOf(kecpp::Kind::machine);
+  const auto properties = tools::PropertiesOf(type);
   std::vector<long> times;
   for (int i = 0; i < 50; ++i) {
-    tools::agent::Rows rows(type, tools::PropertiesOf(type));
+    tools::agent::XmlWriter out;
+    const auto cursor = tools::agent::ObjectsOf(type, properties, {});
     const long start = ProcessorTime();
-    tools::agent::ReadAll(inventory, rows);
+    while (!cursor->AtEnd()) cursor->Write(inventory, 256, out);
     times.push_back(ProcessorTime() - start);
   }
   PrintTimes("copied all machines", times);

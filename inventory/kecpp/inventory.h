@@ -279,6 +279,28 @@ class KECPP_INVENTORY_API Follower {
   std::shared_ptr<Impl> impl;
 };
 
+// --- reading in portions -------------------------------------------------------------------------
+
+// How far a reader has come through the objects of one kind: a few bytes, whatever their number,
+// and no lock. It stays good for as long as the reader likes, also while objects come and go and
+// while the connection is replaced.
+//
+// One thread at a time uses it. It may outlive its Inventory.
+class KECPP_INVENTORY_API Walk {
+ public:
+  Walk();  // at the begin
+  Walk(Walk&&) noexcept;
+  Walk& operator=(Walk&&) noexcept;
+  ~Walk();
+
+  class Impl;
+
+ private:
+  friend class Inventory;
+
+  std::unique_ptr<Impl> impl;
+};
+
 // --- the inventory -------------------------------------------------------------------------------
 
 // An object of the daemon that a method acts on, such as {"VirtualMachine", machine.key}.
@@ -341,6 +363,13 @@ class KECPP_INVENTORY_API Inventory {
   // after some hundred objects and taken again. What `visit` throws ends the visit.
   template <class Object>
   void ForEach(const std::function<void(const Object&)>& visit) const;
+
+  // As ForEach with views, for the next objects of a walk, at most `most`, which must not be 0.
+  // True when there are more: for answers that are given in portions, with any time in between. One
+  // that comes or goes between two portions is met once or not at all; twice when it went and came
+  // back. A walk is for one kind. O(portion), and for the whole walk once O(objects).
+  template <class View>
+  bool ForNext(Walk& walk, std::size_t most, const std::function<void(const View&)>& visit) const;
 
   // As Find, with a view; false when there is no such object.
   template <class View>

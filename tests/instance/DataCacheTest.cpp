@@ -51,10 +51,11 @@ TEST(DataCache, AWalkMeetsWhatStaysExactlyOnceWhateverComesAndGoes) {
   };
   std::map<KELib::Stub::KEStubBase*, int> met;
   for (int i = 0; i < kStay; ++i) met[file("stays" + std::to_string(i))] = 0;
-  CacheWalk walk(cache);
+  CacheWalk walk;
   std::vector<KELib::Stub::KEStubBase*> piece;
   int filed = 0;
-  while (walk.Next(3, piece)) {
+  for (std::size_t most = 1; walk.Next(cache, most, piece); most = most % 3 + 1) {
+    EXPECT_LE(piece.size(), most);
     for (auto* stub : piece) {
       if (met.count(stub) > 0) ++met[stub];
     }
@@ -64,7 +65,8 @@ TEST(DataCache, AWalkMeetsWhatStaysExactlyOnceWhateverComesAndGoes) {
   }
   EXPECT_GT(filed, kStay);
   for (const auto& [stub, times] : met) EXPECT_EQ(times, 1);
-  EXPECT_FALSE(walk.Next(3, piece));
+  EXPECT_TRUE(walk.AtEnd());
+  EXPECT_FALSE(walk.Next(cache, 3, piece));
 }
 
 TEST(DataCache, IsWalkedOnceAroundAndNotAcrossGrowth) {

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <map>
 #include <thread>
 
 #include "endurance/Replay.h"
@@ -77,6 +78,27 @@ TEST_F(InventoryTest, ReadsOneAllAndInPieces) {
   EXPECT_EQ(inventory.Roles().size(), truth["roles"].size());
   EXPECT_EQ(inventory.Privileges().size(), truth["privileges"].size());
   EXPECT_EQ(inventory.Identities().size(), truth["identities"].size());
+}
+
+// A walk goes on in the caches of another connection.
+TEST_F(InventoryTest, ReadsInPortionsWhateverHappensInBetween) {
+  const Inventory inventory(Options());
+  kecpp::Walk walk;
+  std::map<std::string, int> met;
+  const auto next = [&](std::size_t most) {
+    std::size_t count = 0;
+    const bool more = inventory.ForNext<kecpp::MachineView>(
+        walk, most,
+        [&](const kecpp::MachineView& machine) { ++met[std::string(machine.key)], ++count; });
+    EXPECT_LE(count, most);
+    return more;
+  };
+  for (const std::size_t most : {1U, 2U, 40U}) EXPECT_TRUE(next(most));
+  simulator.Control("session-lost");
+  ASSERT_TRUE(Eventually([&] { return inventory.State().connections == 2; }));
+  while (next(7)) continue;
+  EXPECT_EQ(met.size(), 300U);
+  for (const auto& [key, times] : met) EXPECT_EQ(times, 1) << key;
 }
 
 TEST_F(InventoryTest, WhatChangesMakesTheTruth) {

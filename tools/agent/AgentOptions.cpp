@@ -49,7 +49,7 @@ void DeclareLimits(CLI::App& app, AgentOptions& options, long long& seconds, lon
       ->type_name("N")
       ->check(CLI::Range(1, 4096));
   app.add_option("--max-unsent", options.limits.unsentBytes,
-                 "Bytes of answers that wait for their clients before no more are made")
+                 "Bytes of memory that all answers may take together")
       ->capture_default_str()
       ->type_name("BYTES")
       ->check(CLI::Range(1, 1 << 30));

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// Bounds the memory of answers that are being made or sent: a client that asks for everything and
-// reads nothing keeps an answer of megabytes for minutes.
+// Bounds the memory of answers that are being made or sent: clients that ask for everything and
+// read nothing keep a piece of their answers for minutes, and the keys of what is to come.
 //
 // Thread safety: any thread.
 #ifndef KECPP_TOOLS_AGENT_BACKLOG_H
 #define KECPP_TOOLS_AGENT_BACKLOG_H
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
@@ -33,20 +34,24 @@ class Backlog {
     Share(const Share&) = delete;
     Share& operator=(const Share&) = delete;
 
+    // Takes so much from now on, also when there is no room for it: a part of the answer was sent,
+    // and it goes on. New answers wait then.
+    void Resize(std::size_t now) {
+      std::lock_guard<std::mutex> lock(owner.mutex);
+      const bool shrinks = now < bytes;
+      owner.Take(now - bytes);
+      bytes = now;
+      if (shrinks) owner.given.notify_all();
+    }
+
    private:
     friend class Backlog;
     Backlog& owner;
     std::size_t bytes = 0;
   };
 
-  // Whether an answer of that size may be made. One that is larger than the limit has room when it
-  // is the only one.
-  bool HasRoom(std::size_t bytes) {
-    std::lock_guard<std::mutex> lock(mutex);
-    return Fits(bytes);
-  }
-
-  // Waits for room; false when there is none in time.
+  // Waits for room for an answer of that size; false when there is none in time. One that is larger
+  // than the limit has room when it is the only one.
   bool AwaitRoom(std::size_t bytes, Clock::time_point deadline) {
     std::unique_lock<std::mutex> lock(mutex);
     return given.wait_until(lock, deadline, [&] { return Fits(bytes); });
@@ -58,11 +63,23 @@ class Backlog {
     std::lock_guard<std::mutex> lock(mutex);
     if (!Fits(bytes)) return nullptr;
     share->bytes = bytes;
-    taken += bytes;
+    Take(bytes);
     return share;
   }
 
+  // The most that was taken at a time.
+  std::size_t Peak() {
+    std::lock_guard<std::mutex> lock(mutex);
+    return peak;
+  }
+
  private:
+  // The caller holds the mutex. A negative number gives room back.
+  void Take(std::size_t bytes) {
+    taken += bytes;
+    peak = std::max(peak, taken);
+  }
+
   // The caller holds the mutex.
   bool Fits(std::size_t bytes) const {
     return taken == 0 || (bytes <= limit && taken <= limit - bytes);
@@ -71,7 +88,8 @@ class Backlog {
   const std::size_t limit;
   std::mutex mutex;
   std::condition_variable given;
-  std::size_t taken = 0;  // guarded by `mutex`
+  std::size_t taken = 0;  // guarded by `mutex`, like the next
+  std::size_t peak = 0;
 };
 
 }  // namespace tools::agent

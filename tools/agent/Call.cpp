@@ -51,10 +51,9 @@ std::optional<Link> FindLink(const Call& call, const ClassRow& type,
     return {};
   }
   Link link{&type, "", ""};
-  bool found = false;
-  ReadInventory(call, {&type}, [&](const kecpp::Inventory& inventory) {
-    found = ReadLink(inventory, origin, result, link);
-  });
+  const auto visit = EnterInventory(call, {&type});
+  const bool found = ReadLink(visit.Inventory(), origin, result, link);
+  visit.Confirm();
   return found ? std::optional<Link>(link) : std::nullopt;
 }
 
@@ -162,18 +161,14 @@ std::vector<const ClassRow*> TypesOf(const std::vector<ObjectName>& objects) {
   return types;
 }
 
-void ReadInventory(const Call& call, const std::vector<const ClassRow*>& types,
-                   const std::function<void(const kecpp::Inventory&)>& read) {
-  call.gate.Enter([&](const kecpp::Inventory& inventory, const kecpp::Status& status) {
-    const bool denied = !status.hasAuthorization && !types.empty() &&
-                        std::all_of(types.begin(), types.end(),
-                                    [](const ClassRow* type) { return IsAuthorization(*type); });
-    if (denied) {
-      throw OperationError(Status::AccessDenied,
-                           "the daemon does not show roles and privileges to this account");
-    }
-    read(inventory);
-  });
+InventoryGate::Visit EnterInventory(const Call& call, const std::vector<const ClassRow*>& types) {
+  const auto visit = call.gate.Enter();
+  const bool denied = !visit.HasAuthorization() && !types.empty() &&
+                      std::all_of(types.begin(), types.end(),
+                                  [](const ClassRow* type) { return IsAuthorization(*type); });
+  if (!denied) return visit;
+  throw OperationError(Status::AccessDenied,
+                       "the daemon does not show roles and privileges to this account");
 }
 
 }  // namespace tools::agent

@@ -5,17 +5,17 @@
 #ifndef KECPP_TOOLS_AGENT_CALL_H
 #define KECPP_TOOLS_AGENT_CALL_H
 
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "tools/agent/Content.h"
 #include "tools/agent/Errors.h"
 #include "tools/agent/InventoryGate.h"
 #include "tools/agent/Queries.h"
 #include "tools/agent/Request.h"
 #include "tools/agent/StoredInstances.h"
-#include "tools/agent/XmlWriter.h"
+#include "tools/agent/Turns.h"
 #include "tools/common/Schema.h"
 
 namespace tools::agent {
@@ -25,11 +25,8 @@ struct Call {
   const InventoryGate& gate;
   const StoredSource& stored;
   const std::string& host;
+  Turns& turns;  // to be taken while many objects or links are copied
 };
-
-// Writes the content of a return value, from copies. It takes no lock, fails only when memory runs
-// out, and writes the same each time. The call's request and host outlive it.
-using Content = std::function<void(XmlWriter& out)>;
 
 // A class of the request's namespace. `status` is the error when there is none of that name.
 const ClassRow& KnownClass(const Request& request, const std::string& name,
@@ -69,10 +66,9 @@ std::vector<const ClassRow*> TypesOf(const std::vector<ObjectName>& objects);
 // "CreationClassName" and, since there is a single key then, the key's name as well.
 bool KeysFit(const ClassRow& type, const std::vector<KeyBinding>& keys, std::string& value);
 
-// Calls `read` while the daemon is connected. Throws OperationError when all of `types` are such
+// The inventory, while the daemon is connected. Throws OperationError when all of `types` are such
 // that the daemon does not show to this account.
-void ReadInventory(const Call& call, const std::vector<const ClassRow*>& types,
-                   const std::function<void(const kecpp::Inventory&)>& read);
+InventoryGate::Visit EnterInventory(const Call& call, const std::vector<const ClassRow*>& types);
 
 }  // namespace tools::agent
 

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "tools/agent/CimEndpoint.h"
 
+#include <cstdio>
+#include <memory>
+#include <utility>
+
 #include "tools/agent/Errors.h"
 #include "tools/common/Schema.h"
 
@@ -56,14 +60,68 @@ std::string HostOf(const httplib::Request& http) {
   return host.empty() ? "localhost" : host;
 }
 
-// The reply goes when it was sent.
-void SetContent(Reply reply, httplib::Response& response) {
-  const auto kept = std::make_shared<Reply>(std::move(reply));
+// The frame of a chunk: the end of the one before, and the size of this one.
+std::string ChunkBegin(bool isFirst, std::size_t size) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%s%zx\r\n", isFirst ? "" : "\r\n", size);
+  return text;
+}
+
+// Sends a reply piece by piece.
+class PieceByPiece {
+ public:
+  PieceByPiece(std::shared_ptr<Reply> sent, bool asChunks)
+      : reply(std::move(sent)), isChunked(asChunks) {}
+
+  // The next piece. False when it cannot be made or the client does not take it: the connection
+  // then ends in the middle of the answer, and the client sees that.
+  bool Send(httplib::DataSink& sink) {
+    try {
+      const std::string_view piece = reply->Piece();
+      if (!Write(sink, ChunkBegin(isFirst, piece.size())) ||
+          !sink.write(piece.data(), piece.size())) {
+        return false;
+      }
+      isFirst = false;
+      if (!sink.is_writable()) return false;
+      if (reply->Next()) return true;
+      if (!Write(sink, ChunkBegin(isFirst, 0) + "\r\n")) return false;
+      sink.done();
+      return true;
+    } catch (const std::exception&) {
+      return false;
+    }
+  }
+
+ private:
+  bool Write(httplib::DataSink& sink, const std::string& frame) const {
+    return !isChunked || sink.write(frame.data(), frame.size());
+  }
+
+  const std::shared_ptr<Reply> reply;
+  const bool isChunked;
+  bool isFirst = true;
+};
+
+// The reply goes when it was sent. Clients of HTTP/1.0 know no chunks: the end of the connection is
+// the end of their answer. The chunks are made here, since the HTTP library copies each of them
+// twice.
+void SetContent(const std::shared_ptr<Reply>& reply, const httplib::Request& http,
+                httplib::Response& response) {
+  if (reply->IsLast()) {
+    response.set_content(reply->TakePiece(), CONTENT_TYPE);
+    response.content_provider_resource_releaser_ = [reply](bool) {};
+    return;
+  }
+  const bool isChunked = http.version != "HTTP/1.0";
+  const auto pieces = std::make_shared<PieceByPiece>(reply, isChunked);
   response.set_content_provider(
-      kept->text.size(), CONTENT_TYPE,
-      [kept](std::size_t from, std::size_t size, httplib::DataSink& sink) {
-        return sink.write(kept->text.data() + from, size);
-      });
+      CONTENT_TYPE, [pieces](std::size_t, httplib::DataSink& sink) { return pieces->Send(sink); });
+  if (isChunked) {
+    response.set_header("Transfer-Encoding", "chunked");
+  } else if (http.get_header_value("Connection") != "close") {  // else the library says it
+    response.set_header("Connection", "close");
+  }
 }
 
 void Answer(const Operations& operations, const httplib::Request& http,
@@ -74,7 +132,7 @@ void Answer(const Operations& operations, const httplib::Request& http,
     const Request request = ParseRequest(http.body);
     CheckHeaders(http, request);
     operations.Await(request);
-    SetContent(operations.Answer(request, HostOf(http)), response);
+    SetContent(operations.Answer(request, HostOf(http)), http, response);
   } catch (const MessageError& error) {
     response.status = error.httpStatus;
     response.set_header("CIMError", error.what());

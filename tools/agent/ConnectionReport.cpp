@@ -16,12 +16,10 @@ void Print(const std::string& text) {
 
 }  // namespace
 
-void ConnectionReport::Follow(const kecpp::Inventory& inventory, const EndOfRun& end,
-                              const Look& look) {
+void ConnectionReport::Follow(const kecpp::Inventory& inventory, const EndOfRun& end) {
   while (!end.Ended()) {
     const kecpp::Status status = inventory.State();
     Note(status);
-    look(status);
     inventory.WaitForState(status, std::chrono::milliseconds(WAIT_SLICE_MS));
   }
 }

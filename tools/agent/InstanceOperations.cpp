@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "tools/agent/InstanceOperations.h"
 
-#include <algorithm>
+#include <iterator>
+#include <map>
+#include <memory>
 #include <utility>
 
 #include "tools/agent/Errors.h"
@@ -10,95 +12,79 @@
 namespace tools::agent {
 namespace {
 
-// What a class and those below it hold.
-struct Found {
-  std::vector<Rows> objects;
-  std::vector<std::vector<Link>> links;  // by class
+ElementStyle Style(const Call& call, Shape shape) {
+  return {shape, call.host, call.request.Flag("IncludeClassOrigin", false)};
+}
+
+// The instances of a class and of those below it: objects, then links.
+Content Enumerate(const Call& call, Shape shape) {
+  const ClassRow& asked = RequestedClass(call.request);
+  const auto types = ConcreteClasses(asked);
+  const auto visit = EnterInventory(call, types);
+  Cursors objects, links;
+  for (const ClassRow* type : types) {
+    std::vector<ClassProperty> columns;
+    if (shape != Shape::Name) columns = InstanceProperties(call.request, asked, *type);
+    if (type->isAssociation) {
+      links.push_back(LinksOf(*type, LinkElement(Style(call, shape), *type, columns)));
+    } else {
+      objects.push_back(
+          ObjectsOf(*type, columns, ObjectElement(Style(call, shape), *type, columns)));
+    }
+  }
+  std::move(links.begin(), links.end(), std::back_inserter(objects));
+  return {InSequence(std::move(objects)), visit};
+}
+
+// How an instance of a class is read and written.
+struct InstanceForm {
+  std::vector<ClassProperty> columns;
+  Element element;
 };
 
-Found ReadInstances(const Call& call, const ClassRow& asked, bool withProperties) {
-  const auto types = ConcreteClasses(asked);
-  Found found;
-  for (const ClassRow* type : types) {
-    if (type->isAssociation) continue;
-    found.objects.emplace_back(*type, withProperties
-                                          ? InstanceProperties(call.request, asked, *type)
-                                          : std::vector<ClassProperty>());
-  }
-  ReadInventory(call, types, [&](const kecpp::Inventory& inventory) {
-    for (Rows& rows : found.objects) ReadAll(inventory, rows);
-    for (const ClassRow* type : types) {
-      if (type->isAssociation) found.links.push_back(ReadAllLinks(inventory, *type));
+// Prepared once for each class: with all properties, as most clients ask. Never freed: another
+// thread may still read it while the process ends.
+const InstanceForm& WholeInstance(const ClassRow& type) {
+  static const auto& forms = *[] {
+    auto* made = new std::map<const ClassRow*, InstanceForm>;
+    for (const ClassRow* each : AllClasses()) {
+      if (!each->kind) continue;
+      const auto columns = PropertiesOf(*each);
+      made->insert({each, {columns, ObjectElement({Shape::Instance, "", false}, *each, columns)}});
     }
-  });
-  return found;
+    return made;
+  }();
+  return forms.at(&type);
 }
 
-ObjectElements Elements(const Call& call, XmlWriter& out) {
-  return {out, call.host, call.request.Flag("IncludeClassOrigin", false)};
-}
-
-void WriteInstances(const Call& call, const ClassRow& asked, const Found& found, XmlWriter& out) {
-  ObjectElements elements = Elements(call, out);
-  for (const Rows& rows : found.objects) {
-    for (std::size_t row = 0; row < rows.Count(); ++row) {
-      out.Open("VALUE.NAMEDINSTANCE");
-      elements.Name(rows, row);
-      elements.Instance(rows, row);
-      out.Close("VALUE.NAMEDINSTANCE");
-    }
+std::shared_ptr<const InstanceForm> FormOf(const Call& call, const ClassRow& type) {
+  const ElementStyle style = Style(call, Shape::Instance);
+  if (!style.origins && !call.request.List("PropertyList")) {
+    return {std::shared_ptr<void>(), &WholeInstance(type)};
   }
-  for (const std::vector<Link>& links : found.links) {
-    if (links.empty()) continue;
-    const auto columns = InstanceProperties(call.request, asked, *links.front().type);
-    for (const Link& link : links) {
-      out.Open("VALUE.NAMEDINSTANCE");
-      elements.Name(link);
-      elements.Instance(link, columns);
-      out.Close("VALUE.NAMEDINSTANCE");
-    }
-  }
-}
-
-void WriteNames(const Call& call, const Found& found, XmlWriter& out) {
-  ObjectElements elements = Elements(call, out);
-  for (const Rows& rows : found.objects) {
-    for (std::size_t row = 0; row < rows.Count(); ++row) elements.Name(rows, row);
-  }
-  for (const std::vector<Link>& links : found.links) {
-    for (const Link& link : links) elements.Name(link);
-  }
-}
-
-// `types` are those that the object's name can mean, its own among them.
-Rows ReadObject(const Call& call, const std::vector<const ClassRow*>& types,
-                const ObjectName& object) {
-  Rows rows(*object.type, WantedProperties(call.request, *object.type));
-  ReadInventory(call, types,
-                [&](const kecpp::Inventory& inventory) { ReadOne(inventory, object.key, rows); });
-  return rows;
+  const auto columns = WantedProperties(call.request, type);
+  return std::make_shared<InstanceForm>(InstanceForm{columns, ObjectElement(style, type, columns)});
 }
 
 Content GetLink(const Call& call) {
   const Link link = NamedLink(call, "InstanceName");
-  return [call, link, columns = WantedProperties(call.request, *link.type)](XmlWriter& out) {
-    Elements(call, out).Instance(link, columns);
-  };
+  Rows row(2);
+  row.Put(link.originKey);
+  row.Put(link.resultKey);
+  const auto columns = WantedProperties(call.request, *link.type);
+  return [row = std::move(row),
+          element = LinkElement(Style(call, Shape::Instance), *link.type, columns)](
+             XmlWriter& out) { element.Write(row, 0, out); };
 }
 
 }  // namespace
 
 Content EnumerateInstances(const Call& call) {
-  const ClassRow& asked = RequestedClass(call.request);
-  return [call, &asked, found = ReadInstances(call, asked, true)](XmlWriter& out) {
-    WriteInstances(call, asked, found, out);
-  };
+  return Enumerate(call, Shape::NamedInstance);
 }
 
 Content EnumerateInstanceNames(const Call& call) {
-  return [call, found = ReadInstances(call, RequestedClass(call.request), false)](XmlWriter& out) {
-    WriteNames(call, found, out);
-  };
+  return Enumerate(call, Shape::Name);
 }
 
 Content GetInstance(const Call& call) {
@@ -106,10 +92,13 @@ Content GetInstance(const Call& call) {
   const auto objects = NamedObjects(call.request, "InstanceName");
   const auto types = TypesOf(objects);
   for (const ObjectName& object : objects) {
-    Rows rows = ReadObject(call, types, object);
-    if (rows.Count() == 0) continue;
-    return
-        [call, rows = std::move(rows)](XmlWriter& out) { Elements(call, out).Instance(rows, 0); };
+    const auto visit = EnterInventory(call, types);
+    const auto form = FormOf(call, *object.type);
+    Rows row(form->columns.size() + 1);
+    const bool found = ReadOne(visit.Inventory(), object, form->columns, row);
+    visit.Confirm();
+    if (!found) continue;
+    return [form, row = std::move(row)](XmlWriter& out) { form->element.Write(row, 0, out); };
   }
   throw OperationError(Status::NotFound, "there is no such instance");
 }

@@ -32,13 +32,18 @@ void InventoryGate::AwaitOpen() const {
   }
 }
 
-// What is read in several steps may come from two connections: the second one has all of it, too,
-// but not what the first one's keys led to.
-void InventoryGate::Enter(const Read& read) const {
-  const kecpp::Status before = inventory.State();
-  if (ended || !IsConnected(before)) throw NotReady();
-  read(inventory, before);
-  if (inventory.State().connections != before.connections) throw NotReady();
+InventoryGate::Visit InventoryGate::Enter() const {
+  const kecpp::Status status = inventory.State();
+  if (ended || !IsConnected(status)) throw NotReady();
+  Visit visit;
+  visit.inventory = &inventory;
+  visit.hasAuthorization = status.hasAuthorization;
+  visit.connections = status.connections;
+  return visit;
+}
+
+void InventoryGate::Visit::Confirm() const {
+  if (inventory->State().connections != connections) throw NotReady();
 }
 
 }  // namespace tools::agent

@@ -11,7 +11,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <functional>
 
 namespace tools::agent {
 
@@ -23,10 +22,26 @@ class InventoryGate {
   // Waits until the daemon is connected, or for as long as requests wait at most.
   void AwaitOpen() const;
 
-  // Calls `read`, which copies what it needs. Throws NotReady when the daemon is not connected, and
-  // when another connection took the place of the one that was read.
-  using Read = std::function<void(const kecpp::Inventory& inventory, const kecpp::Status& status)>;
-  void Enter(const Read& read) const;
+  // The inventory as one connection has it.
+  class Visit {
+   public:
+    const kecpp::Inventory& Inventory() const { return *inventory; }
+    bool HasAuthorization() const { return hasAuthorization; }
+
+    // Throws NotReady when another connection has taken the place of the one that the visit began
+    // with: what was read in several steps may then be of both. The second one has all of it, too,
+    // but not what the first one's keys led to.
+    void Confirm() const;
+
+   private:
+    friend class InventoryGate;
+    const kecpp::Inventory* inventory;
+    bool hasAuthorization;
+    unsigned long long connections;
+  };
+
+  // Throws NotReady when the daemon is not connected.
+  Visit Enter() const;
 
   // Lets every waiting request go; no more get in.
   void End() { ended = true; }

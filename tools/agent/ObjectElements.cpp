@@ -6,86 +6,45 @@
 namespace tools::agent {
 namespace {
 
-void WriteKey(XmlWriter& out, const char* name, std::string_view storedValue) {
+using Form = Element::Form;
+
+void OpenKey(XmlWriter& out, const char* name) {
   out.Open("KEYBINDING", {{"NAME", name}});
   out.Open("KEYVALUE", {{"VALUETYPE", "string"}, {"TYPE", "string"}});
-  out.StoredText(storedValue);
+}
+
+void CloseKey(XmlWriter& out) {
   out.Close("KEYVALUE");
   out.Close("KEYBINDING");
 }
 
-void WriteValue(XmlWriter& out, std::string_view stored) {
-  out.Open("VALUE");
-  out.StoredText(stored);
-  out.Close("VALUE");
-}
-
-}  // namespace
-
-ObjectElements::ObjectElements(XmlWriter& writer, const std::string& hostName, bool withOrigins)
-    : out(writer), host(hostName), origins(withOrigins) {}
-
-void ObjectElements::NameOf(const ClassRow& type, std::string_view key) {
+// The name of an object whose key is in that column.
+void AddObjectName(Element& element, const ClassRow& type, std::size_t keyColumn) {
+  XmlWriter& out = element.Constant();
   out.Open("INSTANCENAME", {{"CLASSNAME", type.name}});
-  WriteKey(out, CREATION_CLASS_NAME, type.name);
-  WriteKey(out, type.key->name, key);
+  OpenKey(out, CREATION_CLASS_NAME);
+  out.Text(type.name);
+  CloseKey(out);
+  OpenKey(out, type.key->name);
+  element.AddCell(Form::Text, keyColumn);
+  CloseKey(out);
   out.Close("INSTANCENAME");
 }
 
-void ObjectElements::Name(const Rows& rows, std::size_t row) {
-  NameOf(rows.Type(), rows.Key(row));
+// Without a host: clients compare references, and the same object may be reached by many names.
+void AddEnd(Element& element, const ClassRow& type, const PropertyRow& role) {
+  const bool isOrigin = &role == &type.properties[0];
+  XmlWriter& out = element.Constant();
+  out.Open("VALUE.REFERENCE");
+  out.Open("LOCALINSTANCEPATH");
+  WriteLocalNamespace(out, NAMESPACE_NAME);
+  AddObjectName(element, isOrigin ? OriginOf(type) : ResultOf(type), isOrigin ? 0 : 1);
+  out.Close("LOCALINSTANCEPATH");
+  out.Close("VALUE.REFERENCE");
 }
 
-void ObjectElements::Instance(const Rows& rows, std::size_t row) {
-  out.Open("INSTANCE", {{"CLASSNAME", rows.Type().name}});
-  for (std::size_t column = 0; column < rows.Columns().size(); ++column) {
-    Property(rows.Columns()[column], rows.Value(row, column));
-  }
-  out.Close("INSTANCE");
-}
-
-void ObjectElements::Path(const Rows& rows, std::size_t row) {
-  OpenPath();
-  Name(rows, row);
-  ClosePath();
-}
-
-void ObjectElements::Name(const Link& link) {
-  out.Open("INSTANCENAME", {{"CLASSNAME", link.type->name}});
-  for (const ClassProperty& role : PropertiesOf(*link.type)) {
-    out.Open("KEYBINDING", {{"NAME", role.row->name}});
-    End(link, *role.row);
-    out.Close("KEYBINDING");
-  }
-  out.Close("INSTANCENAME");
-}
-
-void ObjectElements::Instance(const Link& link, const std::vector<ClassProperty>& properties) {
-  out.Open("INSTANCE", {{"CLASSNAME", link.type->name}});
-  for (const ClassProperty& role : properties) {
-    OpenProperty("PROPERTY.REFERENCE", role);
-    End(link, *role.row);
-    out.Close("PROPERTY.REFERENCE");
-  }
-  out.Close("INSTANCE");
-}
-
-void ObjectElements::Path(const Link& link) {
-  OpenPath();
-  Name(link);
-  ClosePath();
-}
-
-void ObjectElements::OpenPath() {
-  out.Open("INSTANCEPATH");
-  WriteNamespacePath(out, host, NAMESPACE_NAME);
-}
-
-void ObjectElements::ClosePath() {
-  out.Close("INSTANCEPATH");
-}
-
-void ObjectElements::OpenProperty(const char* element, const ClassProperty& property) {
+void OpenProperty(XmlWriter& out, const char* element, const ClassProperty& property,
+                  bool origins) {
   const bool isReference = property.row->type == CimType::Reference;
   const char* kind = isReference ? "REFERENCECLASS" : "TYPE";
   const char* type = isReference ? property.row->reference : TypeName(property.row->type);
@@ -100,34 +59,93 @@ void ObjectElements::OpenProperty(const char* element, const ClassProperty& prop
 }
 
 // A property without a value has no VALUE: that is null, and not the empty text.
-void ObjectElements::Property(const ClassProperty& property,
-                              std::optional<std::string_view> value) {
+void AddProperty(Element& element, const ClassProperty& property, std::size_t column,
+                 bool origins) {
   const bool isArray = property.row->isArray;
-  const char* element = isArray ? "PROPERTY.ARRAY" : "PROPERTY";
-  OpenProperty(element, property);
-  if (isArray && value) {
-    out.Open("VALUE.ARRAY");
-    for (const std::string_view item : Items(*value)) WriteValue(out, item);
-    out.Close("VALUE.ARRAY");
-  } else if (value) {
-    WriteValue(out, *value);
-  }
-  out.Close(element);
+  const char* name = isArray ? "PROPERTY.ARRAY" : "PROPERTY";
+  XmlWriter& out = element.Constant();
+  OpenProperty(out, name, property, origins);
+  element.AddCell(isArray ? Form::List : Form::Value, column);
+  out.Close(name);
 }
 
-// Without a host: clients compare references, and the same object may be reached by many names.
-void ObjectElements::End(const Link& link, const PropertyRow& role) {
-  const bool isOrigin = &role == &link.type->properties[0];
-  out.Open("VALUE.REFERENCE");
-  out.Open("LOCALINSTANCEPATH");
-  WriteLocalNamespace(out, NAMESPACE_NAME);
-  if (isOrigin) {
-    NameOf(OriginOf(*link.type), link.originKey);
-  } else {
-    NameOf(ResultOf(*link.type), link.resultKey);
+// The elements around name and instance. `addName` and `addInstance` add those to the element.
+template <class AddName, class AddInstance>
+Element Dressed(const ElementStyle& style, AddName addName, AddInstance addInstance) {
+  Element element;
+  XmlWriter& out = element.Constant();
+  const auto addPath = [&] {
+    out.Open("INSTANCEPATH");
+    WriteNamespacePath(out, style.host, NAMESPACE_NAME);
+    addName(element);
+    out.Close("INSTANCEPATH");
+  };
+  switch (style.shape) {
+    case Shape::Instance:
+      addInstance(element);
+      break;
+    case Shape::Name:
+      addName(element);
+      break;
+    case Shape::NamedInstance:
+      out.Open("VALUE.NAMEDINSTANCE");
+      addName(element);
+      addInstance(element);
+      out.Close("VALUE.NAMEDINSTANCE");
+      break;
+    case Shape::ObjectPath:
+      out.Open("OBJECTPATH");
+      addPath();
+      out.Close("OBJECTPATH");
+      break;
+    case Shape::ObjectWithPath:
+      out.Open("VALUE.OBJECTWITHPATH");
+      addPath();
+      addInstance(element);
+      out.Close("VALUE.OBJECTWITHPATH");
+      break;
   }
-  out.Close("LOCALINSTANCEPATH");
-  out.Close("VALUE.REFERENCE");
+  return element;
+}
+
+}  // namespace
+
+Element ObjectElement(const ElementStyle& style, const ClassRow& type,
+                      const std::vector<ClassProperty>& properties) {
+  return Dressed(
+      style, [&](Element& element) { AddObjectName(element, type, 0); },
+      [&](Element& element) {
+        element.Constant().Open("INSTANCE", {{"CLASSNAME", type.name}});
+        for (std::size_t i = 0; i < properties.size(); ++i) {
+          AddProperty(element, properties[i], i + 1, style.origins);
+        }
+        element.Constant().Close("INSTANCE");
+      });
+}
+
+Element LinkElement(const ElementStyle& style, const ClassRow& type,
+                    const std::vector<ClassProperty>& properties) {
+  const auto addName = [&](Element& element) {
+    XmlWriter& out = element.Constant();
+    out.Open("INSTANCENAME", {{"CLASSNAME", type.name}});
+    for (const ClassProperty& role : PropertiesOf(type)) {
+      out.Open("KEYBINDING", {{"NAME", role.row->name}});
+      AddEnd(element, type, *role.row);
+      out.Close("KEYBINDING");
+    }
+    out.Close("INSTANCENAME");
+  };
+  const auto addInstance = [&](Element& element) {
+    XmlWriter& out = element.Constant();
+    out.Open("INSTANCE", {{"CLASSNAME", type.name}});
+    for (const ClassProperty& role : properties) {
+      OpenProperty(out, "PROPERTY.REFERENCE", role, style.origins);
+      AddEnd(element, type, *role.row);
+      out.Close("PROPERTY.REFERENCE");
+    }
+    out.Close("INSTANCE");
+  };
+  return Dressed(style, addName, addInstance);
 }
 
 }  // namespace tools::agent

@@ -1,48 +1,41 @@
 // SPDX-License-Identifier: MIT
 //
-// Writes instances, links and their names as CIM-XML elements.
-//
-// Thread safety: one writer belongs to one thread.
+// Prepares the elements by which instances, links and their names are answered.
 #ifndef KECPP_TOOLS_AGENT_OBJECTELEMENTS_H
 #define KECPP_TOOLS_AGENT_OBJECTELEMENTS_H
 
-#include <string>
 #include <string_view>
+#include <vector>
 
-#include "tools/agent/Queries.h"
-#include "tools/agent/Rows.h"
-#include "tools/agent/XmlWriter.h"
+#include "tools/agent/Element.h"
+#include "tools/common/Schema.h"
 
 namespace tools::agent {
 
-class ObjectElements {
- public:
-  // `host` is this machine's name in absolute paths. `origins`: write each property's class of
-  // origin. Both arguments outlive the object.
-  ObjectElements(XmlWriter& out, const std::string& host, bool origins);
-
-  // Of the object in that row: INSTANCENAME, INSTANCE, and the two within their path.
-  void Name(const Rows& rows, std::size_t row);
-  void Instance(const Rows& rows, std::size_t row);
-  void Path(const Rows& rows, std::size_t row);
-
-  // Of a link. `properties` are the roles that are written, all of the class's or some.
-  void Name(const Link& link);
-  void Instance(const Link& link, const std::vector<ClassProperty>& properties);
-  void Path(const Link& link);
-
- private:
-  void NameOf(const ClassRow& type, std::string_view key);
-  void OpenPath();
-  void ClosePath();
-  void OpenProperty(const char* element, const ClassProperty& property);
-  void Property(const ClassProperty& property, std::optional<std::string_view> value);
-  void End(const Link& link, const PropertyRow& role);
-
-  XmlWriter& out;
-  const std::string& host;
-  bool origins;
+// What an operation answers of an object.
+enum class Shape {
+  Instance,        // INSTANCE
+  Name,            // INSTANCENAME
+  NamedInstance,   // VALUE.NAMEDINSTANCE: both
+  ObjectPath,      // OBJECTPATH with the INSTANCEPATH
+  ObjectWithPath,  // VALUE.OBJECTWITHPATH: INSTANCEPATH and INSTANCE
 };
+
+struct ElementStyle {
+  Shape shape;
+  std::string_view host;  // this machine's name in absolute paths
+  bool origins;           // write each property's class of origin
+};
+
+// Of objects of a class: rows of the key and of these properties. A shape without INSTANCE needs
+// the key only.
+Element ObjectElement(const ElementStyle& style, const ClassRow& type,
+                      const std::vector<ClassProperty>& properties);
+
+// Of links of a class: rows of the keys of origin and result. `properties` are the roles that an
+// INSTANCE has, all of the class's or some.
+Element LinkElement(const ElementStyle& style, const ClassRow& type,
+                    const std::vector<ClassProperty>& properties);
 
 }  // namespace tools::agent
 

@@ -197,37 +197,16 @@ Content Error(const OperationError& error) {
       };
 }
 
-// The content of the method's response: what it returns, or the error.
-Content ReadContent(const Call& call) {
+// What the method returns, or the error.
+std::unique_ptr<Reply> Begin(const Call& call) {
+  const auto make = [&](Content content, bool returnsValue) {
+    return std::make_unique<Reply>(call.request, std::move(content), returnsValue, call.turns);
+  };
   try {
-    return [returned = Dispatch(call)](XmlWriter& out) {
-      out.Open("IRETURNVALUE");
-      returned(out);
-      out.Close("IRETURNVALUE");
-    };
+    return make(Dispatch(call), true);
   } catch (const OperationError& error) {
-    return Error(error);
+    return make(Error(error), false);
   }
-}
-
-void WriteMessage(const Request& request, const Content& content, XmlWriter& out) {
-  const char* response = request.isExtrinsic ? "METHODRESPONSE" : "IMETHODRESPONSE";
-  out.Declare();
-  out.Open("CIM", {{"CIMVERSION", "2.0"}, {"DTDVERSION", "2.0"}});
-  out.Open("MESSAGE", {{"ID", request.messageId}, {"PROTOCOLVERSION", request.protocolVersion}});
-  out.Open("SIMPLERSP");
-  out.Open(response, {{"NAME", request.method}});
-  content(out);
-  out.Close(response);
-  out.Close("SIMPLERSP");
-  out.Close("MESSAGE");
-  out.Close("CIM");
-}
-
-std::size_t LengthOf(const Request& request, const Content& content) {
-  XmlWriter counter;
-  WriteMessage(request, content, counter);
-  return counter.Length();
 }
 
 }  // namespace
@@ -246,20 +225,17 @@ void Operations::Await(const Request& request) const {
   if (reads) gate.AwaitOpen();
 }
 
-// Waits for room without holding a turn, which other requests may need, and without the copy that
-// its first try made.
-Reply Operations::Answer(const Request& request, const std::string& host) const {
+// Waits for room without what its first try has made.
+std::unique_ptr<Reply> Operations::Answer(const Request& request, const std::string& host) const {
   const auto deadline = Backlog::Clock::now() + patience;
   std::size_t bytes = 1;  // not known yet
   while (backlog.AwaitRoom(bytes, deadline)) {
-    const Turns::Turn turn(turns);
-    if (!backlog.HasRoom(bytes)) continue;  // those before took it
-    const Content content = ReadContent({request, gate, stored, host});
-    bytes = LengthOf(request, content);
+    auto reply = Begin({request, gate, stored, host, turns});
+    reply->Next();
+    bytes = reply->Bytes();
     if (auto share = backlog.Reserve(bytes)) {
-      XmlWriter out(bytes);
-      WriteMessage(request, content, out);
-      return {out.Take(), std::move(share)};
+      reply->Keep(std::move(share));
+      return reply;
     }
   }
   throw NotReady("too many answers wait to be taken");

@@ -12,16 +12,12 @@
 #include "tools/agent/Backlog.h"
 #include "tools/agent/InventoryGate.h"
 #include "tools/agent/Limits.h"
+#include "tools/agent/Reply.h"
 #include "tools/agent/Request.h"
 #include "tools/agent/StoredInstances.h"
 #include "tools/agent/Turns.h"
 
 namespace tools::agent {
-
-struct Reply {
-  std::string text;
-  std::unique_ptr<Backlog::Share> share;  // for as long as the text is there
-};
 
 class Operations {
  public:
@@ -32,20 +28,22 @@ class Operations {
   // at most.
   void Await(const Request& request) const;
 
-  // The whole reply message; an operation that fails is answered with its CIM status. `host` is the
-  // name that absolute object paths have. The reply is made when there is room for all of it.
-  // Throws NotReady while there is no inventory, and when clients that do not take their replies
-  // have left no room for too long. Memory and time are linear in the number of instances.
-  Reply Answer(const Request& request, const std::string& host) const;
+  // The reply message, with its first piece made; an operation that fails is answered with its CIM
+  // status. `host` is the name that absolute object paths have. Throws NotReady while there is no
+  // inventory, and when clients that do not take their replies have left no room for too long.
+  // Memory is a piece, and the keys of what one object is linked to.
+  std::unique_ptr<Reply> Answer(const Request& request, const std::string& host) const;
+
+  // The most memory that replies have taken at a time.
+  std::size_t PeakBytes() const { return backlog.Peak(); }
 
  private:
   const InventoryGate& gate;
   const StoredSource& stored;
   const std::chrono::seconds patience;
   mutable Backlog backlog;
-  // Each thread that answers holds a copy of what it answers. And answering does not wait for
-  // anything: more threads than processors would only be interrupted while they hold the library's
-  // locks, and keep changes waiting.
+  // Copying and encoding many objects does not wait for anything: more threads than processors
+  // would only be interrupted while they hold the library's locks, and keep changes waiting.
   mutable Turns turns;
 };
 

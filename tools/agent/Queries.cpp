@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "tools/agent/Queries.h"
 
-#include <algorithm>
-#include <optional>
 #include <string_view>
 #include <utility>
 
 #include "tools/common/ObjectView.h"
+#include "tools/common/Split.h"
 
 namespace tools::agent {
 namespace {
@@ -44,81 +43,48 @@ std::vector<Side> SidesOf(const ClassRow& type, const LinkFilter& filter) {
   return sides;
 }
 
-// An object's key, and for each of some sides the keys of its partners as a list. Nothing else is
-// done while the library's locks are held: an object may have thousands of links.
-struct Keys {
-  std::string own;
-  std::vector<std::string> partners;
-
-  Keys(const ObjectView& object, const ClassRow& type, const std::vector<Side>& sides) {
-    type.key->read(object, own);
-    for (const Side& side : sides) {
-      const ReadValue read = side.isOrigin ? side.assocClass->results : side.assocClass->origins;
-      read(object, partners.emplace_back());
-    }
-  }
-};
-
 }  // namespace
 
-const std::string& LinkFromEnd::PartnerKey() const {
-  return partnerType == &OriginOf(*link.type) ? link.originKey : link.resultKey;
-}
-
-void ReadAll(const kecpp::Inventory& inventory, Rows& rows) {
-  const kecpp::Kind kind = *rows.Type().kind;
-  rows.Expect(inventory.Count(kind));
-  ForEachView(inventory, kind, [&](const ObjectView& object) { rows.Add(object); });
-}
-
-bool ReadOne(const kecpp::Inventory& inventory, const std::string& key, Rows& rows) {
-  return LookAtView(inventory, *rows.Type().kind, key,
-                    [&](const ObjectView& object) { rows.Add(object); });
-}
-
-bool ReadLinks(const kecpp::Inventory& inventory, const ObjectName& object,
-               const LinkFilter& filter, std::vector<LinkFromEnd>& links) {
-  const std::vector<Side> sides = SidesOf(*object.type, filter);
-  std::optional<Keys> keys;
-  LookAtView(inventory, *object.type->kind, object.key,
-             [&](const ObjectView& view) { keys.emplace(view, *object.type, sides); });
-  for (std::size_t i = 0; keys && i < sides.size(); ++i) {
-    for (const std::string_view partner : Items(keys->partners[i])) {
-      Link link{sides[i].assocClass, keys->own, std::string(partner)};
-      if (!sides[i].isOrigin) link.originKey.swap(link.resultKey);
-      links.push_back({std::move(link), &sides[i].Partner()});
-    }
-  }
-  return keys.has_value();
-}
-
-std::vector<Link> ReadAllLinks(const kecpp::Inventory& inventory, const ClassRow& assocClass) {
-  const ClassRow& origin = OriginOf(assocClass);
-  std::vector<Keys> all;
-  ForEachView(inventory, *origin.kind, [&](const ObjectView& object) {
-    all.emplace_back(object, origin, std::vector<Side>{{&assocClass, true}});
+bool ReadOne(const kecpp::Inventory& inventory, const ObjectName& object,
+             const std::vector<ClassProperty>& properties, Rows& row) {
+  return LookAtView(inventory, *object.type->kind, object.key, [&](const ObjectView& view) {
+    row.Put(object.type->key->read, view);
+    for (const ClassProperty& property : properties) row.Put(property.row->read, view);
   });
-  std::vector<Link> links;
-  for (const Keys& keys : all) {
-    for (const std::string_view result : Items(keys.partners[0])) {
-      links.push_back({&assocClass, keys.own, std::string(result)});
-    }
+}
+
+// Nothing but keys is copied while the library's locks are held: an object may have thousands of
+// links.
+std::optional<LinksOfObject> ReadLinks(const kecpp::Inventory& inventory, const ObjectName& object,
+                                       const LinkFilter& filter) {
+  LinksOfObject links;
+  for (const Side& side : SidesOf(*object.type, filter)) {
+    links.byClass.push_back({side.assocClass, &side.Partner(), side.isOrigin, ""});
   }
-  return links;
+  const bool found =
+      LookAtView(inventory, *object.type->kind, object.key, [&](const ObjectView& view) {
+        object.type->key->read(view, links.key);
+        for (LinksOfClass& some : links.byClass) {
+          (some.isOrigin ? some.type->results : some.type->origins)(view, some.partners);
+        }
+      });
+  return found ? std::optional<LinksOfObject>(std::move(links)) : std::nullopt;
 }
 
 bool ReadLink(const kecpp::Inventory& inventory, const std::string& origin,
               const std::string& result, Link& link) {
   LinkFilter filter;
   filter.assocClass = link.type;
-  std::vector<LinkFromEnd> links;
-  ReadLinks(inventory, {&OriginOf(*link.type), origin}, filter, links);
-  const auto found = std::find_if(links.begin(), links.end(), [&](const LinkFromEnd& candidate) {
-    return kecpp::Decode(candidate.link.resultKey) == result;
-  });
-  if (found == links.end()) return false;
-  link = found->link;
-  return true;
+  const auto links = ReadLinks(inventory, {&OriginOf(*link.type), origin}, filter);
+  if (!links) return false;
+  for (std::string_view rest = links->byClass.front().partners; !rest.empty();) {
+    const std::string_view partner = TakePart(rest, '\0');
+    if (kecpp::Decode(partner) != result) continue;
+    link.originKey = links->key;
+    link.resultKey = partner;
+    return true;
+  }
+  return false;
 }
 
 }  // namespace tools::agent

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Copies from the inventory what a request asks for. Writing and sending come later.
+// Copies from the inventory what leads to the objects that a request asks for.
 //
 // Thread safety: any thread.
 #ifndef KECPP_TOOLS_AGENT_QUERIES_H
@@ -8,6 +8,7 @@
 
 #include <kecpp/inventory.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,12 +30,17 @@ struct Link {
   std::string resultKey;
 };
 
-// A link seen from one of its ends.
-struct LinkFromEnd {
-  Link link;
+// An object's links of one class: the keys of its partners, XML texts, each followed by a NUL.
+struct LinksOfClass {
+  const ClassRow* type;
   const ClassRow* partnerType;
+  bool isOrigin;  // the object is
+  std::string partners;
+};
 
-  const std::string& PartnerKey() const;
+struct LinksOfObject {
+  std::string key;  // of the object, an XML text
+  std::vector<LinksOfClass> byClass;
 };
 
 // Which links of an object are wanted; null and empty take all. Roles are those of the ends.
@@ -45,19 +51,15 @@ struct LinkFilter {
   std::string partnerRole;
 };
 
-// Every object of a class. O(objects).
-void ReadAll(const kecpp::Inventory& inventory, Rows& rows);
+// One object by its raw key: `row` gets its key and these properties. False when there is none.
+// O(1) and its links.
+bool ReadOne(const kecpp::Inventory& inventory, const ObjectName& object,
+             const std::vector<ClassProperty>& properties, Rows& row);
 
-// One object, by its raw key; false when there is none. O(1) and its links.
-bool ReadOne(const kecpp::Inventory& inventory, const std::string& key, Rows& rows);
-
-// Adds each link of an object that passes the filter. False when there is no such object. O(links
-// of the object).
-bool ReadLinks(const kecpp::Inventory& inventory, const ObjectName& object,
-               const LinkFilter& filter, std::vector<LinkFromEnd>& links);
-
-// Every link of a concrete association class. O(links).
-std::vector<Link> ReadAllLinks(const kecpp::Inventory& inventory, const ClassRow& assocClass);
+// The links of an object that pass the filter, in the order of the classes; nothing when there is
+// no such object. O(links of the object).
+std::optional<LinksOfObject> ReadLinks(const kecpp::Inventory& inventory, const ObjectName& object,
+                                       const LinkFilter& filter);
 
 // Fills in the keys of the link of class `link.type` between those two ends, which are raw texts;
 // false when there is none.

@@ -20,6 +20,7 @@ namespace {
 // More than any client's headers have.
 constexpr std::size_t HEADER_BYTES = 65536;
 constexpr std::size_t SLOWEST_BYTES_PER_SECOND = 65536;
+constexpr std::size_t KEPT_BYTES = 16384;  // what one TLS record holds
 
 void Address(const sockaddr_storage& storage, std::string& ip, int& port) {
   char text[INET6_ADDRSTRLEN] = {};
@@ -38,7 +39,10 @@ void Address(const sockaddr_storage& storage, std::string& ip, int& port) {
 }  // namespace
 
 SocketStream::SocketStream(socket_t socket, SSL_CTX* context, const Limits& streamLimits)
-    : fd(socket), limits(streamLimits), ssl(context ? SSL_new(context) : nullptr) {
+    : fd(socket),
+      limits(streamLimits),
+      ssl(context ? SSL_new(context) : nullptr),
+      patience(limits.time) {
   fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | O_NONBLOCK);
   const int on = 1;
   setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
@@ -67,6 +71,7 @@ bool SocketStream::AwaitRequest() {
   bareLineEnd = false;
   if (begin == end && !Fill(Clock::now() + limits.time)) return false;
   requestDeadline = Clock::now() + limits.time;
+  patience = limits.time;
   return true;
 }
 
@@ -74,11 +79,12 @@ bool SocketStream::is_readable() const {
   return begin < end || Wait(POLLIN, requestDeadline);
 }
 
-// Asked before each part of an answer: a client that has gone is noticed here.
+// Asked before each part of an answer, which may be long in coming: what there is must not wait for
+// it. And a client that has gone is noticed here.
 bool SocketStream::is_writable() const {
   char byte = 0;
-  if (!ssl && recv(fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT) == 0) return false;
-  return Wait(POLLOUT, Clock::now() + limits.time);
+  const bool hasGone = !ssl && recv(fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
+  return !hasGone && Flush();
 }
 
 ssize_t SocketStream::read(char* to, size_t size) {
@@ -110,21 +116,49 @@ bool SocketStream::Fill(Clock::time_point deadline) {
   }
 }
 
+// An answer's head, and the size of a chunk, leave together with what follows: each packet wakes
+// the client.
 ssize_t SocketStream::write(const char* from, size_t size) {
-  const auto deadline =
-      Clock::now() + limits.time + std::chrono::seconds(size / SLOWEST_BYTES_PER_SECOND);
-  std::size_t sent = 0;
-  while (sent < size) {
-    const ssize_t count = Send(from + sent, size - sent);
-    if (count > 0) {
-      sent += static_cast<std::size_t>(count);
-      continue;
-    }
-    const bool retry = ssl ? WaitAsTlsWants(static_cast<int>(count), deadline)
-                           : (errno == EAGAIN || errno == EINTR) && Wait(POLLOUT, deadline);
-    if (!retry || Clock::now() > deadline) return -1;
+  if (kept.size() + size <= KEPT_BYTES) {
+    kept.append(from, size);
+    return static_cast<ssize_t>(size);
   }
+  const std::size_t fits = kept.empty() ? 0 : std::min(size, KEPT_BYTES);
+  kept.append(from, fits);
+  if (!Flush() || !SendAll({from + fits, size - fits})) return -1;
   return static_cast<ssize_t>(size);
+}
+
+bool SocketStream::Flush() const {
+  const bool sent = SendAll(kept);
+  kept.clear();
+  return sent;
+}
+
+bool SocketStream::SendAll(std::string_view text) const {
+  while (!text.empty()) {
+    const ssize_t count = Send(text);
+    if (count > 0) {
+      const auto sent = static_cast<std::size_t>(count);
+      text.remove_prefix(sent);
+      patience +=
+          sent * std::chrono::nanoseconds(std::chrono::seconds(1)) / SLOWEST_BYTES_PER_SECOND;
+      patience = std::min<Clock::duration>(patience, limits.time);
+    } else if (!AwaitClient(count)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// The time that a whole answer waits for its client is limited, however many parts it has.
+bool SocketStream::AwaitClient(ssize_t result) const {
+  const auto start = Clock::now();
+  const auto deadline = start + patience;
+  const bool retry = ssl ? WaitAsTlsWants(static_cast<int>(result), deadline)
+                         : (errno == EAGAIN || errno == EINTR) && Wait(POLLOUT, deadline);
+  patience -= Clock::now() - start;
+  return retry && patience.count() > 0;
 }
 
 ssize_t SocketStream::Receive() {
@@ -133,10 +167,11 @@ ssize_t SocketStream::Receive() {
   return SSL_read(ssl.get(), buffer.data(), static_cast<int>(buffer.size()));
 }
 
-ssize_t SocketStream::Send(const char* from, size_t size) {
-  if (!ssl) return send(fd, from, size, MSG_NOSIGNAL);
+ssize_t SocketStream::Send(std::string_view text) const {
+  if (!ssl) return send(fd, text.data(), text.size(), MSG_NOSIGNAL);
   ERR_clear_error();
-  return SSL_write(ssl.get(), from, static_cast<int>(std::min<size_t>(size, INT_MAX)));
+  return SSL_write(ssl.get(), text.data(),
+                   static_cast<int>(std::min<size_t>(text.size(), INT_MAX)));
 }
 
 bool SocketStream::Wait(short events, Clock::time_point deadline) const {

@@ -14,6 +14,8 @@
 #include <array>
 #include <chrono>
 #include <memory>
+#include <string>
+#include <string_view>
 
 #include "tools/agent/Limits.h"
 
@@ -34,6 +36,9 @@ class SocketStream final : public httplib::Stream {
   // client has gone or rests for too long.
   bool AwaitRequest();
 
+  // Sends what write has kept. False when the client does not take it.
+  bool Flush() const;
+
   // True when a line of the request, of what was read by now, ends with a line feed alone.
   bool HasBareLineEnd() const { return bareLineEnd; }
 
@@ -42,6 +47,7 @@ class SocketStream final : public httplib::Stream {
   bool is_readable() const override;
   bool is_writable() const override;
   ssize_t read(char* to, size_t size) override;
+  // Small texts are kept until more follows, or until is_writable or Flush.
   ssize_t write(const char* from, size_t size) override;
   void get_remote_ip_and_port(std::string& ip, int& port) const override;
   void get_local_ip_and_port(std::string& ip, int& port) const override;
@@ -55,7 +61,9 @@ class SocketStream final : public httplib::Stream {
 
   bool Fill(Clock::time_point deadline);
   ssize_t Receive();
-  ssize_t Send(const char* from, size_t size);
+  bool SendAll(std::string_view text) const;
+  ssize_t Send(std::string_view text) const;
+  bool AwaitClient(ssize_t result) const;
   bool Wait(short events, Clock::time_point deadline) const;
   bool WaitAsTlsWants(int result, Clock::time_point deadline) const;
 
@@ -69,6 +77,9 @@ class SocketStream final : public httplib::Stream {
   char last = '\0';           // byte that was read
   bool bareLineEnd = false;
   Clock::time_point requestDeadline;
+  // The HTTP library asks a constant stream whether the next part can be written.
+  mutable std::string kept;          // small parts of an answer that wait for what follows
+  mutable Clock::duration patience;  // for which this answer may still wait for its client
 };
 
 }  // namespace tools::agent

@@ -59,6 +59,7 @@ httplib::ContentProviderWithoutLength EventSource(const StatusFeed& feed,
                                                   std::shared_ptr<void> place) {
   const auto view = std::make_shared<StatusFeed::View>(feed.Open());
   return [&feed, view, place = std::move(place)](size_t, httplib::DataSink& sink) {
+    if (!sink.is_writable()) return false;  // sends what there is, too, before the wait
     const std::string events = feed.Next(*view);
     if (events.empty()) {
       sink.done();

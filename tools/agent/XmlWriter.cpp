@@ -3,6 +3,9 @@
 
 #include <kecpp/inventory.h>
 
+#include <algorithm>
+#include <array>
+
 namespace tools::agent {
 namespace {
 
@@ -55,33 +58,54 @@ const char* Replaced(char c) {
   }
 }
 
-bool IsPlain(char c) {
-  return c >= 0x20 && c < 0x7F && c != '&' && c != '<' && c != '>' && c != '"';
+// The characters that are written as they are, without a second look.
+constexpr std::array<bool, 256> PLAIN = [] {
+  std::array<bool, 256> plain{};
+  for (unsigned char c = 0x20; c < 0x7F; ++c) plain[c] = true;
+  for (const unsigned char c : {'&', '<', '>', '"'}) plain[c] = false;
+  return plain;
+}();
+
+std::size_t PlainLength(std::string_view text) {
+  std::size_t length = 0;
+  while (length < text.size() && PLAIN[static_cast<unsigned char>(text[length])]) ++length;
+  return length;
 }
 
 }  // namespace
 
+void XmlWriter::Grow(std::size_t bytes) {
+  constexpr std::size_t LEAST = 4096;
+  room.resize(std::max({2 * room.size(), length + bytes, LEAST}));
+}
+
+std::string XmlWriter::Take() {
+  room.resize(length);
+  length = 0;
+  return std::exchange(room, std::string());
+}
+
 void XmlWriter::Declare() {
-  Put("<?xml version=\"1.0\" encoding=\"utf-8\" ?>\n");
+  Encoded("<?xml version=\"1.0\" encoding=\"utf-8\" ?>\n");
 }
 
 void XmlWriter::Open(const char* name, Attributes attributes) {
-  Put("<");
-  Put(name);
+  Encoded("<");
+  Encoded(name);
   for (const auto& [key, value] : attributes) {
-    Put(" ");
-    Put(key);
-    Put("=\"");
+    Encoded(" ");
+    Encoded(key);
+    Encoded("=\"");
     Text(value);
-    Put("\"");
+    Encoded("\"");
   }
-  Put(">");
+  Encoded(">");
 }
 
 void XmlWriter::Close(const char* name) {
-  Put("</");
-  Put(name);
-  Put(">");
+  Encoded("</");
+  Encoded(name);
+  Encoded(">");
 }
 
 void XmlWriter::Empty(const char* name, Attributes attributes) {
@@ -93,26 +117,32 @@ void XmlWriter::Empty(const char* name, Attributes attributes) {
 std::size_t XmlWriter::PutCharacter(std::string_view raw, std::size_t at) {
   if (static_cast<unsigned char>(raw[at]) < 0x80) {
     const char* replaced = Replaced(raw[at]);
-    Put(replaced ? replaced : raw.substr(at, 1));
+    Encoded(replaced ? replaced : raw.substr(at, 1));
     return at + 1;
   }
   const std::size_t bytes = SequenceLength(raw.substr(at));
-  Put(bytes == 0 ? REPLACEMENT : raw.substr(at, bytes));
+  Encoded(bytes == 0 ? REPLACEMENT : raw.substr(at, bytes));
   return at + (bytes == 0 ? 1 : bytes);
 }
 
 void XmlWriter::Text(std::string_view raw) {
   for (std::size_t at = 0; at < raw.size();) {
-    const std::size_t begin = at;
-    while (at < raw.size() && IsPlain(raw[at])) ++at;
-    Put(raw.substr(begin, at - begin));
+    const std::size_t plain = PlainLength(raw.substr(at));
+    Encoded(raw.substr(at, plain));
+    at += plain;
     if (at < raw.size()) at = PutCharacter(raw, at);
   }
 }
 
+// Nearly all of these texts are plain.
 void XmlWriter::StoredText(std::string_view xmlText) {
-  if (xmlText.find('&') == std::string_view::npos) return Text(xmlText);
-  Text(kecpp::Decode(xmlText));
+  if (PlainLength(xmlText) == xmlText.size()) {
+    Encoded(xmlText);
+  } else if (xmlText.find('&') == std::string_view::npos) {
+    Text(xmlText);
+  } else {
+    Text(kecpp::Decode(xmlText));
+  }
 }
 
 }  // namespace tools::agent

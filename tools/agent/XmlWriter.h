@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// Writes the reply's text, or only counts its bytes. Start and end tags are always written in full
-// and text is raw UTF-8 with named entities: there are clients that read neither "<VALUE/>" nor
-// numeric references.
+// Writes XML. Start and end tags are always written in full and text is raw UTF-8 with named
+// entities: there are clients that read neither "<VALUE/>" nor numeric references.
 //
 // Thread safety: none.
 #ifndef KECPP_TOOLS_AGENT_XMLWRITER_H
 #define KECPP_TOOLS_AGENT_XMLWRITER_H
 
+#include <cstring>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -18,12 +18,6 @@ namespace tools::agent {
 class XmlWriter {
  public:
   using Attributes = std::initializer_list<std::pair<const char*, std::string_view>>;
-
-  // Counts.
-  XmlWriter() = default;
-
-  // Writes a text of that length.
-  explicit XmlWriter(std::size_t expected) : writes(true) { out.reserve(expected); }
 
   void Declare();  // the XML declaration, before anything else
   void Open(const char* name, Attributes attributes = {});
@@ -36,19 +30,27 @@ class XmlWriter {
   // XML text as the daemon sent it: its entities are decoded, then the text is encoded once.
   void StoredText(std::string_view xmlText);
 
-  std::size_t Length() const { return length; }
-  std::string Take() { return std::move(out); }
+  // What was written by a writer before.
+  void Encoded(std::string_view xml) {
+    if (room.size() - length < xml.size()) Grow(xml.size());
+    std::memcpy(&room[length], xml.data(), xml.size());
+    length += xml.size();
+  }
+
+  std::string_view Written() const { return {room.data(), length}; }
+  std::size_t Bytes() const { return room.capacity(); }  // of memory
+  void Clear() { length = 0; }                           // the room is used again
+
+  // What was written; the writer is empty then.
+  std::string Take();
 
  private:
-  void Put(std::string_view text) {
-    length += text.size();
-    if (writes) out += text;
-  }
+  void Grow(std::size_t bytes);
   std::size_t PutCharacter(std::string_view raw, std::size_t at);
 
-  bool writes = false;
-  std::size_t length = 0;
-  std::string out;
+  // Not the string's own end: what is appended ten times for each object is copied in line.
+  std::string room;
+  std::size_t length = 0;  // of what was written, at the begin of `room`
 };
 
 }  // namespace tools::agent

@@ -86,6 +86,14 @@ void ForEachView(const Inventory& inventory, Kind kind, const UseView& use) {
   });
 }
 
+bool ForNextView(const Inventory& inventory, Kind kind, Walk& walk, std::size_t most,
+                 const UseView& use) {
+  return WithForms(kind, [&](auto forms) {
+    using View = typename decltype(forms)::View;
+    return inventory.ForNext<View>(walk, most, [&](const View& view) { use(&view); });
+  });
+}
+
 bool LookAtView(const Inventory& inventory, Kind kind, const std::string& key, const UseView& use) {
   return WithForms(kind, [&](auto forms) {
     using View = typename decltype(forms)::View;

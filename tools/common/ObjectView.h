@@ -23,8 +23,10 @@ using UseView = std::function<void(const ObjectView&)>;
 using Object =
     std::variant<kecpp::Host, kecpp::Machine, kecpp::Role, kecpp::Privilege, kecpp::Identity>;
 
-// As Inventory::ForEach and Look with views.
+// As Inventory::ForEach, ForNext and Look with views.
 void ForEachView(const kecpp::Inventory& inventory, kecpp::Kind kind, const UseView& use);
+bool ForNextView(const kecpp::Inventory& inventory, kecpp::Kind kind, kecpp::Walk& walk,
+                 std::size_t most, const UseView& use);
 bool LookAtView(const kecpp::Inventory& inventory, kecpp::Kind kind, const std::string& key,
                 const UseView& use);
 
