@@ -1,7 +1,6 @@
 # What `cmake --install` puts where: the libraries, their headers, a CMake package and
 # pkg-config files.
 include(CMakePackageConfigHelpers)
-find_program(KECPP_GZIP gzip REQUIRED)
 
 install(TARGETS kecpp EXPORT kecppTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}

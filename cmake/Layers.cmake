@@ -16,13 +16,18 @@ foreach(layer IN LISTS KECPP_LAYERS)
 endforeach()
 
 add_library(kecpp SHARED)
+add_library(kecpp::kecpp ALIAS kecpp)
 add_library(kecpp_static STATIC)
+if(NOT PROJECT_IS_TOP_LEVEL)
+  set_target_properties(kecpp_static PROPERTIES EXCLUDE_FROM_ALL ON)
+endif()
 foreach(target kecpp kecpp_static)
   target_link_libraries(${target} PRIVATE ${KECPP_OBJECT_TARGETS})
   target_link_libraries(${target} PRIVATE CURL::libcurl Threads::Threads)
   target_include_directories(${target} INTERFACE
     $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/kecpp>)
+  target_compile_features(${target} INTERFACE cxx_std_17)
   set_target_properties(${target} PROPERTIES OUTPUT_NAME kecpp LINKER_LANGUAGE CXX)
 endforeach()
 

@@ -1,5 +1,12 @@
-# What cpack makes: libkecpp1 and libkecpp-inventory1 (the libraries), libkecpp-dev (headers,
-# examples, package files) and kecpp-tools (the programs), each with its debugging symbols apart. scripts/package calls it.
+# What cpack makes: libkecpp1 and libkecpp-inventory1 (the libraries), libkecpp-dev (headers, package
+# files, reference, guides, examples) and kecpp-tools (the programs), each with its debugging symbols
+# apart. scripts/package calls it.
+
+# Who made the packages, as Debian's own tools let one say it.
+set(CPACK_PACKAGE_CONTACT "The kecpp authors <kecpp@localhost>")
+if(DEFINED ENV{DEBFULLNAME} AND DEFINED ENV{DEBEMAIL})
+  set(CPACK_PACKAGE_CONTACT "$ENV{DEBFULLNAME} <$ENV{DEBEMAIL}>")
+endif()
 
 # The packages' documents, compressed the same way on every machine and at every time: hosts
 # of two architectures share them.
@@ -29,19 +36,38 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   string(TOUPPER ${component} upper)
   set(folder ${CMAKE_INSTALL_DATAROOTDIR}/doc/${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
   install(FILES ${documents} packaging/copyright DESTINATION ${folder} COMPONENT ${component})
+  install(FILES packaging/lintian/${CPACK_DEBIAN_${upper}_PACKAGE_NAME} COMPONENT ${component}
+          DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/lintian/overrides)
   file(READ packaging/${CPACK_DEBIAN_${upper}_PACKAGE_NAME}.txt CPACK_DEBIAN_${upper}_DESCRIPTION)
 endforeach()
-install(DIRECTORY examples/ COMPONENT development
-        DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/libkecpp-dev/examples)
+
+# The guides lie beside the examples as they do here, so that their links lead somewhere. The
+# reference is made by the target "docs", which scripts/package builds.
+set(folder ${CMAKE_INSTALL_DATAROOTDIR}/doc/libkecpp-dev)
+install(DIRECTORY examples DESTINATION ${folder} COMPONENT development)
+install(DIRECTORY docs DESTINATION ${folder} COMPONENT development
+        FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "reference-start.md" EXCLUDE)
+install(DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/reference/html DESTINATION ${folder}
+        COMPONENT development OPTIONAL)
+
+if(KECPP_BUILD_TOOLS)
+  install(FILES examples/agent.xml COMPONENT tools
+          DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/kecpp-tools/examples)
+  install(DIRECTORY completions/bash/ COMPONENT tools
+          DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions)
+  install(DIRECTORY completions/zsh/ COMPONENT tools
+          DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/zsh/vendor-completions)
+endif()
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME kecpp)
-set(CPACK_PACKAGE_CONTACT "The kecpp authors <kecpp@localhost>")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_OUTPUT_FILE_PREFIX ${CMAKE_BINARY_DIR}/packages)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS  # whatever the builder's umask is
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
+set(CPACK_DEBIAN_COMPRESSION_TYPE gzip)  # quick: packaging/Finish.cmake compresses them for good
 set(CPACK_DEBIAN_PACKAGE_SOURCE kecpp)
 set(CPACK_DEBIAN_PACKAGE_RELEASE ${KECPP_PACKAGE_REVISION})
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
@@ -65,8 +91,11 @@ set(version ${PROJECT_VERSION}-${KECPP_PACKAGE_REVISION})
 set(CPACK_DEBIAN_INVENTORY_PACKAGE_DEPENDS "libkecpp1 (>= ${version})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "libkecpp1 (= ${version}), libkecpp-inventory1 (= ${version})")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_RECOMMENDS "kecpp-tools")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "pkg-config, cmake")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libkecpp-inventory1 (>= ${version})")
+set(scripts ${CMAKE_CURRENT_SOURCE_DIR}/packaging/kecpp-tools)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_CONTROL_EXTRA ${scripts}/postinst ${scripts}/prerm ${scripts}/postrm)
 
 set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
 set(CPACK_DEBIAN_DEVELOPMENT_DEBUGINFO_PACKAGE OFF)

@@ -8,13 +8,13 @@ BUILD_PACKAGES="g++ cmake ninja-build pkg-config libcurl4-openssl-dev libssl-dev
   sblim-wbemcli mandoc"
 BROWSER_PACKAGES="chromium chromium-driver python3"
 CLIENT_PACKAGES="python3 python3-requests python3-ply python3-yaml python3-urllib3
-  python3-jsonschema libxml2-utils"
+  python3-jsonschema libxml2-utils meson"
 BENCHMARK_PACKAGES="libpugixml-dev librapidxml-dev libxml2-dev libexpat1-dev gsoap libgsoap-dev
   gnuplot-nox valgrind"
 ANALYSIS_PACKAGES="clang clang-tidy clang-format abigail-tools"
 MUTANT_PACKAGES="clang python3 python3-clang"
 FUZZ_PACKAGES="clang libclang-rt-dev"  # clang's own version of it, in every release
-PACKAGING_PACKAGES="dpkg-dev file mandoc"
+PACKAGING_PACKAGES="dpkg-dev file mandoc lintian"
 REFERENCE_PACKAGES="doxygen"
 FRESH_MACHINE_PACKAGES="debootstrap git"
 

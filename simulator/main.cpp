@@ -20,6 +20,8 @@
 
 namespace {
 
+constexpr int USAGE_ERROR = 2;
+
 struct Options {
   std::vector<unsigned int> counts;  // of each kind
   std::uint64_t seed = 1;
@@ -48,6 +50,7 @@ void Declare(Options& options, CLI::App& app) {
   app.add_option("--user", options.daemon.account.user, "User name");
   app.add_option("--password", options.daemon.account.password, "Password");
   app.add_option("--max-objects", options.daemon.maxObjects, "Objects per answer; 0: no limit");
+  app.set_version_flag("--version", "kecpp-mgmtd-sim " KECPP_SIMULATOR_VERSION);
 }
 
 sigset_t EndingSignals() {
@@ -98,12 +101,12 @@ void Serve(const Options& options) {
 
 int Run(int argc, char** argv) {
   Options options;
-  CLI::App app{"A simulated management daemon"};
+  CLI::App app("A simulated management daemon", "kecpp-mgmtd-sim");
   Declare(options, app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
-    return app.exit(e);
+    return app.exit(e) == 0 ? 0 : USAGE_ERROR;
   }
   Serve(options);
   return 0;

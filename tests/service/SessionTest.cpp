@@ -8,12 +8,15 @@
 
 #include <cstdio>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <string>
 
 #include "config/DefaultConfig.h"
 #include "config/KEConfig.h"
+#include "datasync/KEDataSync.h"
 #include "foundation/KEException.h"
+#include "instance/KEChangeFeed.h"
 #include "service/call/KEMethod.h"
 #include "service/entry/KESession.h"
 #include "support/CapturedLog.h"
@@ -36,10 +39,13 @@ class TicketServer : public KEMethod {
       result = ticket.c_str();
     } else if (method == std::string("Login")) {
       login = body.Str();
+    } else if (method == std::string("Logout") && atLogout) {
+      atLogout();
     }
   }
 
   std::string ticket, login;
+  std::function<void()> atLogout;
 };
 
 class SessionTest : public testing::Test {
@@ -54,8 +60,7 @@ class SessionTest : public testing::Test {
     std::remove(path.c_str());
   }
 
-  // What the session sends to log in.
-  std::string Login(const std::string& localTicket = "true") {
+  std::unique_ptr<KESession> Open(const std::string& localTicket) {
     CapturedLog::Clear();
     const std::string text =
         "<?xml version=\"1.0\"?><LoginInfo><localTicket>" + localTicket +
@@ -67,7 +72,12 @@ class SessionTest : public testing::Test {
         "<sessionManager type=\"SessionManager\">s</sessionManager></returnval>");
     const std::unique_ptr<KELib::KEConfig> config(
         KELib::CreateConfig(source, DEFAULT_CONFIG_CONTENT));
-    const std::unique_ptr<KESession> session(CreateSession(config.get(), &server, content));
+    return std::unique_ptr<KESession>(CreateSession(config.get(), &server, content));
+  }
+
+  // What the session sends to log in.
+  std::string Login(const std::string& localTicket = "true") {
+    Open(localTicket);
     return server.login;
   }
 
@@ -79,6 +89,17 @@ TEST_F(SessionTest, ATicketsPasswordIsSentAsText) {
   std::ofstream(path) << "a<b&c";
   EXPECT_THAT(Login(), HasSubstr("<userName>local</userName>\n<password>a&lt;b&amp;c</password>"));
   EXPECT_THAT(Login("false"), HasSubstr("<userName>root</userName>"));
+}
+
+// So that its thread leaves without an error to log.
+TEST_F(SessionTest, TheDataSyncIsStoppedBeforeTheLogout) {
+  const std::unique_ptr<KESession> session = Open("false");
+  const std::unique_ptr<KE::Instance::KEChangeFeed> feed(session->GetDataSync()->OpenChangeFeed());
+  KE::Instance::KEChange change;
+  int taken = 0;
+  server.atLogout = [&] { taken = feed->Take(&change, 1, 0); };
+  session->Logout();
+  EXPECT_EQ(-1, taken);
 }
 
 TEST_F(SessionTest, WithoutATicketTheConfiguredPasswordIsSent) {

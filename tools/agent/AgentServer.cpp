@@ -5,6 +5,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <stdexcept>
 #include <utility>
 
@@ -16,6 +17,7 @@ namespace tools::agent {
 namespace {
 
 constexpr int REQUESTS_PER_CONNECTION = 1000;
+constexpr int ADOPTED_SLICE_US = 100 * 1000;
 
 // The library's own options would let a second server take the same port.
 void ShareNoPort(socket_t socket) {
@@ -37,6 +39,20 @@ bool HasDoubtfulEnd(const httplib::Request& request, const SocketStream& stream)
   return request.has_header("Transfer-Encoding") || stream.HasBareLineEnd();
 }
 
+// The address or the port that a socket is bound to, in numbers; empty when it is none of IP.
+std::string NameOf(socket_t socket, int which) {
+  sockaddr_storage storage{};
+  socklen_t length = sizeof storage;
+  auto* address = reinterpret_cast<sockaddr*>(&storage);
+  char host[NI_MAXHOST] = {}, port[NI_MAXSERV] = {};
+  if (getsockname(socket, address, &length) != 0 || address->sa_family == AF_UNIX ||
+      getnameinfo(address, length, host, sizeof host, port, sizeof port,
+                  NI_NUMERICHOST | NI_NUMERICSERV) != 0) {
+    return "";
+  }
+  return which == NI_NUMERICHOST ? host : port;
+}
+
 bool EndsConnection(const httplib::Response& response) {
   return response.get_header_value("Connection") == "close";
 }
@@ -44,18 +60,23 @@ bool EndsConnection(const httplib::Response& response) {
 // Hands each socket over on the listening thread, which decides whether it is served.
 class OnThisThread final : public httplib::TaskQueue {
  public:
+  explicit OnThisThread(std::function<void()> whenIdle) : idle(std::move(whenIdle)) {}
   servers::Enqueued enqueue(std::function<void()> handOver) override {
     handOver();
     return servers::Enqueued(true);
   }
+  void on_idle() override { idle(); }
   void shutdown() override {}
+
+ private:
+  const std::function<void()> idle;
 };
 
 }  // namespace
 
 AgentServer::AgentServer(TlsContext context, const Limits& serverLimits)
     : limits(serverLimits), tls(std::move(context)), threads(limits.connections) {
-  new_task_queue = [] { return new OnThisThread; };
+  new_task_queue = [this] { return new OnThisThread([this] { LeaveAdopted(); }); };
   set_payload_max_length(limits.bodyBytes);
   set_keep_alive_max_count(REQUESTS_PER_CONNECTION);
   set_keep_alive_timeout(limits.time.count());
@@ -101,14 +122,26 @@ int AgentServer::Bind(const std::string& address, int port) {
   throw std::runtime_error("cannot listen on " + address + ":" + std::to_string(port));
 }
 
+int AgentServer::Adopt(int socket) {
+  int isListening = 0;
+  socklen_t length = sizeof isListening;
+  getsockopt(socket, SOL_SOCKET, SO_ACCEPTCONN, &isListening, &length);
+  svr_sock_ = socket;
+  const int port = std::atoi(NameOf(svr_sock_, NI_NUMERICSERV).c_str());
+  if (!isListening || port == 0) {
+    throw std::runtime_error("the socket that systemd hands over does not listen for TCP");
+  }
+  isAdopted = true;
+  set_idle_interval(0, ADOPTED_SLICE_US);
+  return port;
+}
+
+std::string AgentServer::Address() const {
+  return NameOf(svr_sock_, NI_NUMERICHOST);
+}
+
 bool AgentServer::IsLocal() const {
-  sockaddr_storage storage{};
-  socklen_t length = sizeof storage;
-  auto* address = reinterpret_cast<sockaddr*>(&storage);
-  if (getsockname(svr_sock_, address, &length) != 0) return false;
-  char text[NI_MAXHOST] = {};
-  getnameinfo(address, length, text, sizeof text, nullptr, 0, NI_NUMERICHOST);
-  return IsLoopback(text);
+  return IsLoopback(Address());
 }
 
 bool AgentServer::Process(httplib::Stream& stream, bool last, bool& closed,
@@ -149,10 +182,20 @@ void AgentServer::Start() {
 
 void AgentServer::Stop() {
   if (!listener.joinable()) return;
+  const socket_t adopted = isAdopted ? svr_sock_.load() : INVALID_SOCKET;
   ShutConnections();
-  stop();
+  if (!isAdopted) stop();
   listener.join();
+  if (isAdopted) ::close(adopted);
   threads.AwaitEnd();
+}
+
+// On the listening thread, before each connection and when none comes. The library's own end would
+// shut the socket down, for its other owner too: connections that come until the agent runs again
+// would be refused. Without a socket the library leaves its loop.
+void AgentServer::LeaveAdopted() {
+  std::lock_guard<std::mutex> lock(mutex);
+  if (isAdopted && stopping) svr_sock_ = INVALID_SOCKET;
 }
 
 void AgentServer::ShutConnections() {
@@ -163,6 +206,7 @@ void AgentServer::ShutConnections() {
 
 // On the listening thread.
 bool AgentServer::process_and_close_socket(socket_t socket) {
+  LeaveAdopted();
   const bool isServed = threads.Start([this, socket] {
     Enter(socket);
     Serve(socket);

@@ -4,7 +4,7 @@
 // their threads, their time and TLS are handled here.
 //
 // Thread safety: routes are added before Start; handlers run on the connections' threads, many at
-// once. Bind, Start and Stop are called by one thread.
+// once. Bind, Adopt, Start and Stop are called by one thread.
 #ifndef KECPP_TOOLS_AGENT_AGENTSERVER_H
 #define KECPP_TOOLS_AGENT_AGENTSERVER_H
 
@@ -43,6 +43,14 @@ class AgentServer final : private httplib::Server {
   // Takes the port, a free one for 0, and gives its number. Throws std::runtime_error.
   int Bind(const std::string& address, int port);
 
+  // Serves on a socket that listens already and has another owner, who goes on listening when this
+  // server stops; gives the port. The descriptor is the server's from now on. Throws
+  // std::runtime_error for a socket of another kind.
+  int Adopt(int socket);
+
+  // The address that it listens on, in numbers.
+  std::string Address() const;
+
   // Whether only programs of this machine reach the port that was taken.
   bool IsLocal() const;
 
@@ -66,10 +74,12 @@ class AgentServer final : private httplib::Server {
   void Rehearse();
   void Refuse(socket_t socket);
   void ShutConnections();
+  void LeaveAdopted();
 
   TlsContext Tls();
 
   const Limits limits;
+  bool isAdopted = false;
   std::map<std::string, std::string> methods;  // by path; constant once it serves
   std::mutex mutex;
   TlsContext tls;                  // guarded by `mutex`

@@ -16,10 +16,12 @@ void Print(const std::string& text) {
 
 }  // namespace
 
-void ConnectionReport::Follow(const kecpp::Inventory& inventory, const EndOfRun& end) {
+void ConnectionReport::Follow(const kecpp::Inventory& inventory, const EndOfRun& end,
+                              const Look& look) {
   while (!end.Ended()) {
     const kecpp::Status status = inventory.State();
     Note(status);
+    look(status);
     inventory.WaitForState(status, std::chrono::milliseconds(WAIT_SLICE_MS));
   }
 }

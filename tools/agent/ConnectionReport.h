@@ -10,6 +10,7 @@
 #include <kecpp/inventory.h>
 
 #include <chrono>
+#include <functional>
 #include <mutex>
 #include <string>
 
@@ -24,8 +25,10 @@ struct Failure {
 
 class ConnectionReport {
  public:
-  // Returns at the end of the run.
-  void Follow(const kecpp::Inventory& inventory, const EndOfRun& end);
+  // Returns at the end of the run. Until then it calls `look` with each new state, and several
+  // times a second.
+  using Look = std::function<void(const kecpp::Status& status)>;
+  void Follow(const kecpp::Inventory& inventory, const EndOfRun& end, const Look& look);
 
   // The last one, also when there has been another connection since.
   Failure LastFailure() const;

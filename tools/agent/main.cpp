@@ -22,6 +22,7 @@
 #include "tools/agent/HangUp.h"
 #include "tools/agent/InteropModel.h"
 #include "tools/agent/PoliteEnd.h"
+#include "tools/agent/ServiceManager.h"
 #include "tools/agent/StatusPage.h"
 #include "tools/agent/Users.h"
 #include "tools/common/EndOfRun.h"
@@ -74,11 +75,11 @@ void ReadAgain(const AgentOptions& options, Users* users, AgentServer& server) {
   WarnOfOpenFiles(options);
 }
 
-void Announce(const AgentOptions& options, int port) {
+void Announce(const AgentOptions& options) {
   const bool isBare = options.address.find(':') == std::string::npos;
   std::cout << "listening on " << (options.certificateFile.empty() ? "http" : "https") << "://"
-            << (isBare ? options.address : "[" + options.address + "]") << ":" << port << "/"
-            << std::endl;
+            << (isBare ? options.address : "[" + options.address + "]") << ":" << options.port
+            << "/" << std::endl;
   if (!std::cout) throw std::runtime_error("cannot write to standard output");
 }
 
@@ -92,7 +93,7 @@ kecpp::Options InventoryOptions(const AgentOptions& options) {
 
 // Serves what the inventory knows until the end of the run.
 void Serve(const AgentOptions& options, const kecpp::Inventory& inventory, AgentServer& server,
-           int port, const EndOfRun& end) {
+           const EndOfRun& end, ServiceManager& manager) {
   InventoryGate gate(inventory, options.readyWait);
   const InteropModel interop(LocalHostName(), !options.usersFile.empty());
   const Operations operations(gate, interop, options.limits);
@@ -112,22 +113,39 @@ void Serve(const AgentOptions& options, const kecpp::Inventory& inventory, Agent
     }
   } const stop{gate, feed, server};
   server.Start();
-  Announce(options, port);
-  report.Follow(inventory, end);
+  Announce(options);
+  report.Follow(inventory, end, [&](const kecpp::Status& status) { manager.Look(status); });
+  manager.Stopping();
 }
 
-void Run(const AgentOptions& options) {
+// Takes the socket that systemd hands over, else the options' address and port. The options get
+// those that are served.
+void Listen(AgentServer& server, const ServiceManager& manager, AgentOptions& options) {
+  if (!manager.Socket()) {
+    options.port = server.Bind(options.address, options.port);
+    return;
+  }
+  options.port = server.Adopt(*manager.Socket());
+  options.address = server.Address();
+}
+
+void Run(AgentOptions options) {
+  ServiceManager manager;
   const EndOfRun end(0);
   const std::unique_ptr<Users> users(
       options.usersFile.empty() ? nullptr : std::make_unique<Users>(options.usersFile));
   AgentServer server(MakeTls(options), options.limits);
-  const int port = server.Bind(options.address, options.port);
+  Listen(server, manager, options);
   if (!server.IsLocal()) WarnOfOpenDoors(options);
   AddGuards(server, {users.get(), options.address, server.IsLocal()}, options.limits);
   WarnOfOpenFiles(options);
-  const HangUp hangUp([&] { ReadAgain(options, users.get(), server); });
+  const HangUp hangUp([&] {
+    manager.BeginReload();
+    ReadAgain(options, users.get(), server);
+    manager.EndReload();
+  });
   const kecpp::Inventory inventory(InventoryOptions(options));
-  Serve(options, inventory, server, port, end);
+  Serve(options, inventory, server, end, manager);
 }
 
 int RunGuarded(const AgentOptions& options) {
