@@ -163,6 +163,11 @@ TEST_F(HttpClientTest, WithAllHandlesInUseAPostFailsAtOnceUnlessItMayWait) {
     EXPECT_EQ(busy, Post().thrown);
   }
   EXPECT_EQ(nullptr, CallLimits::Current());
+  auto waiter = std::async(std::launch::async, [this] { return Pool().WaitForFreeHandle(-1); });
+  waiter.wait_for(std::chrono::milliseconds(5));  // mostly it waits by now
+  Pool().SetSize(3);
+  EXPECT_TRUE(waiter.get());
+  Pool().SetSize(2);
   server.Push(Reply::Ok("third"));
   auto third = std::async(std::launch::async, [this] {
     CallLimits patient;
