@@ -13,7 +13,8 @@ list(JOIN KECPP_REFERENCE_INPUT " \\\n                         " KECPP_REFERENCE
 configure_file(docs/Doxyfile.in ${CMAKE_CURRENT_BINARY_DIR}/Doxyfile @ONLY)
 # The stamp is there only after success; Doxygen's own files also after a warning.
 add_custom_command(OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/reference/complete
-  COMMAND ${KECPP_DOXYGEN} ${CMAKE_CURRENT_BINARY_DIR}/Doxyfile
+  COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/scripts/make-reference ${CMAKE_CURRENT_BINARY_DIR}/Doxyfile
+          ${CMAKE_CURRENT_SOURCE_DIR}
   COMMAND ${CMAKE_COMMAND} -E touch ${CMAKE_CURRENT_BINARY_DIR}/reference/complete
   DEPENDS ${reference_input} docs/comments.awk examples/agent.cpp
           ${CMAKE_CURRENT_BINARY_DIR}/Doxyfile
