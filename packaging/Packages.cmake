@@ -51,7 +51,8 @@ install(DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/reference/html DESTINATION ${folde
         COMPONENT development OPTIONAL)
 
 if(KECPP_BUILD_TOOLS)
-  install(FILES examples/agent.xml COMPONENT tools
+  install(FILES examples/agent.xml tools/agent/prometheus/dashboard.json
+                tools/agent/prometheus/rules.yml COMPONENT tools
           DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/kecpp-tools/examples)
   install(DIRECTORY completions/bash/ COMPONENT tools
           DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions)

@@ -132,8 +132,9 @@ int main(int argc, char** argv) {
   const tools::agent::InventoryGate gate(inventory, std::chrono::milliseconds(0));
   const tools::agent::InteropModel interop("localhost", false);
   const tools::agent::Operations operations(gate, interop);
+  tools::agent::RequestCounters requests;
   tools::agent::AgentServer server(nullptr, tools::agent::Limits());
-  tools::agent::AddCimEndpoint(server, operations);
+  tools::agent::AddCimEndpoint(server, operations, requests);
   const int port = server.Bind("127.0.0.1", 0);
   server.Start();
   std::atomic<bool> ended{false};

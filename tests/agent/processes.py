@@ -14,11 +14,14 @@ SKIPPED = 77
 PATIENCE = 60  # seconds
 
 
-def ask(url, body=None, method=None):
-    data = None if body is None else json.dumps(body).encode()
+def fetch(url, data=None, method=None):
     request = urllib.request.Request(url, data, {"Content-Type": "application/json"}, method=method)
     with urllib.request.urlopen(request, timeout=PATIENCE) as answer:
-        text = answer.read()
+        return answer.read()
+
+
+def ask(url, body=None, method=None):
+    text = fetch(url, None if body is None else json.dumps(body).encode(), method)
     return json.loads(text) if text else None
 
 
@@ -31,11 +34,12 @@ def eventually(what, condition):
 
 
 @contextlib.contextmanager
-def program(command, pattern):
+def program(command, pattern, stderr=False):
     """Runs a program until the block ends; gives what the pattern finds in its output."""
-    process = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
+    stream = "stderr" if stderr else "stdout"
+    process = subprocess.Popen(command, text=True, **{stream: subprocess.PIPE})
     try:
-        for line in process.stdout:
+        for line in getattr(process, stream):
             if match := re.search(pattern, line):
                 yield match.group(1)
                 return
@@ -46,7 +50,7 @@ def program(command, pattern):
 
 
 @contextlib.contextmanager
-def agent_of_a_simulator(simulator, agent):
+def agent_of_a_simulator(simulator, agent, *options):
     """Runs both until the block ends; gives the URLs of the simulator's control and of the agent."""
     with tempfile.TemporaryDirectory() as folder, contextlib.ExitStack() as stack:
         daemon = stack.enter_context(program(
@@ -59,5 +63,5 @@ def agent_of_a_simulator(simulator, agent):
                        "<localTicket>true</localTicket><userName>root</userName></LoginInfo>"
                        "<LogInfo><level>none</level></LogInfo></Config>")
         url = stack.enter_context(program(
-            [agent, "--config", config, "--listen", "127.0.0.1:0"], "listening on (.*)"))
+            [agent, "--config", config, "--listen", "127.0.0.1:0", *options], "listening on (.*)"))
         yield daemon.split("/sdk")[0] + "/control", url

@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 #include <charconv>
 
+#include "tools/agent/HostName.h"
 #include "tools/common/ConfigArgument.h"
 
 namespace tools::agent {
@@ -15,7 +16,7 @@ constexpr int USAGE_ERROR = 2;
 constexpr int MAX_PORT = 65535;
 
 // "ADDRESS:PORT"; the address may be in brackets, as an IPv6 address must be.
-bool ReadListen(const std::string& text, AgentOptions& options) {
+bool ReadListen(const std::string& text, std::string& listenAddress, int& listenPort) {
   const std::size_t colon = text.rfind(':');
   if (colon == std::string::npos || colon == 0) return false;
   std::string address = text.substr(0, colon);
@@ -26,8 +27,8 @@ bool ReadListen(const std::string& text, AgentOptions& options) {
   const char* end = text.data() + text.size();
   const auto result = std::from_chars(text.data() + colon + 1, end, port);
   if (result.ec != std::errc() || result.ptr != end || port < 0 || port > MAX_PORT) return false;
-  options.address = address;
-  options.port = port;
+  listenAddress = address;
+  listenPort = port;
   return true;
 }
 
@@ -63,6 +64,25 @@ void DeclareLimits(CLI::App& app, AgentOptions& options, long long& seconds, lon
       ->check(CLI::Range(0, 3600));
 }
 
+void DeclareMetrics(CLI::App& app, AgentOptions& options) {
+  app.add_option_function<std::string>(
+         "--metrics",
+         [&](const std::string& text) {
+           if (!ReadListen(text, options.metricsAddress, options.metricsPort) ||
+               !IsLoopback(options.metricsAddress)) {
+             throw CLI::ValidationError(
+                 "--metrics", "expected ADDRESS:PORT with an address of loopback, got " + text);
+           }
+         },
+         "Serve /metrics there as well, without users; the address is one of loopback")
+      ->type_name("ADDRESS:PORT");
+  app.add_option("--metrics-machines", options.metricsMachines,
+                 "Machines at most that have a line in the metrics")
+      ->capture_default_str()
+      ->type_name("N")
+      ->check(CLI::Range(0, 1000000));
+}
+
 }  // namespace
 
 std::optional<int> ParseAgentOptions(int argc, const char* const* argv, AgentOptions& options) {
@@ -76,7 +96,7 @@ std::optional<int> ParseAgentOptions(int argc, const char* const* argv, AgentOpt
   app.add_option_function<std::string>(
          "--listen",
          [&](const std::string& text) {
-           if (!ReadListen(text, options)) {
+           if (!ReadListen(text, options.address, options.port)) {
              throw CLI::ValidationError("--listen", "expected ADDRESS:PORT, got " + text);
            }
          },
@@ -94,6 +114,7 @@ std::optional<int> ParseAgentOptions(int argc, const char* const* argv, AgentOpt
   app.add_option("--users", options.usersFile, "Who may ask: lines of NAME:HASH, see crypt(5)")
       ->type_name("FILE");
   DeclareLimits(app, options, seconds, wait);
+  DeclareMetrics(app, options);
   app.add_option("--log-level", options.logLevel, "What the library writes to the system log")
       ->type_name("NAME")
       ->check(CLI::IsMember({"none", "panic", "error", "warning", "info", "verbose", "trivia"}));

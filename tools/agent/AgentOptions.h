@@ -14,8 +14,12 @@ namespace tools::agent {
 struct AgentOptions {
   std::string config;  // a file's path, an XML text, or empty for the library's default
   std::string address = "127.0.0.1";
-  int port = 5988;              // 0: a free one
-  std::string certificateFile;  // empty: plain HTTP
+  int port = 5988;  // 0: a free one
+  // Where metrics are served besides, without users; no address: nowhere.
+  std::string metricsAddress;
+  int metricsPort = 0;
+  std::size_t metricsMachines = 0;  // so many have a line in the metrics
+  std::string certificateFile;      // empty: plain HTTP
   std::string keyFile;
   std::string usersFile;               // empty: everybody may ask
   std::string logLevel;                // empty: as the configuration says

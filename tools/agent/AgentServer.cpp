@@ -175,6 +175,11 @@ void AgentServer::Rehearse() {
   ::close(ends[1]);
 }
 
+std::size_t AgentServer::Connections() const {
+  std::lock_guard<std::mutex> lock(mutex);
+  return connections.size();
+}
+
 void AgentServer::Start() {
   Rehearse();
   listener = std::thread([this] { listen_after_bind(); });

@@ -58,6 +58,9 @@ class AgentServer final : private httplib::Server {
   // made with a context.
   void UseTls(TlsContext context);
 
+  // How many clients are connected.
+  std::size_t Connections() const;
+
   // Serves, on threads that it makes.
   void Start();
 
@@ -81,7 +84,7 @@ class AgentServer final : private httplib::Server {
   const Limits limits;
   bool isAdopted = false;
   std::map<std::string, std::string> methods;  // by path; constant once it serves
-  std::mutex mutex;
+  mutable std::mutex mutex;
   TlsContext tls;                  // guarded by `mutex`
   std::set<socket_t> connections;  // guarded by `mutex`
   bool stopping = false;           // guarded by `mutex`

@@ -70,8 +70,8 @@ std::string ChunkBegin(bool isFirst, std::size_t size) {
 // Sends a reply piece by piece.
 class PieceByPiece {
  public:
-  PieceByPiece(std::shared_ptr<Reply> sent, bool asChunks)
-      : reply(std::move(sent)), isChunked(asChunks) {}
+  PieceByPiece(std::shared_ptr<Reply> sent, bool asChunks, RequestCounters& requestCounters)
+      : reply(std::move(sent)), isChunked(asChunks), counters(requestCounters) {}
 
   // The next piece. False when it cannot be made or the client does not take it: the connection
   // then ends in the middle of the answer, and the client sees that.
@@ -83,6 +83,7 @@ class PieceByPiece {
         return false;
       }
       isFirst = false;
+      counters.CountBytes(piece.size());
       if (!sink.is_writable()) return false;
       if (reply->Next()) return true;
       if (!Write(sink, ChunkBegin(isFirst, 0) + "\r\n")) return false;
@@ -100,6 +101,7 @@ class PieceByPiece {
 
   const std::shared_ptr<Reply> reply;
   const bool isChunked;
+  RequestCounters& counters;
   bool isFirst = true;
 };
 
@@ -107,14 +109,15 @@ class PieceByPiece {
 // the end of their answer. The chunks are made here, since the HTTP library copies each of them
 // twice.
 void SetContent(const std::shared_ptr<Reply>& reply, const httplib::Request& http,
-                httplib::Response& response) {
+                httplib::Response& response, RequestCounters& counters) {
   if (reply->IsLast()) {
+    counters.CountBytes(reply->Piece().size());
     response.set_content(reply->TakePiece(), CONTENT_TYPE);
     response.content_provider_resource_releaser_ = [reply](bool) {};
     return;
   }
   const bool isChunked = http.version != "HTTP/1.0";
-  const auto pieces = std::make_shared<PieceByPiece>(reply, isChunked);
+  const auto pieces = std::make_shared<PieceByPiece>(reply, isChunked, counters);
   response.set_content_provider(
       CONTENT_TYPE, [pieces](std::size_t, httplib::DataSink& sink) { return pieces->Send(sink); });
   if (isChunked) {
@@ -124,19 +127,38 @@ void SetContent(const std::shared_ptr<Reply>& reply, const httplib::Request& htt
   }
 }
 
-void Answer(const Operations& operations, const httplib::Request& http,
-            httplib::Response& response) {
+// Counts a request when it goes.
+struct Counted {
+  RequestCounters& counters;
+  const char* operation = "none";
+  const char* outcome = "failed";
+  const std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
+
+  explicit Counted(RequestCounters& requestCounters) : counters(requestCounters) {}
+  ~Counted() { counters.Count(operation, outcome, std::chrono::steady_clock::now() - begin); }
+  Counted(const Counted&) = delete;
+  Counted& operator=(const Counted&) = delete;
+};
+
+void Answer(const Operations& operations, const httplib::Request& http, httplib::Response& response,
+            RequestCounters& counters) {
+  Counted counted(counters);
   response.set_header("CIMOperation", "MethodResponse");
   try {
     CheckKind(http);
     const Request request = ParseRequest(http.body);
     CheckHeaders(http, request);
+    counted.operation = Operations::NameOf(request);
     operations.Await(request);
-    SetContent(operations.Answer(request, HostOf(http)), http, response);
+    const std::shared_ptr<Reply> reply = operations.Answer(request, HostOf(http));
+    counted.outcome = reply->Outcome();
+    SetContent(reply, http, response, counters);
   } catch (const MessageError& error) {
+    counted.outcome = "refused";
     response.status = error.httpStatus;
     response.set_header("CIMError", error.what());
   } catch (const NotReady& error) {
+    counted.outcome = "not_ready";
     response.status = UNAVAILABLE;
     response.set_header("Retry-After", RETRY_AFTER_SECONDS);
     response.set_content(std::string(error.what()) + "\n", "text/plain");
@@ -145,10 +167,10 @@ void Answer(const Operations& operations, const httplib::Request& http,
 
 }  // namespace
 
-void AddCimEndpoint(AgentServer& server, const Operations& operations) {
+void AddCimEndpoint(AgentServer& server, const Operations& operations, RequestCounters& counters) {
   for (const char* path : {"/cimom", "/"}) {
-    server.Post(path, [&operations](const httplib::Request& http, httplib::Response& response) {
-      Answer(operations, http, response);
+    server.Post(path, [&](const httplib::Request& http, httplib::Response& response) {
+      Answer(operations, http, response, counters);
     });
   }
 }

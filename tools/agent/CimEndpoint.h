@@ -8,13 +8,14 @@
 
 #include "tools/agent/AgentServer.h"
 #include "tools/agent/Operations.h"
+#include "tools/agent/metrics/RequestCounters.h"
 
 namespace tools::agent {
 
-// Adds "POST /cimom" and "POST /". `operations` outlives the server. A request that cannot be
-// understood gets status 400 or 501 and the header "CIMError", one that comes before the first fill
-// 503 and "Retry-After".
-void AddCimEndpoint(AgentServer& server, const Operations& operations);
+// Adds "POST /cimom" and "POST /". `operations` and `counters` outlive the server. A request that
+// cannot be understood gets status 400 or 501 and the header "CIMError", one that comes before the
+// first fill 503 and "Retry-After".
+void AddCimEndpoint(AgentServer& server, const Operations& operations, RequestCounters& counters);
 
 }  // namespace tools::agent
 

@@ -73,16 +73,19 @@ class Reader {
 
 class ObjectWalk final : public Cursor {
  public:
-  ObjectWalk(const ClassRow& type, const std::vector<ClassProperty>& properties, Element prepared)
+  ObjectWalk(const ClassRow& type, const std::vector<ClassProperty>& properties, Element prepared,
+             Wanted whichAreWanted)
       : kind(*type.kind),
         reader(type, properties),
         element(std::move(prepared)),
+        wanted(std::move(whichAreWanted)),
         rows(reader.Width()) {}
 
   std::size_t Write(const kecpp::Inventory& inventory, std::size_t most, XmlWriter& out) override {
     rows.Clear();
-    more = ForNextView(inventory, kind, walk, most,
-                       [this](const ObjectView& object) { reader.Add(object, rows); });
+    more = ForNextView(inventory, kind, walk, most, [this](const ObjectView& object) {
+      if (!wanted || wanted(object)) reader.Add(object, rows);
+    });
     return WriteRows(element, rows, out);
   }
   bool AtEnd() const override { return !more; }
@@ -92,8 +95,39 @@ class ObjectWalk final : public Cursor {
   const kecpp::Kind kind;
   const Reader reader;
   const Element element;
+  const Wanted wanted;
   kecpp::Walk walk;
   Rows rows;
+  bool more = true;
+};
+
+class OneObject final : public Cursor {
+ public:
+  OneObject(const ClassRow& type, const std::vector<ClassProperty>& properties, Element prepared,
+            std::string objectKey, Wanted isWanted)
+      : kind(*type.kind),
+        reader(type, properties),
+        element(std::move(prepared)),
+        key(std::move(objectKey)),
+        wanted(std::move(isWanted)) {}
+
+  std::size_t Write(const kecpp::Inventory& inventory, std::size_t, XmlWriter& out) override {
+    Rows rows(reader.Width());
+    more = false;
+    LookAtView(inventory, kind, key, [&](const ObjectView& object) {
+      if (wanted(object)) reader.Add(object, rows);
+    });
+    return WriteRows(element, rows, out);
+  }
+  bool AtEnd() const override { return !more; }
+  std::size_t Bytes() const override { return key.capacity(); }
+
+ private:
+  const kecpp::Kind kind;
+  const Reader reader;
+  const Element element;
+  const std::string key;
+  const Wanted wanted;
   bool more = true;
 };
 
@@ -212,8 +246,15 @@ std::unique_ptr<Cursor> InSequence(Cursors cursors) {
 }
 
 std::unique_ptr<Cursor> ObjectsOf(const ClassRow& type,
-                                  const std::vector<ClassProperty>& properties, Element element) {
-  return std::make_unique<ObjectWalk>(type, properties, std::move(element));
+                                  const std::vector<ClassProperty>& properties, Element element,
+                                  Wanted wanted) {
+  return std::make_unique<ObjectWalk>(type, properties, std::move(element), std::move(wanted));
+}
+
+std::unique_ptr<Cursor> ObjectOf(const ClassRow& type, const std::vector<ClassProperty>& properties,
+                                 Element element, std::string key, Wanted wanted) {
+  return std::make_unique<OneObject>(type, properties, std::move(element), std::move(key),
+                                     std::move(wanted));
 }
 
 std::unique_ptr<Cursor> LinksOf(const ClassRow& assocClass, Element element) {

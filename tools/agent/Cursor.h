@@ -11,6 +11,7 @@
 
 #include <kecpp/inventory.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -42,9 +43,18 @@ using Cursors = std::vector<std::unique_ptr<Cursor>>;
 // One after the other.
 std::unique_ptr<Cursor> InSequence(Cursors cursors);
 
-// Every object of a class, by an element whose rows are the key and these properties.
+// Whether an object is wanted. It is asked under the library's locks.
+using Wanted = std::function<bool(const ObjectView& object)>;
+
+// Every object of a class, or every wanted one, by an element whose rows are the key and these
+// properties.
 std::unique_ptr<Cursor> ObjectsOf(const ClassRow& type,
-                                  const std::vector<ClassProperty>& properties, Element element);
+                                  const std::vector<ClassProperty>& properties, Element element,
+                                  Wanted wanted = nullptr);
+
+// The object of that key, a raw text, when there is one and it is wanted.
+std::unique_ptr<Cursor> ObjectOf(const ClassRow& type, const std::vector<ClassProperty>& properties,
+                                 Element element, std::string key, Wanted wanted);
 
 // Every link of a concrete association class, by an element for links.
 std::unique_ptr<Cursor> LinksOf(const ClassRow& assocClass, Element element);

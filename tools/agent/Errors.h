@@ -24,6 +24,9 @@ enum class Status {
   MethodNotFound = 17,
 };
 
+// As the standard writes it.
+const char* StatusName(Status status);
+
 // Answered in the reply's ERROR element.
 class OperationError : public std::runtime_error {
  public:

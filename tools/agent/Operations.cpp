@@ -10,6 +10,7 @@
 #include "tools/agent/Errors.h"
 #include "tools/agent/InstanceOperations.h"
 #include "tools/agent/LinkOperations.h"
+#include "tools/agent/QueryOperations.h"
 #include "tools/agent/StoredOperations.h"
 #include "tools/common/Schema.h"
 
@@ -91,6 +92,7 @@ constexpr OperationRow OPERATIONS[] = {
      ClassReferenceNames,
      true,
      {"ObjectName", "ResultClass", "Role"}},
+    {"ExecQuery", ExecQuery, ExecStoredQuery, nullptr, true, {"QueryLanguage", "Query"}},
     {"EnumerateClasses",
      EnumerateClasses,
      nullptr,
@@ -168,27 +170,6 @@ Content Dispatch(const Call& call) {
   return AnswererOf(*row, call.request)(call);
 }
 
-const char* StatusName(Status status) {
-  switch (status) {
-    case Status::AccessDenied:
-      return "CIM_ERR_ACCESS_DENIED";
-    case Status::InvalidNamespace:
-      return "CIM_ERR_INVALID_NAMESPACE";
-    case Status::InvalidParameter:
-      return "CIM_ERR_INVALID_PARAMETER";
-    case Status::InvalidClass:
-      return "CIM_ERR_INVALID_CLASS";
-    case Status::NotFound:
-      return "CIM_ERR_NOT_FOUND";
-    case Status::NotSupported:
-      return "CIM_ERR_NOT_SUPPORTED";
-    case Status::MethodNotFound:
-      return "CIM_ERR_METHOD_NOT_FOUND";
-    default:
-      return "CIM_ERR_FAILED";
-  }
-}
-
 Content Error(const OperationError& error) {
   const std::string code = std::to_string(static_cast<int>(error.status));
   return
@@ -205,7 +186,9 @@ std::unique_ptr<Reply> Begin(const Call& call) {
   try {
     return make(Dispatch(call), true);
   } catch (const OperationError& error) {
-    return make(Error(error), false);
+    auto reply = make(Error(error), false);
+    reply->SetOutcome(StatusName(error.status));
+    return reply;
   }
 }
 
@@ -218,6 +201,11 @@ Operations::Operations(const InventoryGate& inventoryGate, const StoredSource& s
       patience(limits.time),
       backlog(limits.unsentBytes),
       turns(std::clamp(std::thread::hardware_concurrency(), 2u, 4u)) {}
+
+const char* Operations::NameOf(const Request& request) {
+  const OperationRow* row = Find(request);
+  return !row ? "unknown" : row == &EXTRINSIC ? "InvokeMethod" : row->name;
+}
 
 void Operations::Await(const Request& request) const {
   const OperationRow* row = Find(request);

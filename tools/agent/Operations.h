@@ -24,6 +24,10 @@ class Operations {
   // Gate and source outlive the object, which outlives the replies that it gives.
   Operations(const InventoryGate& gate, const StoredSource& stored, const Limits& limits = {});
 
+  // The operation that a request asks for, "InvokeMethod" for methods of classes, "unknown" for one
+  // that is not served.
+  static const char* NameOf(const Request& request);
+
   // An operation that reads the inventory: waits for the first fill, or for as long as readers wait
   // at most.
   void Await(const Request& request) const;

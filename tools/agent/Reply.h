@@ -35,6 +35,10 @@ class Reply {
   // Whether there is nothing after the present piece.
   bool IsLast() const { return isDone; }
 
+  // "ok", or the name of the CIM status that it answers.
+  const char* Outcome() const { return outcome; }
+  void SetOutcome(const char* statusName) { outcome = statusName; }
+
   // The memory that it takes, with what the pieces to come may take.
   std::size_t Bytes() const;
 
@@ -51,6 +55,7 @@ class Reply {
   const std::string method;
   const char* const response;  // the element around the answer
   const bool returnsValue;
+  const char* outcome = "ok";
   Content content;
   Turns& turns;
   XmlWriter out;

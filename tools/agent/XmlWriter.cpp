@@ -6,37 +6,10 @@
 #include <algorithm>
 #include <array>
 
+#include "tools/common/Utf8.h"
+
 namespace tools::agent {
 namespace {
-
-constexpr const char* REPLACEMENT = "\xEF\xBF\xBD";
-
-bool IsContinuation(unsigned char c) {
-  return (c & 0xC0) == 0x80;
-}
-
-// The length of the UTF-8 sequence that `text` begins with, 0 when it is broken: cut off, too long
-// for its character, a surrogate half, beyond Unicode or one of the two non-characters that XML
-// does not have.
-std::size_t SequenceLength(std::string_view text) {
-  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  const unsigned char lead = byte(0);
-  const std::size_t length = lead < 0xC2   ? 0
-                             : lead < 0xE0 ? 2
-                             : lead < 0xF0 ? 3
-                             : lead < 0xF5 ? 4
-                                           : 0;
-  if (length == 0 || text.size() < length) return 0;
-  for (std::size_t i = 1; i < length; ++i) {
-    if (!IsContinuation(byte(i))) return 0;
-  }
-  if (lead == 0xE0 && byte(1) < 0xA0) return 0;
-  if (lead == 0xED && byte(1) > 0x9F) return 0;
-  if (lead == 0xF0 && byte(1) < 0x90) return 0;
-  if (lead == 0xF4 && byte(1) > 0x8F) return 0;
-  if (lead == 0xEF && byte(1) == 0xBF && byte(2) > 0xBD) return 0;
-  return length;
-}
 
 // Null for a character that is written as it is.
 const char* Replaced(char c) {

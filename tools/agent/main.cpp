@@ -25,6 +25,7 @@
 #include "tools/agent/ServiceManager.h"
 #include "tools/agent/StatusPage.h"
 #include "tools/agent/Users.h"
+#include "tools/agent/metrics/Metrics.h"
 #include "tools/common/EndOfRun.h"
 #include "tools/common/ProcessEnd.h"
 #include "tools/common/Terminal.h"
@@ -91,6 +92,17 @@ kecpp::Options InventoryOptions(const AgentOptions& options) {
   return asked;
 }
 
+// A server of metrics alone, for programs of this machine; null when none was asked for.
+std::unique_ptr<AgentServer> MetricsServer(const AgentOptions& options, Metrics& metrics) {
+  if (options.metricsAddress.empty()) return nullptr;
+  auto server = std::make_unique<AgentServer>(nullptr, options.limits);
+  server->Bind(options.metricsAddress, options.metricsPort);
+  AddGuards(*server, {nullptr, options.metricsAddress, true}, options.limits);
+  AddMetrics(*server, metrics);
+  server->Start();
+  return server;
+}
+
 // Serves what the inventory knows until the end of the run.
 void Serve(const AgentOptions& options, const kecpp::Inventory& inventory, AgentServer& server,
            const EndOfRun& end, ServiceManager& manager) {
@@ -99,8 +111,12 @@ void Serve(const AgentOptions& options, const kecpp::Inventory& inventory, Agent
   const Operations operations(gate, interop, options.limits);
   ConnectionReport report;
   StatusFeed feed(inventory, report);
-  AddCimEndpoint(server, operations);
+  RequestCounters requests;
+  Metrics metrics(inventory, requests, server, options.metricsMachines);
+  AddCimEndpoint(server, operations, requests);
   AddStatusPage(server, feed, options.limits);
+  AddMetrics(server, metrics);
+  const std::unique_ptr<AgentServer> metricsServer = MetricsServer(options, metrics);
   // What the server's threads use goes after them, whatever is thrown.
   struct Stop {
     InventoryGate& gate;
