@@ -26,6 +26,7 @@ constexpr long kRunMilliseconds = 300;
 struct Reading {
   double turns = 0;        // in a second, of all threads
   double longestWait = 0;  // for the lock, in microseconds
+  double changes = 0;      // of the writer, in a second
 };
 
 using KE::Instance::KEDataCache;
@@ -66,14 +67,22 @@ Reading Repeat(Action action, KEDataCache& machines, unsigned int seed,
   return reading;
 }
 
-// The changes are made beforehand, so that the writer does nothing but apply them.
-void Write(LibraryContender& library, const std::atomic<bool>& stop) {
-  constexpr unsigned int kTexts = 20, kChanges = 500;
+enum class Writer { none, unhurried, atFullSpeed };
+
+// The changes are made beforehand, so that the writer does nothing but apply them: 500 at a time,
+// or one every hundredth of a second. Returns how many there were in a second.
+double Write(LibraryContender& library, Writer writer, const std::atomic<bool>& stop) {
+  constexpr unsigned int kTexts = 20;
+  constexpr timespec kPause{0, 10000000};
+  const unsigned int perText = writer == Writer::atFullSpeed ? 500 : 1;
   std::vector<Text> texts;
   for (unsigned int i = 0; i < kTexts; ++i) {
-    texts.push_back(ChangeSets(i * kChanges, kChanges, i));
+    texts.push_back(ChangeSets(i * perText, perText, i));
   }
-  for (unsigned int turn = 0; !stop; ++turn) {
+  unsigned int turn = 0;
+  const long long begin = NanosecondsNow();
+  for (; !stop; ++turn) {
+    if (writer == Writer::unhurried) nanosleep(&kPause, nullptr);
     const Text& text = texts[turn % kTexts];
     Text copy;
     copy.length = text.length;
@@ -81,9 +90,10 @@ void Write(LibraryContender& library, const std::atomic<bool>& stop) {
     std::memcpy(copy.characters.get(), text.characters.get(), text.length + 1);
     library.Apply(std::move(copy));
   }
+  return turn * perText * 1e9 / static_cast<double>(NanosecondsNow() - begin);
 }
 
-Reading Read(LibraryContender& library, Action action, unsigned int threads, bool besideWriter) {
+Reading Read(LibraryContender& library, Action action, unsigned int threads, Writer writer) {
   KELib::KEString type("ZORBEL_VMComputerSystem");
   KEDataCache& machines = *library.Cache().GetDataCache(type);
   std::atomic<bool> stop{false};
@@ -92,12 +102,14 @@ Reading Read(LibraryContender& library, Action action, unsigned int threads, boo
   for (unsigned int i = 0; i < threads; ++i) {
     all.emplace_back([&, i] { readings[i] = Repeat(action, machines, i + 1, stop); });
   }
-  if (besideWriter) all.emplace_back([&] { Write(library, stop); });
+  Reading sum;
+  if (writer != Writer::none) {
+    all.emplace_back([&] { sum.changes = Write(library, writer, stop); });
+  }
   const timespec run{0, kRunMilliseconds * 1000000};
   nanosleep(&run, nullptr);
   stop = true;
   for (std::thread& thread : all) thread.join();
-  Reading sum;
   for (const Reading& reading : readings) {
     sum.turns += reading.turns * 1000 / kRunMilliseconds;
     if (reading.longestWait > sum.longestWait) sum.longestWait = reading.longestWait;
@@ -108,12 +120,14 @@ Reading Read(LibraryContender& library, Action action, unsigned int threads, boo
 void Compare(LibraryContender& library, const char* name, Action action) {
   std::printf(", \"%s\": {", name);
   for (unsigned int threads = 1; threads <= 4; ++threads) {
-    const Reading alone = Read(library, action, threads, false);
-    const Reading beside = Read(library, action, threads, true);
+    const Reading alone = Read(library, action, threads, Writer::none);
+    const Reading beside = Read(library, action, threads, Writer::atFullSpeed);
+    const Reading unhurried = Read(library, action, threads, Writer::unhurried);
     std::printf(
-        "%s\"%u\": {\"alone\": %.0f, \"beside\": %.0f, \"share\": %.3f, \"longestWait\": %.1f}",
+        "%s\"%u\": {\"alone\": %.0f, \"beside\": %.0f, \"share\": %.3f, \"longestWait\": %.1f, "
+        "\"changes\": %.0f, \"longestWaitUnhurried\": %.1f}",
         threads > 1 ? ", " : "", threads, alone.turns, beside.turns, beside.turns / alone.turns,
-        beside.longestWait);
+        beside.longestWait, beside.changes, unhurried.longestWait);
   }
   std::printf("}");
 }
@@ -125,7 +139,8 @@ void RunReaders() {
   inventory.machines = kMachines;
   LibraryContender library;
   library.Apply(FirstSet(inventory));
-  std::printf("{\"workload\": \"readers\"");
+  std::printf("{\"workload\": \"readers\", \"changesAlone\": %.0f",
+              Read(library, LookUp, 0, Writer::atFullSpeed).changes);
   Compare(library, "lookUps", LookUp);
   Compare(library, "iterations", Iterate);
   std::printf("}\n");

@@ -26,10 +26,7 @@ class KECPP_CAPABILITY("mutex") KECPP_API KEMutex {
   ~KEMutex();
 
   // Waits for the mutex and makes the calling thread its owner.
-  void Lock() KECPP_ACQUIRE() {
-    pthread_mutex_lock(&mutex);
-    SetOwner();
-  }
+  void Lock() KECPP_ACQUIRE();
 
   // Gives it back. The caller holds it.
   void Unlock() KECPP_RELEASE() {
@@ -45,6 +42,10 @@ class KECPP_CAPABILITY("mutex") KECPP_API KEMutex {
   friend class KEConditionImpl;
   friend class KEQuietCondition;
 
+  void LockInTurn();
+  void AwaitAndTake();
+  bool TakeUntil(long long end);
+  void GiveWay();
   void SetOwner() { owner.store(pthread_self(), std::memory_order_relaxed); }
   void ClearOwner() { owner.store(0, std::memory_order_relaxed); }
 

@@ -10,7 +10,7 @@ using KELib::KEString;
 using KELib::Stub::KEStubBase;
 
 // The mutex, and who learns of changes; these are guarded by it.
-class KEDataCache::State : public KELib::KEMutex {
+class alignas(64) KEDataCache::State : public KELib::KEMutex {
  public:
   ChangeHub* hub = nullptr;
   unsigned int type = 0;

@@ -2,12 +2,14 @@
 #include <gtest/gtest.h>
 #include <syslog.h>
 
+#include <atomic>
 #include <chrono>
 #include <climits>
 #include <functional>
 #include <future>
 #include <memory>
 #include <thread>
+#include <vector>
 
 #include "foundation/KECondition.h"
 #include "foundation/KEMutex.h"
@@ -27,6 +29,29 @@ TEST(KEMutexGuardTest, LeavesAloneWhatTheThreadHolds) {
   EXPECT_TRUE(mutex.IsLocked());
   EXPECT_FALSE(std::async(std::launch::async, [&mutex] { return mutex.IsLocked(); }).get());
   outer.Release();
+  EXPECT_FALSE(mutex.IsLocked());
+}
+
+// Holds of all lengths, so that threads find it free, look again, lose their patience and sleep.
+TEST(KEMutexTest, OneThreadAtATimeHoldsItAndTheOthersComeToTheirTurns) {
+  constexpr unsigned int turns = 200;
+  KEMutex mutex;
+  unsigned int sum = 0;
+  std::atomic<bool> ready{false};
+  const auto take = [&](unsigned int microseconds) {
+    while (!ready) continue;
+    for (unsigned int i = 0; i < turns; ++i) {
+      KEMutexGuard guard(&mutex);
+      const unsigned int before = sum;
+      std::this_thread::sleep_for(std::chrono::microseconds(i % 10 == 0 ? microseconds : 0));
+      sum = before + (mutex.IsLocked() ? 1 : 0);
+    }
+  };
+  std::vector<std::thread> threads;
+  for (const unsigned int microseconds : {0, 1, 10, 100}) threads.emplace_back(take, microseconds);
+  ready = true;
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(4 * turns, sum);
   EXPECT_FALSE(mutex.IsLocked());
 }
 
