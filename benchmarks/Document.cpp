@@ -10,6 +10,7 @@ namespace bench {
 namespace {
 
 const char* const kStrings = "xsi:type=\"xsd:string\"";
+const char* const kReference = "type=\"HostSystem\" xsi:type=\"ManagedObjectReference\"";
 const char* const kHead =
     "<returnval "
     "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"><version>17</"
@@ -67,8 +68,7 @@ void AppendMachine(std::string& out, const Inventory& inventory, unsigned int nu
                  kStrings);
   AppendProperty(out, "runtime.powerState", kStates[random / 7 % 3],
                  "xsi:type=\"VirtualMachinePowerState\"");
-  AppendProperty(out, "runtime.host", HostId(number / inventory.machinesPerHost),
-                 "type=\"HostSystem\" xsi:type=\"ManagedObjectReference\"");
+  AppendProperty(out, "runtime.host", HostId(number / inventory.machinesPerHost), kReference);
   AppendProperty(out, "config.guestFullName", kSystems[random / 31 % 3], kStrings);
   AppendProperty(out, "guest.hostName", Format("%s.example.org", name.c_str()), kStrings);
   AppendProperty(out, "guest.ipAddress",
@@ -109,6 +109,10 @@ void AppendChange(std::string& out, unsigned int machine, unsigned int turn) {
   out += "</objectSet>";
 }
 
+std::string PrivilegeId(unsigned int number) {
+  return Format("Folder.Operation%u", number);
+}
+
 // Calls `append` with a string for each piece of a set, twice: first to measure, then to write, so
 // that the text is in a block of exactly its size.
 template <typename Pieces>
@@ -123,6 +127,19 @@ Text Write(Pieces pieces) {
   });
   *at = '\0';
   return text;
+}
+
+// A list of the authorization manager, with the pieces of its items.
+template <typename Items>
+Text ListSet(const char* property, const char* type, Items items) {
+  return Write([&](auto emit) {
+    std::string begin = std::string(kHead) + kFilter + "</filter>";
+    AppendObjectStart(begin, "modify", "AuthorizationManager", "authorization");
+    emit(begin + "<changeSet><name>" + property + "</name><op>assign</op><val xsi:type=\"" + type +
+         "\">");
+    items(emit);
+    emit(std::string("</val></changeSet></objectSet>") + kTail);
+  });
 }
 
 }  // namespace
@@ -164,6 +181,42 @@ Text ChangeSets(unsigned int first, unsigned int count, unsigned int turn, unsig
   for (unsigned int i = 0; i < count; ++i) AppendChange(set, first + i, turn + i * step);
   set.append(kTail);
   return Write([&](auto emit) { emit(set); });
+}
+
+Text MoveSets(unsigned int machines, unsigned int host, unsigned long long step) {
+  return Write([&](auto emit) {
+    emit(std::string(kHead) + kFilter + "</filter>");
+    std::string piece;
+    for (unsigned int i = 0; i < machines; ++i) {
+      piece.clear();
+      const auto machine = static_cast<unsigned int>(i * step % machines);
+      AppendObjectStart(piece, "modify", "VirtualMachine", MachineId(machine));
+      AppendProperty(piece, "runtime.host", HostId(host), kReference);
+      emit(piece + "</objectSet>");
+    }
+    emit(kTail);
+  });
+}
+
+Text PrivilegeSet(unsigned int privileges) {
+  return ListSet("privilegeList", "ArrayOfAuthorizationPrivilege", [&](auto emit) {
+    for (unsigned int i = 0; i < privileges; ++i) {
+      emit("<AuthorizationPrivilege><privId>" + PrivilegeId(i) +
+           "</privId></AuthorizationPrivilege>");
+    }
+  });
+}
+
+Text RoleSet(unsigned int roles, unsigned int privileges) {
+  return ListSet("roleList", "ArrayOfAuthorizationRole", [&](auto emit) {
+    for (unsigned int i = 0; i < roles; ++i) {
+      emit(Format("<AuthorizationRole><roleId>%u</roleId>", i));
+      for (unsigned int j = 0; j < privileges; ++j) {
+        emit("<privilege>" + PrivilegeId(j) + "</privilege>");
+      }
+      emit("</AuthorizationRole>");
+    }
+  });
 }
 
 }  // namespace bench

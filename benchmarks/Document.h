@@ -44,6 +44,14 @@ Text ChangeSet(unsigned int machine, unsigned int turn);
 // after the one before: with three it is the same property of each.
 Text ChangeSets(unsigned int first, unsigned int count, unsigned int turn, unsigned int step = 1);
 
+// So many machines are on that host now, each in a separate object set, and each `step` machines
+// behind the one before; with a large step the processor cannot guess which comes next.
+Text MoveSets(unsigned int machines, unsigned int host, unsigned long long step);
+
+// The list of privileges, and that of roles that grant all of them.
+Text PrivilegeSet(unsigned int privileges);
+Text RoleSet(unsigned int roles, unsigned int privileges);
+
 }  // namespace bench
 
 #endif

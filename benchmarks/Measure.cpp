@@ -4,6 +4,7 @@
 #include <malloc.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <memory>
 
@@ -26,6 +27,13 @@ Clocks Clocks::Now() {
 std::size_t HeapInUse() {
   const struct mallinfo2 info = mallinfo2();
   return info.uordblks + info.hblkhd;
+}
+
+// The allocator joins them when it is asked for more than a small block.
+void JoinFreedBlocks() {
+  constexpr std::size_t kLarge = 64 * 1024;
+  void* volatile block = std::malloc(kLarge);
+  std::free(block);
 }
 
 Resident Resident::Read() {

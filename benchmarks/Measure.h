@@ -21,6 +21,9 @@ struct Clocks {
 // Bytes that the allocator has handed out, its own overhead included.
 std::size_t HeapInUse();
 
+// What the C library's allocator postpones when small blocks are freed is done at once.
+void JoinFreedBlocks();
+
 // Bytes; `peak` of the whole life of the process.
 struct Resident {
   std::size_t now = 0;

@@ -11,6 +11,7 @@ void RunWire();
 void RunLatency();
 void RunReaders();
 void RunFeeds();
+void RunLinks();
 void RunIdle(unsigned int seconds);
 
 }  // namespace bench

@@ -171,7 +171,7 @@ int main(int argc, char** argv) {
     AddOneHost(rounds, options);
     AddOtherVersion(rounds, options);
     const std::string path = options.programs[0] + "/kecpp-bench-path ";
-    for (const char* workload : {"wire", "latency", "readers", "feeds"}) {
+    for (const char* workload : {"wire", "latency", "readers", "feeds", "links"}) {
       rounds.Add(workload, path + workload, options.rounds);
     }
     bench::AddFollowing(rounds, options.programs[0], options.rounds);

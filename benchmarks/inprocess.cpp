@@ -6,7 +6,8 @@
 //   memory   heap and peak resident size of that
 //   walk     every machine and its host, through the store's own iteration
 //   step     one changed property of one machine, each time of another one
-//   drop     the store is emptied
+//   drop     the store is emptied, and the allocator joins the freed blocks, which it does at the
+//            next large allocation otherwise
 //   refill   the first set again
 //
 // Usage: kecpp-bench-inprocess CONTENDER MACHINES [MACHINES_PER_HOST]
@@ -78,7 +79,11 @@ void Run(const char* name, bench::Contender& contender, const bench::Inventory& 
   Step(contender, inventory);
   std::printf(", \"lengths\": %zu, \"changed\": \"%016llx\"", lengths,
               static_cast<unsigned long long>(contender.Checksum()));
-  Print("drop", Time([&] { contender.Drop(); }), inventory.machines);
+  const auto drop = [&] {
+    contender.Drop();
+    bench::JoinFreedBlocks();
+  };
+  Print("drop", Time(drop), inventory.machines);
   bench::Text text = bench::FirstSet(inventory);
   contender.Prepare(text);
   Print("refill", Time([&] { contender.Apply(std::move(text)); }), inventory.machines);
