@@ -31,7 +31,7 @@ std::size_t HeapInUse() {
 
 // The allocator joins them when it is asked for more than a small block.
 void JoinFreedBlocks() {
-  constexpr std::size_t kLarge = 64 * 1024;
+  constexpr std::size_t kLarge = 65536;
   void* volatile block = std::malloc(kLarge);
   std::free(block);
 }

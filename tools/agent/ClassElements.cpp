@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/agent/ClassElements.h"
 
+#include "tools/agent/PropertyElements.h"
 #include "tools/agent/Qualifiers.h"
 
 namespace tools::agent {
@@ -60,23 +61,19 @@ void WriteQualifiers(XmlWriter& out, const ClassRow& type, const ClassProperty& 
 void WriteProperty(XmlWriter& out, const ClassRow& type, const ClassProperty& property,
                    const ClassDetail& detail) {
   const PropertyRow& row = *property.row;
-  const bool isReference = row.type == CimType::Reference;
-  const char* element = isReference   ? "PROPERTY.REFERENCE"
-                        : row.isArray ? "PROPERTY.ARRAY"
-                                      : "PROPERTY";
-  const char* kind = isReference ? "REFERENCECLASS" : "TYPE";
-  const char* kindName = isReference ? row.reference : TypeName(row.type);
+  const PropertyElement element(row);
   const char* propagated = property.isOwn ? "false" : "true";
   if (detail.origins) {
-    out.Open(element, {{"NAME", row.name},
-                       {kind, kindName},
-                       {"CLASSORIGIN", property.origin->name},
-                       {"PROPAGATED", propagated}});
+    out.Open(element.name, {{"NAME", row.name},
+                            {element.kind, element.type},
+                            {"CLASSORIGIN", property.origin->name},
+                            {"PROPAGATED", propagated}});
   } else {
-    out.Open(element, {{"NAME", row.name}, {kind, kindName}, {"PROPAGATED", propagated}});
+    out.Open(element.name,
+             {{"NAME", row.name}, {element.kind, element.type}, {"PROPAGATED", propagated}});
   }
   if (detail.qualifiers) WriteQualifiers(out, type, property);
-  out.Close(element);
+  out.Close(element.name);
 }
 
 void WriteClassQualifiers(XmlWriter& out, const ClassRow& type) {

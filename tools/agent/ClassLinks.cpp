@@ -12,10 +12,6 @@ namespace {
 
 using Classes = std::vector<const ClassRow*>;
 
-bool RolePasses(const std::string& wanted, const PropertyRow& role) {
-  return wanted.empty() || SameName(wanted, role.name);
-}
-
 // Calls `use` with each association that is or derives from `linkClass`, which may be null, and
 // the place among its properties of a reference of that role to the class.
 template <class Use>

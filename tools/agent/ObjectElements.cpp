@@ -2,6 +2,7 @@
 #include "tools/agent/ObjectElements.h"
 
 #include "tools/agent/PathElements.h"
+#include "tools/agent/PropertyElements.h"
 
 namespace tools::agent {
 namespace {
@@ -43,30 +44,13 @@ void AddEnd(Element& element, const ClassRow& type, const PropertyRow& role) {
   out.Close("VALUE.REFERENCE");
 }
 
-void OpenProperty(XmlWriter& out, const char* element, const ClassProperty& property,
-                  bool origins) {
-  const bool isReference = property.row->type == CimType::Reference;
-  const char* kind = isReference ? "REFERENCECLASS" : "TYPE";
-  const char* type = isReference ? property.row->reference : TypeName(property.row->type);
-  if (origins) {
-    out.Open(element, {{"NAME", property.row->name},
-                       {kind, type},
-                       {"CLASSORIGIN", property.origin->name},
-                       {"PROPAGATED", property.isOwn ? "false" : "true"}});
-  } else {
-    out.Open(element, {{"NAME", property.row->name}, {kind, type}});
-  }
-}
-
 // A property without a value has no VALUE: that is null, and not the empty text.
 void AddProperty(Element& element, const ClassProperty& property, std::size_t column,
                  bool origins) {
-  const bool isArray = property.row->isArray;
-  const char* name = isArray ? "PROPERTY.ARRAY" : "PROPERTY";
   XmlWriter& out = element.Constant();
-  OpenProperty(out, name, property, origins);
-  element.AddCell(isArray ? Form::List : Form::Value, column);
-  out.Close(name);
+  OpenProperty(out, property, origins);
+  element.AddCell(property.row->isArray ? Form::List : Form::Value, column);
+  out.Close(PropertyElement(*property.row).name);
 }
 
 // The elements around name and instance. `addName` and `addInstance` add those to the element.
@@ -139,7 +123,7 @@ Element LinkElement(const ElementStyle& style, const ClassRow& type,
     XmlWriter& out = element.Constant();
     out.Open("INSTANCE", {{"CLASSNAME", type.name}});
     for (const ClassProperty& role : properties) {
-      OpenProperty(out, "PROPERTY.REFERENCE", role, style.origins);
+      OpenProperty(out, role, style.origins);
       AddEnd(element, type, *role.row);
       out.Close("PROPERTY.REFERENCE");
     }

@@ -10,10 +10,6 @@
 namespace tools::agent {
 namespace {
 
-bool RolePasses(const std::string& wanted, const PropertyRow& role) {
-  return wanted.empty() || SameName(wanted, role.name);
-}
-
 // The side of an association on which objects of one class are.
 struct Side {
   const ClassRow* assocClass;
@@ -44,6 +40,10 @@ std::vector<Side> SidesOf(const ClassRow& type, const LinkFilter& filter) {
 }
 
 }  // namespace
+
+bool RolePasses(const std::string& wanted, const PropertyRow& role) {
+  return wanted.empty() || SameName(wanted, role.name);
+}
 
 bool ReadOne(const kecpp::Inventory& inventory, const ObjectName& object,
              const std::vector<ClassProperty>& properties, Rows& row) {

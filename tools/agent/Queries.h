@@ -51,6 +51,9 @@ struct LinkFilter {
   std::string partnerRole;
 };
 
+// Whether a reference is of the role that a filter asks for; an empty one asks for none.
+bool RolePasses(const std::string& wanted, const PropertyRow& role);
+
 // One object by its raw key: `row` gets its key and these properties. False when there is none.
 // O(1) and its links.
 bool ReadOne(const kecpp::Inventory& inventory, const ObjectName& object,

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "tools/agent/PathElements.h"
+#include "tools/agent/PropertyElements.h"
 
 namespace tools::agent {
 namespace {
@@ -62,27 +63,14 @@ void StoredElements::Instance(const StoredInstance& instance,
 void StoredElements::Property(const ClassProperty& property,
                               const std::optional<StoredValue>& value) {
   const PropertyRow& row = *property.row;
-  const bool isReference = row.type == CimType::Reference;
-  const char* element = isReference   ? "PROPERTY.REFERENCE"
-                        : row.isArray ? "PROPERTY.ARRAY"
-                                      : "PROPERTY";
-  const char* kind = isReference ? "REFERENCECLASS" : "TYPE";
-  const char* type = isReference ? row.reference : TypeName(row.type);
-  if (origins) {
-    out.Open(element, {{"NAME", row.name},
-                       {kind, type},
-                       {"CLASSORIGIN", property.origin->name},
-                       {"PROPAGATED", property.isOwn ? "false" : "true"}});
-  } else {
-    out.Open(element, {{"NAME", row.name}, {kind, type}});
-  }
+  OpenProperty(out, property, origins);
   if (value && value->target) Reference(*value->target);
   if (value && row.isArray) out.Open("VALUE.ARRAY");
   if (value) {
     for (const std::string& item : value->items) WriteValue(out, item);
   }
   if (value && row.isArray) out.Close("VALUE.ARRAY");
-  out.Close(element);
+  out.Close(PropertyElement(row).name);
 }
 
 // Without a host: clients compare references, and the same object may be reached by many names.

@@ -41,10 +41,6 @@ struct Filter {
   std::string partnerRole;
 };
 
-bool RolePasses(const std::string& wanted, const PropertyRow& role) {
-  return wanted.empty() || SameName(wanted, role.name);
-}
-
 // Calls `use` with the references of a link, and the instances that they lead to.
 template <class Use>
 void ForEachEnd(const StoredInstance& link, Use use) {
