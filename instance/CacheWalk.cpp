@@ -42,6 +42,7 @@ bool CacheWalk::Next(KEDataCache& cache, std::size_t most, std::vector<KEStubBas
 
 // Of the bucket whose turn it is.
 void CacheWalk::AddChain(KEDataCache& cache, std::vector<KEStubBase*>& piece) const {
+  cache.HeldByCaller();
   const bool isFresh = grown.empty() && !stage.last;
   for (auto* entry = cache.map.Chain(stage.next); entry != nullptr; entry = entry->next) {
     if (entry->value == nullptr) continue;  // the twin of one that was removed
@@ -54,6 +55,7 @@ void CacheWalk::AddChain(KEDataCache& cache, std::vector<KEStubBase*>& piece) co
 // In the order of the keys, so that the last one says which of the chain were visited.
 void CacheWalk::AddPartOfChain(KEDataCache& cache, std::size_t most,
                                std::vector<KEStubBase*>& piece) {
+  cache.HeldByCaller();
   std::vector<std::pair<std::string, KEStubBase*>> chain;
   for (auto* entry = cache.map.Chain(stage.next); entry != nullptr; entry = entry->next) {
     if (entry->value == nullptr || WasVisited(HashOf(entry->key), entry->key.Cstr())) continue;
