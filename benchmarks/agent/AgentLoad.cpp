@@ -108,7 +108,7 @@ void TimeCopies(const kecpp::Inventory& inventory) {
     tools::agent::XmlWriter out;
     const auto cursor = tools::agent::ObjectsOf(type, properties, {});
     const long start = ProcessorTime();
-    while (!cursor->AtEnd()) cursor->Write(inventory, 256, out);
+    while (!cursor->AtEnd()) cursor->Write(&inventory, 256, out);
     times.push_back(ProcessorTime() - start);
   }
   PrintTimes("copied all machines", times);

@@ -5,11 +5,14 @@
 //   POST /cimom     the request line without the version, and headers; Connection is added, and so
 //                   are Host, Content-Type and Content-Length where they are missing
 //   body            of the request
-//   call METHOD     a body that is a call with these parameters
+//   call METHOD     a body that is a call with these parameters; "$CONTEXT" is the enumeration's
+//                   that the answer before it has opened
 //   answer STATUS   sends it; the answer holds these lines, headers included, but not those that
 //                   begin with "!"
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <regex>
 
 #include "agent/AgentProcess.h"
 #include "agent/RawClient.h"
@@ -56,20 +59,29 @@ void AddMissing(std::string& head, std::size_t bodyLength) {
   }
 }
 
+std::string WithContext(const std::string& text, const std::string& context) {
+  return std::regex_replace(text, std::regex("\\$CONTEXT"), context);
+}
+
 // False when the file expects nothing.
 bool RunCase(const std::filesystem::path& file, int port) {
-  std::string head, body;
+  std::string head, body, context;
   bool answered = false;
   for (const Section& section : ReadCase(file)) {
     if (section.name == "body") {
       body = Lines(section.text, "");
     } else if (section.name == "call") {
-      body = CimCall(section.argument, Lines(section.text, ""));
+      body = CimCall(section.argument, Lines(WithContext(section.text, context), ""));
     } else if (section.name == "answer") {
       AddMissing(head, body.size());
       RawClient client(port);
       client.Send(head + "\r\n" + body);
-      ExpectAnswer(section, client.Receive());
+      const std::string answer = client.Receive();
+      ExpectAnswer(section, answer);
+      std::smatch opened;
+      if (std::regex_search(answer, opened, std::regex("<VALUE>([0-9a-f]{32})</VALUE>"))) {
+        context = opened[1];
+      }
       answered = true;
     } else {
       head = section.name + " " + section.argument + " HTTP/1.1\r\nConnection: close\r\n" +

@@ -12,6 +12,7 @@
 #include "tools/agent/Content.h"
 #include "tools/agent/Errors.h"
 #include "tools/agent/InventoryGate.h"
+#include "tools/agent/PullSessions.h"
 #include "tools/agent/Queries.h"
 #include "tools/agent/Request.h"
 #include "tools/agent/StoredInstances.h"
@@ -25,7 +26,9 @@ struct Call {
   const InventoryGate& gate;
   const StoredSource& stored;
   const std::string& host;
-  Turns& turns;  // to be taken while many objects or links are copied
+  std::size_t client;  // who asks: the same for the same credentials
+  Turns& turns;        // to be taken while many objects or links are copied
+  PullSessions& pulls;
 };
 
 // A class of the request's namespace. `status` is the error when there is none of that name.

@@ -60,6 +60,10 @@ std::string HostOf(const httplib::Request& http) {
   return host.empty() ? "localhost" : host;
 }
 
+std::size_t ClientOf(const httplib::Request& http) {
+  return std::hash<std::string>{}(http.get_header_value("Authorization"));
+}
+
 // The frame of a chunk: the end of the one before, and the size of this one.
 std::string ChunkBegin(bool isFirst, std::size_t size) {
   char text[32];
@@ -150,7 +154,7 @@ void Answer(const Operations& operations, const httplib::Request& http, httplib:
     CheckHeaders(http, request);
     counted.operation = Operations::NameOf(request);
     operations.Await(request);
-    const std::shared_ptr<Reply> reply = operations.Answer(request, HostOf(http));
+    const std::shared_ptr<Reply> reply = operations.Answer(request, HostOf(http), ClientOf(http));
     counted.outcome = reply->Outcome();
     SetContent(reply, http, response, counters);
   } catch (const MessageError& error) {

@@ -23,14 +23,17 @@ std::size_t NextObjects(std::size_t objects, std::size_t bytes) {
 Content::Content(std::unique_ptr<Cursor> objectCursor, const InventoryGate::Visit& inventoryVisit)
     : cursor(std::move(objectCursor)), visit(inventoryVisit), objects(FIRST_OBJECTS) {}
 
+Content::Content(std::unique_ptr<Cursor> storedCursor)
+    : cursor(std::move(storedCursor)), objects(FIRST_OBJECTS) {}
+
 bool Content::WriteNext(XmlWriter& out) {
   if (!cursor) {
     whole(out);
     return false;
   }
   const std::size_t before = out.Written().size();
-  const std::size_t written = cursor->Write(visit->Inventory(), objects, out);
-  visit->Confirm();
+  const std::size_t written = cursor->Write(visit ? &visit->Inventory() : nullptr, objects, out);
+  if (visit) visit->Confirm();
   if (written > 0) objects = NextObjects(written, out.Written().size() - before);
   return !cursor->AtEnd();
 }

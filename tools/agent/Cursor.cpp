@@ -36,7 +36,7 @@ class Sequence final : public Cursor {
  public:
   explicit Sequence(Cursors all) : cursors(std::move(all)) {}
 
-  std::size_t Write(const kecpp::Inventory& inventory, std::size_t most, XmlWriter& out) override {
+  std::size_t Write(const kecpp::Inventory* inventory, std::size_t most, XmlWriter& out) override {
     return AtEnd() ? 0 : cursors[current]->Write(inventory, most, out);
   }
   bool AtEnd() const override {
@@ -81,9 +81,9 @@ class ObjectWalk final : public Cursor {
         wanted(std::move(whichAreWanted)),
         rows(reader.Width()) {}
 
-  std::size_t Write(const kecpp::Inventory& inventory, std::size_t most, XmlWriter& out) override {
+  std::size_t Write(const kecpp::Inventory* inventory, std::size_t most, XmlWriter& out) override {
     rows.Clear();
-    more = ForNextView(inventory, kind, walk, most, [this](const ObjectView& object) {
+    more = ForNextView(*inventory, kind, walk, most, [this](const ObjectView& object) {
       if (!wanted || wanted(object)) reader.Add(object, rows);
     });
     return WriteRows(element, rows, out);
@@ -111,10 +111,10 @@ class OneObject final : public Cursor {
         key(std::move(objectKey)),
         wanted(std::move(isWanted)) {}
 
-  std::size_t Write(const kecpp::Inventory& inventory, std::size_t, XmlWriter& out) override {
+  std::size_t Write(const kecpp::Inventory* inventory, std::size_t, XmlWriter& out) override {
     Rows rows(reader.Width());
     more = false;
-    LookAtView(inventory, kind, key, [&](const ObjectView& object) {
+    LookAtView(*inventory, kind, key, [&](const ObjectView& object) {
       if (wanted(object)) reader.Add(object, rows);
     });
     return WriteRows(element, rows, out);
@@ -134,16 +134,17 @@ class OneObject final : public Cursor {
 class KeyList final : public Cursor {
  public:
   KeyList(const ClassRow& type, const std::vector<ClassProperty>& properties, std::string all,
-          Element prepared)
+          Element prepared, Wanted whichAreWanted)
       : kind(*type.kind),
         reader(type, properties),
         element(std::move(prepared)),
+        wanted(std::move(whichAreWanted)),
         keys(std::move(all)),
         rows(reader.Width()) {}
 
-  std::size_t Write(const kecpp::Inventory& inventory, std::size_t most, XmlWriter& out) override {
+  std::size_t Write(const kecpp::Inventory* inventory, std::size_t most, XmlWriter& out) override {
     rows.Clear();
-    for (std::size_t i = 0; i < most && !keys.AtEnd(); ++i) Add(inventory, keys.Take());
+    for (std::size_t i = 0; i < most && !keys.AtEnd(); ++i) Add(*inventory, keys.Take());
     return WriteRows(element, rows, out);
   }
   bool AtEnd() const override { return keys.AtEnd(); }
@@ -151,14 +152,16 @@ class KeyList final : public Cursor {
 
  private:
   void Add(const kecpp::Inventory& inventory, std::string_view key) {
-    if (reader.Width() == 1) return rows.Put(key);
-    LookAtView(inventory, kind, kecpp::Decode(key),
-               [this](const ObjectView& object) { reader.Add(object, rows); });
+    if (reader.Width() == 1 && !wanted) return rows.Put(key);
+    LookAtView(inventory, kind, kecpp::Decode(key), [this](const ObjectView& object) {
+      if (!wanted || wanted(object)) reader.Add(object, rows);
+    });
   }
 
   const kecpp::Kind kind;
   const Reader reader;
   const Element element;
+  const Wanted wanted;
   Texts keys;
   Rows rows;
 };
@@ -189,7 +192,7 @@ class LinkList final : public Cursor {
  public:
   LinkList(Fan links, Element prepared) : fan(std::move(links)), element(std::move(prepared)) {}
 
-  std::size_t Write(const kecpp::Inventory&, std::size_t most, XmlWriter& out) override {
+  std::size_t Write(const kecpp::Inventory*, std::size_t most, XmlWriter& out) override {
     rows.Clear();
     fan.Take(most, rows);
     return WriteRows(element, rows, out);
@@ -209,10 +212,10 @@ class LinkWalk final : public Cursor {
   LinkWalk(const ClassRow& assocClass, Element prepared)
       : origin(OriginOf(assocClass)), results(assocClass.results), element(std::move(prepared)) {}
 
-  std::size_t Write(const kecpp::Inventory& inventory, std::size_t most, XmlWriter& out) override {
+  std::size_t Write(const kecpp::Inventory* inventory, std::size_t most, XmlWriter& out) override {
     rows.Clear();
     while (rows.Count() < most && !AtEnd()) {
-      if (fan.AtEnd()) ReadFan(inventory);
+      if (fan.AtEnd()) ReadFan(*inventory);
       fan.Take(most - rows.Count(), rows);
     }
     return WriteRows(element, rows, out);
@@ -263,8 +266,9 @@ std::unique_ptr<Cursor> LinksOf(const ClassRow& assocClass, Element element) {
 
 std::unique_ptr<Cursor> ObjectsWithKeys(const ClassRow& type,
                                         const std::vector<ClassProperty>& properties,
-                                        std::string keys, Element element) {
-  return std::make_unique<KeyList>(type, properties, std::move(keys), std::move(element));
+                                        std::string keys, Element element, Wanted wanted) {
+  return std::make_unique<KeyList>(type, properties, std::move(keys), std::move(element),
+                                   std::move(wanted));
 }
 
 std::unique_ptr<Cursor> LinksWithPartners(std::string own, bool isOrigin, std::string partners,

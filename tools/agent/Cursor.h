@@ -26,9 +26,9 @@ class Cursor {
  public:
   virtual ~Cursor() = default;
 
-  // Writes the next objects, at most `most`, which is not 0, and gives their number. It may be
-  // smaller, also 0, before the end. O(portion).
-  virtual std::size_t Write(const kecpp::Inventory& inventory, std::size_t most,
+  // `inventory` is null for a cursor that reads none. Writes the next objects, at most `most`,
+  // which is not 0, and gives their number. It may be smaller, also 0, before the end. O(portion).
+  virtual std::size_t Write(const kecpp::Inventory* inventory, std::size_t most,
                             XmlWriter& out) = 0;
 
   // Whether nothing is left to write.
@@ -59,11 +59,11 @@ std::unique_ptr<Cursor> ObjectOf(const ClassRow& type, const std::vector<ClassPr
 // Every link of a concrete association class, by an element for links.
 std::unique_ptr<Cursor> LinksOf(const ClassRow& assocClass, Element element);
 
-// The objects of a class that have these keys: XML texts, each followed by a NUL. Without
-// properties they are not looked up.
+// The objects of a class that have these keys, or those of them that are wanted: XML texts, each
+// followed by a NUL. Without properties and a condition they are not looked up.
 std::unique_ptr<Cursor> ObjectsWithKeys(const ClassRow& type,
                                         const std::vector<ClassProperty>& properties,
-                                        std::string keys, Element element);
+                                        std::string keys, Element element, Wanted wanted = nullptr);
 
 // The links of one object, whose key is `own`, with these partners: keys as above.
 std::unique_ptr<Cursor> LinksWithPartners(std::string own, bool isOrigin, std::string partners,

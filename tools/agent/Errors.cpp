@@ -23,6 +23,14 @@ const char* StatusName(Status status) {
       return "CIM_ERR_INVALID_QUERY";
     case Status::MethodNotFound:
       return "CIM_ERR_METHOD_NOT_FOUND";
+    case Status::InvalidEnumerationContext:
+      return "CIM_ERR_INVALID_ENUMERATION_CONTEXT";
+    case Status::InvalidOperationTimeout:
+      return "CIM_ERR_INVALID_OPERATION_TIMEOUT";
+    case Status::ContinuationOnErrorNotSupported:
+      return "CIM_ERR_CONTINUATION_ON_ERROR_NOT_SUPPORTED";
+    case Status::ServerLimitsExceeded:
+      return "CIM_ERR_SERVER_LIMITS_EXCEEDED";
     default:
       return "CIM_ERR_FAILED";
   }

@@ -22,6 +22,10 @@ enum class Status {
   QueryLanguageNotSupported = 14,
   InvalidQuery = 15,
   MethodNotFound = 17,
+  InvalidEnumerationContext = 21,
+  InvalidOperationTimeout = 22,
+  ContinuationOnErrorNotSupported = 26,
+  ServerLimitsExceeded = 27,
 };
 
 // As the standard writes it.

@@ -8,32 +8,13 @@
 
 #include "tools/agent/Errors.h"
 #include "tools/agent/ObjectElements.h"
+#include "tools/agent/Records.h"
 
 namespace tools::agent {
 namespace {
 
 ElementStyle Style(const Call& call, Shape shape) {
   return {shape, call.host, call.request.Flag("IncludeClassOrigin", false)};
-}
-
-// The instances of a class and of those below it: objects, then links.
-Content Enumerate(const Call& call, Shape shape) {
-  const ClassRow& asked = RequestedClass(call.request);
-  const auto types = ConcreteClasses(asked);
-  const auto visit = EnterInventory(call, types);
-  Cursors objects, links;
-  for (const ClassRow* type : types) {
-    std::vector<ClassProperty> columns;
-    if (shape != Shape::Name) columns = InstanceProperties(call.request, asked, *type);
-    if (type->isAssociation) {
-      links.push_back(LinksOf(*type, LinkElement(Style(call, shape), *type, columns)));
-    } else {
-      objects.push_back(
-          ObjectsOf(*type, columns, ObjectElement(Style(call, shape), *type, columns)));
-    }
-  }
-  std::move(links.begin(), links.end(), std::back_inserter(objects));
-  return {InSequence(std::move(objects)), visit};
 }
 
 // How an instance of a class is read and written.
@@ -79,12 +60,32 @@ Content GetLink(const Call& call) {
 
 }  // namespace
 
+Content SelectInstances(const Call& call, Shape shape, const query::Expression* condition) {
+  const ClassRow& asked = RequestedClass(call.request);
+  if (condition) query::Condition(*condition, asked, "");
+  const auto types = ConcreteClasses(asked);
+  const auto visit = EnterInventory(call, types);
+  Cursors objects, links;
+  for (const ClassRow* type : types) {
+    std::vector<ClassProperty> columns;
+    if (HasInstance(shape)) columns = InstanceProperties(call.request, asked, *type);
+    if (!type->isAssociation) {
+      objects.push_back(ObjectsOf(*type, columns, ObjectElement(Style(call, shape), *type, columns),
+                                  condition ? WantedObjects(*condition, *type, "") : nullptr));
+    } else if (!condition || query::Condition(*condition, *type, "").Holds(LinkRecord())) {
+      links.push_back(LinksOf(*type, LinkElement(Style(call, shape), *type, columns)));
+    }
+  }
+  std::move(links.begin(), links.end(), std::back_inserter(objects));
+  return {InSequence(std::move(objects)), visit};
+}
+
 Content EnumerateInstances(const Call& call) {
-  return Enumerate(call, Shape::NamedInstance);
+  return SelectInstances(call, Shape::NamedInstance, nullptr);
 }
 
 Content EnumerateInstanceNames(const Call& call) {
-  return Enumerate(call, Shape::Name);
+  return SelectInstances(call, Shape::Name, nullptr);
 }
 
 Content GetInstance(const Call& call) {

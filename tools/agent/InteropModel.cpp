@@ -93,9 +93,9 @@ void InteropModel::AddNamespaces(const std::string& host, const Stored& manager)
 
 void InteropModel::AddMechanism(const std::string& host, const Stored& manager, bool hasUsers) {
   StoredInstance mechanism = Make("CIM_CIMXMLCommunicationMechanism", host, "kecpp-agent:cim-xml");
-  // Basic read, association traversal, qualifier declaration.
+  // Basic read, association traversal, queries, qualifier declaration, pulled read and queries.
   mechanism.Set("CommunicationMechanism", std::string(CIM_XML))
-      .Set("FunctionalProfilesSupported", std::vector<std::string>{"2", "6", "8"})
+      .Set("FunctionalProfilesSupported", std::vector<std::string>{"2", "6", "7", "8", "10", "12"})
       .Set("MultipleOperationsSupported", std::string("FALSE"))
       .Set("AuthenticationMechanismsSupported",
            std::vector<std::string>{hasUsers ? "3" : "2"})  // basic, none

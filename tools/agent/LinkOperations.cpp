@@ -7,6 +7,7 @@
 
 #include "tools/agent/Errors.h"
 #include "tools/agent/ObjectElements.h"
+#include "tools/agent/Records.h"
 
 namespace tools::agent {
 namespace {
@@ -21,7 +22,7 @@ Content AboutLinks(const Call& call, const LinkFilter& filter, Arrange arrange,
                    const MakeCursor& make) {
   if (NamesLink(call.request, "ObjectName")) {
     NamedLink(call, "ObjectName");
-    return [](XmlWriter&) {};
+    return Content(InSequence({}));
   }
   const auto objects = NamedObjects(call.request, "ObjectName");
   const auto visit = EnterInventory(call, TypesOf(objects));
@@ -54,48 +55,51 @@ void ArrangeByPartner(std::vector<LinksOfClass>& byClass) {
                    });
 }
 
-Content AboutPartners(const Call& call, Shape shape) {
+}  // namespace
+
+Content SelectPartners(const Call& call, Shape shape, const query::Expression* condition) {
   const LinkFilter filter{FilterClass(call.request, "AssocClass"),
                           FilterClass(call.request, "ResultClass"), call.request.Text("Role"),
                           call.request.Text("ResultRole")};
   return AboutLinks(call, filter, ArrangeByPartner, [&](const std::string&, LinksOfClass& links) {
     const ClassRow& type = *links.partnerType;
     std::vector<ClassProperty> columns;
-    if (shape == Shape::ObjectWithPath) columns = WantedProperties(call.request, type);
+    if (HasInstance(shape)) columns = WantedProperties(call.request, type);
     return ObjectsWithKeys(type, columns, std::move(links.partners),
-                           ObjectElement(Style(call, shape), type, columns));
+                           ObjectElement(Style(call, shape), type, columns),
+                           condition ? WantedObjects(*condition, type, "") : nullptr);
   });
 }
 
 // Of references the result class is that of the association.
-Content AboutReferences(const Call& call, Shape shape) {
+Content SelectLinks(const Call& call, Shape shape, const query::Expression* condition) {
   const LinkFilter filter{FilterClass(call.request, "ResultClass"), nullptr,
                           call.request.Text("Role"), ""};
   return AboutLinks(
       call, filter, [](std::vector<LinksOfClass>&) {},
       [&](const std::string& key, LinksOfClass& links) {
+        const bool holds =
+            !condition || query::Condition(*condition, *links.type, "").Holds(LinkRecord());
         const auto columns = WantedProperties(call.request, *links.type);
-        return LinksWithPartners(key, links.isOrigin, std::move(links.partners),
+        return LinksWithPartners(key, links.isOrigin, holds ? std::move(links.partners) : "",
                                  LinkElement(Style(call, shape), *links.type, columns));
       });
 }
 
-}  // namespace
-
 Content Associators(const Call& call) {
-  return AboutPartners(call, Shape::ObjectWithPath);
+  return SelectPartners(call, Shape::ObjectWithPath, nullptr);
 }
 
 Content AssociatorNames(const Call& call) {
-  return AboutPartners(call, Shape::ObjectPath);
+  return SelectPartners(call, Shape::ObjectPath, nullptr);
 }
 
 Content References(const Call& call) {
-  return AboutReferences(call, Shape::ObjectWithPath);
+  return SelectLinks(call, Shape::ObjectWithPath, nullptr);
 }
 
 Content ReferenceNames(const Call& call) {
-  return AboutReferences(call, Shape::ObjectPath);
+  return SelectLinks(call, Shape::ObjectPath, nullptr);
 }
 
 }  // namespace tools::agent

@@ -88,11 +88,24 @@ Element Dressed(const ElementStyle& style, AddName addName, AddInstance addInsta
       addInstance(element);
       out.Close("VALUE.OBJECTWITHPATH");
       break;
+    case Shape::Path:
+      addPath();
+      break;
+    case Shape::WithPath:
+      out.Open("VALUE.INSTANCEWITHPATH");
+      addPath();
+      addInstance(element);
+      out.Close("VALUE.INSTANCEWITHPATH");
+      break;
   }
   return element;
 }
 
 }  // namespace
+
+bool HasInstance(Shape shape) {
+  return shape != Shape::Name && shape != Shape::ObjectPath && shape != Shape::Path;
+}
 
 Element ObjectElement(const ElementStyle& style, const ClassRow& type,
                       const std::vector<ClassProperty>& properties) {

@@ -19,7 +19,12 @@ enum class Shape {
   NamedInstance,   // VALUE.NAMEDINSTANCE: both
   ObjectPath,      // OBJECTPATH with the INSTANCEPATH
   ObjectWithPath,  // VALUE.OBJECTWITHPATH: INSTANCEPATH and INSTANCE
+  Path,            // INSTANCEPATH
+  WithPath,        // VALUE.INSTANCEWITHPATH: INSTANCEPATH and INSTANCE
 };
+
+// Whether it has an INSTANCE.
+bool HasInstance(Shape shape);
 
 struct ElementStyle {
   Shape shape;

@@ -10,6 +10,7 @@
 #include "tools/agent/Errors.h"
 #include "tools/agent/InstanceOperations.h"
 #include "tools/agent/LinkOperations.h"
+#include "tools/agent/PullOperations.h"
 #include "tools/agent/QueryOperations.h"
 #include "tools/agent/StoredOperations.h"
 #include "tools/common/Schema.h"
@@ -19,14 +20,18 @@ namespace {
 
 using Answerer = Content (*)(const Call& call);
 
+// What an operation reads of the inventory: nothing, what it answers as it is sent, or a portion,
+// which would be lost with its answer.
+enum Reading { NOTHING, INVENTORY, PORTIONS };
+
 // Who answers an operation.
 struct OperationRow {
   const char* name;
   Answerer ofInventory;  // about the daemon's objects, or without instances
   Answerer ofStored;     // about what is stored; null: as the one before
   Answerer ofClass;      // where "ObjectName" is a class
-  bool readsInventory;
-  const char* parameters[9];  // null after the last
+  Reading reading;
+  const char* parameters[13];  // null after the last
 };
 
 // A method of a class: nothing has one. What it is called on must be there.
@@ -43,77 +48,147 @@ Content InvokeMethod(const Call& call) {
 }
 
 constexpr OperationRow EXTRINSIC = {
-    "",   InvokeMethod<GetInstance>,    InvokeMethod<GetStored>, nullptr,
-    true, {"ClassName", "InstanceName"}};
+    "",        InvokeMethod<GetInstance>,    InvokeMethod<GetStored>, nullptr,
+    INVENTORY, {"ClassName", "InstanceName"}};
 
 constexpr OperationRow OPERATIONS[] = {
     {"EnumerateInstances",
      EnumerateInstances,
      EnumerateStored,
      nullptr,
-     true,
+     INVENTORY,
      {"ClassName", "LocalOnly", "DeepInheritance", "IncludeQualifiers", "IncludeClassOrigin",
       "PropertyList"}},
     {"EnumerateInstanceNames",
      EnumerateInstanceNames,
      EnumerateStoredNames,
      nullptr,
-     true,
+     INVENTORY,
      {"ClassName"}},
     {"GetInstance",
      GetInstance,
      GetStored,
      nullptr,
-     true,
+     INVENTORY,
      {"InstanceName", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin", "PropertyList"}},
     {"Associators",
      Associators,
      StoredAssociators,
      ClassAssociators,
-     true,
+     INVENTORY,
      {"ObjectName", "AssocClass", "ResultClass", "Role", "ResultRole", "IncludeQualifiers",
       "IncludeClassOrigin", "PropertyList"}},
     {"AssociatorNames",
      AssociatorNames,
      StoredAssociatorNames,
      ClassAssociatorNames,
-     true,
+     INVENTORY,
      {"ObjectName", "AssocClass", "ResultClass", "Role", "ResultRole"}},
     {"References",
      References,
      StoredReferences,
      ClassReferences,
-     true,
+     INVENTORY,
      {"ObjectName", "ResultClass", "Role", "IncludeQualifiers", "IncludeClassOrigin",
       "PropertyList"}},
     {"ReferenceNames",
      ReferenceNames,
      StoredReferenceNames,
      ClassReferenceNames,
-     true,
+     INVENTORY,
      {"ObjectName", "ResultClass", "Role"}},
-    {"ExecQuery", ExecQuery, ExecStoredQuery, nullptr, true, {"QueryLanguage", "Query"}},
+    {"ExecQuery", ExecQuery, ExecStoredQuery, nullptr, INVENTORY, {"QueryLanguage", "Query"}},
+    {"OpenEnumerateInstances",
+     OpenInstances,
+     nullptr,
+     nullptr,
+     PORTIONS,
+     {"ClassName", "DeepInheritance", "IncludeClassOrigin", "PropertyList", "FilterQueryLanguage",
+      "FilterQuery", "OperationTimeout", "ContinueOnError", "MaxObjectCount"}},
+    {"OpenEnumerateInstancePaths",
+     OpenInstancePaths,
+     nullptr,
+     nullptr,
+     PORTIONS,
+     {"ClassName", "FilterQueryLanguage", "FilterQuery", "OperationTimeout", "ContinueOnError",
+      "MaxObjectCount"}},
+    {"OpenAssociatorInstances",
+     OpenAssociators,
+     nullptr,
+     nullptr,
+     PORTIONS,
+     {"InstanceName", "AssocClass", "ResultClass", "Role", "ResultRole", "IncludeClassOrigin",
+      "PropertyList", "FilterQueryLanguage", "FilterQuery", "OperationTimeout", "ContinueOnError",
+      "MaxObjectCount"}},
+    {"OpenAssociatorInstancePaths",
+     OpenAssociatorPaths,
+     nullptr,
+     nullptr,
+     PORTIONS,
+     {"InstanceName", "AssocClass", "ResultClass", "Role", "ResultRole", "FilterQueryLanguage",
+      "FilterQuery", "OperationTimeout", "ContinueOnError", "MaxObjectCount"}},
+    {"OpenReferenceInstances",
+     OpenReferences,
+     nullptr,
+     nullptr,
+     PORTIONS,
+     {"InstanceName", "ResultClass", "Role", "IncludeClassOrigin", "PropertyList",
+      "FilterQueryLanguage", "FilterQuery", "OperationTimeout", "ContinueOnError",
+      "MaxObjectCount"}},
+    {"OpenReferenceInstancePaths",
+     OpenReferencePaths,
+     nullptr,
+     nullptr,
+     PORTIONS,
+     {"InstanceName", "ResultClass", "Role", "FilterQueryLanguage", "FilterQuery",
+      "OperationTimeout", "ContinueOnError", "MaxObjectCount"}},
+    {"OpenQueryInstances",
+     OpenQuery,
+     nullptr,
+     nullptr,
+     PORTIONS,
+     {"FilterQueryLanguage", "FilterQuery", "ReturnQueryResultClass", "OperationTimeout",
+      "ContinueOnError", "MaxObjectCount"}},
+    {"PullInstancesWithPath",
+     PullWithPath,
+     nullptr,
+     nullptr,
+     PORTIONS,
+     {"EnumerationContext", "MaxObjectCount"}},
+    {"PullInstancePaths",
+     PullPaths,
+     nullptr,
+     nullptr,
+     PORTIONS,
+     {"EnumerationContext", "MaxObjectCount"}},
+    {"PullInstances",
+     PullInstances,
+     nullptr,
+     nullptr,
+     PORTIONS,
+     {"EnumerationContext", "MaxObjectCount"}},
+    {"CloseEnumeration", CloseEnumeration, nullptr, nullptr, NOTHING, {"EnumerationContext"}},
     {"EnumerateClasses",
      EnumerateClasses,
      nullptr,
      nullptr,
-     false,
+     NOTHING,
      {"ClassName", "DeepInheritance", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin"}},
     {"EnumerateClassNames",
      EnumerateClassNames,
      nullptr,
      nullptr,
-     false,
+     NOTHING,
      {"ClassName", "DeepInheritance"}},
     {"GetClass",
      GetClass,
      nullptr,
      nullptr,
-     false,
+     NOTHING,
      {"ClassName", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin", "PropertyList"}},
-    {"EnumerateQualifiers", EnumerateQualifiers, nullptr, nullptr, false, {}},
-    {"GetQualifier", GetQualifier, nullptr, nullptr, false, {"QualifierName"}},
-    {"EnumerateNamespaces", EnumerateNamespaces, nullptr, nullptr, false, {}},
+    {"EnumerateQualifiers", EnumerateQualifiers, nullptr, nullptr, NOTHING, {}},
+    {"GetQualifier", GetQualifier, nullptr, nullptr, NOTHING, {"QualifierName"}},
+    {"EnumerateNamespaces", EnumerateNamespaces, nullptr, nullptr, NOTHING, {}},
 };
 
 constexpr const char* FLAGS[] = {"LocalOnly", "DeepInheritance", "IncludeQualifiers",
@@ -172,21 +247,21 @@ Content Dispatch(const Call& call) {
 
 Content Error(const OperationError& error) {
   const std::string code = std::to_string(static_cast<int>(error.status));
-  return
+  return Content::OfResponse(
       [code, text = std::string(StatusName(error.status)) + ": " + error.what()](XmlWriter& out) {
         out.Empty("ERROR", {{"CODE", code}, {"DESCRIPTION", text}});
-      };
+      });
 }
 
 // What the method returns, or the error.
 std::unique_ptr<Reply> Begin(const Call& call) {
-  const auto make = [&](Content content, bool returnsValue) {
-    return std::make_unique<Reply>(call.request, std::move(content), returnsValue, call.turns);
+  const auto make = [&](Content content) {
+    return std::make_unique<Reply>(call.request, std::move(content), call.turns);
   };
   try {
-    return make(Dispatch(call), true);
+    return make(Dispatch(call));
   } catch (const OperationError& error) {
-    auto reply = make(Error(error), false);
+    auto reply = make(Error(error));
     reply->SetOutcome(StatusName(error.status));
     return reply;
   }
@@ -209,22 +284,44 @@ const char* Operations::NameOf(const Request& request) {
 
 void Operations::Await(const Request& request) const {
   const OperationRow* row = Find(request);
-  const bool reads = row && row->readsInventory && AnswererOf(*row, request) == row->ofInventory;
-  if (reads) gate.AwaitOpen();
+  if (!row || row->reading == NOTHING || !request.space) return;
+  const bool isOfInventory = AnswererOf(*row, request) == row->ofInventory;
+  if (isOfInventory && request.space->space == SYSTEMS) gate.AwaitOpen();
+}
+
+std::unique_ptr<Reply> Operations::Answer(const Request& request, const std::string& host,
+                                          std::size_t client) const {
+  const auto deadline = Backlog::Clock::now() + patience;
+  const Call call{request, gate, stored, host, client, turns, pulls};
+  const OperationRow* row = Find(request);
+  return row && row->reading == PORTIONS ? Portion(call, deadline) : Whole(call, deadline);
 }
 
 // Waits for room without what its first try has made.
-std::unique_ptr<Reply> Operations::Answer(const Request& request, const std::string& host) const {
-  const auto deadline = Backlog::Clock::now() + patience;
+std::unique_ptr<Reply> Operations::Whole(const Call& call, Backlog::Clock::time_point end) const {
   std::size_t bytes = 1;  // not known yet
-  while (backlog.AwaitRoom(bytes, deadline)) {
-    auto reply = Begin({request, gate, stored, host, turns});
+  while (backlog.AwaitRoom(bytes, end)) {
+    auto reply = Begin(call);
     reply->Next();
     bytes = reply->Bytes();
     if (auto share = backlog.Reserve(bytes)) {
       reply->Keep(std::move(share));
       return reply;
     }
+  }
+  throw NotReady("too many answers wait to be taken");
+}
+
+// There must be room before it is made: it cannot be made twice.
+std::unique_ptr<Reply> Operations::Portion(const Call& call, Backlog::Clock::time_point end) const {
+  while (backlog.AwaitRoom(PORTION_ROOM, end)) {
+    auto share = backlog.Reserve(PORTION_ROOM);
+    if (!share) continue;
+    auto reply = Begin(call);
+    reply->Next();
+    share->Resize(reply->Bytes());
+    reply->Keep(std::move(share));
+    return reply;
   }
   throw NotReady("too many answers wait to be taken");
 }

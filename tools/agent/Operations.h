@@ -10,8 +10,10 @@
 #include <string>
 
 #include "tools/agent/Backlog.h"
+#include "tools/agent/Call.h"
 #include "tools/agent/InventoryGate.h"
 #include "tools/agent/Limits.h"
+#include "tools/agent/PullSessions.h"
 #include "tools/agent/Reply.h"
 #include "tools/agent/Request.h"
 #include "tools/agent/StoredInstances.h"
@@ -36,12 +38,17 @@ class Operations {
   // status. `host` is the name that absolute object paths have. Throws NotReady while there is no
   // inventory, and when clients that do not take their replies have left no room for too long.
   // Memory is a piece, and the keys of what one object is linked to.
-  std::unique_ptr<Reply> Answer(const Request& request, const std::string& host) const;
+  // `client` is who asks: the same number for the same credentials.
+  std::unique_ptr<Reply> Answer(const Request& request, const std::string& host,
+                                std::size_t client = 0) const;
 
   // The most memory that replies have taken at a time.
   std::size_t PeakBytes() const { return backlog.Peak(); }
 
  private:
+  std::unique_ptr<Reply> Whole(const Call& call, Backlog::Clock::time_point end) const;
+  std::unique_ptr<Reply> Portion(const Call& call, Backlog::Clock::time_point end) const;
+
   const InventoryGate& gate;
   const StoredSource& stored;
   const std::chrono::seconds patience;
@@ -49,6 +56,7 @@ class Operations {
   // Copying and encoding many objects does not wait for anything: more threads than processors
   // would only be interrupted while they hold the library's locks, and keep changes waiting.
   mutable Turns turns;
+  mutable PullSessions pulls;
 };
 
 }  // namespace tools::agent

@@ -16,12 +16,11 @@ constexpr std::size_t MOST_PIECE_BYTES = 2 * PIECE_BYTES;
 
 }  // namespace
 
-Reply::Reply(const Request& request, Content returned, bool returnsSome, Turns& makersTurns)
+Reply::Reply(const Request& request, Content returned, Turns& makersTurns)
     : messageId(request.messageId),
       protocolVersion(request.protocolVersion),
       method(request.method),
       response(request.isExtrinsic ? "METHODRESPONSE" : "IMETHODRESPONSE"),
-      returnsValue(returnsSome),
       content(std::move(returned)),
       turns(makersTurns) {}
 
@@ -51,11 +50,11 @@ void Reply::Begin() {
   out.Open("MESSAGE", {{"ID", messageId}, {"PROTOCOLVERSION", protocolVersion}});
   out.Open("SIMPLERSP");
   out.Open(response, {{"NAME", method}});
-  if (returnsValue) out.Open("IRETURNVALUE");
+  if (content.IsReturnValue()) out.Open("IRETURNVALUE");
 }
 
 void Reply::End() {
-  if (returnsValue) out.Close("IRETURNVALUE");
+  if (content.IsReturnValue()) out.Close("IRETURNVALUE");
   out.Close(response);
   out.Close("SIMPLERSP");
   out.Close("MESSAGE");

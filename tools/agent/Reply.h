@@ -21,8 +21,8 @@ namespace tools::agent {
 
 class Reply {
  public:
-  // `returnsValue`: the content is that of an IRETURNVALUE. The turns outlive the object.
-  Reply(const Request& request, Content content, bool returnsValue, Turns& turns);
+  // The turns outlive the object.
+  Reply(const Request& request, Content content, Turns& turns);
 
   // Makes the next piece, which takes the place of the one before; false when there is none. For
   // many objects it waits for a turn, which it gives back: none is held while a client reads.
@@ -54,7 +54,6 @@ class Reply {
   const std::string protocolVersion;
   const std::string method;
   const char* const response;  // the element around the answer
-  const bool returnsValue;
   const char* outcome = "ok";
   Content content;
   Turns& turns;

@@ -4,16 +4,13 @@
 #include <algorithm>
 #include <utility>
 
-#include "tools/agent/StoredElements.h"
+#include "tools/agent/Records.h"
+#include "tools/agent/StoredCursor.h"
 
 namespace tools::agent {
 namespace {
 
 using List = std::vector<Stored>;
-
-StoredElements Elements(const Call& call, XmlWriter& out) {
-  return {out, call.host, call.request.nameSpace, call.request.Flag("IncludeClassOrigin", false)};
-}
 
 List OfClass(const Call& call, const ClassRow& asked) {
   List found = call.stored.All();
@@ -94,71 +91,66 @@ List Partners(const Call& call) {
   return found;
 }
 
-Content WithPaths(const Call& call, List found) {
-  return [call, found = std::move(found)](XmlWriter& out) {
-    StoredElements elements = Elements(call, out);
-    for (const Stored& instance : found) {
-      out.Open("VALUE.OBJECTWITHPATH");
-      elements.Path(*instance);
-      elements.Instance(*instance, WantedProperties(call.request, instance->Type()));
-      out.Close("VALUE.OBJECTWITHPATH");
-    }
-  };
-}
-
-Content Paths(const Call& call, List found) {
-  return [call, found = std::move(found)](XmlWriter& out) {
-    StoredElements elements = Elements(call, out);
-    for (const Stored& instance : found) {
-      out.Open("OBJECTPATH");
-      elements.Path(*instance);
-      out.Close("OBJECTPATH");
-    }
-  };
+// What is answered of the instances for which the condition holds. `asked`: the class that was
+// enumerated; null for other operations.
+Content Answer(const Call& call, const List& found, Shape shape, const query::Expression* condition,
+               const ClassRow* asked = nullptr) {
+  std::vector<StoredChoice> choices;
+  for (const Stored& instance : found) {
+    const ClassRow& type = instance->Type();
+    const bool holds =
+        !condition || query::Condition(*condition, type, "").Holds(StoredRecord(*instance));
+    if (!holds) continue;
+    choices.push_back({instance, asked ? InstanceProperties(call.request, *asked, type)
+                                       : WantedProperties(call.request, type)});
+  }
+  const bool origins = call.request.Flag("IncludeClassOrigin", false);
+  return Content(
+      StoredOnes(std::move(choices), {shape, call.host, call.request.nameSpace, origins}));
 }
 
 }  // namespace
 
-Content EnumerateStored(const Call& call) {
+Content SelectStored(const Call& call, Shape shape, const query::Expression* condition) {
   const ClassRow& asked = RequestedClass(call.request);
-  return [call, &asked, found = OfClass(call, asked)](XmlWriter& out) {
-    StoredElements elements = Elements(call, out);
-    for (const Stored& instance : found) {
-      out.Open("VALUE.NAMEDINSTANCE");
-      elements.Name(*instance);
-      elements.Instance(*instance, InstanceProperties(call.request, asked, instance->Type()));
-      out.Close("VALUE.NAMEDINSTANCE");
-    }
-  };
+  if (condition) query::Condition(*condition, asked, "");
+  return Answer(call, OfClass(call, asked), shape, condition, &asked);
+}
+
+Content SelectStoredPartners(const Call& call, Shape shape, const query::Expression* condition) {
+  return Answer(call, Partners(call), shape, condition);
+}
+
+Content SelectStoredLinks(const Call& call, Shape shape, const query::Expression* condition) {
+  return Answer(call, Links(call), shape, condition);
+}
+
+Content EnumerateStored(const Call& call) {
+  return SelectStored(call, Shape::NamedInstance, nullptr);
 }
 
 Content EnumerateStoredNames(const Call& call) {
-  return [call, found = OfClass(call, RequestedClass(call.request))](XmlWriter& out) {
-    StoredElements elements = Elements(call, out);
-    for (const Stored& instance : found) elements.Name(*instance);
-  };
+  return SelectStored(call, Shape::Name, nullptr);
 }
 
 Content GetStored(const Call& call) {
-  return [call, instance = Named(call, "InstanceName")](XmlWriter& out) {
-    Elements(call, out).Instance(*instance, WantedProperties(call.request, instance->Type()));
-  };
+  return Answer(call, {Named(call, "InstanceName")}, Shape::Instance, nullptr);
 }
 
 Content StoredAssociators(const Call& call) {
-  return WithPaths(call, Partners(call));
+  return SelectStoredPartners(call, Shape::ObjectWithPath, nullptr);
 }
 
 Content StoredAssociatorNames(const Call& call) {
-  return Paths(call, Partners(call));
+  return SelectStoredPartners(call, Shape::ObjectPath, nullptr);
 }
 
 Content StoredReferences(const Call& call) {
-  return WithPaths(call, Links(call));
+  return SelectStoredLinks(call, Shape::ObjectWithPath, nullptr);
 }
 
 Content StoredReferenceNames(const Call& call) {
-  return Paths(call, Links(call));
+  return SelectStoredLinks(call, Shape::ObjectPath, nullptr);
 }
 
 }  // namespace tools::agent
