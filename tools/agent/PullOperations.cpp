@@ -130,17 +130,17 @@ Content Pull(const Call& call, Kind kind) {
   const Request& request = call.request;
   const auto most = Number(request, "MaxObjectCount");
   if (!most) throw OperationError(Status::InvalidParameter, "MaxObjectCount is missing");
-  std::string context = request.Text("EnumerationContext");
-  auto session = call.pulls.Take(context, request.space->space, call.client, kind);
+  auto taken =
+      call.pulls.Take(request.Text("EnumerationContext"), request.space->space, call.client, kind);
   // Given back whatever happens: a daemon that is away for a moment ends no enumeration.
   struct Back {
     PullSessions& pulls;
-    std::string& context;
-    PullSessions::Session& session;
+    PullSessions::Taken& taken;
     ~Back() {
-      if (!context.empty()) pulls.Return(context, std::move(session));
+      if (taken) pulls.Return(std::move(taken));
     }
-  } const back{call.pulls, context, session};
+  } const back{call.pulls, taken};
+  PullSessions::Session& session = taken.mapped().session;
   XmlWriter portion;
   if (session.readsInventory) {
     const auto visit = call.gate.Enter();
@@ -149,9 +149,9 @@ Content Pull(const Call& call, Kind kind) {
   } else {
     WritePortion(*session.cursor, nullptr, *most, portion);
   }
-  const std::string next = session.cursor->AtEnd() ? "" : context;
-  if (next.empty()) context.clear();
-  return Answer(std::move(portion), next, NoResult);
+  if (!session.cursor->AtEnd()) return Answer(std::move(portion), taken.key(), NoResult);
+  taken = {};
+  return Answer(std::move(portion), "", NoResult);
 }
 
 }  // namespace

@@ -43,35 +43,32 @@ std::string PullSessions::Open(Session session) {
   if (sessions.size() == MOST_SESSIONS || bytes > MOST_BYTES) {
     throw OperationError(Status::ServerLimitsExceeded, "too many enumerations are open");
   }
-  Keep(context, std::move(session));
+  const auto ends = Clock::now() + session.timeout;
+  sessions.emplace(context, Kept{std::move(session), ends});
   return context;
 }
 
-PullSessions::Session PullSessions::Take(const std::string& context, Space space,
-                                         std::size_t client) {
+PullSessions::Taken PullSessions::Take(const std::string& context, Space space,
+                                       std::size_t client) {
   std::lock_guard<std::mutex> lock(mutex);
-  return std::move(sessions.extract(Find(context, space, client)).mapped().session);
+  return sessions.extract(Find(context, space, client));
 }
 
-PullSessions::Session PullSessions::Take(const std::string& context, Space space,
-                                         std::size_t client, Kind kind) {
+PullSessions::Taken PullSessions::Take(const std::string& context, Space space, std::size_t client,
+                                       Kind kind) {
   std::lock_guard<std::mutex> lock(mutex);
   const auto found = Find(context, space, client);
   if (found->second.session.kind != kind) Unknown();
-  return std::move(sessions.extract(found).mapped().session);
+  return sessions.extract(found);
 }
 
-void PullSessions::Return(const std::string& context, Session session) {
+void PullSessions::Return(Taken taken) {
   std::lock_guard<std::mutex> lock(mutex);
-  Keep(context, std::move(session));
+  taken.mapped().ends = Clock::now() + taken.mapped().session.timeout;
+  sessions.insert(std::move(taken));
 }
 
 // The caller holds the mutex, here and below.
-void PullSessions::Keep(const std::string& context, Session session) {
-  const auto ends = Clock::now() + session.timeout;
-  sessions.emplace(context, Kept{std::move(session), ends});
-}
-
 void PullSessions::DropExpired() {
   const auto now = Clock::now();
   for (auto at = sessions.begin(); at != sessions.end();) {
@@ -79,9 +76,8 @@ void PullSessions::DropExpired() {
   }
 }
 
-std::map<std::string, PullSessions::Kept>::iterator PullSessions::Find(const std::string& context,
-                                                                       Space space,
-                                                                       std::size_t client) {
+PullSessions::Sessions::iterator PullSessions::Find(const std::string& context, Space space,
+                                                    std::size_t client) {
   DropExpired();
   const auto found = sessions.find(context);
   if (found == sessions.end() || found->second.session.space != space ||

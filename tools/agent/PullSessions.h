@@ -35,6 +35,13 @@ class PullSessions {
     std::unique_ptr<Cursor> cursor;
   };
 
+  struct Kept {
+    Session session;
+    Clock::time_point ends;
+  };
+  using Sessions = std::map<std::string, Kept>;  // by context
+  using Taken = Sessions::node_type;
+
   // Keeps it and gives its context. Throws OperationError, "server limits exceeded", when there are
   // too many.
   std::string Open(Session session);
@@ -42,25 +49,18 @@ class PullSessions {
   // Takes it out of the others' reach. Throws OperationError, "invalid enumeration context", when
   // there is none of that context for that client and space, it has timed out, or another request
   // uses it. The second one tells in addition what is pulled.
-  Session Take(const std::string& context, Space space, std::size_t client);
-  Session Take(const std::string& context, Space space, std::size_t client, Kind kind);
+  Taken Take(const std::string& context, Space space, std::size_t client);
+  Taken Take(const std::string& context, Space space, std::size_t client, Kind kind);
 
-  // Gives it back under its context. Its time begins again.
-  void Return(const std::string& context, Session session);
+  // Gives it back. Its time begins again. Needs no memory.
+  void Return(Taken taken);
 
  private:
-  struct Kept {
-    Session session;
-    Clock::time_point ends;
-  };
-
-  void Keep(const std::string& context, Session session);
   void DropExpired();
-  std::map<std::string, Kept>::iterator Find(const std::string& context, Space space,
-                                             std::size_t client);
+  Sessions::iterator Find(const std::string& context, Space space, std::size_t client);
 
   std::mutex mutex;
-  std::map<std::string, Kept> sessions;  // guarded by `mutex`
+  Sessions sessions;  // guarded by `mutex`
 };
 
 }  // namespace tools::agent
