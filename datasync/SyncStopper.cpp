@@ -52,17 +52,19 @@ bool SyncStopper::End() {
   const auto giveUpAt = begin + std::chrono::seconds(75);
   state.RefuseEntries();
   Request();
+  bool interrupted = false;
   bool left = state.WaitUntilLeft(kStopStepMs);
   while (!left && Clock::now() < giveUpAt) {
     if (Clock::now() < interruptAt) {
       CancelWait();  // an earlier cancel may have overtaken the wait that it was for
     } else if (server != nullptr) {
-      // The cancel did not help, or could not be sent: the peer does not answer. Calls are cut
-      // off until a watch ends the stop.
+      // The cancel did not help, or could not be sent: the peer does not answer.
       server->Transfers().Interrupt();
+      interrupted = true;
     }
     left = state.WaitUntilLeft(kStopStepMs);
   }
+  if (interrupted) server->Transfers().Resume();  // what the caller asks next is not cut
   if (!left) {
     KELib::Logging::Log(nullptr, KELib::Logging::LOG_LEVEL_ERROR,
                         "Data sync could not be stopped: a thread is still inside.");

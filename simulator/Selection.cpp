@@ -31,9 +31,9 @@ Selection::Selection(const pugi::xml_node& element) {
     Paths& wanted = paths[Required(set, "type")];
     for (const pugi::xml_node& path : set.children("pathSet")) wanted.insert(path.text().get());
   }
-  if (paths.empty()) throw std::runtime_error("spec lacks propSet");
+  if (paths.empty()) throw std::runtime_error("the filter has no propSet");
   const pugi::xml_node objectSet = element.child("objectSet");
-  if (!objectSet) throw std::runtime_error("spec lacks objectSet");
+  if (!objectSet) throw std::runtime_error("the filter has no objectSet");
   if (objectSet.next_sibling("objectSet")) throw std::runtime_error("more than one objectSet");
   start = Required(objectSet, "obj");
   startType = objectSet.child("obj").attribute("type").value();
