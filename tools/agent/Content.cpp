@@ -8,14 +8,13 @@ namespace tools::agent {
 namespace {
 
 constexpr std::size_t FIRST_OBJECTS = 32;
-constexpr std::size_t MOST_OBJECTS = 256;  // the library's locks are held while these are copied
 constexpr std::size_t WANTED_BYTES = 65536;
 
 // How many objects the next piece takes, after one of `objects` that had so many bytes: so that a
 // few objects with huge texts do not make a huge piece.
 std::size_t NextObjects(std::size_t objects, std::size_t bytes) {
   if (bytes == 0) return objects;
-  return std::clamp<std::size_t>(objects * WANTED_BYTES / bytes, 1, MOST_OBJECTS);
+  return std::clamp<std::size_t>(objects * WANTED_BYTES / bytes, 1, MOST_AT_ONCE);
 }
 
 }  // namespace

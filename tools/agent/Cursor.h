@@ -22,6 +22,9 @@
 
 namespace tools::agent {
 
+// The library's locks are held while so many objects are copied.
+constexpr std::size_t MOST_AT_ONCE = 256;
+
 class Cursor {
  public:
   virtual ~Cursor() = default;

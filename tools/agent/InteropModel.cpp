@@ -32,9 +32,9 @@ StoredInstance Make(const char* className) {
 // Of what runs on the system of that name.
 StoredInstance Make(const char* className, const std::string& host, const std::string& name) {
   StoredInstance made = Make(className);
-  made.Set("SystemCreationClassName", std::string(SYSTEM))
+  made.Set("SystemCreationClassName", SYSTEM)
       .Set("SystemName", host)
-      .Set(CREATION_CLASS_NAME, std::string(className))
+      .Set(CREATION_CLASS_NAME, className)
       .Set("Name", name)
       .Set("ElementName", name);
   return made;
@@ -42,25 +42,25 @@ StoredInstance Make(const char* className, const std::string& host, const std::s
 
 StoredInstance& Enable(StoredInstance& element) {
   return element.Set("OperationalStatus", std::vector<std::string>{OK})
-      .Set("EnabledState", std::string(ENABLED))
-      .Set("RequestedState", std::string(NOT_APPLICABLE));
+      .Set("EnabledState", ENABLED)
+      .Set("RequestedState", NOT_APPLICABLE);
 }
 
 }  // namespace
 
 InteropModel::InteropModel(const std::string& hostName, bool hasUsers) {
   StoredInstance machine = Make(SYSTEM);
-  machine.Set(CREATION_CLASS_NAME, std::string(SYSTEM))
+  machine.Set(CREATION_CLASS_NAME, SYSTEM)
       .Set("Name", hostName)
-      .Set("NameFormat", std::string("Other"))
+      .Set("NameFormat", "Other")
       .Set("ElementName", hostName)
-      .Set("Description", std::string("The machine that the agent runs on."));
+      .Set("Description", "The machine that the agent runs on.");
   const Stored system = Add(std::move(Enable(machine)));
   StoredInstance server = Make(MANAGER, hostName, MANAGER_NAME);
   // Clients read the server's name and version from this text.
-  server.Set("Description", std::string("kecpp-agent version " KECPP_TOOLS_VERSION))
-      .Set("Started", std::string("TRUE"))
-      .Set("GatherStatisticalData", std::string("FALSE"));
+  server.Set("Description", "kecpp-agent version " KECPP_TOOLS_VERSION)
+      .Set("Started", "TRUE")
+      .Set("GatherStatisticalData", "FALSE");
   const Stored manager = Add(std::move(Enable(server)));
   Link("CIM_HostedService", "Antecedent", system, "Dependent", manager);
   AddNamespaces(hostName, manager);
@@ -83,10 +83,10 @@ void InteropModel::Link(const char* type, const char* role, const Stored& target
 void InteropModel::AddNamespaces(const std::string& host, const Stored& manager) {
   for (const Namespace& row : NAMESPACES) {
     StoredInstance space = Make("CIM_Namespace", host, row.name);
-    space.Set("ObjectManagerCreationClassName", std::string(MANAGER))
-        .Set("ObjectManagerName", std::string(MANAGER_NAME))
-        .Set("ClassInfo", std::string("0"))
-        .Set("ClassType", std::string("2"));
+    space.Set("ObjectManagerCreationClassName", MANAGER)
+        .Set("ObjectManagerName", MANAGER_NAME)
+        .Set("ClassInfo", "0")
+        .Set("ClassType", "2");
     Link("CIM_NamespaceInManager", "Antecedent", manager, "Dependent", Add(std::move(space)));
   }
 }
@@ -94,14 +94,14 @@ void InteropModel::AddNamespaces(const std::string& host, const Stored& manager)
 void InteropModel::AddMechanism(const std::string& host, const Stored& manager, bool hasUsers) {
   StoredInstance mechanism = Make("CIM_CIMXMLCommunicationMechanism", host, "kecpp-agent:cim-xml");
   // Basic read, association traversal, queries, qualifier declaration, pulled read and queries.
-  mechanism.Set("CommunicationMechanism", std::string(CIM_XML))
+  mechanism.Set("CommunicationMechanism", CIM_XML)
       .Set("FunctionalProfilesSupported", std::vector<std::string>{"2", "6", "7", "8", "10", "12"})
-      .Set("MultipleOperationsSupported", std::string("FALSE"))
+      .Set("MultipleOperationsSupported", "FALSE")
       .Set("AuthenticationMechanismsSupported",
            std::vector<std::string>{hasUsers ? "3" : "2"})  // basic, none
       .Set("AdvertiseTypes", std::vector<std::string>{NOT_ADVERTISED})
-      .Set("Version", std::string("1.4"))
-      .Set("CIMValidated", std::string("FALSE"));
+      .Set("Version", "1.4")
+      .Set("CIMValidated", "FALSE");
   Link("CIM_CommMechanismForManager", "Antecedent", manager, "Dependent",
        Add(std::move(Enable(mechanism))));
 }
@@ -109,12 +109,12 @@ void InteropModel::AddMechanism(const std::string& host, const Stored& manager, 
 // The profile of profiles conforms to itself: its central instances are the registrations.
 void InteropModel::AddProfile() {
   StoredInstance profile = Make("CIM_RegisteredProfile");
-  profile.Set("InstanceID", std::string("kecpp:Profile Registration:1.1.0"))
-      .Set("ElementName", std::string("Profile Registration"))
-      .Set("SpecificationType", std::string(PROFILE))
-      .Set("RegisteredOrganization", std::string(DMTF))
-      .Set("RegisteredName", std::string("Profile Registration"))
-      .Set("RegisteredVersion", std::string("1.1.0"))
+  profile.Set("InstanceID", "kecpp:Profile Registration:1.1.0")
+      .Set("ElementName", "Profile Registration")
+      .Set("SpecificationType", PROFILE)
+      .Set("RegisteredOrganization", DMTF)
+      .Set("RegisteredName", "Profile Registration")
+      .Set("RegisteredVersion", "1.1.0")
       .Set("AdvertiseTypes", std::vector<std::string>{NOT_ADVERTISED});
   const Stored registered = Add(std::move(profile));
   Link("CIM_ElementConformsToProfile", "ConformantStandard", registered, "ManagedElement",

@@ -22,7 +22,6 @@ using Select = Content (*)(const Call& call, Shape shape, const query::Expressio
 constexpr unsigned STANDARD_TIMEOUT = 60;
 constexpr unsigned MOST_TIMEOUT = 600;                // seconds
 constexpr std::size_t MOST_BYTES = PORTION_ROOM / 2;  // of a portion, before no object is added
-constexpr std::size_t AT_ONCE = 256;  // the library's locks are held while these are copied
 
 // Nothing when the parameter is absent or null.
 std::optional<unsigned> Number(const Request& request, const char* parameter) {
@@ -63,11 +62,15 @@ Request Renamed(Request request, std::initializer_list<std::pair<const char*, co
   return request;
 }
 
+Call With(const Call& call, const Request& request) {
+  return {request, call.gate, call.stored, call.host, call.client, call.turns, call.pulls};
+}
+
 // Writes up to so many objects; `inventory` is null for a cursor that reads none.
 void WritePortion(Cursor& cursor, const kecpp::Inventory* inventory, std::size_t most,
                   XmlWriter& out) {
   while (most > 0 && !cursor.AtEnd() && out.Written().size() < MOST_BYTES) {
-    most -= cursor.Write(inventory, std::min(most, AT_ONCE), out);
+    most -= cursor.Write(inventory, std::min(most, MOST_AT_ONCE), out);
   }
 }
 
@@ -122,8 +125,8 @@ Content OpenSelected(const Call& call, Kind kind, Select ofInventory, Select ofS
   const auto condition = ReadFilter(request);
   const Shape shape = kind == Kind::Paths ? Shape::Path : Shape::WithPath;
   const Select select = request.space->space == INTEROP ? ofStored : ofInventory;
-  const Call inner{request, call.gate, call.stored, call.host, call.client, call.turns, call.pulls};
-  return Open(call, kind, select(inner, shape, condition ? &*condition : nullptr), NoResult);
+  return Open(call, kind, select(With(call, request), shape, condition ? &*condition : nullptr),
+              NoResult);
 }
 
 Content Pull(const Call& call, Kind kind) {
@@ -184,8 +187,7 @@ Content OpenQuery(const Call& call) {
   const Request request =
       Renamed(call.request, {{"FilterQueryLanguage", "QueryLanguage"}, {"FilterQuery", "Query"}});
   const Select select = request.space->space == INTEROP ? SelectStoredByQuery : SelectByQuery;
-  const Call inner{request, call.gate, call.stored, call.host, call.client, call.turns, call.pulls};
-  Content selected = select(inner, Shape::Instance, nullptr);
+  Content selected = select(With(call, request), Shape::Instance, nullptr);
   std::vector<ClassProperty> properties;
   const ClassRow& type = QueriedClass(request, properties);
   const bool wantsClass = request.Flag("ReturnQueryResultClass", false);

@@ -24,8 +24,8 @@ std::optional<StoredValue>& StoredInstance::Slot(std::string_view property) {
   return values.at(static_cast<std::size_t>(found - properties.begin()));
 }
 
-StoredInstance& StoredInstance::Set(std::string_view property, std::string value) {
-  Slot(property) = StoredValue{{std::move(value)}, nullptr};
+StoredInstance& StoredInstance::Set(std::string_view property, std::string_view value) {
+  Slot(property) = StoredValue{{std::string(value)}, nullptr};
   return *this;
 }
 

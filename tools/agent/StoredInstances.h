@@ -32,7 +32,7 @@ class StoredInstance {
   explicit StoredInstance(const ClassRow& type);
 
   // Gives a property its value; without one it is null. The class must have the property.
-  StoredInstance& Set(std::string_view property, std::string value);
+  StoredInstance& Set(std::string_view property, std::string_view value);
   StoredInstance& Set(std::string_view property, std::vector<std::string> items);
   StoredInstance& Set(std::string_view property, Stored target);
 
