@@ -80,14 +80,6 @@ Content SelectInstances(const Call& call, Shape shape, const query::Expression* 
   return {InSequence(std::move(objects)), visit};
 }
 
-Content EnumerateInstances(const Call& call) {
-  return SelectInstances(call, Shape::NamedInstance, nullptr);
-}
-
-Content EnumerateInstanceNames(const Call& call) {
-  return SelectInstances(call, Shape::Name, nullptr);
-}
-
 Content GetInstance(const Call& call) {
   if (NamesLink(call.request, "InstanceName")) return GetLink(call);
   const auto objects = NamedObjects(call.request, "InstanceName");

@@ -86,20 +86,4 @@ Content SelectLinks(const Call& call, Shape shape, const query::Expression* cond
       });
 }
 
-Content Associators(const Call& call) {
-  return SelectPartners(call, Shape::ObjectWithPath, nullptr);
-}
-
-Content AssociatorNames(const Call& call) {
-  return SelectPartners(call, Shape::ObjectPath, nullptr);
-}
-
-Content References(const Call& call) {
-  return SelectLinks(call, Shape::ObjectWithPath, nullptr);
-}
-
-Content ReferenceNames(const Call& call) {
-  return SelectLinks(call, Shape::ObjectPath, nullptr);
-}
-
 }  // namespace tools::agent

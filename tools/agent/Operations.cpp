@@ -34,6 +34,22 @@ struct OperationRow {
   const char* parameters[13];  // null after the last
 };
 
+// An operation that answers all of what a function selects, in a shape.
+template <Select select, Shape shape>
+Content All(const Call& call) {
+  return select(call, shape, nullptr);
+}
+
+template <PullKind kind, Select ofInventory, Select ofStored>
+Content Open(const Call& call) {
+  return OpenSelected(call, kind, ofInventory, ofStored);
+}
+
+template <PullKind kind>
+Content Pull(const Call& call) {
+  return agent::Pull(call, kind);
+}
+
 // A method of a class: nothing has one. What it is called on must be there.
 template <Answerer get>
 Content InvokeMethod(const Call& call) {
@@ -53,15 +69,15 @@ constexpr OperationRow EXTRINSIC = {
 
 constexpr OperationRow OPERATIONS[] = {
     {"EnumerateInstances",
-     EnumerateInstances,
-     EnumerateStored,
+     All<SelectInstances, Shape::NamedInstance>,
+     All<SelectStored, Shape::NamedInstance>,
      nullptr,
      INVENTORY,
      {"ClassName", "LocalOnly", "DeepInheritance", "IncludeQualifiers", "IncludeClassOrigin",
       "PropertyList"}},
     {"EnumerateInstanceNames",
-     EnumerateInstanceNames,
-     EnumerateStoredNames,
+     All<SelectInstances, Shape::Name>,
+     All<SelectStored, Shape::Name>,
      nullptr,
      INVENTORY,
      {"ClassName"}},
@@ -72,48 +88,48 @@ constexpr OperationRow OPERATIONS[] = {
      INVENTORY,
      {"InstanceName", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin", "PropertyList"}},
     {"Associators",
-     Associators,
-     StoredAssociators,
+     All<SelectPartners, Shape::ObjectWithPath>,
+     All<SelectStoredPartners, Shape::ObjectWithPath>,
      ClassAssociators,
      INVENTORY,
      {"ObjectName", "AssocClass", "ResultClass", "Role", "ResultRole", "IncludeQualifiers",
       "IncludeClassOrigin", "PropertyList"}},
     {"AssociatorNames",
-     AssociatorNames,
-     StoredAssociatorNames,
+     All<SelectPartners, Shape::ObjectPath>,
+     All<SelectStoredPartners, Shape::ObjectPath>,
      ClassAssociatorNames,
      INVENTORY,
      {"ObjectName", "AssocClass", "ResultClass", "Role", "ResultRole"}},
     {"References",
-     References,
-     StoredReferences,
+     All<SelectLinks, Shape::ObjectWithPath>,
+     All<SelectStoredLinks, Shape::ObjectWithPath>,
      ClassReferences,
      INVENTORY,
      {"ObjectName", "ResultClass", "Role", "IncludeQualifiers", "IncludeClassOrigin",
       "PropertyList"}},
     {"ReferenceNames",
-     ReferenceNames,
-     StoredReferenceNames,
+     All<SelectLinks, Shape::ObjectPath>,
+     All<SelectStoredLinks, Shape::ObjectPath>,
      ClassReferenceNames,
      INVENTORY,
      {"ObjectName", "ResultClass", "Role"}},
     {"ExecQuery", ExecQuery, ExecStoredQuery, nullptr, INVENTORY, {"QueryLanguage", "Query"}},
     {"OpenEnumerateInstances",
-     OpenInstances,
+     Open<PullKind::WithPath, SelectInstances, SelectStored>,
      nullptr,
      nullptr,
      PORTIONS,
      {"ClassName", "DeepInheritance", "IncludeClassOrigin", "PropertyList", "FilterQueryLanguage",
       "FilterQuery", "OperationTimeout", "ContinueOnError", "MaxObjectCount"}},
     {"OpenEnumerateInstancePaths",
-     OpenInstancePaths,
+     Open<PullKind::Paths, SelectInstances, SelectStored>,
      nullptr,
      nullptr,
      PORTIONS,
      {"ClassName", "FilterQueryLanguage", "FilterQuery", "OperationTimeout", "ContinueOnError",
       "MaxObjectCount"}},
     {"OpenAssociatorInstances",
-     OpenAssociators,
+     Open<PullKind::WithPath, SelectPartners, SelectStoredPartners>,
      nullptr,
      nullptr,
      PORTIONS,
@@ -121,14 +137,14 @@ constexpr OperationRow OPERATIONS[] = {
       "PropertyList", "FilterQueryLanguage", "FilterQuery", "OperationTimeout", "ContinueOnError",
       "MaxObjectCount"}},
     {"OpenAssociatorInstancePaths",
-     OpenAssociatorPaths,
+     Open<PullKind::Paths, SelectPartners, SelectStoredPartners>,
      nullptr,
      nullptr,
      PORTIONS,
      {"InstanceName", "AssocClass", "ResultClass", "Role", "ResultRole", "FilterQueryLanguage",
       "FilterQuery", "OperationTimeout", "ContinueOnError", "MaxObjectCount"}},
     {"OpenReferenceInstances",
-     OpenReferences,
+     Open<PullKind::WithPath, SelectLinks, SelectStoredLinks>,
      nullptr,
      nullptr,
      PORTIONS,
@@ -136,7 +152,7 @@ constexpr OperationRow OPERATIONS[] = {
       "FilterQueryLanguage", "FilterQuery", "OperationTimeout", "ContinueOnError",
       "MaxObjectCount"}},
     {"OpenReferenceInstancePaths",
-     OpenReferencePaths,
+     Open<PullKind::Paths, SelectLinks, SelectStoredLinks>,
      nullptr,
      nullptr,
      PORTIONS,
@@ -150,19 +166,19 @@ constexpr OperationRow OPERATIONS[] = {
      {"FilterQueryLanguage", "FilterQuery", "ReturnQueryResultClass", "OperationTimeout",
       "ContinueOnError", "MaxObjectCount"}},
     {"PullInstancesWithPath",
-     PullWithPath,
+     Pull<PullKind::WithPath>,
      nullptr,
      nullptr,
      PORTIONS,
      {"EnumerationContext", "MaxObjectCount"}},
     {"PullInstancePaths",
-     PullPaths,
+     Pull<PullKind::Paths>,
      nullptr,
      nullptr,
      PORTIONS,
      {"EnumerationContext", "MaxObjectCount"}},
     {"PullInstances",
-     PullInstances,
+     Pull<PullKind::Instances>,
      nullptr,
      nullptr,
      PORTIONS,

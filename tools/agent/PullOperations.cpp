@@ -6,18 +6,11 @@
 #include <utility>
 
 #include "tools/agent/ClassElements.h"
-#include "tools/agent/InstanceOperations.h"
-#include "tools/agent/LinkOperations.h"
-#include "tools/agent/PullSessions.h"
 #include "tools/agent/QueryOperations.h"
-#include "tools/agent/StoredOperations.h"
 #include "tools/agent/query/Query.h"
 
 namespace tools::agent {
 namespace {
-
-using Kind = PullSessions::Kind;
-using Select = Content (*)(const Call& call, Shape shape, const query::Expression* condition);
 
 constexpr unsigned STANDARD_TIMEOUT = 60;
 constexpr unsigned MOST_TIMEOUT = 600;                // seconds
@@ -52,12 +45,10 @@ std::optional<query::Expression> ReadFilter(const Request& request) {
                        "filters in " + language + " are not read");
 }
 
-// With the names that the operations without portions have for these parameters.
-Request Renamed(Request request, std::initializer_list<std::pair<const char*, const char*>> names) {
+// With the name that the operations without portions have for this parameter.
+Request Renamed(Request request, const char* from, const char* to) {
   for (Parameter& parameter : request.parameters) {
-    for (const auto& [from, to] : names) {
-      if (SameName(parameter.name, from)) parameter.name = to;
-    }
+    if (SameName(parameter.name, from)) parameter.name = to;
   }
   return request;
 }
@@ -98,7 +89,7 @@ Content Answer(XmlWriter portion, const std::string& context, Result result) {
 void NoResult(XmlWriter&) {}
 
 template <class Result>
-Content Open(const Call& call, Kind kind, Content selected, Result result) {
+Content Open(const Call& call, PullKind kind, Content selected, Result result) {
   const Request& request = call.request;
   const std::size_t most = Number(request, "MaxObjectCount").value_or(0);
   const std::chrono::seconds timeout = Timeout(request);
@@ -120,16 +111,33 @@ Content Open(const Call& call, Kind kind, Content selected, Result result) {
   return Answer(std::move(portion), context, result);
 }
 
-Content OpenSelected(const Call& call, Kind kind, Select ofInventory, Select ofStored) {
-  const Request request = Renamed(call.request, {{"InstanceName", "ObjectName"}});
+}  // namespace
+
+Content OpenSelected(const Call& call, PullKind kind, Select ofInventory, Select ofStored) {
+  const Request request = Renamed(call.request, "InstanceName", "ObjectName");
   const auto condition = ReadFilter(request);
-  const Shape shape = kind == Kind::Paths ? Shape::Path : Shape::WithPath;
+  const Shape shape = kind == PullKind::Paths ? Shape::Path : Shape::WithPath;
   const Select select = request.space->space == INTEROP ? ofStored : ofInventory;
   return Open(call, kind, select(With(call, request), shape, condition ? &*condition : nullptr),
               NoResult);
 }
 
-Content Pull(const Call& call, Kind kind) {
+Content OpenQuery(const Call& call) {
+  const Request& request = call.request;
+  const Asked asked = ReadQuery(request, "FilterQueryLanguage", "FilterQuery");
+  const auto select = request.space->space == INTEROP ? SelectStoredByQuery : SelectByQuery;
+  const bool wantsClass = request.Flag("ReturnQueryResultClass", false);
+  return Open(call, PullKind::Instances, select(call, asked, Shape::Instance),
+              [wantsClass, type = asked.type,
+               properties = Selected(asked.query, *asked.type)](XmlWriter& out) {
+                if (!wantsClass) return;
+                out.Open("PARAMVALUE", {{"NAME", "QueryResultClass"}});
+                WriteClass(out, *type, properties, {false, false, false});
+                out.Close("PARAMVALUE");
+              });
+}
+
+Content Pull(const Call& call, PullKind kind) {
   const Request& request = call.request;
   const auto most = Number(request, "MaxObjectCount");
   if (!most) throw OperationError(Status::InvalidParameter, "MaxObjectCount is missing");
@@ -155,61 +163,6 @@ Content Pull(const Call& call, Kind kind) {
   if (!session.cursor->AtEnd()) return Answer(std::move(portion), taken.key(), NoResult);
   taken = {};
   return Answer(std::move(portion), "", NoResult);
-}
-
-}  // namespace
-
-Content OpenInstances(const Call& call) {
-  return OpenSelected(call, Kind::WithPath, SelectInstances, SelectStored);
-}
-
-Content OpenInstancePaths(const Call& call) {
-  return OpenSelected(call, Kind::Paths, SelectInstances, SelectStored);
-}
-
-Content OpenAssociators(const Call& call) {
-  return OpenSelected(call, Kind::WithPath, SelectPartners, SelectStoredPartners);
-}
-
-Content OpenAssociatorPaths(const Call& call) {
-  return OpenSelected(call, Kind::Paths, SelectPartners, SelectStoredPartners);
-}
-
-Content OpenReferences(const Call& call) {
-  return OpenSelected(call, Kind::WithPath, SelectLinks, SelectStoredLinks);
-}
-
-Content OpenReferencePaths(const Call& call) {
-  return OpenSelected(call, Kind::Paths, SelectLinks, SelectStoredLinks);
-}
-
-Content OpenQuery(const Call& call) {
-  const Request request =
-      Renamed(call.request, {{"FilterQueryLanguage", "QueryLanguage"}, {"FilterQuery", "Query"}});
-  const Select select = request.space->space == INTEROP ? SelectStoredByQuery : SelectByQuery;
-  Content selected = select(With(call, request), Shape::Instance, nullptr);
-  std::vector<ClassProperty> properties;
-  const ClassRow& type = QueriedClass(request, properties);
-  const bool wantsClass = request.Flag("ReturnQueryResultClass", false);
-  return Open(call, Kind::Instances, std::move(selected),
-              [wantsClass, &type, properties](XmlWriter& out) {
-                if (!wantsClass) return;
-                out.Open("PARAMVALUE", {{"NAME", "QueryResultClass"}});
-                WriteClass(out, type, properties, {false, false, false});
-                out.Close("PARAMVALUE");
-              });
-}
-
-Content PullWithPath(const Call& call) {
-  return Pull(call, Kind::WithPath);
-}
-
-Content PullPaths(const Call& call) {
-  return Pull(call, Kind::Paths);
-}
-
-Content PullInstances(const Call& call) {
-  return Pull(call, Kind::Instances);
 }
 
 Content CloseEnumeration(const Call& call) {

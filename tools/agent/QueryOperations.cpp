@@ -15,37 +15,6 @@ namespace {
 
 using query::Condition;
 
-// A request's query. Names and types were looked up in the class that it asks.
-struct Asked {
-  query::Query query;
-  const ClassRow* type;
-};
-
-Asked ReadQuery(const Request& request) {
-  const std::string name = request.Text("QueryLanguage");
-  const auto language = query::FindLanguage(name);
-  if (!language || language == query::Language::fql) {
-    throw OperationError(Status::QueryLanguageNotSupported, "queries in " + name + " are not read");
-  }
-  Asked asked{query::ParseQuery(*language, request.Text("Query")), nullptr};
-  asked.type = &KnownClass(request, asked.query.className, Status::InvalidQuery);
-  for (const query::Path& path : asked.query.selected) {
-    query::FindProperty(path, *asked.type, asked.query.alias);
-  }
-  if (asked.query.where) Condition(*asked.query.where, *asked.type, asked.query.alias);
-  return asked;
-}
-
-// The properties that are selected, as a class that is or derives from the asked one has them.
-std::vector<ClassProperty> Selected(const query::Query& query, const ClassRow& type) {
-  if (query.selected.empty()) return PropertiesOf(type);
-  std::vector<ClassProperty> properties;
-  for (const query::Path& path : query.selected) {
-    properties.push_back(query::FindProperty(path, type, query.alias));
-  }
-  return properties;
-}
-
 std::unique_ptr<Cursor> Objects(const Call& call, const query::Query& query, const ClassRow& type,
                                 Shape shape) {
   const auto columns = Selected(query, type);
@@ -69,14 +38,31 @@ std::unique_ptr<Cursor> Links(const Call& call, const query::Query& query, const
 
 }  // namespace
 
-const ClassRow& QueriedClass(const Request& request, std::vector<ClassProperty>& selected) {
-  const Asked asked = ReadQuery(request);
-  selected = Selected(asked.query, *asked.type);
-  return *asked.type;
+Asked ReadQuery(const Request& request, const char* language, const char* text) {
+  const std::string name = request.Text(language);
+  const auto found = query::FindLanguage(name);
+  if (!found || found == query::Language::fql) {
+    throw OperationError(Status::QueryLanguageNotSupported, "queries in " + name + " are not read");
+  }
+  Asked asked{query::ParseQuery(*found, request.Text(text)), nullptr};
+  asked.type = &KnownClass(request, asked.query.className, Status::InvalidQuery);
+  for (const query::Path& path : asked.query.selected) {
+    query::FindProperty(path, *asked.type, asked.query.alias);
+  }
+  if (asked.query.where) Condition(*asked.query.where, *asked.type, asked.query.alias);
+  return asked;
 }
 
-Content SelectByQuery(const Call& call, Shape shape, const query::Expression*) {
-  const Asked asked = ReadQuery(call.request);
+std::vector<ClassProperty> Selected(const query::Query& query, const ClassRow& type) {
+  if (query.selected.empty()) return PropertiesOf(type);
+  std::vector<ClassProperty> properties;
+  for (const query::Path& path : query.selected) {
+    properties.push_back(query::FindProperty(path, type, query.alias));
+  }
+  return properties;
+}
+
+Content SelectByQuery(const Call& call, const Asked& asked, Shape shape) {
   const auto types = ConcreteClasses(*asked.type);
   const auto visit = EnterInventory(call, types);
   Cursors cursors;
@@ -88,8 +74,7 @@ Content SelectByQuery(const Call& call, Shape shape, const query::Expression*) {
   return {InSequence(std::move(cursors)), visit};
 }
 
-Content SelectStoredByQuery(const Call& call, Shape shape, const query::Expression*) {
-  const Asked asked = ReadQuery(call.request);
+Content SelectStoredByQuery(const Call& call, const Asked& asked, Shape shape) {
   const auto& where = asked.query.where;
   std::vector<StoredChoice> choices;
   for (const Stored& instance : call.stored.All()) {
@@ -103,11 +88,13 @@ Content SelectStoredByQuery(const Call& call, Shape shape, const query::Expressi
 }
 
 Content ExecQuery(const Call& call) {
-  return SelectByQuery(call, Shape::ObjectWithPath, nullptr);
+  return SelectByQuery(call, ReadQuery(call.request, "QueryLanguage", "Query"),
+                       Shape::ObjectWithPath);
 }
 
 Content ExecStoredQuery(const Call& call) {
-  return SelectStoredByQuery(call, Shape::ObjectWithPath, nullptr);
+  return SelectStoredByQuery(call, ReadQuery(call.request, "QueryLanguage", "Query"),
+                             Shape::ObjectWithPath);
 }
 
 }  // namespace tools::agent

@@ -11,12 +11,20 @@
 
 namespace tools::agent {
 
-// In any shape. The query has its own condition; there is no other.
-Content SelectByQuery(const Call& call, Shape shape, const query::Expression* none);
-Content SelectStoredByQuery(const Call& call, Shape shape, const query::Expression* none);
+// A request's query. Names and types were looked up in the class that it asks.
+struct Asked {
+  query::Query query;
+  const ClassRow* type;
+};
 
-// The class that a query asks, and what it selects of it.
-const ClassRow& QueriedClass(const Request& request, std::vector<ClassProperty>& selected);
+// The query in these parameters of a request.
+Asked ReadQuery(const Request& request, const char* language, const char* text);
+
+// The properties that are selected, as a class that is or derives from the asked one has them.
+std::vector<ClassProperty> Selected(const query::Query& query, const ClassRow& type);
+
+Content SelectByQuery(const Call& call, const Asked& asked, Shape shape);
+Content SelectStoredByQuery(const Call& call, const Asked& asked, Shape shape);
 
 Content ExecQuery(const Call& call);
 Content ExecStoredQuery(const Call& call);

@@ -125,32 +125,8 @@ Content SelectStoredLinks(const Call& call, Shape shape, const query::Expression
   return Answer(call, Links(call), shape, condition);
 }
 
-Content EnumerateStored(const Call& call) {
-  return SelectStored(call, Shape::NamedInstance, nullptr);
-}
-
-Content EnumerateStoredNames(const Call& call) {
-  return SelectStored(call, Shape::Name, nullptr);
-}
-
 Content GetStored(const Call& call) {
   return Answer(call, {Named(call, "InstanceName")}, Shape::Instance, nullptr);
-}
-
-Content StoredAssociators(const Call& call) {
-  return SelectStoredPartners(call, Shape::ObjectWithPath, nullptr);
-}
-
-Content StoredAssociatorNames(const Call& call) {
-  return SelectStoredPartners(call, Shape::ObjectPath, nullptr);
-}
-
-Content StoredReferences(const Call& call) {
-  return SelectStoredLinks(call, Shape::ObjectWithPath, nullptr);
-}
-
-Content StoredReferenceNames(const Call& call) {
-  return SelectStoredLinks(call, Shape::ObjectPath, nullptr);
 }
 
 }  // namespace tools::agent
