@@ -172,6 +172,16 @@ TEST_F(Client, ReadsClassesAndErrors) {
               HasSubstr("(6) CIM_ERR_NOT_FOUND"));
 }
 
+TEST_F(Client, ReadsWhatTheAgentTellsOfItself) {
+  const WbemClient interop(agent.Address(), "http", "interop");
+  const std::string manager = interop.Run("ein", "CIM_ObjectManager");
+  EXPECT_THAT(manager, HasSubstr("Name=\"kecpp-agent\""));
+  const std::string path = manager.substr(manager.find(":CIM_") + 1);
+  EXPECT_THAT(interop.Run("gi", path.substr(0, path.find('\n'))), HasSubstr("-Started=TRUE"));
+  EXPECT_THAT(interop.Run("ain", path.substr(0, path.find('\n'))), HasSubstr("root/cimv2"));
+  EXPECT_THAT(interop.Run("gc", "CIM_RegisteredProfile"), HasSubstr("-RegisteredName="));
+}
+
 // Text goes through two parsers and two writers of XML on its way.
 TEST_F(Client, SeesAnyText) {
   const char* const texts[] = {"R&amp;D &lt;b&gt; &quot;q&quot; &apos;a&apos;",

@@ -4,9 +4,8 @@
 // "*1000 <a>" stands for a thousand times its text. Sections:
 //   POST /cimom     the request line without the version, and headers; Connection is added, and so
 //                   are Host, Content-Type and Content-Length where they are missing
-//   body            of the request
-//   call METHOD     a body that is a call with these parameters; "$CONTEXT" is the enumeration's
-//                   that the answer before it has opened
+//   body            of the request; "$CONTEXT" is the enumeration's that was opened last
+//   call METHOD     a body that is a call with these parameters
 //   answer STATUS   sends it; the answer holds these lines, headers included, but not those that
 //                   begin with "!"
 #include <gmock/gmock.h>
@@ -69,7 +68,7 @@ bool RunCase(const std::filesystem::path& file, int port) {
   bool answered = false;
   for (const Section& section : ReadCase(file)) {
     if (section.name == "body") {
-      body = Lines(section.text, "");
+      body = Lines(WithContext(section.text, context), "");
     } else if (section.name == "call") {
       body = CimCall(section.argument, Lines(WithContext(section.text, context), ""));
     } else if (section.name == "answer") {

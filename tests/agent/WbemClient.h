@@ -25,8 +25,9 @@ using Names = std::set<std::string>;
 class WbemClient {
  public:
   // `server` is "[USER:PASSWORD@]ADDRESS:PORT".
-  explicit WbemClient(const std::string& server, const std::string& scheme = "http")
-      : prefix(scheme + "://" + server + "/root/cimv2") {}
+  explicit WbemClient(const std::string& server, const std::string& scheme = "http",
+                      const std::string& space = "root/cimv2")
+      : prefix(scheme + "://" + server + "/" + space) {}
 
   static bool IsInstalled() { return access(PROGRAM, X_OK) == 0; }
 
