@@ -107,9 +107,27 @@ void AgentServer::Post(const char* path, Handler handler) {
   list += list.empty() ? "POST" : ", POST";
 }
 
+void AgentServer::GetBelow(const char* prefix, Handler handler) {
+  below[prefix] = std::move(handler);
+}
+
+bool AgentServer::AnswerBelow(const httplib::Request& request, httplib::Response& response) const {
+  const Handler* handler = HandlerBelow(request.path);
+  if (handler) (*handler)(request, response);
+  return handler != nullptr;
+}
+
+const httplib::Server::Handler* AgentServer::HandlerBelow(const std::string& path) const {
+  for (const auto& [prefix, handler] : below) {
+    if (path.compare(0, prefix.size(), prefix) == 0) return &handler;
+  }
+  return nullptr;
+}
+
 std::string AgentServer::Methods(const std::string& path) const {
   const auto known = methods.find(path);
-  return known == methods.end() ? "" : known->second;
+  if (known != methods.end()) return known->second;
+  return HandlerBelow(path) ? "GET, HEAD" : "";
 }
 
 int AgentServer::Bind(const std::string& address, int port) {

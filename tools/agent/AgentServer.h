@@ -37,6 +37,14 @@ class AgentServer final : private httplib::Server {
   void Get(const char* path, Handler handler);
   void Post(const char* path, Handler handler);
 
+  // Serves every path that begins so, as far as AnswerBelow is called. The path is decoded; a
+  // handler that must know an encoded slash reads the request's target.
+  void GetBelow(const char* prefix, Handler handler);
+
+  // Answers a request for such a path; false for another. The HTTP library's own routes are regular
+  // expressions, whose cost a path must not decide.
+  bool AnswerBelow(const httplib::Request& request, httplib::Response& response) const;
+
   // The methods that a path serves, as an Allow header lists them; empty for an unknown path.
   std::string Methods(const std::string& path) const;
 
@@ -68,6 +76,7 @@ class AgentServer final : private httplib::Server {
   void Stop();
 
  private:
+  const Handler* HandlerBelow(const std::string& path) const;
   bool process_and_close_socket(socket_t socket) override;
   void Enter(socket_t socket);
   void Serve(socket_t socket);
@@ -83,7 +92,8 @@ class AgentServer final : private httplib::Server {
 
   const Limits limits;
   bool isAdopted = false;
-  std::map<std::string, std::string> methods;  // by path; constant once it serves
+  std::map<std::string, std::string> methods;  // by path; constant once it serves, as the next
+  std::map<std::string, Handler> below;        // by prefix
   mutable std::mutex mutex;
   TlsContext tls;                  // guarded by `mutex`
   std::set<socket_t> connections;  // guarded by `mutex`

@@ -7,6 +7,7 @@
 #include <charconv>
 
 #include "tools/agent/HostName.h"
+#include "tools/agent/api/Problem.h"
 #include "tools/common/Schema.h"
 
 namespace tools::agent {
@@ -101,11 +102,15 @@ int CheckRequest(const httplib::Request& request, const Access& access, const st
   return CheckBody(request, limits.bodyBytes);
 }
 
-void Explain(int status, const std::string& methods, httplib::Response& response) {
+void Explain(int status, const std::string& path, const std::string& methods,
+             httplib::Response& response) {
   if (status == UNAUTHORIZED) {
     response.set_header("WWW-Authenticate", "Basic realm=\"kecpp-agent\", charset=\"UTF-8\"");
   } else if (status == METHOD_NOT_ALLOWED) {
     response.set_header("Allow", methods);
+  }
+  if (api::IsOfApi(path)) {
+    api::ExplainStatus(response);
   } else if (status == FORBIDDEN) {
     response.set_content("without users this agent is reached by the name localhost only\n",
                          "text/plain");
@@ -119,10 +124,13 @@ void AddGuards(AgentServer& server, const Access& access, const Limits& limits) 
       [&server, access, limits](const httplib::Request& request, httplib::Response& response) {
         const std::string methods = server.Methods(request.path);
         const int status = CheckRequest(request, access, methods, limits);
-        if (status == GOOD) return httplib::Server::HandlerResponse::Unhandled;
+        using Response = httplib::Server::HandlerResponse;
+        if (status == GOOD) {
+          return server.AnswerBelow(request, response) ? Response::Handled : Response::Unhandled;
+        }
         response.status = status;
-        Explain(status, methods, response);
-        return httplib::Server::HandlerResponse::Handled;
+        Explain(status, request.path, methods, response);
+        return Response::Handled;
       });
 }
 

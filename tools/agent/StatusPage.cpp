@@ -3,8 +3,6 @@
 
 #include <openssl/evp.h>
 
-#include <algorithm>
-#include <atomic>
 #include <memory>
 #include <utility>
 
@@ -46,15 +44,6 @@ void AddPage(AgentServer& server) {
   });
 }
 
-// One of the places for event streams, for as long as it is held.
-std::shared_ptr<void> TakePlace(const std::shared_ptr<std::atomic<unsigned>>& places) {
-  unsigned free = *places;
-  while (free > 0 && !places->compare_exchange_weak(free, free - 1)) {
-  }
-  if (free == 0) return nullptr;
-  return std::shared_ptr<void>(places.get(), [places](void*) { ++*places; });
-}
-
 httplib::ContentProviderWithoutLength EventSource(const StatusFeed& feed,
                                                   std::shared_ptr<void> place) {
   const auto view = std::make_shared<StatusFeed::View>(feed.Open());
@@ -69,10 +58,9 @@ httplib::ContentProviderWithoutLength EventSource(const StatusFeed& feed,
   };
 }
 
-void AddEvents(AgentServer& server, const StatusFeed& feed, const Limits& limits) {
-  const auto places = std::make_shared<std::atomic<unsigned>>(std::max(1u, limits.connections / 2));
-  server.Get("/events", [&feed, places](const httplib::Request&, httplib::Response& response) {
-    const std::shared_ptr<void> place = TakePlace(places);
+void AddEvents(AgentServer& server, const StatusFeed& feed, const StreamPlaces& places) {
+  server.Get("/events", [&feed, &places](const httplib::Request&, httplib::Response& response) {
+    const std::shared_ptr<void> place = places.Take();
     if (!place) {
       response.status = 503;
       response.set_header("Retry-After", "30");
@@ -85,9 +73,9 @@ void AddEvents(AgentServer& server, const StatusFeed& feed, const Limits& limits
 
 }  // namespace
 
-void AddStatusPage(AgentServer& server, const StatusFeed& feed, const Limits& limits) {
+void AddStatusPage(AgentServer& server, const StatusFeed& feed, const StreamPlaces& places) {
   AddPage(server);
-  AddEvents(server, feed, limits);
+  AddEvents(server, feed, places);
 }
 
 }  // namespace tools::agent

@@ -5,14 +5,13 @@
 #define KECPP_TOOLS_AGENT_STATUSPAGE_H
 
 #include "tools/agent/AgentServer.h"
-#include "tools/agent/Limits.h"
 #include "tools/agent/StatusFeed.h"
+#include "tools/agent/StreamPlaces.h"
 
 namespace tools::agent {
 
-// Adds "GET /" and "GET /events". At most half of the connections may be event streams, so that
-// pages that were left open keep no CIM client out. `feed` outlives the server.
-void AddStatusPage(AgentServer& server, const StatusFeed& feed, const Limits& limits);
+// Adds "GET /" and "GET /events". `feed` and `places` outlive the server.
+void AddStatusPage(AgentServer& server, const StatusFeed& feed, const StreamPlaces& places);
 
 }  // namespace tools::agent
 

@@ -25,6 +25,7 @@
 #include "tools/agent/ServiceManager.h"
 #include "tools/agent/StatusPage.h"
 #include "tools/agent/Users.h"
+#include "tools/agent/api/Api.h"
 #include "tools/agent/metrics/Metrics.h"
 #include "tools/common/EndOfRun.h"
 #include "tools/common/ProcessEnd.h"
@@ -114,23 +115,31 @@ void Serve(const AgentOptions& options, const kecpp::Inventory& inventory, Agent
   RequestCounters requests;
   Metrics metrics(inventory, requests, server, options.metricsMachines);
   AddCimEndpoint(server, operations, requests);
-  AddStatusPage(server, feed, options.limits);
+  const StreamPlaces places(options.limits);
+  AddStatusPage(server, feed, places);
+  api::Api api(inventory, report, places, requests);
+  api.AddTo(server);
   AddMetrics(server, metrics);
   const std::unique_ptr<AgentServer> metricsServer = MetricsServer(options, metrics);
   // What the server's threads use goes after them, whatever is thrown.
   struct Stop {
     InventoryGate& gate;
     StatusFeed& feed;
+    api::Api& api;
     AgentServer& server;
     ~Stop() {
       gate.End();
       feed.End();
+      api.End();
       server.Stop();
     }
-  } const stop{gate, feed, server};
+  } const stop{gate, feed, api, server};
   server.Start();
   Announce(options);
-  report.Follow(inventory, end, [&](const kecpp::Status& status) { manager.Look(status); });
+  report.Follow(inventory, end, [&](const kecpp::Status& status) {
+    manager.Look(status);
+    api.Look(status);
+  });
   manager.Stopping();
 }
 

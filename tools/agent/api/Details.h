@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+//
+// One object with all its properties and what it is linked to.
+//
+// Thread safety: any thread.
+#ifndef KECPP_TOOLS_AGENT_API_DETAILS_H
+#define KECPP_TOOLS_AGENT_API_DETAILS_H
+
+#include <kecpp/inventory.h>
+
+#include <string>
+
+#include "tools/agent/api/Catalogues.h"
+
+namespace tools::agent::api {
+
+// The JSON text of an object; empty when there is none of that key.
+std::string DetailsOf(kecpp::Kind kind, const std::string& key, const kecpp::Inventory& inventory,
+                      Catalogues& catalogues);
+
+}  // namespace tools::agent::api
+
+#endif

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+#include "tools/agent/api/PageCursor.h"
+
+#include <charconv>
+#include <string_view>
+
+#include "tools/agent/api/Problem.h"
+
+namespace tools::agent::api {
+namespace {
+
+constexpr std::string_view ALPHABET =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
+constexpr std::size_t LONGEST_KEY = 4000;  // a request's line has room for 8192 characters
+
+// Base64 for addresses (RFC 4648), without padding.
+std::string Encoded(std::string_view bytes) {
+  std::string text;
+  unsigned bits = 0, count = 0;
+  for (char byte : bytes) {
+    bits = bits << 8 | static_cast<unsigned char>(byte);
+    for (count += 8; count >= 6; count -= 6) text += ALPHABET[bits >> (count - 6) & 63];
+  }
+  if (count > 0) text += ALPHABET[bits << (6 - count) & 63];
+  return text;
+}
+
+std::string Decoded(std::string_view text) {
+  std::string bytes;
+  unsigned bits = 0, count = 0;
+  for (char c : text) {
+    const std::size_t value = ALPHABET.find(c);
+    if (value == std::string_view::npos) throw BadRequest("this is no cursor");
+    bits = bits << 6 | static_cast<unsigned>(value);
+    count += 6;
+    if (count < 8) continue;
+    count -= 8;
+    bytes += static_cast<char>(bits >> count);
+  }
+  return bytes;
+}
+
+// Kind, field and direction: a cursor is good for these only.
+std::string Tag(const ListQuery& query) {
+  return std::string(query.kind->plural) + (query.descends ? " -" : " ") + query.sort->name;
+}
+
+// Up to the next line feed; it is taken from the text.
+std::string_view TakeLine(std::string_view& text) {
+  const std::size_t end = text.find('\n');
+  if (end == std::string_view::npos) throw BadRequest("this is no cursor");
+  const std::string_view line = text.substr(0, end);
+  text.remove_prefix(end + 1);
+  return line;
+}
+
+std::size_t TakeNumber(std::string_view& text) {
+  const std::string_view line = TakeLine(text);
+  std::size_t number = 0;
+  const auto [stop, error] = std::from_chars(line.data(), line.data() + line.size(), number);
+  if (error != std::errc() || stop != line.data() + line.size()) {
+    throw BadRequest("this is no cursor");
+  }
+  return number;
+}
+
+}  // namespace
+
+// The last text of each form may have any bytes, since the lengths of those before are known.
+std::string CursorBehind(const Entry& last, std::size_t offset, const ListQuery& query) {
+  const std::string& key = last.first;
+  const std::string tag = Tag(query) + '\n';
+  if (key.size() > LONGEST_KEY) return Encoded(tag + "offset\n" + std::to_string(offset) + '\n');
+  const SortValue value = ValueOf(last, *query.sort);
+  return Encoded(tag + "behind\n" + std::to_string(value.number) + '\n' +
+                 std::to_string(key.size()) + '\n' + key + std::string(value.text));
+}
+
+void ReadCursor(const std::string& cursor, ListQuery& query) {
+  const std::string bytes = Decoded(cursor);
+  std::string_view rest = bytes;
+  if (TakeLine(rest) != Tag(query)) throw BadRequest("the cursor is of another list or order");
+  const std::string_view form = TakeLine(rest);
+  const std::size_t number = TakeNumber(rest);
+  if (form == "offset") {
+    query.offset = number;
+    return;
+  }
+  const std::size_t keySize = form == "behind" ? TakeNumber(rest) : rest.size() + 1;
+  if (keySize > rest.size()) throw BadRequest("this is no cursor");
+  query.after = Place{static_cast<std::uint32_t>(number), std::string(rest.substr(keySize)),
+                      std::string(rest.substr(0, keySize))};
+}
+
+}  // namespace tools::agent::api
