@@ -12,7 +12,7 @@
 
 #include "instance/KECacheGuard.h"
 #include "inventory/Values.h"
-#include "tools/inventory/InventoryJson.h"
+#include "tools/common/ObjectJson.h"
 
 inline void SortLinks(kecpp::HostView& view) {
   std::sort(view.machines.begin(), view.machines.end());
@@ -40,7 +40,7 @@ void AddList(KE::Instance::KETypeCache& cache, nlohmann::json& document) {
     kecpp::Fill(view, static_cast<typename Types::Stub&>(*(*it)->value));
     SortLinks(view);
     objects[std::string(view.key)] =
-        nlohmann::json::parse(tools::inventory::ToJson(kind, static_cast<const View*>(&view)));
+        nlohmann::json::parse(tools::ToJson(kind, static_cast<const View*>(&view)));
   }
   document[kind.name] = nlohmann::json::array();
   for (auto& [key, object] : objects) document[kind.name].push_back(std::move(object));

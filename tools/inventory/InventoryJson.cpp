@@ -3,75 +3,19 @@
 
 #include <nlohmann/json.hpp>
 
-#include "tools/common/Split.h"
+#include "tools/common/ObjectJson.h"
 
 namespace tools::inventory {
-namespace {
-
-using Json = nlohmann::ordered_json;
-
-// CIM has the status as a list of one number; here it is the number.
-Json ValueOf(const PropertyRow& row, const ObjectView& object) {
-  std::string text;
-  if (!row.read(object, text)) return nullptr;
-  if (row.type != CimType::String) return std::stoul(text);
-  if (!row.isArray) return text;
-  Json list = Json::array();
-  for (const std::string_view item : Split(text, '\0')) list.push_back(item);
-  return list;
-}
-
-Json ObjectJson(const Kind& kind, const ObjectView& view) {
-  Json object = Json::object();
-  for (const ClassProperty& property : ValuesOf(kind)) {
-    object[property.row->name] = ValueOf(*property.row, view);
-  }
-  return object;
-}
-
-Json CopyJson(const Kind& kind, const Object& copy) {
-  Json object;
-  ViewObject(copy, [&](const ObjectView& view) { object = ObjectJson(kind, view); });
-  return object;
-}
-
-std::string Dump(const Json& json) {
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
-
-const char* WordFor(kecpp::Change::Type type) {
-  switch (type) {
-    case kecpp::Change::Type::added:
-      return "added";
-    case kecpp::Change::Type::changed:
-      return "changed";
-    default:
-      return "removed";
-  }
-}
-
-}  // namespace
-
-std::string ToJson(const Kind& kind, const ObjectView& object) {
-  return Dump(ObjectJson(kind, object));
-}
 
 std::string ToJson(const Model& inventory, const Lists& lists) {
-  Json document = Json::object();
+  auto document = nlohmann::ordered_json::object();
   for (const Kind* kind : lists) {
-    Json& list = document[kind->name] = Json::array();
+    auto& list = document[kind->name] = nlohmann::ordered_json::array();
     for (const auto& [key, object] : inventory.Of(kind->kind)) {
-      list.push_back(CopyJson(*kind, object));
+      list.push_back(ObjectJson(*kind, object));
     }
   }
-  return Dump(document);
-}
-
-std::string ToJson(const kecpp::Change& change, const Object* object) {
-  Json event = {
-      {"change", WordFor(change.type)}, {"kind", kecpp::NameOf(change.kind)}, {"key", change.key}};
-  if (object) event["object"] = CopyJson(KindRow(change.kind), *object);
-  return Dump(event);
+  return LineOf(document);
 }
 
 }  // namespace tools::inventory

@@ -7,6 +7,7 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "tools/common/ObjectJson.h"
 #include "tools/common/Terminal.h"
 #include "tools/inventory/InventoryJson.h"
 #include "tools/inventory/InventoryTable.h"
@@ -52,18 +53,10 @@ void View::Show(const Model& inventory) {
   last = std::move(text);
 }
 
-// An object that has gone since is printed as removed when its reader is told so.
 void View::ShowEvents(const std::vector<kecpp::Change>& changes,
                       const kecpp::Inventory& inventory) {
-  std::string lines;
-  for (const kecpp::Change& change : changes) {
-    if (!HasKind(options.lists, change.kind)) continue;
-    Object object;
-    const bool isRemoved = change.type == kecpp::Change::Type::removed;
-    if (!isRemoved && !FindObject(inventory, change.kind, change.key, object)) continue;
-    lines += ToJson(change, isRemoved ? nullptr : &object) + '\n';
-  }
-  Print(lines);
+  Print(EventLines(changes, inventory,
+                   [this](kecpp::Kind kind) { return HasKind(options.lists, kind); }));
 }
 
 }  // namespace tools::inventory

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tools/agent/metrics/Metrics.h"
 
-#include "tools/agent/metrics/ProcessFigures.h"
+#include "tools/common/ProcessFigures.h"
 
 namespace tools::agent {
 namespace {

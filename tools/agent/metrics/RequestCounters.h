@@ -14,7 +14,7 @@
 #include <string>
 #include <utility>
 
-#include "tools/agent/metrics/Exposition.h"
+#include "tools/common/Exposition.h"
 
 namespace tools::agent {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tools/agent/metrics/ProcessFigures.h"
+#include "tools/common/ProcessFigures.h"
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace tools::agent {
+namespace tools {
 namespace {
 
 // The fields of /proc/self/stat behind the program's name, which may hold anything: the third one
@@ -68,4 +68,4 @@ void WriteProcessFigures(Exposition& out) {
   out.Sample(static_cast<double>(limit.rlim_cur));
 }
 
-}  // namespace tools::agent
+}  // namespace tools

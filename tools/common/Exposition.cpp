@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "tools/agent/metrics/Exposition.h"
+#include "tools/common/Exposition.h"
 
 #include <charconv>
 
 #include "tools/common/Utf8.h"
 
-namespace tools::agent {
+namespace tools {
 
 std::string NumberText(double number) {
   char text[32];
@@ -50,4 +50,4 @@ void Exposition::PutValue(std::string_view raw) {
   }
 }
 
-}  // namespace tools::agent
+}  // namespace tools

@@ -3,15 +3,15 @@
 // Writes metrics in the text format of Prometheus, version 0.0.4.
 //
 // Thread safety: none.
-#ifndef KECPP_TOOLS_AGENT_METRICS_EXPOSITION_H
-#define KECPP_TOOLS_AGENT_METRICS_EXPOSITION_H
+#ifndef KECPP_TOOLS_COMMON_EXPOSITION_H
+#define KECPP_TOOLS_COMMON_EXPOSITION_H
 
 #include <initializer_list>
 #include <string>
 #include <string_view>
 #include <utility>
 
-namespace tools::agent {
+namespace tools {
 
 // The shortest text that means the number.
 std::string NumberText(double number);
@@ -40,6 +40,6 @@ class Exposition {
   std::string text;
 };
 
-}  // namespace tools::agent
+}  // namespace tools
 
 #endif
