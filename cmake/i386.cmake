@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 #
 # Builds for 32-bit x86 with the compiler of a 64-bit Debian, against the packages that
-# scripts/i386-sysroot has unpacked. Executables carry the loader and the library path of that
+# `scripts/sysroot i386` has unpacked. Executables carry the loader and the library path of that
 # folder, so that they run anywhere on this machine; shared libraries carry neither. With
 # KECPP_I386_FOR_OTHERS executables carry neither as well: they are for 32-bit hosts.
 set(CMAKE_SYSTEM_NAME Linux)
@@ -13,7 +13,7 @@ endif()
 get_filename_component(KECPP_I386_SYSROOT ${KECPP_I386_SYSROOT} ABSOLUTE)
 if(NOT EXISTS ${KECPP_I386_SYSROOT}/.complete)
   message(FATAL_ERROR "There are no 32-bit packages in ${KECPP_I386_SYSROOT}. Run "
-                      "scripts/i386-sysroot first.")
+                      "scripts/sysroot i386 first.")
 endif()
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES KECPP_I386_SYSROOT KECPP_I386_FOR_OTHERS)
 

@@ -23,10 +23,11 @@ using Links = std::unique_ptr<KELib::KEVector<KELib::Stub::KEAssocStubBase*>>;
 
 // The text with what would end a line spelt out: the daemon's words may hold anything. By default
 // without spaces too, so that lines sort by their keys whatever follows.
-std::string Spelt(const KEString& raw, char last = ' ') {
+std::string Spelt(const KEString& raw, unsigned char last = ' ') {
   std::string text;
-  for (char c : std::string(raw.Cstr())) {
-    text += c >= 0 && c <= last ? "\\" + std::to_string(int{c}) : std::string(1, c);
+  for (const char c : std::string(raw.Cstr())) {
+    const auto byte = static_cast<unsigned char>(c);
+    text += byte <= last ? "\\" + std::to_string(byte) : std::string(1, c);
   }
   return text;
 }
