@@ -1,0 +1,225 @@
+// SPDX-License-Identifier: MIT
+//
+// kecpp-fleet-soak [SECONDS [SEED [MEMBERS]]], an endurance run of publishers: simulated daemons
+// change all the time while members of a real etcd are killed and stopped, publishers killed,
+// stopped and replaced, sessions lost and daemons restarted. Ends with 1 when at rest the cluster
+// is not what the daemons are, when an older value ever replaced a newer one, or when another site
+// was touched; with 77 where there is no etcd.
+#include <signal.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <list>
+#include <map>
+#include <random>
+#include <thread>
+
+#include "endurance/FleetMonitor.h"
+#include "endurance/FleetSite.h"
+#include "simulator/driver/EtcdCluster.h"
+
+namespace endurance {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using kecpp::fleet::EtcdClient;
+using kecpp::fleet::EtcdError;
+using kecpp::fleet::EtcdOptions;
+
+constexpr int NO_ETCD = 77;
+constexpr int CHANGES_PER_SECOND = 1000;
+constexpr const char* FOREIGN = "inv/another/machine/vm-1";
+
+EtcdOptions To(const std::string& members) {
+  EtcdOptions options;
+  options.members = kecpp::fleet::ParseMembers(members);
+  return options;
+}
+
+class FleetRun {
+ public:
+  FleetRun(int members, unsigned seed)
+      : cluster(members, {"--snapshot-count=5000"}), client(To(cluster.Urls())), random(seed) {
+    WriteForeign();
+    monitor = std::make_unique<FleetMonitor>(To(cluster.Urls()));
+    const int count = members == 1 ? 1 : 2;
+    for (int i = 0; i < count; ++i) {
+      sites.emplace_back("site/" + std::to_string(i), 200, cluster.Urls(), seed + unsigned(i));
+    }
+  }
+
+  // True when everything was right.
+  bool Go(double seconds) {
+    bool isRight = Rests("at the start");
+    const auto end = Clock::now() + std::chrono::duration<double>(seconds);
+    while (isRight && Clock::now() < end) {
+      isRight = Trouble(std::chrono::duration<double>(end - Clock::now()).count());
+    }
+    for (int member = 0; member < cluster.Members(); ++member) Revive(member);
+    isRight = isRight && Rests("at the end") && IsForeignUntouched();
+    unsigned long long changes = 0;
+    for (const FleetSite& site : sites) changes += site.Changes();
+    std::printf("%llu changes, %zu revisions' events watched in %zu streams;", changes,
+                monitor->Events(), monitor->Streams());
+    for (const auto& [kind, times] : faults) std::printf(" %s %d", kind.c_str(), times);
+    std::printf("; longest way to agreement %.1f s\n", longest);
+    if (!monitor->Wrong().empty()) std::printf("%s", monitor->Wrong().c_str());
+    return isRight && monitor->Wrong().empty();
+  }
+
+ private:
+  void WriteForeign() {
+    kecpp::fleet::Transaction put;
+    put.Put(FOREIGN, "untouched");
+    foreignRevision = client.Commit(put).revision;
+  }
+
+  bool IsForeignUntouched() {
+    kecpp::fleet::Transaction look;
+    look.Get(FOREIGN);
+    const auto seen = client.Commit(look);
+    const bool isSame = seen.read.front() && seen.read.front()->revision == foreignRevision;
+    if (!isSame) std::printf("another site was touched\n");
+    return isSame && monitor->HasSeen(seen.revision);
+  }
+
+  // One fault, the changes that go on meanwhile, and now and then a look at whether all agree.
+  bool Trouble(double left) {
+    const double lasts = std::min(left, 1 + double(random() % 3000) / 1000);
+    switch (random() % 8) {
+      case 0:
+      case 1:
+        KillMembers(lasts);
+        break;
+      case 2:
+      case 3:
+        StopMember(std::min(left, lasts * (cluster.Members() > 1 ? 4 : 1)));
+        break;
+      case 4:
+        ++faults["publisher killed"];
+        Any().Publisher().Signal(SIGKILL);
+        Work(0.2);
+        for (FleetSite& site : sites) {
+          if (!site.Publisher().IsRunning()) site.StartPublisher();
+        }
+        break;
+      case 5:
+        StopPublisher(lasts * 2);
+        break;
+      case 6:
+        ++faults["publisher replaced"];
+        if (!Any().ReplacePublisher()) {
+          std::printf("a publisher did not end when another took its site\n");
+          return false;
+        }
+        break;
+      default:
+        ++faults["session lost"];
+        Any().Daemon().Control("session-lost");
+    }
+    Work(0.5);
+    for (FleetSite& site : sites) {
+      if (site.Publisher().IsRunning()) continue;
+      std::printf("a publisher has ended: %s\n", site.Publisher().Errors().c_str());
+      return false;
+    }
+    return random() % 4 != 0 || Rests("on the way");
+  }
+
+  FleetSite& Any() { return *std::next(sites.begin(), long(random() % sites.size())); }
+
+  void KillMembers(double lasts) {
+    const int count = 1 + int(random() % unsigned(cluster.Members()));
+    faults["members killed"] += count;
+    const int first = int(random() % unsigned(cluster.Members()));
+    for (int i = 0; i < count; ++i) cluster.Kill((first + i) % cluster.Members());
+    Work(lasts);
+    for (int member = 0; member < cluster.Members(); ++member) Revive(member);
+  }
+
+  void Revive(int member) {
+    if (!cluster.IsRunning(member)) cluster.Start(member);
+  }
+
+  void StopMember(double lasts) {
+    ++faults["members stopped"];
+    const int member = int(random() % unsigned(cluster.Members()));
+    cluster.Signal(member, SIGSTOP);
+    Work(lasts);
+    cluster.Signal(member, SIGCONT);
+  }
+
+  void StopPublisher(double lasts) {
+    ++faults["publisher stopped"];
+    FleetSite& site = Any();
+    site.Publisher().Signal(SIGSTOP);
+    Work(lasts);
+    site.Publisher().Signal(SIGCONT);
+  }
+
+  // Changes for so long, at most so many a second.
+  void Work(double seconds) {
+    const auto begin = Clock::now();
+    for (int done = 0;; ++done) {
+      const std::chrono::duration<double> passed = Clock::now() - begin;
+      if (passed.count() >= seconds) return;
+      if (done > passed.count() * CHANGES_PER_SECOND) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        continue;
+      }
+      Any().Change();
+    }
+  }
+
+  bool Rests(const char* when) {
+    const auto begin = Clock::now();
+    std::string difference;
+    const bool agrees = driver::Eventually([&] {
+      try {
+        difference.clear();
+        for (FleetSite& site : sites) difference += site.Difference(client);
+      } catch (const EtcdError& error) {
+        difference = error.what();
+      }
+      return difference.empty();
+    });
+    longest = std::max(longest, std::chrono::duration<double>(Clock::now() - begin).count());
+    if (agrees) return true;
+    std::printf("%s the cluster is not what the daemons are: %s\n", when, difference.c_str());
+    for (FleetSite& site : sites) std::printf("%s", site.Publisher().Errors().c_str());
+    return false;
+  }
+
+  driver::EtcdCluster cluster;
+  EtcdClient client;
+  std::mt19937 random;
+  std::unique_ptr<FleetMonitor> monitor;
+  std::list<FleetSite> sites;
+  std::map<std::string, int> faults;
+  std::int64_t foreignRevision = 0;
+  double longest = 0;
+};
+
+int RunFleet(int argc, char** argv) {
+  const double seconds = argc > 1 ? std::atof(argv[1]) : 120;
+  const auto seed = static_cast<unsigned>(argc > 2 ? std::atol(argv[2]) : std::random_device()());
+  const int members = argc > 3 ? std::atoi(argv[3]) : 3;
+  if (driver::EtcdCluster::Programs().empty()) {
+    std::printf("there is no etcd: skipped\n");
+    return NO_ETCD;
+  }
+  std::printf("seed %u, %d members, %.0f s\n", seed, members, seconds);
+  std::fflush(stdout);
+  return FleetRun(members, seed).Go(seconds) ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+}  // namespace
+}  // namespace endurance
+
+int main(int argc, char** argv) try {
+  return endurance::RunFleet(argc, argv);
+} catch (const std::exception& error) {
+  std::printf("the run broke: %s\n", error.what());
+  return EXIT_FAILURE;
+}
