@@ -87,8 +87,7 @@ void Api::AddTo(AgentServer& server) {
 void Api::Look(const kecpp::Status& status) {
   catalogues.ForgetIfUnused();
   const bool isSame = status.state == seen.state && status.reason == seen.reason &&
-                      status.connections == seen.connections && status.updates == seen.updates &&
-                      status.failures == seen.failures;
+                      status.connections == seen.connections && status.failures == seen.failures;
   if (isSame) return;
   seen = status;
   journal.NoteState();
@@ -171,7 +170,7 @@ void Api::AnswerList(const KindInfo& kind, const httplib::Request& request,
 void Api::AnswerObject(const KindInfo& kind, const std::string& key,
                        const httplib::Request& request, httplib::Response& response) {
   Parameters(request.params, {});
-  std::string text = DetailsOf(kind.kind, key, inventory, catalogues);
+  std::string text = DetailsOf(kind.kind, key, inventory);
   if (text.empty()) throw Problem(404, "there is no such " + std::string(NameOf(kind.kind)));
   SetTagged(std::move(text), request, response);
 }

@@ -53,7 +53,7 @@ class Api {
   RequestCounters& counters;
   Catalogues catalogues;
   Journal journal;
-  const Summary summary;
+  Summary summary;
   kecpp::Status seen;  // by Look
   Recorder recorder;   // uses those above on its thread
 };

@@ -10,8 +10,42 @@ namespace {
 // Beyond, it costs less to sort again than to move each.
 constexpr std::size_t MOST_MOVES = 500;
 
-bool IsBefore(const Entry& left, const Entry& right, const Field& field) {
-  return Compare(ValueOf(left, field), left.first, ValueOf(right, field), right.first) < 0;
+// Where a row with that sort key is, or would be.
+template <class Order>
+auto PlaceOf(const std::string& sortKey, const Field& field, Order& order) {
+  std::string other;
+  return std::partition_point(order.begin(), order.end(), [&](const Entry* entry) {
+    other.clear();
+    AppendSortKey(*entry, field, other);
+    return other < sortKey;
+  });
+}
+
+// A row to be sorted. Most of them differ in the first bytes, so others need not be looked at.
+struct Sortable {
+  std::uint64_t first;
+  std::size_t begin, size;  // of the sort key, in the text of all
+  const Entry* entry;
+};
+
+std::uint64_t FirstBytes(std::string_view bytes) {
+  std::uint64_t first = 0;
+  for (std::size_t i = 0; i < sizeof first; ++i) {
+    first = first << 8 | (i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0);
+  }
+  return first;
+}
+
+std::vector<Sortable> SortablesOf(const Rows& rows, const Field& field, std::string& keys) {
+  std::vector<Sortable> all;
+  all.reserve(rows.size());
+  for (const Entry& entry : rows) {
+    const std::size_t begin = keys.size();
+    AppendSortKey(entry, field, keys);
+    all.push_back(
+        {FirstBytes(std::string_view(keys).substr(begin)), begin, keys.size() - begin, &entry});
+  }
+  return all;
 }
 
 }  // namespace
@@ -30,11 +64,16 @@ const Catalogue::Order* Catalogue::OrderBy(const Field& field) const {
 
 void Catalogue::Sort(const Field& field) {
   if (OrderBy(field)) return;
+  std::string keys;
+  std::vector<Sortable> all = SortablesOf(rows, field, keys);
+  const std::string_view text = keys;
+  std::sort(all.begin(), all.end(), [&](const Sortable& left, const Sortable& right) {
+    if (left.first != right.first) return left.first < right.first;
+    return text.substr(left.begin, left.size) < text.substr(right.begin, right.size);
+  });
   Order sorted;
-  sorted.reserve(rows.size());
-  for (const Entry& entry : rows) sorted.push_back(&entry);
-  std::sort(sorted.begin(), sorted.end(),
-            [&](const Entry* left, const Entry* right) { return IsBefore(*left, *right, field); });
+  sorted.reserve(all.size());
+  for (const Sortable& one : all) sorted.push_back(one.entry);
   orders[&field].entries = std::move(sorted);
 }
 
@@ -45,40 +84,28 @@ void Catalogue::Expect(std::size_t changes) {
   }
 }
 
-void Catalogue::TakeOut(const Entry& entry, const Field& field, Order& order) {
-  const auto place = std::lower_bound(
-      order.begin(), order.end(), &entry,
-      [&](const Entry* left, const Entry* it) { return IsBefore(*left, *it, field); });
-  order.erase(place);
-}
-
-void Catalogue::PutIn(const Entry& entry, const Field& field, Order& order) {
-  const auto place = std::lower_bound(
-      order.begin(), order.end(), &entry,
-      [&](const Entry* left, const Entry* it) { return IsBefore(*left, *it, field); });
-  order.insert(place, &entry);
-}
-
 void Catalogue::Put(const std::string& key, Row row) {
   const auto [place, isNew] = rows.try_emplace(key);
   Entry& entry = *place;
   const Entry next(key, std::move(row));
-  std::vector<const Field*> moves;
   for (auto& [field, order] : orders) {
+    const std::string sortKey = SortKeyOf(next, *field);
     if (!isNew) {
-      if (Compare(ValueOf(entry, *field), key, ValueOf(next, *field), key) == 0) continue;
-      TakeOut(entry, *field, order.entries);
+      const std::string former = SortKeyOf(entry, *field);
+      if (former == sortKey) continue;
+      order.entries.erase(PlaceOf(former, *field, order.entries));
     }
-    moves.push_back(field);
+    order.entries.insert(PlaceOf(sortKey, *field, order.entries), &entry);
   }
   entry.second = next.second;
-  for (const Field* field : moves) PutIn(entry, *field, orders[field].entries);
 }
 
 void Catalogue::Erase(const std::string& key) {
   const auto place = rows.find(key);
   if (place == rows.end()) return;
-  for (auto& [field, order] : orders) TakeOut(*place, *field, order.entries);
+  for (auto& [field, order] : orders) {
+    order.entries.erase(PlaceOf(SortKeyOf(*place, *field), *field, order.entries));
+  }
   rows.erase(place);
 }
 

@@ -45,9 +45,6 @@ class Catalogue {
     mutable LastUse use;
   };
 
-  static void TakeOut(const Entry& entry, const Field& field, Order& order);
-  static void PutIn(const Entry& entry, const Field& field, Order& order);
-
   Rows rows;
   std::map<const Field*, Sorted> orders;
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tools/agent/api/Catalogues.h"
 
+#include <malloc.h>
+
 #include <mutex>
 #include <type_traits>
 #include <utility>
@@ -128,13 +130,6 @@ Sums Catalogues::Total() {
   return sums;
 }
 
-void Catalogues::LookAtHost(const std::string& key, const UseHost& use) {
-  Read(nullptr, [&](const Content& read, const Catalogue::Order*) {
-    const auto host = read.hosts.find(key);
-    use(host == read.hosts.end() ? HostTable::value_type{key, {}} : *host);
-  });
-}
-
 // --- keeping -------------------------------------------------------------------------------------
 
 template <class Object>
@@ -215,13 +210,19 @@ std::vector<KnownChange> Catalogues::Apply(const std::vector<kecpp::Change>& cha
   return known;
 }
 
+// The allocator would keep the memory of many small pieces.
 void Catalogues::Forget() {
   const std::unique_lock<std::shared_mutex> lock(mutex);
   content.reset();
+  malloc_trim(0);
 }
 
 void Catalogues::ForgetIfUnused() {
-  if (lastUse.IsLongAgo()) Forget();
+  const bool hasContent = [this] {
+    const std::shared_lock<std::shared_mutex> lock(mutex);
+    return content.has_value();
+  }();
+  if (hasContent && lastUse.IsLongAgo()) Forget();
 }
 
 }  // namespace tools::agent::api

@@ -52,10 +52,6 @@ class Catalogues {
 
   Sums Total();
 
-  // Calls `use` with the host's sums, or what is known of one that is not there; under the lock.
-  using UseHost = std::function<void(const HostTable::value_type& host)>;
-  void LookAtHost(const std::string& key, const UseHost& use);
-
   // Somebody is still interested.
   void Touch() { lastUse.Touch(); }
 

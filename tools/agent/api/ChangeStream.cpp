@@ -9,12 +9,11 @@ namespace tools::agent::api {
 namespace {
 
 constexpr std::chrono::milliseconds REST(100);
-constexpr std::chrono::seconds SUMMARY_REST(1);
 constexpr std::chrono::seconds HEARTBEAT(10);
 
 }  // namespace
 
-ChangeStream::ChangeStream(const Journal& changes, const Summary& glance, Catalogues& rows,
+ChangeStream::ChangeStream(const Journal& changes, Summary& glance, Catalogues& rows,
                            std::optional<std::uint64_t> seen)
     : journal(changes), summary(glance), catalogues(rows), last(seen.value_or(changes.Last())) {}
 
@@ -41,9 +40,9 @@ std::string ChangeStream::Next() {
 // again misses nothing.
 std::string ChangeStream::SummaryNews(Clock::time_point now, std::uint64_t before) {
   isDue = false;
-  std::string text = summary.Text();
+  std::string text = summary.SharedText();
   if (text == sent) return {};
-  summaryRest = now + SUMMARY_REST;
+  summaryRest = std::chrono::ceil<std::chrono::seconds>(now);
   const std::string number = sent.empty() ? "id: " + std::to_string(before) + "\n" : "";
   sent = std::move(text);
   return "event: summary\n" + number + "data: " + sent + "\n\n";

@@ -19,12 +19,12 @@ class ChangeStream {
  public:
   // Begins behind the change `last` that the client has seen before, else with what comes next.
   // Everything outlives the object.
-  ChangeStream(const Journal& journal, const Summary& summary, Catalogues& catalogues,
+  ChangeStream(const Journal& journal, Summary& summary, Catalogues& catalogues,
                std::optional<std::uint64_t> last);
 
   // Waits until there is something for the client, at most ten seconds, and gives it as the text of
   // events; a comment when there was nothing. Changes come at most ten times a second, the summary
-  // once a second. Empty after the end.
+  // once in each second. Empty after the end.
   std::string Next();
 
  private:
@@ -34,7 +34,7 @@ class ChangeStream {
   std::string ChangeNews();
 
   const Journal& journal;
-  const Summary& summary;
+  Summary& summary;
   Catalogues& catalogues;
   std::uint64_t last;
   unsigned state = 0;

@@ -11,14 +11,16 @@ namespace {
 // Makes the details of one object.
 class Detailer {
  public:
-  Detailer(const kecpp::Inventory& shown, Catalogues& known)
-      : inventory(shown), catalogues(known) {}
+  explicit Detailer(const kecpp::Inventory& shown) : inventory(shown) {}
 
   Json Of(const kecpp::Host& host) const {
-    Json json;
-    catalogues.LookAtHost(host.key, [&](const HostTable::value_type& known) {
-      json = ItemOf(kecpp::Kind::host, host.key, RowOf(host), &known.second);
-    });
+    HostInfo machines;
+    for (const std::string& key : host.machines) {
+      inventory.Look<kecpp::MachineView>(key, [&](const kecpp::MachineView& machine) {
+        ++machines.byPower[static_cast<std::size_t>(PowerOf(machine.powerState))];
+      });
+    }
+    Json json = ItemOf(kecpp::Kind::host, host.key, RowOf(host), &machines);
     json["description"] = host.description;
     json["uuid"] = host.uuid;
     json["operationalStatus"] = host.operationalStatus;
@@ -27,16 +29,14 @@ class Detailer {
 
   Json Of(const kecpp::Machine& machine) const {
     Row row = RowOf(machine);
-    Json json;
-    const auto add = [&] { json = ItemOf(kecpp::Kind::machine, machine.key, row, nullptr); };
+    HostTable::value_type host(machine.host.value_or(""), {});
     if (machine.host) {
-      catalogues.LookAtHost(*machine.host, [&](const HostTable::value_type& host) {
-        row.host = &host;
-        add();
-      });
-    } else {
-      add();
+      row.host = &host;
+      inventory.Look<kecpp::HostView>(
+          host.first, [&](const kecpp::HostView& view) { host.second.name = view.name; });
+      host.second.name = kecpp::Decode(host.second.name);
     }
+    Json json = ItemOf(kecpp::Kind::machine, machine.key, row, nullptr);
     json["description"] = machine.description;
     json["uuid"] = machine.uuid;
     json["path"] = machine.path;
@@ -103,14 +103,12 @@ class Detailer {
   }
 
   const kecpp::Inventory& inventory;
-  Catalogues& catalogues;
 };
 
 }  // namespace
 
-std::string DetailsOf(kecpp::Kind kind, const std::string& key, const kecpp::Inventory& inventory,
-                      Catalogues& catalogues) {
-  const Detailer detailer(inventory, catalogues);
+std::string DetailsOf(kecpp::Kind kind, const std::string& key, const kecpp::Inventory& inventory) {
+  const Detailer detailer(inventory);
   const auto text = [&](const auto& object) {
     return object ? Dump(detailer.Of(*object)) : std::string();
   };

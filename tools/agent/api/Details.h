@@ -10,13 +10,10 @@
 
 #include <string>
 
-#include "tools/agent/api/Catalogues.h"
-
 namespace tools::agent::api {
 
-// The JSON text of an object; empty when there is none of that key.
-std::string DetailsOf(kecpp::Kind kind, const std::string& key, const kecpp::Inventory& inventory,
-                      Catalogues& catalogues);
+// The JSON text of an object; empty when there is none of that key. O(its links, and theirs).
+std::string DetailsOf(kecpp::Kind kind, const std::string& key, const kecpp::Inventory& inventory);
 
 }  // namespace tools::agent::api
 

@@ -75,6 +75,14 @@ const std::vector<KindInfo>& Table() {
   return *table;
 }
 
+void AppendText(std::string_view text, std::string& to) {
+  AppendSortable(text.substr(0, SORTED_BYTES), to);
+}
+
+void AppendNumber(std::uint32_t number, std::string& to) {
+  for (int shift = 24; shift >= 0; shift -= 8) to += static_cast<char>(number >> shift & 255);
+}
+
 bool Differ(const Field& field, const Row& left, const Row& right) {
   switch (field.in) {
     case In::text:
@@ -114,31 +122,22 @@ const Field* FindSort(const KindInfo& kind, std::string_view name) {
   return nullptr;
 }
 
-SortValue ValueOf(const Entry& entry, const Field& field) {
+void AppendSortKey(const Entry& entry, const Field& field, std::string& to) {
   const Row& row = entry.second;
-  switch (field.in) {
-    case In::text:
-      return {0, row.texts.At(field.index).substr(0, SORTED_BYTES)};
-    case In::number:
-      return {row.numbers[field.index], {}};
-    case In::power:
-      return {static_cast<std::uint32_t>(row.power), {}};
-    case In::health:
-      return {static_cast<std::uint32_t>(row.health), {}};
-    case In::host:
-      if (!row.host) return {};
-      return {1, std::string_view(row.host->second.name).substr(0, SORTED_BYTES)};
-    default:
-      return {};
-  }
+  if (field.in == In::text) AppendText(row.texts.At(field.index), to);
+  if (field.in == In::number) AppendNumber(row.numbers[field.index], to);
+  if (field.in == In::power) to += static_cast<char>(row.power);
+  if (field.in == In::health) to += static_cast<char>(row.health);
+  if (field.in == In::host) to += static_cast<char>(row.host != nullptr);
+  if (field.in == In::host && row.host) AppendText(row.host->second.name, to);
+  AppendSortable(entry.first, to);
+  to += entry.first;
 }
 
-int Compare(const SortValue& left, std::string_view leftKey, const SortValue& right,
-            std::string_view rightKey) {
-  if (left.number != right.number) return left.number < right.number ? -1 : 1;
-  if (const int order = CompareTexts(left.text, right.text)) return order;
-  if (const int order = CompareTexts(leftKey, rightKey)) return order;
-  return leftKey.compare(rightKey);
+std::string SortKeyOf(const Entry& entry, const Field& field) {
+  std::string key;
+  AppendSortKey(entry, field, key);
+  return key;
 }
 
 std::vector<const char*> Differences(kecpp::Kind kind, const Row& left, const Row& right) {

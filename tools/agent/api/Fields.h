@@ -47,18 +47,11 @@ const KindInfo* FindPlural(std::string_view plural);
 // Null for a field that does not sort.
 const Field* FindSort(const KindInfo& kind, std::string_view name);
 
-// What a field sorts by: a number, or the first part of a text, which is long enough for people and
-// short enough for a cursor. The text is the row's.
-struct SortValue {
-  std::uint32_t number = 0;
-  std::string_view text;
-};
-SortValue ValueOf(const Entry& entry, const Field& field);
-
-// Below, at or above 0. Rows with the same value are in the order of their keys, so only a row is
-// equal to itself.
-int Compare(const SortValue& left, std::string_view leftKey, const SortValue& right,
-            std::string_view rightKey);
+// Appends what puts a row into its place when it is compared byte by byte: the field's value and,
+// for rows with the same value, the key. A value counts with its first part, which is long enough
+// for people and short enough for a cursor. No two rows have the same.
+void AppendSortKey(const Entry& entry, const Field& field, std::string& to);
+std::string SortKeyOf(const Entry& entry, const Field& field);
 
 // The names of the fields that differ, in the table's order.
 std::vector<const char*> Differences(kecpp::Kind kind, const Row& left, const Row& right);

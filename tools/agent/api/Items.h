@@ -11,8 +11,8 @@
 #include <array>
 #include <string>
 
-#include "tools/agent/api/Catalogues.h"
 #include "tools/agent/api/Json.h"
+#include "tools/agent/api/Row.h"
 
 namespace tools::agent::api {
 

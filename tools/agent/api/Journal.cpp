@@ -32,6 +32,18 @@ std::uint64_t FirstNumber() {
       std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
 }
 
+// Wakes the streams once the lock is free, which they take first.
+class Waking {
+ public:
+  explicit Waking(std::condition_variable& waited) : news(waited) {}
+  ~Waking() { news.notify_all(); }
+  Waking(const Waking&) = delete;
+  Waking& operator=(const Waking&) = delete;
+
+ private:
+  std::condition_variable& news;
+};
+
 long long SlotNow() {
   return Journal::Clock::now().time_since_epoch() / Journal::SLOT;
 }
@@ -41,15 +53,17 @@ long long SlotNow() {
 Journal::Journal() : last(FirstNumber()) {}
 
 void Journal::Add(const std::vector<KnownChange>& changes) {
-  const Json time = TimeText(system_clock::now());
+  const auto now = system_clock::now();
+  const Json time = TimeText(now);
+  const Waking waking(news);
   const std::lock_guard<std::mutex> lock(mutex);
+  lastTime = now;
   for (const KnownChange& known : changes) {
     ++last;
     items.push_back({last, known.change.kind, known.change.key, ItemText(last, time, known)});
     if (items.size() > KEPT) items.pop_front();
   }
   AddToSlot(changes.size());
-  news.notify_all();
 }
 
 // Slots that have passed without a change are empty.
@@ -78,15 +92,15 @@ std::array<std::size_t, Journal::SLOTS> Journal::Activity() const {
 }
 
 void Journal::NoteState() {
+  const Waking waking(news);
   const std::lock_guard<std::mutex> lock(mutex);
   ++states;
-  news.notify_all();
 }
 
 void Journal::End() {
+  const Waking waking(news);
   const std::lock_guard<std::mutex> lock(mutex);
   ended = true;
-  news.notify_all();
 }
 
 bool Journal::HasEnded() const {
@@ -109,6 +123,11 @@ std::uint64_t Journal::Last() const {
   return last;
 }
 
+system_clock::time_point Journal::LastTime() const {
+  const std::lock_guard<std::mutex> lock(mutex);
+  return lastTime;
+}
+
 // The numbers of those that are kept follow each other.
 bool Journal::After(std::uint64_t& id, std::vector<Item>& taken) const {
   const std::lock_guard<std::mutex> lock(mutex);
@@ -117,6 +136,11 @@ bool Journal::After(std::uint64_t& id, std::vector<Item>& taken) const {
   if (known > last || last - known > items.size()) return false;
   taken.assign(items.end() - static_cast<std::ptrdiff_t>(last - known), items.end());
   return true;
+}
+
+Journal::Version Journal::Now() const {
+  const std::lock_guard<std::mutex> lock(mutex);
+  return {last + states, SlotNow()};
 }
 
 void Journal::Await(std::uint64_t id, unsigned& state, Clock::time_point deadline) const {

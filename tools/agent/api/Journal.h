@@ -16,6 +16,7 @@
 #include <deque>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tools/agent/api/Catalogues.h"
@@ -53,12 +54,17 @@ class Journal {
   std::vector<std::string> Newest(const kecpp::Kind* kind, const std::string* key,
                                   std::size_t limit) const;
 
-  // The number of the last change.
+  // The number of the last change, and its time, the epoch before the first.
   std::uint64_t Last() const;
+  std::chrono::system_clock::time_point LastTime() const;
 
   // Those behind `id`, oldest first, of which `id` becomes the last one's. False when some of them
   // are not kept any more; `id` is then the last one that there is.
   bool After(std::uint64_t& id, std::vector<Item>& items) const;
+
+  // Another one when there was a change, or another state, or ten seconds are over.
+  using Version = std::pair<std::uint64_t, long long>;
+  Version Now() const;
 
   // Waits until there is something behind `id`, or the state is another than `state`, which gets
   // the present one, or the end has come; at most until `deadline`.
@@ -74,6 +80,7 @@ class Journal {
   mutable std::condition_variable news;
   std::deque<Item> items;  // guarded by `mutex`, like all below
   std::uint64_t last;
+  std::chrono::system_clock::time_point lastTime;
   unsigned states = 0;
   bool ended = false;
   std::array<std::size_t, SLOTS> slots = {};  // a ring

@@ -44,11 +44,8 @@ bool HasFilter(const ListQuery& query) {
 }
 
 bool HasText(const Entry& entry, const ListQuery& query) {
-  if (Contains(entry.first, query.text)) return true;
-  for (std::size_t i = 0; i < query.kind->searchedTexts; ++i) {
-    if (Contains(entry.second.texts.At(i), query.text)) return true;
-  }
-  return false;
+  return Contains(entry.second.texts.First(query.kind->searchedTexts), query.text) ||
+         Contains(entry.first, query.text);
 }
 
 bool IsOnHost(const Row& row, const std::vector<std::string>& hosts) {
@@ -66,19 +63,11 @@ bool Matches(const Entry& entry, const ListQuery& query) {
 // How many rows come before the first one behind the place, in the order's direction.
 std::size_t CountBefore(const Catalogue::Order& order, const ListQuery& query) {
   if (!query.after) return 0;
-  const Place& place = *query.after;
-  const SortValue value{place.number, place.text};
-  const auto compare = [&](const Entry* entry) {
-    return Compare(ValueOf(*entry, *query.sort), entry->first, value, place.key);
-  };
-  if (!query.descends) {
-    const auto first = std::partition_point(
-        order.begin(), order.end(), [&](const Entry* entry) { return compare(entry) <= 0; });
-    return static_cast<std::size_t>(first - order.begin());
-  }
-  const auto end = std::partition_point(order.begin(), order.end(),
-                                        [&](const Entry* entry) { return compare(entry) < 0; });
-  return static_cast<std::size_t>(order.end() - end);
+  const auto behind = std::partition_point(order.begin(), order.end(), [&](const Entry* entry) {
+    const int comparison = SortKeyOf(*entry, *query.sort).compare(*query.after);
+    return query.descends ? comparison < 0 : comparison <= 0;
+  });
+  return static_cast<std::size_t>(query.descends ? order.end() - behind : behind - order.begin());
 }
 
 }  // namespace
@@ -87,6 +76,7 @@ ListQuery ReadListQuery(const KindInfo& kind, const Parameters& parameters) {
   ListQuery query;
   query.kind = &kind;
   query.text = Lowered(parameters.One("text").value_or(""));
+  if (query.text.find('\0') != std::string::npos) throw BadRequest("no text has a zero in it");
   query.powers = ReadNames(parameters, "power", kind.hasPower, POWER_NAMES);
   query.healths = ReadNames(parameters, "status", kind.hasHealth, HEALTH_NAMES);
   query.hosts = parameters.All("host");

@@ -15,14 +15,6 @@
 
 namespace tools::agent::api {
 
-// The place behind a row that was given: its value and key. It stays where it is while other rows
-// come and go.
-struct Place {
-  std::uint32_t number = 0;
-  std::string text;
-  std::string key;
-};
-
 struct ListQuery {
   std::string text;                // lowered; empty: any
   unsigned powers = ~0u;           // a bit for each that is asked for
@@ -32,8 +24,10 @@ struct ListQuery {
   const Field* sort = nullptr;
   bool descends = false;
   std::size_t limit = 0;
-  std::size_t offset = 0;      // of those that match
-  std::optional<Place> after;  // instead of an offset
+  std::size_t offset = 0;  // of those that match
+  // Instead of an offset: the sort key of a row that was given. It is a place that stays where it
+  // is while other rows come and go.
+  std::optional<std::string> after;
 };
 
 // Throws Problem for what is not understood.

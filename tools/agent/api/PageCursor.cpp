@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view ALPHABET =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
-constexpr std::size_t LONGEST_KEY = 4000;  // a request's line has room for 8192 characters
+constexpr std::size_t LONGEST = 5000;  // a request's line has room for 8192 characters
 
 // Base64 for addresses (RFC 4648), without padding.
 std::string Encoded(std::string_view bytes) {
@@ -54,11 +54,10 @@ std::string_view TakeLine(std::string_view& text) {
   return line;
 }
 
-std::size_t TakeNumber(std::string_view& text) {
-  const std::string_view line = TakeLine(text);
+std::size_t NumberIn(std::string_view text) {
   std::size_t number = 0;
-  const auto [stop, error] = std::from_chars(line.data(), line.data() + line.size(), number);
-  if (error != std::errc() || stop != line.data() + line.size()) {
+  const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || stop != text.data() + text.size()) {
     throw BadRequest("this is no cursor");
   }
   return number;
@@ -66,14 +65,11 @@ std::size_t TakeNumber(std::string_view& text) {
 
 }  // namespace
 
-// The last text of each form may have any bytes, since the lengths of those before are known.
 std::string CursorBehind(const Entry& last, std::size_t offset, const ListQuery& query) {
-  const std::string& key = last.first;
-  const std::string tag = Tag(query) + '\n';
-  if (key.size() > LONGEST_KEY) return Encoded(tag + "offset\n" + std::to_string(offset) + '\n');
-  const SortValue value = ValueOf(last, *query.sort);
-  return Encoded(tag + "behind\n" + std::to_string(value.number) + '\n' +
-                 std::to_string(key.size()) + '\n' + key + std::string(value.text));
+  const std::string sortKey = SortKeyOf(last, *query.sort);
+  const bool fits = sortKey.size() <= LONGEST;
+  return Encoded(Tag(query) +
+                 (fits ? "\nbehind\n" + sortKey : "\noffset\n" + std::to_string(offset)));
 }
 
 void ReadCursor(const std::string& cursor, ListQuery& query) {
@@ -81,15 +77,13 @@ void ReadCursor(const std::string& cursor, ListQuery& query) {
   std::string_view rest = bytes;
   if (TakeLine(rest) != Tag(query)) throw BadRequest("the cursor is of another list or order");
   const std::string_view form = TakeLine(rest);
-  const std::size_t number = TakeNumber(rest);
-  if (form == "offset") {
-    query.offset = number;
-    return;
+  if (form == "behind") {
+    query.after = std::string(rest);
+  } else if (form == "offset") {
+    query.offset = NumberIn(rest);
+  } else {
+    throw BadRequest("this is no cursor");
   }
-  const std::size_t keySize = form == "behind" ? TakeNumber(rest) : rest.size() + 1;
-  if (keySize > rest.size()) throw BadRequest("this is no cursor");
-  query.after = Place{static_cast<std::uint32_t>(number), std::string(rest.substr(keySize)),
-                      std::string(rest.substr(0, keySize))};
 }
 
 }  // namespace tools::agent::api

@@ -12,8 +12,8 @@
 
 namespace tools::agent::api {
 
-// Leads behind `last`, the page's last row. In front of a key that no request could hold, it leads
-// to the `offset` that comes then.
+// Leads behind `last`, the page's last row; where no request could hold its sort key, to the
+// `offset` that comes then.
 std::string CursorBehind(const Entry& last, std::size_t offset, const ListQuery& query);
 
 // Sets the query's place. Throws Problem when it is no cursor, or one of another kind or order.

@@ -54,7 +54,9 @@ void Recorder::Take() {
     if (wasFilled) journal.Add(catalogues.Apply(some));
     isFilled = true;
   }
-  if (!wasFilled) catalogues.Forget();
+  if (wasFilled) return;
+  catalogues.Forget();
+  journal.NoteState();
 }
 
 }  // namespace tools::agent::api

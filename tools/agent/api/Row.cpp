@@ -22,6 +22,8 @@ std::uint32_t Number(std::size_t count) {
   return static_cast<std::uint32_t>(count);
 }
 
+}  // namespace
+
 Power PowerOf(kecpp::PowerState state) {
   switch (state) {
     case kecpp::PowerState::on:
@@ -34,8 +36,6 @@ Power PowerOf(kecpp::PowerState state) {
       return Power::unknown;
   }
 }
-
-}  // namespace
 
 Health HealthOf(unsigned operationalStatus) {
   switch (operationalStatus) {
@@ -51,15 +51,14 @@ Health HealthOf(unsigned operationalStatus) {
 }
 
 Texts::Texts(std::initializer_list<std::string_view> texts) {
-  std::size_t size = 0;
+  std::size_t size = texts.size();
   for (std::string_view text : texts) size += text.size();
   bytes.reserve(size);
   std::size_t count = 0;
   for (std::string_view text : texts) {
-    bytes += text;
+    bytes.append(text) += '\0';
     ends[count++] = Number(bytes.size());
   }
-  for (; count < ends.size(); ++count) ends[count] = Number(bytes.size());
 }
 
 Row RowOf(const kecpp::Host& host) {

@@ -25,23 +25,33 @@ enum class Health : std::uint8_t { ok, degraded, error, unknown };
 constexpr std::array<const char*, 4> POWER_NAMES = {"on", "off", "suspended", "unknown"};
 constexpr std::array<const char*, 4> HEALTH_NAMES = {"ok", "degraded", "error", "unknown"};
 
+Power PowerOf(kecpp::PowerState state);
+
 // Of CIM's operational status.
 Health HealthOf(unsigned operationalStatus);
 
-// Up to four texts in one piece of memory.
+// Up to four texts in one piece of memory, each with a zero behind it, so that all can be searched
+// at once.
 class Texts {
  public:
   Texts() = default;
   Texts(std::initializer_list<std::string_view> texts);
 
+  // Empty for one that there is not.
   std::string_view At(std::size_t index) const {
+    if (ends[index] == 0) return {};
     const std::uint32_t begin = index == 0 ? 0 : ends[index - 1];
-    return std::string_view(bytes).substr(begin, ends[index] - begin);
+    return std::string_view(bytes).substr(begin, ends[index] - begin - 1);
+  }
+
+  // With what separates them.
+  std::string_view First(std::size_t count) const {
+    return std::string_view(bytes).substr(0, count == 0 ? 0 : ends[count - 1]);
   }
 
  private:
   std::string bytes;
-  std::array<std::uint32_t, 4> ends = {};
+  std::array<std::uint32_t, 4> ends = {};  // of the zeros
 };
 
 // What the machines name as their host, by its key; it may not be known.

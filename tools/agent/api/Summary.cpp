@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tools/agent/api/Summary.h"
 
+#include <algorithm>
+
 #include "tools/agent/api/Items.h"
 
 namespace tools::agent::api {
@@ -21,14 +23,16 @@ Failure LastFailure(const kecpp::Status& status, const ConnectionReport& report)
   return last;
 }
 
-Json ConnectionOf(const kecpp::Status& status, const ConnectionReport& report) {
+// `change` is the time of the last one: the status is behind it by a moment.
+Json ConnectionOf(const kecpp::Status& status, const ConnectionReport& report,
+                  std::chrono::system_clock::time_point change) {
   const Failure failure = LastFailure(status, report);
   return {{"state", NameOf(status.state)},
           {"reason", status.reason},
           {"since", TimeText(status.since)},
           {"connections", status.connections},
           {"updates", status.updates},
-          {"lastUpdate", TimeText(status.lastUpdate)},
+          {"lastUpdate", TimeText(std::max(status.lastUpdate, change))},
           {"failures", status.failures},
           {"lastFailure", failure.text},
           {"lastFailureTime", TimeText(failure.time)},
@@ -47,7 +51,7 @@ std::string Summary::Text() const {
   const auto count = [&](kecpp::Kind kind) { return Json{{"total", inventory.Count(kind)}}; };
   return Dump(
       {{"agent", {{"version", KECPP_TOOLS_VERSION}}},
-       {"connection", ConnectionOf(status, report)},
+       {"connection", ConnectionOf(status, report, journal.LastTime())},
        {"authorization",
         {{"shown", status.hasAuthorization}, {"reason", status.authorizationFailure}}},
        {"hosts", {{"total", sums.hosts}, {"status", NumbersOf(HEALTH_NAMES, sums.hostsByHealth)}}},
@@ -59,6 +63,16 @@ std::string Summary::Text() const {
        {"privileges", count(kecpp::Kind::privilege)},
        {"identities", count(kecpp::Kind::identity)},
        {"activity", {{"seconds", Journal::SLOT.count()}, {"counts", journal.Activity()}}}});
+}
+
+std::string Summary::SharedText() {
+  const std::lock_guard<std::mutex> lock(mutex);
+  const Journal::Version now = journal.Now();
+  if (text.empty() || version != now) {
+    text = Text();
+    version = now;
+  }
+  return text;
 }
 
 }  // namespace tools::agent::api

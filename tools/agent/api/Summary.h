@@ -8,6 +8,7 @@
 
 #include <kecpp/inventory.h>
 
+#include <mutex>
 #include <string>
 
 #include "tools/agent/ConnectionReport.h"
@@ -25,11 +26,17 @@ class Summary {
   // As JSON. The first one reads the inventory, others are O(1).
   std::string Text() const;
 
+  // Likewise; those who ask for it after the same change get the same.
+  std::string SharedText();
+
  private:
   const kecpp::Inventory& inventory;
   const ConnectionReport& report;
   Catalogues& catalogues;
   const Journal& journal;
+  std::mutex mutex;
+  Journal::Version version;  // of the text; guarded by `mutex`
+  std::string text;          // likewise
 };
 
 }  // namespace tools::agent::api

@@ -8,49 +8,52 @@
 namespace tools::agent::api {
 namespace {
 
-unsigned char Lower(char c) {
-  return static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+constexpr char END = '\0';
+constexpr char ESCAPE = '\1';  // before END and itself
+constexpr char NUMBER = '0';   // where any digit would be
+constexpr std::size_t MOST_DIGITS = 255;
+
+char Lower(char c) {
+  return static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
 }
 
 bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// The number at the begin of `text`, without leading zeros; it is taken from the text.
-std::string_view TakeNumber(std::string_view& text) {
+// How many digits it has, then the digits, without leading zeros: takes it from the text.
+void AppendNumber(std::string_view& text, std::string& to) {
   while (!text.empty() && text.front() == '0') text.remove_prefix(1);
   std::size_t length = 0;
   while (length < text.size() && IsDigit(text[length])) ++length;
-  const std::string_view number = text.substr(0, length);
+  to += NUMBER;
+  for (std::size_t left = length;; left -= MOST_DIGITS) {
+    to += static_cast<char>(std::min(left, MOST_DIGITS));
+    if (left < MOST_DIGITS) break;
+  }
+  to.append(text.data(), length);
   text.remove_prefix(length);
-  return number;
-}
-
-int CompareNumbers(std::string_view left, std::string_view right) {
-  if (left.size() != right.size()) return left.size() < right.size() ? -1 : 1;
-  return left.compare(right);
 }
 
 }  // namespace
 
-int CompareTexts(std::string_view left, std::string_view right) {
-  while (!left.empty() && !right.empty()) {
-    if (IsDigit(left.front()) && IsDigit(right.front())) {
-      const std::string_view number = TakeNumber(left);
-      if (const int order = CompareNumbers(number, TakeNumber(right))) return order;
+void AppendSortable(std::string_view text, std::string& to) {
+  while (!text.empty()) {
+    const char c = text.front();
+    if (IsDigit(c)) {
+      AppendNumber(text, to);
       continue;
     }
-    const int order = Lower(left.front()) - Lower(right.front());
-    if (order != 0) return order;
-    left.remove_prefix(1);
-    right.remove_prefix(1);
+    if (c == END || c == ESCAPE) to += ESCAPE;
+    to += Lower(c);
+    text.remove_prefix(1);
   }
-  return static_cast<int>(!left.empty()) - static_cast<int>(!right.empty());
+  to += END;
 }
 
 std::string Lowered(std::string_view text) {
   std::string lowered(text);
-  for (char& c : lowered) c = static_cast<char>(Lower(c));
+  for (char& c : lowered) c = Lower(c);
   return lowered;
 }
 
@@ -58,8 +61,7 @@ std::string Lowered(std::string_view text) {
 bool Contains(std::string_view text, std::string_view lowered) {
   std::array<char, 512> small;
   if (text.size() > small.size()) return Lowered(text).find(lowered) != std::string::npos;
-  std::transform(text.begin(), text.end(), small.begin(),
-                 [](char c) { return static_cast<char>(Lower(c)); });
+  std::transform(text.begin(), text.end(), small.begin(), Lower);
   return memmem(small.data(), text.size(), lowered.data(), lowered.size()) != nullptr;
 }
 

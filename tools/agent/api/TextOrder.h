@@ -11,9 +11,10 @@
 
 namespace tools::agent::api {
 
-// Below, at or above 0, as `left` comes before, with or behind `right`: "vm-2" before "VM-10",
-// "10.0.0.9" before "10.0.0.10". Texts that differ in case or in leading zeros alone are together.
-int CompareTexts(std::string_view left, std::string_view right);
+// Appends what puts a text into its place when it is compared byte by byte: "vm-2" before "VM-10",
+// "10.0.0.9" before "10.0.0.10". Texts that differ in case or in leading zeros alone have the same.
+// It ends with a byte that no part before has in its place, so another text may follow.
+void AppendSortable(std::string_view text, std::string& to);
 
 // With small letters of ASCII.
 std::string Lowered(std::string_view text);
