@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace driver {
@@ -29,7 +30,9 @@ class FreePort {
   FreePort(const FreePort&) = delete;
   FreePort& operator=(const FreePort&) = delete;
 
-  std::string Url() const { return "http://127.0.0.1:" + std::to_string(number); }
+  std::string Url(const char* scheme) const {
+    return scheme + ("://127.0.0.1:" + std::to_string(number));
+  }
 
  private:
   int socket;
@@ -45,15 +48,17 @@ std::string EtcdCluster::Programs() {
   return text.substr(0, text.find('\n'));
 }
 
-EtcdCluster::EtcdCluster(int count, std::vector<std::string> options) : programs(Programs()) {
+EtcdCluster::EtcdCluster(int count, std::vector<std::string> options)
+    : programs(Programs()),
+      isSecure(std::find(options.begin(), options.end(), "--auto-tls") != options.end()) {
   if (programs.empty()) throw std::runtime_error("there is no etcd");
   std::vector<std::string> peers;
   std::string initial;
   {
     const std::vector<FreePort> ports(2 * Index(count));
     for (std::size_t i = 0; i < Index(count); ++i) {
-      members.push_back({ports[2 * i].Url(), {}, nullptr});
-      peers.push_back(ports[2 * i + 1].Url());
+      members.push_back({ports[2 * i].Url(isSecure ? "https" : "http"), {}, nullptr});
+      peers.push_back(ports[2 * i + 1].Url("http"));
       initial += (i == 0 ? "m" : ",m") + std::to_string(i) + '=' + peers[i];
     }
   }
@@ -96,10 +101,21 @@ void EtcdCluster::Signal(int member, int signal) {
   if (one.process) one.process->Signal(signal);
 }
 
+std::string EtcdCluster::Certificate(int member) const {
+  return folder.path + "/m" + std::to_string(member) + "/fixtures/client/cert.pem";
+}
+
+std::vector<std::string> EtcdCluster::CtlCommand(const std::string& endpoints) const {
+  std::vector<std::string> command = {programs + "/etcdctl", "--endpoints=" + endpoints};
+  if (isSecure) {
+    command.insert(command.end(), {"--insecure-transport=false", "--insecure-skip-tls-verify"});
+  }
+  return command;
+}
+
 bool EtcdCluster::Answers(int member) const {
   return Eventually([&] {
-    ChildProcess probe({programs + "/etcdctl", "--endpoints=" + Url(member), "--command-timeout=2s",
-                        "get", "probe"});
+    ChildProcess probe(CtlCommand(Url(member)), {"--command-timeout=2s", "get", "probe"});
     // With users an answer to nobody is a refusal.
     return probe.Wait() == 0 || probe.Errors().find("user name is empty") != std::string::npos ||
            !members.at(Index(member)).process->IsRunning();
@@ -107,7 +123,7 @@ bool EtcdCluster::Answers(int member) const {
 }
 
 int EtcdCluster::Ctl(const std::vector<std::string>& arguments, std::string* output) const {
-  ChildProcess tool({programs + "/etcdctl", "--endpoints=" + Urls()}, arguments);
+  ChildProcess tool(CtlCommand(Urls()), arguments);
   const int status = tool.Wait();
   if (output != nullptr) *output = tool.Output() + tool.Errors();
   return status;

@@ -19,12 +19,15 @@ class EtcdCluster {
   // The folder of the programs, as scripts/etcd prints it; empty where they cannot be had.
   static std::string Programs();
 
-  // Starts `members` with these further options and waits until they answer.
+  // Starts `members` with these further options and waits until they answer. With "--auto-tls" they
+  // serve HTTPS, each with a certificate that it makes itself.
   explicit EtcdCluster(int members, std::vector<std::string> options = {});
 
   int Members() const { return static_cast<int>(members.size()); }
   const std::string& Url(int member) const { return members.at(Index(member)).url; }
   std::string Urls() const;  // all, with commas between
+  // Its certificate, which is its own authority.
+  std::string Certificate(int member) const;
 
   void Start(int member);  // again, with its data
   void Kill(int member);   // SIGKILL
@@ -43,10 +46,12 @@ class EtcdCluster {
     std::vector<std::string> command;
     std::unique_ptr<ChildProcess> process;
   };
+  std::vector<std::string> CtlCommand(const std::string& endpoints) const;
   static std::size_t Index(int member) { return static_cast<std::size_t>(member); }
 
   TemporaryFolder folder;
   const std::string programs;
+  const bool isSecure;
   std::vector<Member> members;
 };
 

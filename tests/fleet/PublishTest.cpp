@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: MIT
+//
+// kecpp-publish and kecpp-publish-setup as processes, with a real cluster of one member.
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/stat.h>
+
+#include <fstream>
+#include <memory>
+#include <optional>
+
+#include "fleet/Documents.h"
+#include "fleet/EtcdClient.h"
+#include "fleet/Keys.h"
+#include "simulator/driver/EtcdCluster.h"
+#include "simulator/driver/Simulator.h"
+
+namespace kecpp::fleet {
+namespace {
+
+using driver::ChildProcess;
+using driver::Eventually;
+using driver::Json;
+using testing::HasSubstr;
+using Words = std::vector<std::string>;
+
+class Publish : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (driver::EtcdCluster::Programs().empty()) GTEST_SKIP() << "scripts/etcd cannot have etcd";
+  }
+
+  void StartCluster(const Words& options = {}) {
+    cluster = std::make_unique<driver::EtcdCluster>(1, options);
+    client = std::make_unique<EtcdClient>(Options());
+  }
+
+  EtcdOptions Options(const std::string& credentials = {}) const {
+    EtcdOptions options;
+    options.members = {cluster->Url(0)};
+    options.tls.authorities = cluster->Certificate(0);
+    if (options.members[0].compare(0, 5, "https") != 0) options.tls = {};
+    if (credentials.empty()) return options;
+    std::ifstream file(credentials);
+    std::getline(file, options.user, ':');
+    std::getline(file, options.password);
+    return options;
+  }
+
+  std::unique_ptr<ChildProcess> Start(const std::string& site, const Words& more = {}) const {
+    return std::make_unique<ChildProcess>(
+        Words{KECPP_PUBLISH_PROGRAM, "--config", simulator.Config(), "--site", site, "--to",
+              cluster->Urls()},
+        more);
+  }
+
+  static std::optional<KeyValue> Get(EtcdClient& from, const std::string& key) {
+    Transaction look;
+    look.Get(key);
+    return from.Commit(look).read.front();
+  }
+
+  static bool Put(EtcdClient& to, const std::string& key, const std::string& value) {
+    Transaction put;
+    put.Put(key, value);
+    try {
+      return to.Commit(put).succeeded;
+    } catch (const EtcdError&) {
+      return false;
+    }
+  }
+
+  SiteDocument Site(const std::string& site) const {
+    const auto found = Get(*client, SiteOf(site));
+    return (found ? ReadSite(found->value) : std::nullopt).value_or(SiteDocument());
+  }
+
+  std::size_t Count(const std::string& site) const {
+    std::size_t count = 0;
+    ReadPrefix(*client, ObjectsOf(site), [&](KeyValue&&) { ++count; });
+    return count;
+  }
+
+  driver::Simulator simulator{Words{"--hosts", "2", "--machines", "8"}};
+  driver::TemporaryFolder folder;
+  std::unique_ptr<driver::EtcdCluster> cluster;
+  std::unique_ptr<EtcdClient> client;
+};
+
+// What is wrong in the cluster is put right; what a lost daemon had stays.
+TEST_F(Publish, MakesTheClusterTrueAndKeepsWhatALostDaemonHad) {
+  StartCluster();
+  const std::string machine = ObjectsOf("s") + ObjectPart(Kind::machine, "vm-1");
+  const auto known = [&] { return Get(*client, machine).value_or(KeyValue()).value; };
+  for (const std::string& wrong :
+       {ObjectsOf("s") + "machine/ghost", ObjectsOf("s") + "odd", machine}) {
+    ASSERT_TRUE(Put(*client, wrong, "{}"));
+  }
+  const auto publisher = Start("s", {"--metrics", "0"});
+  ASSERT_TRUE(Eventually([&] { return Site("s").isComplete; }));
+  const std::size_t objects = Site("s").objects;
+  EXPECT_EQ(Count("s"), objects);
+  EXPECT_FALSE(Get(*client, ObjectsOf("s") + "machine/ghost"));
+  EXPECT_THAT(known(), HasSubstr("\"properties\""));
+  EXPECT_TRUE(Get(*client, LivingOf("s")));
+
+  simulator.SetMachine("vm-1", "name", "another");
+  EXPECT_TRUE(Eventually([&] { return known().find("another") != std::string::npos; }));
+  // A hand that writes where the publisher does is found when that writes next.
+  ASSERT_TRUE(Put(*client, machine, "{}"));
+  simulator.SetMachine("vm-1", "name", "a third");
+  EXPECT_TRUE(Eventually([&] { return known().find("a third") != std::string::npos; }));
+
+  simulator.Control("quit");
+  EXPECT_TRUE(Eventually([&] { return !Site("s").isConnected; }));
+  EXPECT_EQ(Count("s"), objects);
+  publisher->Signal(SIGTERM);
+  EXPECT_EQ(publisher->Wait(), 0);
+  EXPECT_FALSE(Get(*client, LivingOf("s")));
+  EXPECT_EQ(Count("s"), objects);
+}
+
+TEST_F(Publish, ASiteCannotTouchAnother) {
+  StartCluster({"--auto-tls"});
+  const auto setUp = [&](Words words) {
+    Words command = {KECPP_PUBLISH_SETUP, "--to", cluster->Url(0), "--ca", cluster->Certificate(0)};
+    if (words[0] != "enable") {
+      command.insert(command.end(), {"--credentials", folder.path + "/root"});
+    }
+    ChildProcess script(command, words);
+    EXPECT_EQ(script.Wait(), 0) << script.Errors();
+  };
+  const auto file = [&](const char* name) { return folder.path + '/' + name; };
+  setUp({"enable", file("root")});
+  setUp({"site", "berlin 1/\xc3\xa4", file("berlin")});
+  setUp({"site", "berlin 1", file("near")});
+  setUp({"reader", "ann", file("ann")});
+  setUp({"reader", "ann", file("ann")});  // again
+  struct stat status = {};
+  ASSERT_EQ(stat(file("berlin").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 077, 0U);
+
+  const std::string site = "berlin 1/\xc3\xa4";
+  const auto publisher =
+      Start(site, {"--credentials", file("berlin"), "--ca", cluster->Certificate(0)});
+  client = std::make_unique<EtcdClient>(Options(file("ann")));
+  ASSERT_TRUE(Eventually([&] { return Site(site).isComplete; })) << publisher->Errors();
+  EXPECT_EQ(Count(site), Site(site).objects);
+  EXPECT_FALSE(Put(*client, SiteOf(site), "{}"));
+
+  EtcdClient thief(Options(file("near")));
+  EXPECT_TRUE(Put(thief, ObjectsOf("berlin 1") + "host/h", "{}"));
+  for (const std::string& key :
+       {ObjectsOf(site) + "host/h", EpochOf(site), SiteOf(site), LivingOf(site),
+        ObjectsOf("berlin"), std::string("inv/"), std::string("other")}) {
+    EXPECT_FALSE(Put(thief, key, "{}")) << key;
+    EXPECT_THROW(Get(thief, key), EtcdError) << key;
+  }
+  EtcdOptions unsure = Options();
+  unsure.tls = {};
+  EXPECT_THROW(EtcdClient(unsure).Call("kv/range", R"({"key":"YQ=="})"), EtcdError);
+}
+
+TEST_F(Publish, PrintsTheEventsOfTheInventoryTool) {
+  const Words common = {"--config", simulator.Config(), "--duration", "2"};
+  ChildProcess publisher({KECPP_PUBLISH_PROGRAM}, common);
+  ChildProcess tool({KECPP_TOOL_PROGRAM, "--format", "events", "--follow"}, common);
+  EXPECT_EQ(publisher.Wait(), 0);
+  EXPECT_EQ(tool.Wait(), 0);
+  EXPECT_THAT(publisher.Output(), HasSubstr("\"vm-1\""));
+  EXPECT_EQ(publisher.Output(), tool.Output());
+}
+
+}  // namespace
+}  // namespace kecpp::fleet
