@@ -1,6 +1,6 @@
 # What cpack makes: libkecpp1 and libkecpp-inventory1 (the libraries), libkecpp-dev (headers, package
-# files, reference, guides, examples) and kecpp-tools (the programs), each with its debugging symbols
-# apart. scripts/package calls it.
+# files, reference, guides, examples), kecpp-tools (the programs) and kecpp-publish (the publisher),
+# each with its debugging symbols apart. scripts/package calls it.
 
 # Who made the packages, as Debian's own tools let one say it.
 set(CPACK_PACKAGE_CONTACT "The kecpp authors <kecpp@localhost>")
@@ -26,12 +26,13 @@ add_custom_target(package_documents ALL DEPENDS ${documents})
 
 set(CPACK_COMPONENTS_ALL library inventory development)
 if(KECPP_BUILD_TOOLS)
-  list(APPEND CPACK_COMPONENTS_ALL tools)
+  list(APPEND CPACK_COMPONENTS_ALL tools publish)
 endif()
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libkecpp1)
 set(CPACK_DEBIAN_INVENTORY_PACKAGE_NAME libkecpp-inventory1)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkecpp-dev)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME kecpp-tools)
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_NAME kecpp-publish)
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   string(TOUPPER ${component} upper)
   set(folder ${CMAKE_INSTALL_DATAROOTDIR}/doc/${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
@@ -54,10 +55,15 @@ if(KECPP_BUILD_TOOLS)
   install(FILES examples/agent.xml tools/agent/prometheus/dashboard.json
                 tools/agent/prometheus/rules.yml COMPONENT tools
           DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/kecpp-tools/examples)
-  install(DIRECTORY completions/bash/ COMPONENT tools
-          DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions)
-  install(DIRECTORY completions/zsh/ COMPONENT tools
-          DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/zsh/vendor-completions)
+  foreach(folder bash:bash-completion/completions zsh:zsh/vendor-completions)
+    string(REPLACE ":" ";" folder ${folder})
+    list(GET folder 0 from)
+    list(GET folder 1 to)
+    install(DIRECTORY completions/${from}/ DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/${to}
+            COMPONENT tools PATTERN "*kecpp-publish*" EXCLUDE)
+    install(DIRECTORY completions/${from}/ DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/${to}
+            COMPONENT publish FILES_MATCHING PATTERN "*kecpp-publish*")
+  endforeach()
 endif()
 
 set(CPACK_GENERATOR DEB)
@@ -76,6 +82,7 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_INVENTORY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION admin)
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_SECTION admin)
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)
   set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE i386)
 endif()
@@ -97,6 +104,11 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "pkg-config, cmake")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libkecpp-inventory1 (>= ${version})")
 set(scripts ${CMAKE_CURRENT_SOURCE_DIR}/packaging/kecpp-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_CONTROL_EXTRA ${scripts}/postinst ${scripts}/prerm ${scripts}/postrm)
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_DEPENDS "libkecpp-inventory1 (>= ${version})")
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_SUGGESTS "curl, etcd-server")
+set(scripts ${CMAKE_CURRENT_SOURCE_DIR}/packaging/kecpp-publish)
+set(CPACK_DEBIAN_PUBLISH_PACKAGE_CONTROL_EXTRA
+    ${scripts}/postinst ${scripts}/prerm ${scripts}/postrm)
 
 set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
 set(CPACK_DEBIAN_DEVELOPMENT_DEBUGINFO_PACKAGE OFF)
