@@ -111,6 +111,12 @@ TEST_F(Publish, MakesTheClusterTrueAndKeepsWhatALostDaemonHad) {
   simulator.SetMachine("vm-1", "name", "a third");
   EXPECT_TRUE(Eventually([&] { return known().find("a third") != std::string::npos; }));
 
+  // So is a cluster that has lost everything.
+  ASSERT_EQ(cluster->Ctl({"del", "", "--from-key=true"}), 0);
+  simulator.SetMachine("vm-1", "name", "a fourth");
+  EXPECT_TRUE(Eventually([&] { return Site("s").isComplete && Count("s") == objects; }));
+  EXPECT_TRUE(Eventually([&] { return Get(*client, LivingOf("s")).has_value(); }));
+
   simulator.Control("quit");
   EXPECT_TRUE(Eventually([&] { return !Site("s").isConnected; }));
   EXPECT_EQ(Count("s"), objects);
@@ -156,6 +162,11 @@ TEST_F(Publish, ASiteCannotTouchAnother) {
     EXPECT_FALSE(Put(thief, key, "{}")) << key;
     EXPECT_THROW(Get(thief, key), EtcdError) << key;
   }
+  const nlohmann::json all = thief.Call("lease/leases", "{}");
+  ASSERT_EQ(all["leases"].size(), 1U);
+  EXPECT_THROW(thief.Call("lease/revoke", all["leases"][0].dump()), EtcdError);
+  setUp({"site", "berlin 1", file("new")});  // another password ends the thief's login
+  EXPECT_FALSE(Put(thief, ObjectsOf("berlin 1") + "host/h", "{}"));
   EtcdOptions unsure = Options();
   unsure.tls = {};
   EXPECT_THROW(EtcdClient(unsure).Call("kv/range", R"({"key":"YQ=="})"), EtcdError);

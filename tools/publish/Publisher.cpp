@@ -214,6 +214,7 @@ Batch Publisher::Send(Batch batch) {
       following = composer.Compose(epoch, batch, [this] { client.Advance(); });
     }
     const TransactionResult result = ReadResult(client.Finish());
+    NoteRevision(result.revision);
     if (result.succeeded) {
       Acknowledge(batch, result.revision);
     } else {
@@ -236,6 +237,13 @@ Batch Publisher::Send(Batch batch) {
     throw;
   }
   return following;
+}
+
+// A cluster that was restored has lost revisions that were there: nothing that is known of it
+// holds.
+void Publisher::NoteRevision(std::int64_t revision) {
+  if (revision < highest) mustReconcile = true;
+  highest = revision;
 }
 
 void Publisher::Acknowledge(const Batch& batch, std::int64_t revision) {

@@ -58,6 +58,7 @@ class Publisher {
   void ReadAgain();
   bool SendBatch();
   Batch Send(Batch batch);
+  void NoteRevision(std::int64_t revision);
   void Acknowledge(const Batch& batch, std::int64_t revision);
   void Doubt(Batch& batch);
   void GiveBack(Batch& batch);
@@ -91,6 +92,7 @@ class Publisher {
   bool mustRenew = false;         // the outcome of a request is not known, or the epoch was changed
   std::vector<Mark> doubtful;     // what the cluster has of these is not known
   Batch next;                     // composed while the one before was under way
+  std::int64_t highest = 0;       // revision of the cluster
   std::uint64_t agreementAt = 0;  // everything is compared when marks have passed it; 0: it was
   std::chrono::milliseconds pause{0};
   Clock::time_point showLifeAt{};
