@@ -130,7 +130,7 @@ int main(int argc, char** argv) {
   PrintTimes("until a change arrived at rest", Change(simulator, follower, time));
 
   const tools::agent::InventoryGate gate(inventory, std::chrono::milliseconds(0));
-  const tools::agent::InteropModel interop("localhost", false);
+  tools::agent::InteropModel interop("localhost", false);
   const tools::agent::Operations operations(gate, interop);
   tools::agent::RequestCounters requests;
   tools::agent::AgentServer server(nullptr, tools::agent::Limits());

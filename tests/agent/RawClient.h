@@ -15,14 +15,15 @@
 
 namespace agenttest {
 
-// The body of a call with these parameters.
-inline std::string CimCall(const std::string& method, const std::string& parameters) {
+// The body of a call with these parameters, in "root/cimv2" or in a namespace without a slash.
+inline std::string CimCall(const std::string& method, const std::string& parameters,
+                           const std::string& space = "") {
   return "<?xml version=\"1.0\"?><CIM CIMVERSION=\"2.0\" DTDVERSION=\"2.0\"><MESSAGE ID=\"1\" "
          "PROTOCOLVERSION=\"1.0\"><SIMPLEREQ><IMETHODCALL NAME=\"" +
-         method +
-         "\"><LOCALNAMESPACEPATH><NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"cimv2\"/>"
-         "</LOCALNAMESPACEPATH>" +
-         parameters + "</IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
+         method + "\"><LOCALNAMESPACEPATH>" +
+         (space.empty() ? "<NAMESPACE NAME=\"root\"/><NAMESPACE NAME=\"cimv2\"/>"
+                        : "<NAMESPACE NAME=\"" + space + "\"/>") +
+         "</LOCALNAMESPACEPATH>" + parameters + "</IMETHODCALL></SIMPLEREQ></MESSAGE></CIM>";
 }
 
 class RawClient {

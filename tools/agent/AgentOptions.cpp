@@ -7,6 +7,7 @@
 #include <charconv>
 
 #include "tools/agent/HostName.h"
+#include "tools/agent/indications/AllowedHosts.h"
 #include "tools/common/ConfigArgument.h"
 
 namespace tools::agent {
@@ -83,6 +84,33 @@ void DeclareMetrics(CLI::App& app, AgentOptions& options) {
       ->check(CLI::Range(0, 1000000));
 }
 
+void DeclareIndications(CLI::App& app, AgentOptions& options, CLI::Option* users,
+                        long long& retry) {
+  app.add_option("--indications-to", options.indicationsTo,
+                 "Hosts that users may let indications be sent to: names, addresses and networks, "
+                 "with commas between")
+      ->type_name("HOSTS")
+      ->check([](const std::string& hosts) -> std::string {
+        try {
+          const AllowedHosts allowed(hosts);
+          return allowed.IsEmpty() ? "no host" : "";
+        } catch (const std::runtime_error& error) {
+          return error.what();
+        }
+      })
+      ->needs(users);
+  app.add_option("--state", options.stateFolder, "A folder in which subscriptions are kept")
+      ->type_name("DIRECTORY");
+  app.add_option("--listener-ca", options.listenerCaFile,
+                 "Certificates that verify listeners, a PEM file, in place of the system's")
+      ->type_name("FILE")
+      ->check(CLI::ExistingFile);
+  app.add_option("--delivery-retry", retry, "Seconds before an indication is sent again")
+      ->capture_default_str()
+      ->type_name("SECONDS")
+      ->check(CLI::Range(1, 3600));
+}
+
 }  // namespace
 
 std::optional<int> ParseAgentOptions(int argc, const char* const* argv, AgentOptions& options) {
@@ -90,6 +118,7 @@ std::optional<int> ParseAgentOptions(int argc, const char* const* argv, AgentOpt
                "kecpp-agent");
   long long seconds = options.limits.time.count();
   long long wait = options.readyWait.count();
+  long long retry = options.deliveryRetry.count();
   app.add_option("--config", options.config, "Configuration: a file, or an XML text")
       ->type_name("FILE")
       ->check(CheckConfig);
@@ -111,8 +140,10 @@ std::optional<int> ParseAgentOptions(int argc, const char* const* argv, AgentOpt
          },
          "Serve HTTPS with this certificate (chain) and key, PEM files")
       ->type_name("CERT:KEY");
-  app.add_option("--users", options.usersFile, "Who may ask: lines of NAME:HASH, see crypt(5)")
-      ->type_name("FILE");
+  CLI::Option* users =
+      app.add_option("--users", options.usersFile, "Who may ask: lines of NAME:HASH, see crypt(5)")
+          ->type_name("FILE");
+  DeclareIndications(app, options, users, retry);
   DeclareLimits(app, options, seconds, wait);
   DeclareMetrics(app, options);
   app.add_option("--log-level", options.logLevel, "What the library writes to the system log")
@@ -131,6 +162,7 @@ std::optional<int> ParseAgentOptions(int argc, const char* const* argv, AgentOpt
   }
   options.limits.time = std::chrono::seconds(seconds);
   options.readyWait = std::chrono::seconds(wait);
+  options.deliveryRetry = std::chrono::seconds(retry);
   return {};
 }
 

@@ -21,8 +21,12 @@ struct AgentOptions {
   std::size_t metricsMachines = 0;  // so many have a line in the metrics
   std::string certificateFile;      // empty: plain HTTP
   std::string keyFile;
-  std::string usersFile;               // empty: everybody may ask
-  std::string logLevel;                // empty: as the configuration says
+  std::string usersFile;       // empty: everybody may ask
+  std::string logLevel;        // empty: as the configuration says
+  std::string indicationsTo;   // hosts; empty: nobody can subscribe
+  std::string stateFolder;     // where subscriptions are kept; empty: nowhere
+  std::string listenerCaFile;  // verifies listeners; empty: the system's
+  std::chrono::seconds deliveryRetry{30};
   std::chrono::seconds readyWait{10};  // how long a request waits for the first fill
   Limits limits;
   std::string printMof;  // a namespace: print its classes and end; empty: serve

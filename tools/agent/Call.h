@@ -24,7 +24,7 @@ namespace tools::agent {
 struct Call {
   const Request& request;
   const InventoryGate& gate;
-  const StoredSource& stored;
+  StoredSource& stored;
   const std::string& host;
   std::size_t client;  // who asks: the same for the same credentials
   Turns& turns;        // to be taken while many objects or links are copied

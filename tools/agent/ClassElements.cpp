@@ -48,6 +48,7 @@ void WriteQualifiers(XmlWriter& out, const ClassRow& type, const ClassProperty& 
   if (IsAggregate(type, row)) WriteQualifier(out, "Aggregate", "TRUE");
   if (Overrides(type, property)) WriteQualifier(out, "Override", row.name);
   if (row.isRequired) WriteQualifier(out, "Required", "TRUE");
+  if (row.isEmbedded) WriteQualifier(out, "EmbeddedObject", "TRUE");
   // The standard declares these two for properties only.
   if (row.type != CimType::Reference) WriteQualifier(out, "Read", "TRUE");
   if (row.isWritable) WriteQualifier(out, "Write", "TRUE");
@@ -106,6 +107,7 @@ std::string MofProperty(const ClassRow& type, const ClassProperty& property) {
   if (IsAggregate(type, row)) text += "Aggregate, ";
   if (Overrides(type, property)) text += std::string("Override(\"") + row.name + "\"), ";
   if (row.isRequired) text += "Required, ";
+  if (row.isEmbedded) text += "EmbeddedObject, ";
   if (row.type != CimType::Reference) text += "Read, ";
   if (row.isWritable) text += "Write, ";
   text += std::string("Description(\"") + row.description + "\")";

@@ -17,6 +17,8 @@ const char* StatusName(Status status) {
       return "CIM_ERR_NOT_FOUND";
     case Status::NotSupported:
       return "CIM_ERR_NOT_SUPPORTED";
+    case Status::AlreadyExists:
+      return "CIM_ERR_ALREADY_EXISTS";
     case Status::QueryLanguageNotSupported:
       return "CIM_ERR_QUERY_LANGUAGE_NOT_SUPPORTED";
     case Status::InvalidQuery:

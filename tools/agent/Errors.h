@@ -19,6 +19,7 @@ enum class Status {
   InvalidClass = 5,
   NotFound = 6,
   NotSupported = 7,
+  AlreadyExists = 11,
   QueryLanguageNotSupported = 14,
   InvalidQuery = 15,
   MethodNotFound = 17,

@@ -24,6 +24,7 @@ constexpr const char* CIM_XML = "2";          // CommunicationMechanism
 constexpr const char* NOT_ADVERTISED = "2";   // AdvertiseTypes
 constexpr const char* PROFILE = "2";          // SpecificationType
 constexpr const char* DMTF = "2";             // RegisteredOrganization
+constexpr const char* REMOVE = "2";           // SubscriptionRemovalAction
 
 StoredInstance Make(const char* className) {
   return StoredInstance(*FindClass(className));
@@ -48,7 +49,8 @@ StoredInstance& Enable(StoredInstance& element) {
 
 }  // namespace
 
-InteropModel::InteropModel(const std::string& hostName, bool hasUsers) {
+InteropModel::InteropModel(const std::string& hostName, bool hasUsers,
+                           const std::optional<Indications>& indications) {
   StoredInstance machine = Make(SYSTEM);
   machine.Set(CREATION_CLASS_NAME, SYSTEM)
       .Set("Name", hostName)
@@ -64,8 +66,12 @@ InteropModel::InteropModel(const std::string& hostName, bool hasUsers) {
   const Stored manager = Add(std::move(Enable(server)));
   Link("CIM_HostedService", "Antecedent", system, "Dependent", manager);
   AddNamespaces(hostName, manager);
-  AddMechanism(hostName, manager, hasUsers);
-  AddProfile();
+  AddMechanism(hostName, manager, hasUsers, indications.has_value());
+  // The profile of profiles conforms to itself: its central instances are the registrations.
+  const Stored registration = AddProfile("Profile Registration", "1.1.0");
+  Link("CIM_ElementConformsToProfile", "ConformantStandard", registration, "ManagedElement",
+       registration);
+  if (indications) AddIndications(hostName, system, *indications);
 }
 
 Stored InteropModel::Add(StoredInstance instance) {
@@ -91,11 +97,15 @@ void InteropModel::AddNamespaces(const std::string& host, const Stored& manager)
   }
 }
 
-void InteropModel::AddMechanism(const std::string& host, const Stored& manager, bool hasUsers) {
+void InteropModel::AddMechanism(const std::string& host, const Stored& manager, bool hasUsers,
+                                bool hasIndications) {
   StoredInstance mechanism = Make("CIM_CIMXMLCommunicationMechanism", host, "kecpp-agent:cim-xml");
-  // Basic read, association traversal, queries, qualifier declaration, pulled read and queries.
+  // Basic read, association traversal, queries, qualifier declaration, indications, pulled read and
+  // queries.
+  std::vector<std::string> groups = {"2", "6", "7", "8", "10", "12"};
+  if (hasIndications) groups.insert(groups.begin() + 4, "9");
   mechanism.Set("CommunicationMechanism", CIM_XML)
-      .Set("FunctionalProfilesSupported", std::vector<std::string>{"2", "6", "7", "8", "10", "12"})
+      .Set("FunctionalProfilesSupported", std::move(groups))
       .Set("MultipleOperationsSupported", "FALSE")
       .Set("AuthenticationMechanismsSupported",
            std::vector<std::string>{hasUsers ? "3" : "2"})  // basic, none
@@ -106,19 +116,44 @@ void InteropModel::AddMechanism(const std::string& host, const Stored& manager, 
        Add(std::move(Enable(mechanism))));
 }
 
-// The profile of profiles conforms to itself: its central instances are the registrations.
-void InteropModel::AddProfile() {
+Stored InteropModel::AddProfile(const std::string& name, const std::string& version) {
   StoredInstance profile = Make("CIM_RegisteredProfile");
-  profile.Set("InstanceID", "kecpp:Profile Registration:1.1.0")
-      .Set("ElementName", "Profile Registration")
+  profile.Set("InstanceID", "kecpp:" + name + ":" + version)
+      .Set("ElementName", name)
       .Set("SpecificationType", PROFILE)
       .Set("RegisteredOrganization", DMTF)
-      .Set("RegisteredName", "Profile Registration")
-      .Set("RegisteredVersion", "1.1.0")
+      .Set("RegisteredName", name)
+      .Set("RegisteredVersion", version)
       .Set("AdvertiseTypes", std::vector<std::string>{NOT_ADVERTISED});
-  const Stored registered = Add(std::move(profile));
-  Link("CIM_ElementConformsToProfile", "ConformantStandard", registered, "ManagedElement",
-       registered);
+  return Add(std::move(profile));
+}
+
+void InteropModel::AddIndications(const std::string& host, const Stored& system,
+                                  const Indications& indications) {
+  StoredInstance service = Make("CIM_IndicationService", host, "kecpp:indications");
+  service.Set("Started", "TRUE")
+      .Set("FilterCreationEnabled", "TRUE")
+      .Set("DeliveryRetryAttempts", std::to_string(indications.retries))
+      .Set("DeliveryRetryInterval", std::to_string(indications.retryInterval.count()))
+      .Set("SubscriptionRemovalAction", REMOVE)
+      .Set("SubscriptionRemovalTimeInterval", std::to_string(indications.removalInterval.count()));
+  indicationService = Add(std::move(Enable(service)));
+  Link("CIM_HostedService", "Antecedent", system, "Dependent", indicationService);
+  StoredInstance capabilities = Make("CIM_IndicationServiceCapabilities");
+  capabilities.Set("InstanceID", "kecpp:indications").Set("ElementName", "kecpp:indications");
+  for (const char* settable :
+       {"FilterCreationEnabledIsSettable", "DeliveryRetryAttemptsIsSettable",
+        "DeliveryRetryIntervalIsSettable", "SubscriptionRemovalActionIsSettable",
+        "SubscriptionRemovalTimeIntervalIsSettable"}) {
+    capabilities.Set(settable, "FALSE");
+  }
+  capabilities.Set("MaxListenerDestinations", std::to_string(indications.mostDestinations))
+      .Set("MaxActiveSubscriptions", std::to_string(indications.mostSubscriptions))
+      .Set("SubscriptionsPersisted", indications.arePersistent ? "TRUE" : "FALSE");
+  Link("CIM_ElementCapabilities", "ManagedElement", indicationService, "Capabilities",
+       Add(std::move(capabilities)));
+  Link("CIM_ElementConformsToProfile", "ConformantStandard", AddProfile("Indications", "1.2.2"),
+       "ManagedElement", indicationService);
 }
 
 std::string LocalHostName() {

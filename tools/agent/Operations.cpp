@@ -21,8 +21,8 @@ namespace {
 using Answerer = Content (*)(const Call& call);
 
 // What an operation reads of the inventory: nothing, what it answers as it is sent, or a portion,
-// which would be lost with its answer.
-enum Reading { NOTHING, INVENTORY, PORTIONS };
+// which would be lost with its answer. What is changed must not be changed twice either.
+enum Reading { NOTHING, INVENTORY, PORTIONS, CHANGES = PORTIONS };
 
 // Who answers an operation.
 struct OperationRow {
@@ -61,6 +61,12 @@ Content InvokeMethod(const Call& call) {
     get(call);
   }
   throw OperationError(Status::MethodNotFound, "there is no method " + request.method);
+}
+
+// The daemon's objects are changed by nobody.
+Content RefuseChange(const Call& call) {
+  throw OperationError(Status::NotSupported,
+                       call.request.method + " is not supported in " + call.request.nameSpace);
 }
 
 constexpr OperationRow EXTRINSIC = {
@@ -113,6 +119,14 @@ constexpr OperationRow OPERATIONS[] = {
      ClassReferenceNames,
      INVENTORY,
      {"ObjectName", "ResultClass", "Role"}},
+    {"CreateInstance", RefuseChange, CreateStored, nullptr, CHANGES, {"NewInstance"}},
+    {"ModifyInstance",
+     RefuseChange,
+     ModifyStored,
+     nullptr,
+     CHANGES,
+     {"ModifiedInstance", "IncludeQualifiers", "PropertyList"}},
+    {"DeleteInstance", RefuseChange, DeleteStored, nullptr, CHANGES, {"InstanceName"}},
     {"ExecQuery", ExecQuery, ExecStoredQuery, nullptr, INVENTORY, {"QueryLanguage", "Query"}},
     {"OpenEnumerateInstances",
      Open<PullKind::WithPath, SelectInstances, SelectStored>,
@@ -285,7 +299,7 @@ std::unique_ptr<Reply> Begin(const Call& call) {
 
 }  // namespace
 
-Operations::Operations(const InventoryGate& inventoryGate, const StoredSource& storedSource,
+Operations::Operations(const InventoryGate& inventoryGate, StoredSource& storedSource,
                        const Limits& limits)
     : gate(inventoryGate),
       stored(storedSource),

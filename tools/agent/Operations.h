@@ -24,7 +24,7 @@ namespace tools::agent {
 class Operations {
  public:
   // Gate and source outlive the object, which outlives the replies that it gives.
-  Operations(const InventoryGate& gate, const StoredSource& stored, const Limits& limits = {});
+  Operations(const InventoryGate& gate, StoredSource& stored, const Limits& limits = {});
 
   // The operation that a request asks for, "InvokeMethod" for methods of classes, "unknown" for one
   // that is not served.
@@ -50,7 +50,7 @@ class Operations {
   std::unique_ptr<Reply> Portion(const Call& call, Backlog::Clock::time_point end) const;
 
   const InventoryGate& gate;
-  const StoredSource& stored;
+  StoredSource& stored;
   const std::chrono::seconds patience;
   mutable Backlog backlog;
   // Copying and encoding many objects does not wait for anything: more threads than processors

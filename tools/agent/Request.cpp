@@ -99,9 +99,36 @@ std::vector<KeyBinding> ReadKeys(xml_node instanceName) {
   return keys;
 }
 
-void ReadArray(xml_node array, Parameter& parameter) {
-  parameter.kind = Parameter::Kind::Array;
-  for (xml_node value : array.children("VALUE")) parameter.values.push_back(TextOf(value));
+std::vector<std::string> ReadArray(xml_node array) {
+  std::vector<std::string> values;
+  for (xml_node value : array.children("VALUE")) values.push_back(TextOf(value));
+  return values;
+}
+
+GivenProperty ReadProperty(xml_node property) {
+  GivenProperty given;
+  given.name = Attribute(property, "NAME");
+  given.isArray = Is(property, "PROPERTY.ARRAY");
+  if (Is(property, "PROPERTY.REFERENCE")) {
+    const xml_node reference = property.child("VALUE.REFERENCE");
+    given.isNull = !reference;
+    if (reference) given.reference = ReadReferenceKey(given.name, reference);
+    return given;
+  }
+  given.type = Attribute(property, "TYPE");
+  const xml_node value = property.child(given.isArray ? "VALUE.ARRAY" : "VALUE");
+  given.isNull = !value;
+  if (value) given.values = given.isArray ? ReadArray(value) : std::vector{TextOf(value)};
+  return given;
+}
+
+void ReadObject(xml_node instance, Parameter& parameter) {
+  parameter.kind = Parameter::Kind::Object;
+  parameter.value = Attribute(instance, "CLASSNAME");
+  for (xml_node child : instance.children()) {
+    const bool isProperty = std::strncmp(child.name(), "PROPERTY", 8) == 0;
+    if (isProperty) parameter.properties.push_back(ReadProperty(child));
+  }
 }
 
 Parameter ReadParameter(std::string name, xml_node content) {
@@ -112,7 +139,8 @@ Parameter ReadParameter(std::string name, xml_node content) {
     parameter.kind = Parameter::Kind::Value;
     parameter.value = TextOf(content);
   } else if (Is(content, "VALUE.ARRAY")) {
-    ReadArray(content, parameter);
+    parameter.kind = Parameter::Kind::Array;
+    parameter.values = ReadArray(content);
   } else if (Is(content, "CLASSNAME")) {
     parameter.kind = Parameter::Kind::Class;
     parameter.value = Attribute(content, "NAME");
@@ -120,6 +148,11 @@ Parameter ReadParameter(std::string name, xml_node content) {
     parameter.kind = Parameter::Kind::Instance;
     parameter.value = Attribute(content, "CLASSNAME");
     parameter.keys = ReadKeys(content);
+  } else if (Is(content, "INSTANCE")) {
+    ReadObject(content, parameter);
+  } else if (Is(content, "VALUE.NAMEDINSTANCE") && content.child("INSTANCE")) {
+    ReadObject(content.child("INSTANCE"), parameter);
+    parameter.keys = ReadKeys(Child(content, "INSTANCENAME"));
   }  // values that only unserved operations take are passed over
   return parameter;
 }

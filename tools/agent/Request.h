@@ -25,14 +25,27 @@ struct KeyBinding {
   std::vector<KeyBinding> referenceKeys;
 };
 
+// A property that a client gives an instance.
+struct GivenProperty {
+  std::string name;
+  std::string type;  // as the client says it; empty for a reference
+  bool isNull = true;
+  bool isArray = false;
+  std::vector<std::string> values;  // one unless it is an array
+  KeyBinding reference;             // where it leads to, when it is one and not null
+};
+
 struct Parameter {
-  enum class Kind { Null, Value, Array, Class, Instance };
+  // An Instance is the name of one; an Object is one with its properties, and perhaps its name.
+  enum class Kind { Null, Value, Array, Class, Instance, Object };
 
   std::string name;
   Kind kind = Kind::Null;
-  std::string value;                // a Value's text, or the class name of a Class or an Instance
+  std::string value;                // a Value's text, or the class's name
   std::vector<std::string> values;  // an Array's
-  std::vector<KeyBinding> keys;  // an Instance's; none of them named "" unless it is the only one
+  // An Instance's or an Object's; none of them named "" unless it is the only one.
+  std::vector<KeyBinding> keys;
+  std::vector<GivenProperty> properties;  // an Object's
 };
 
 struct Request {

@@ -18,6 +18,10 @@ void Rows::Put(std::string_view text) {
   ends.push_back(texts.size() << 1 | 1);
 }
 
+void Rows::PutNull() {
+  ends.push_back(texts.size() << 1);
+}
+
 std::optional<std::string_view> Rows::At(std::size_t row, std::size_t column) const {
   const std::size_t cell = row * width + column;
   if ((ends[cell] & 1) == 0) return {};

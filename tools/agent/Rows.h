@@ -29,6 +29,7 @@ class Rows {
   // The next cell, of an object or as it is.
   void Put(ReadValue read, const ObjectView& object);
   void Put(std::string_view text);
+  void PutNull();
 
   std::size_t Count() const { return ends.size() / width; }
   std::size_t Bytes() const { return texts.capacity() + ends.capacity() * sizeof ends[0]; }

@@ -4,12 +4,19 @@
 #include <algorithm>
 #include <utility>
 
+#include "tools/agent/Errors.h"
+
 namespace tools::agent {
 namespace {
 
 bool IsValue(const StoredValue& value, const KeyBinding& key) {
   if (!key.isReference) return !value.target && value.items.front() == key.value;
   return value.target && value.target->IsNamed(key.referenceClass, key.referenceKeys);
+}
+
+[[noreturn]] void NotChanged(const ClassRow& type) {
+  throw OperationError(Status::NotSupported,
+                       std::string("instances of ") + type.name + " are not changed by clients");
 }
 
 }  // namespace
@@ -55,6 +62,19 @@ bool StoredInstance::IsNamed(std::string_view className,
     ++matched;
   }
   return matched == keys.size();
+}
+
+Stored StoredSource::Create(const ClassRow& type, const std::vector<GivenProperty>&) {
+  NotChanged(type);
+}
+
+void StoredSource::Modify(const Stored& instance, const std::vector<GivenProperty>&,
+                          const std::optional<std::vector<std::string>>&) {
+  NotChanged(instance->Type());
+}
+
+void StoredSource::Delete(const Stored& instance) {
+  NotChanged(instance->Type());
 }
 
 }  // namespace tools::agent

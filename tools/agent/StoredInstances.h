@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Instances that do not come from the inventory: what the agent tells of itself. There are few of
-// them, so they are found by looking at all.
+// Instances that do not come from the inventory: what the agent tells of itself, and what clients
+// have made. There are few of them, so they are found by looking at all.
 //
 // Thread safety: an instance does not change once it is shared.
 #ifndef KECPP_TOOLS_AGENT_STOREDINSTANCES_H
@@ -54,13 +54,23 @@ class StoredInstance {
   std::vector<std::optional<StoredValue>> values;
 };
 
-// Where stored instances come from.
+// Where stored instances come from. Any thread may ask.
 class StoredSource {
  public:
   virtual ~StoredSource() = default;
 
-  // All that there are now. Any thread may ask.
+  // All that there are now.
   virtual std::vector<Stored> All() const = 0;
+
+  // Makes one of a class, and gives it. Throws OperationError, as the next two do; here "not
+  // supported".
+  virtual Stored Create(const ClassRow& type, const std::vector<GivenProperty>& properties);
+
+  // Gives one other values; only those properties that are in `wanted`, when there is such a list.
+  virtual void Modify(const Stored& instance, const std::vector<GivenProperty>& properties,
+                      const std::optional<std::vector<std::string>>& wanted);
+
+  virtual void Delete(const Stored& instance);
 };
 
 }  // namespace tools::agent

@@ -21,13 +21,23 @@ List OfClass(const Call& call, const ClassRow& asked) {
   return found;
 }
 
-Stored Named(const Call& call, const char* parameter) {
-  const Parameter& name = InstanceParameter(call.request, parameter);
+// The parameter that must be there and an instance with properties.
+const Parameter& ObjectParameter(const Call& call, const char* name) {
+  const Parameter* parameter = call.request.Find(name);
+  if (parameter && parameter->kind == Parameter::Kind::Object) return *parameter;
+  throw OperationError(Status::InvalidParameter, std::string(name) + " is no instance");
+}
+
+Stored Find(const Call& call, const Parameter& name) {
   KnownClass(call.request, name.value);
   for (Stored& instance : call.stored.All()) {
     if (instance->IsNamed(name.value, name.keys)) return std::move(instance);
   }
   throw OperationError(Status::NotFound, "there is no such instance");
+}
+
+Stored Named(const Call& call, const char* parameter) {
+  return Find(call, InstanceParameter(call.request, parameter));
 }
 
 // Which links are wanted; null and empty take all.
@@ -127,6 +137,23 @@ Content SelectStoredLinks(const Call& call, Shape shape, const query::Expression
 
 Content GetStored(const Call& call) {
   return Answer(call, {Named(call, "InstanceName")}, Shape::Instance, nullptr);
+}
+
+Content CreateStored(const Call& call) {
+  const Parameter& given = ObjectParameter(call, "NewInstance");
+  const Stored made = call.stored.Create(KnownClass(call.request, given.value), given.properties);
+  return Content(StoredOnes({{made, {}}}, {Shape::Name, call.host, call.request.nameSpace, false}));
+}
+
+Content ModifyStored(const Call& call) {
+  const Parameter& given = ObjectParameter(call, "ModifiedInstance");
+  call.stored.Modify(Find(call, given), given.properties, call.request.List("PropertyList"));
+  return Content::OfResponse([](XmlWriter&) {});
+}
+
+Content DeleteStored(const Call& call) {
+  call.stored.Delete(Named(call, "InstanceName"));
+  return Content::OfResponse([](XmlWriter&) {});
 }
 
 }  // namespace tools::agent

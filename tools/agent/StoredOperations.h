@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The operations that read stored instances. They throw OperationError.
+// The operations on stored instances. They throw OperationError.
 #ifndef KECPP_TOOLS_AGENT_STOREDOPERATIONS_H
 #define KECPP_TOOLS_AGENT_STOREDOPERATIONS_H
 
@@ -15,6 +15,11 @@ Content SelectStoredPartners(const Call& call, Shape shape, const query::Express
 Content SelectStoredLinks(const Call& call, Shape shape, const query::Expression* condition);
 
 Content GetStored(const Call& call);
+
+// What clients change.
+Content CreateStored(const Call& call);
+Content ModifyStored(const Call& call);
+Content DeleteStored(const Call& call);
 
 }  // namespace tools::agent
 

@@ -10,6 +10,7 @@
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -26,6 +27,7 @@
 #include "tools/agent/StatusPage.h"
 #include "tools/agent/Users.h"
 #include "tools/agent/api/Api.h"
+#include "tools/agent/indications/IndicationService.h"
 #include "tools/agent/metrics/Metrics.h"
 #include "tools/common/EndOfRun.h"
 #include "tools/common/ProcessEnd.h"
@@ -104,16 +106,42 @@ std::unique_ptr<AgentServer> MetricsServer(const AgentOptions& options, Metrics&
   return server;
 }
 
+DeliveryPolicy PolicyOf(const AgentOptions& options) {
+  DeliveryPolicy policy;
+  policy.hosts = AllowedHosts(options.indicationsTo);
+  policy.caFile = options.listenerCaFile;
+  policy.retryInterval = options.deliveryRetry;
+  return policy;
+}
+
+std::optional<InteropModel::Indications> IndicationsOf(const AgentOptions& options,
+                                                       const DeliveryPolicy& policy) {
+  if (options.indicationsTo.empty()) return {};
+  return InteropModel::Indications{policy.retries,         policy.retryInterval,
+                                   policy.removalInterval, MOST_DESTINATIONS,
+                                   MOST_SUBSCRIPTIONS,     !options.stateFolder.empty()};
+}
+
 // Serves what the inventory knows until the end of the run.
 void Serve(const AgentOptions& options, const kecpp::Inventory& inventory, AgentServer& server,
            const EndOfRun& end, ServiceManager& manager) {
   InventoryGate gate(inventory, options.readyWait);
-  const InteropModel interop(LocalHostName(), !options.usersFile.empty());
-  const Operations operations(gate, interop, options.limits);
+  const std::string host = LocalHostName();
+  const DeliveryPolicy policy = PolicyOf(options);
+  DeliveryCounters deliveries;
+  InteropModel interop(host, !options.usersFile.empty(), IndicationsOf(options, policy));
+  std::unique_ptr<IndicationService> indications;
+  if (interop.IndicationService()) {
+    indications = std::make_unique<IndicationService>(inventory, interop, host, options.stateFolder,
+                                                      policy, deliveries);
+  }
+  StoredSource* const stored =
+      indications ? static_cast<StoredSource*>(indications.get()) : &interop;
+  const Operations operations(gate, *stored, options.limits);
   ConnectionReport report;
   StatusFeed feed(inventory, report);
   RequestCounters requests;
-  Metrics metrics(inventory, requests, server, options.metricsMachines);
+  Metrics metrics(inventory, requests, deliveries, server, options.metricsMachines);
   AddCimEndpoint(server, operations, requests);
   const StreamPlaces places(options.limits);
   AddStatusPage(server, feed, places);

@@ -18,11 +18,14 @@ struct ClassTable {
   std::size_t count;
 };
 
-// What the daemon's objects are, and the indications of their changes.
+// What the daemon's objects are.
 ClassTable SystemClasses();
 
 // What the agent tells of itself. It uses classes of the other table.
 ClassTable InteropClasses();
+
+// The indications of changes, and how clients subscribe to them. It uses classes of both.
+ClassTable IndicationClasses();
 
 constexpr PropertyRow Key(const char* name, ReadValue read, const char* description) {
   return {name, CimType::String, false, true, read, nullptr, description};
@@ -55,6 +58,11 @@ constexpr PropertyRow Required(PropertyRow row) {
 }
 constexpr PropertyRow Writable(PropertyRow row) {
   row.isWritable = true;
+  return row;
+}
+
+constexpr PropertyRow Embedded(PropertyRow row) {
+  row.isEmbedded = true;
   return row;
 }
 

@@ -23,7 +23,7 @@ bool IsBefore(const ClassRow* type, std::string_view name) {
 const std::vector<const ClassRow*>& InOrder() {
   static const auto& all = *[] {
     auto* rows = new std::vector<const ClassRow*>;
-    for (const ClassTable table : {SystemClasses(), InteropClasses()}) {
+    for (const ClassTable table : {SystemClasses(), InteropClasses(), IndicationClasses()}) {
       for (std::size_t i = 0; i < table.count; ++i) rows->push_back(&table.rows[i]);
     }
     return rows;
@@ -121,6 +121,8 @@ const char* TypeName(CimType type) {
       return "uint32";
     case CimType::UInt64:
       return "uint64";
+    case CimType::SInt64:
+      return "sint64";
     case CimType::DateTime:
       return "datetime";
     default:

@@ -3,8 +3,8 @@
 // The one table of classes: their properties, types, keys and named values, the ends of
 // associations, and where in an object each value is read. The agent serves it and writes the MOF
 // files from it; the lists of kecpp-inventory (Kinds.h) are made of its properties. The rows are in
-// SystemClasses.cpp and InteropClasses.cpp. Classes that are named "CIM_" are the standard's
-// (CIM Schema 2.49), with those of their properties that are served.
+// SystemClasses.cpp, InteropClasses.cpp and IndicationClasses.cpp. Classes that are named "CIM_"
+// are the standard's (CIM Schema 2.49), with those of their properties that are served.
 //
 // Class and property names compare without letter case, as CIM has it.
 // Thread safety: constant.
@@ -23,7 +23,7 @@
 
 namespace tools {
 
-enum class CimType { String, Boolean, UInt16, UInt32, UInt64, DateTime, Reference };
+enum class CimType { String, Boolean, UInt16, UInt32, UInt64, SInt64, DateTime, Reference };
 
 // Where a class is known: among the daemon's objects, or among those that describe the agent. The
 // values are bits.
@@ -51,6 +51,7 @@ struct PropertyRow {
   const NamedValue* values = nullptr;  // of an enumeration; the last one has no name
   bool isRequired = false;
   bool isWritable = false;
+  bool isEmbedded = false;  // the text is an instance
 };
 
 struct ClassRow {

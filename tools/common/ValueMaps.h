@@ -185,6 +185,31 @@ inline constexpr NamedValue ORGANIZATION[] = {{"1", "Other"},
                                               {"..", "DMTF Reserved"},
                                               {nullptr, nullptr}};
 
+inline constexpr NamedValue PERSISTENCE_TYPE[] = {
+    {"1", "Other"}, {"2", "Permanent"}, {"3", "Transient"}, {nullptr, nullptr}};
+
+inline constexpr NamedValue LISTENER_PROTOCOL[] = {
+    {"1", "Other"}, {"2", "CIM-XML"}, {nullptr, nullptr}};
+
+inline constexpr NamedValue FATAL_ERROR_POLICY[] = {
+    {"1", "Other"}, {"2", "Ignore"}, {"3", "Disable"}, {"4", "Remove"}, {nullptr, nullptr}};
+
+inline constexpr NamedValue SUBSCRIPTION_STATE[] = {{"0", "Unknown"},  {"1", "Other"},
+                                                    {"2", "Enabled"},  {"3", "Enabled Degraded"},
+                                                    {"4", "Disabled"}, {nullptr, nullptr}};
+
+inline constexpr NamedValue REPEAT_POLICY[] = {{"0", "Unknown"}, {"1", "Other"},
+                                               {"2", "None"},    {"3", "Suppress"},
+                                               {"4", "Delay"},   {nullptr, nullptr}};
+
+inline constexpr NamedValue REMOVAL_ACTION[] = {
+    {"2", "Remove"}, {"3", "Disable"}, {"4", "Ignore"}, {nullptr, nullptr}};
+
+inline constexpr NamedValue SEVERITY[] = {
+    {"0", "Unknown"},  {"1", "Other"}, {"2", "Information"}, {"3", "Degraded/Warning"},
+    {"4", "Minor"},    {"5", "Major"}, {"6", "Critical"},    {"7", "Fatal/NonRecoverable"},
+    {nullptr, nullptr}};
+
 }  // namespace tools
 
 #endif

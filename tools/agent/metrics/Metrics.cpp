@@ -49,8 +49,13 @@ void WriteHosts(const InventoryCounts::ByKey& hosts, Exposition& out) {
 }  // namespace
 
 Metrics::Metrics(const kecpp::Inventory& shown, const RequestCounters& requestCounters,
-                 const AgentServer& agentServer, std::size_t machines)
-    : inventory(shown), requests(requestCounters), server(agentServer), mostMachines(machines) {}
+                 const DeliveryCounters& deliveryCounters, const AgentServer& agentServer,
+                 std::size_t machines)
+    : inventory(shown),
+      requests(requestCounters),
+      deliveries(deliveryCounters),
+      server(agentServer),
+      mostMachines(machines) {}
 
 std::string Metrics::Text() {
   Exposition out;
@@ -58,6 +63,7 @@ std::string Metrics::Text() {
   WriteInventory(out);
   if (mostMachines > 0) WriteMachines(out);
   requests.Write(out);
+  WriteIndications(out);
   out.Family("kecpp_connections", "gauge", "Connections of clients.");
   out.Sample(Number(server.Connections()));
   WriteProcessFigures(out);
@@ -117,6 +123,16 @@ void Metrics::WriteConnection(Exposition& out) const {
   out.Family("kecpp_last_update_timestamp_seconds", "gauge",
              "When the last update set was applied, since the epoch.");
   out.Sample(Seconds(status.lastUpdate));
+}
+
+void Metrics::WriteIndications(Exposition& out) const {
+  out.Family("kecpp_subscriptions", "gauge", "Enabled subscriptions to changes.");
+  out.Sample(Number(deliveries.subscriptions));
+  out.Family("kecpp_indications_total", "counter", "Indications by what became of them.");
+  out.Sample({{"outcome", "delivered"}}, Number(deliveries.delivered));
+  out.Sample({{"outcome", "dropped"}}, Number(deliveries.dropped));
+  out.Family("kecpp_indication_retries_total", "counter", "Indications that were sent again.");
+  out.Sample(Number(deliveries.retried));
 }
 
 void AddMetrics(AgentServer& server, Metrics& metrics) {

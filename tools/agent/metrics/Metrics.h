@@ -13,6 +13,7 @@
 #include <string>
 
 #include "tools/agent/AgentServer.h"
+#include "tools/agent/indications/DeliveryCounters.h"
 #include "tools/agent/metrics/InventoryCounts.h"
 #include "tools/agent/metrics/RequestCounters.h"
 
@@ -22,7 +23,7 @@ class Metrics {
  public:
   // `machines`: of so many at most there is a line. Everything outlives the object.
   Metrics(const kecpp::Inventory& inventory, const RequestCounters& requests,
-          const AgentServer& server, std::size_t machines);
+          const DeliveryCounters& deliveries, const AgentServer& server, std::size_t machines);
 
   // O(what changed since the last call) and the text's length.
   std::string Text();
@@ -31,9 +32,11 @@ class Metrics {
   void WriteInventory(Exposition& out);
   void WriteMachines(Exposition& out) const;
   void WriteConnection(Exposition& out) const;
+  void WriteIndications(Exposition& out) const;
 
   const kecpp::Inventory& inventory;
   const RequestCounters& requests;
+  const DeliveryCounters& deliveries;
   const AgentServer& server;
   const std::size_t mostMachines;
   std::mutex mutex;

@@ -23,6 +23,7 @@ Sort SortOf(CimType type) {
     case CimType::UInt16:
     case CimType::UInt32:
     case CimType::UInt64:
+    case CimType::SInt64:
       return Sort::Number;
     case CimType::Reference:
       Refuse("references are not compared");
@@ -38,17 +39,69 @@ bool IsSelf(const std::string& name, const ClassRow& type, const std::string& al
   return named && DerivesFrom(type, *named);
 }
 
+// Without the name of the instance itself at its begin.
+Path Shortened(const Path& path, const Scope& scope) {
+  Path rest = path;
+  if (rest.names.size() > 1 && IsSelf(rest.names[0], *scope.type, scope.alias)) {
+    rest.names.erase(rest.names.begin());
+  }
+  return rest;
+}
+
+// The place of the embedded instance that a path begins with.
+std::size_t FindEmbedded(const Path& shortened, const Scope& scope) {
+  for (std::size_t i = 0; i < scope.embedded.size(); ++i) {
+    if (SameName(shortened.names[0], scope.embedded[i].name)) return i;
+  }
+  Refuse(shortened.names[0] + " cannot be compared");
+}
+
+// The class of the instance that a path names.
+const ClassRow& FindInstance(const Path& path, const Scope& scope) {
+  if (path.names.size() == 1 && IsSelf(path.names[0], *scope.type, scope.alias)) return *scope.type;
+  const Path rest = Shortened(path, scope);
+  if (rest.names.size() != 1 || scope.embedded.empty()) {
+    Refuse("ISA is asked of what is no instance");
+  }
+  return *scope.embedded[FindEmbedded(rest, scope)].type;
+}
+
+bool IsOfClass(const Expression& expression, const Scope& scope) {
+  const ClassRow* asked = FindClass(expression.right.text);
+  if (!asked) Refuse("there is no class " + expression.right.text);
+  return DerivesFrom(FindInstance(expression.left.path, scope), *asked);
+}
+
+// What an expression is for every instance of the scope's classes; nothing when that depends.
+std::optional<bool> KnownValue(const Expression& expression, const Scope& scope) {
+  if (expression.kind == Kind::IsA) return IsOfClass(expression, scope);
+  if (expression.kind == Kind::Not) {
+    const auto inner = KnownValue(expression.parts.front(), scope);
+    return inner ? std::optional<bool>(!*inner) : std::nullopt;
+  }
+  if (expression.parts.empty()) return {};
+  const bool decisive = expression.kind == Kind::Or;
+  bool isKnown = true;
+  for (const Expression& part : expression.parts) {
+    const auto value = KnownValue(part, scope);
+    if (value == decisive) return decisive;
+    isKnown = isKnown && value;
+  }
+  return isKnown ? std::optional<bool>(!decisive) : std::nullopt;
+}
+
 // One side of a comparison: a literal, or where to read the value.
 struct Side {
   Sort sort = Sort::Text;
   std::optional<ClassProperty> property;
+  std::optional<std::size_t> embedded;  // in which instance; none: in the one that is asked
   std::optional<std::size_t> item;
   std::string text;
   long double number = 0;
   bool flag = false;
 
   Side() = default;
-  Side(const Operand& operand, const ClassRow& type, const std::string& alias) {
+  Side(const Operand& operand, const Scope& scope) {
     switch (operand.kind) {
       case Operand::Kind::Text:
         text = operand.text;
@@ -62,10 +115,22 @@ struct Side {
         flag = operand.flag;
         break;
       default:
-        property = FindProperty(operand.path, type, alias);
-        sort = SortOf(property->row->type);
-        item = operand.path.item;
+        BindPath(operand.path, scope);
     }
+  }
+
+  void BindPath(const Path& path, const Scope& scope) {
+    if (scope.embedded.empty()) {
+      property = FindProperty(path, *scope.type, scope.alias);
+    } else {
+      Path rest = Shortened(path, scope);
+      embedded = FindEmbedded(rest, scope);
+      rest.names.erase(rest.names.begin());
+      if (rest.names.empty()) Refuse("whole instances are not compared");
+      property = FindProperty(rest, *scope.embedded[*embedded].type, "");
+    }
+    sort = SortOf(property->row->type);
+    item = path.item;
   }
 
   // With the record's value instead of the path; nothing for null.
@@ -73,7 +138,8 @@ struct Side {
     if (!property) return *this;
     Side value;
     value.sort = sort;
-    if (!record.Read(*property, value.text)) return {};
+    const Record* instance = embedded ? record.Embedded(*embedded) : &record;
+    if (!instance || !instance->Read(*property, value.text)) return {};
     if (item) {
       const auto items = Split(value.text, '\0');
       if (*item >= items.size()) return {};
@@ -150,23 +216,19 @@ struct Condition::Node {
   std::vector<Node> parts;
   Side left;
   Side right;
-  bool isOfClass = false;
+  std::optional<bool> known;
 
-  Node(const Expression& expression, const ClassRow& type, const std::string& alias)
-      : kind(expression.kind) {
-    for (const Expression& part : expression.parts) parts.emplace_back(part, type, alias);
-    if (!parts.empty()) return;
-    if (kind == Kind::IsA) {
-      BindClass(expression, type, alias);
-    } else {
-      BindSides(expression, type, alias);
-    }
+  Node(const Expression& expression, const Scope& scope) : kind(expression.kind) {
+    if (kind == Kind::IsA || !scope.embedded.empty()) known = KnownValue(expression, scope);
+    if (known) return;
+    for (const Expression& part : expression.parts) parts.emplace_back(part, scope);
+    if (parts.empty()) BindSides(expression, scope);
   }
 
-  void BindSides(const Expression& expression, const ClassRow& type, const std::string& alias) {
-    left = Side(expression.left, type, alias);
+  void BindSides(const Expression& expression, const Scope& scope) {
+    left = Side(expression.left, scope);
     if (kind == Kind::IsNull) return;
-    right = Side(expression.right, type, alias);
+    right = Side(expression.right, scope);
     CheckArray(left);
     CheckArray(right);
     if (left.sort != right.sort) Refuse("values of different types are compared");
@@ -175,17 +237,8 @@ struct Condition::Node {
     if (kind == Kind::Like && left.sort != Sort::Text) Refuse("LIKE is for texts");
   }
 
-  void BindClass(const Expression& expression, const ClassRow& type, const std::string& alias) {
-    const auto& names = expression.left.path.names;
-    if (names.size() != 1 || !IsSelf(names[0], type, alias)) {
-      Refuse("ISA is asked of what is no instance");
-    }
-    const ClassRow* asked = FindClass(expression.right.text);
-    if (!asked) Refuse("there is no class " + expression.right.text);
-    isOfClass = DerivesFrom(type, *asked);
-  }
-
   bool Holds(const Record& record) const {
+    if (known) return *known;
     const auto holds = [&](const Node& part) { return part.Holds(record); };
     switch (kind) {
       case Kind::And:
@@ -194,8 +247,6 @@ struct Condition::Node {
         return std::any_of(parts.begin(), parts.end(), holds);
       case Kind::Not:
         return !parts.front().Holds(record);
-      case Kind::IsA:
-        return isOfClass;
       case Kind::IsNull:
         return !left.With(record);
       default:
@@ -213,7 +264,10 @@ struct Condition::Node {
 };
 
 Condition::Condition(const Expression& expression, const ClassRow& type, const std::string& alias)
-    : root(std::make_unique<Node>(expression, type, alias)) {}
+    : Condition(expression, {&type, alias, {}}) {}
+
+Condition::Condition(const Expression& expression, const Scope& scope)
+    : root(std::make_unique<Node>(expression, scope)) {}
 
 Condition::Condition(Condition&&) noexcept = default;
 
@@ -221,6 +275,10 @@ Condition::~Condition() = default;
 
 bool Condition::Holds(const Record& record) const {
   return root->Holds(record);
+}
+
+bool Condition::CanHold() const {
+  return root->known.value_or(true);
 }
 
 ClassProperty FindProperty(const Path& path, const ClassRow& type, const std::string& alias) {

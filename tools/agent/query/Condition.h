@@ -27,6 +27,21 @@ class Record {
 
   // Appends the raw text of a value; of a list, each item followed by a NUL. False for null.
   virtual bool Read(const ClassProperty& property, std::string& out) const = 0;
+
+  // The instance that is embedded in it, by its place in the scope; null when there is none.
+  virtual const Record* Embedded(std::size_t) const { return nullptr; }
+};
+
+// What the paths of a condition mean.
+struct Scope {
+  struct Part {
+    const char* name;
+    const ClassRow* type;
+  };
+
+  const ClassRow* type;        // of the instances
+  std::string alias;           // another name of an instance; or empty
+  std::vector<Part> embedded;  // when there are any, their properties alone can be compared
 };
 
 class Condition {
@@ -34,10 +49,17 @@ class Condition {
   // Of instances of `type`. Paths may begin with `alias` or a class that the type is. Throws
   // OperationError, "invalid query", for an unknown name and for types that cannot be compared.
   Condition(const Expression& expression, const ClassRow& type, const std::string& alias);
+
+  // As above. With embedded instances a condition may ask of several classes ("ISA ... AND ..."):
+  // what cannot hold for the scope's classes is not bound to them.
+  Condition(const Expression& expression, const Scope& scope);
   Condition(Condition&&) noexcept;
   ~Condition();
 
   bool Holds(const Record& record) const;
+
+  // False when it holds for no instance of these classes.
+  bool CanHold() const;
 
  private:
   struct Node;
