@@ -4,9 +4,11 @@
 // "*1000 <a>" stands for a thousand times its text. Sections:
 //   POST /cimom     the request line without the version, and headers; Connection is added, and so
 //                   are Host, Content-Type and Content-Length where they are missing
-//   body            of the request; "$CONTEXT" is the enumeration's that was opened last
-//   call METHOD     a body that is a call with these parameters
-//   answer STATUS   sends it; the answer holds these lines, headers included, but not those that
+//   body            of the request; "$CONTEXT" is the enumeration's that was opened last, "$HOST"
+//                   this machine's name
+//   call METHOD     a body that is a call with these parameters; "interop METHOD": in that
+//   namespace answer STATUS   sends it; the answer holds these lines, headers included, but not
+//   those that
 //                   begin with "!"
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,6 +19,7 @@
 #include "agent/RawClient.h"
 #include "simulator/driver/Simulator.h"
 #include "support/CaseFile.h"
+#include "tools/agent/InteropModel.h"
 
 namespace agenttest {
 namespace {
@@ -58,8 +61,10 @@ void AddMissing(std::string& head, std::size_t bodyLength) {
   }
 }
 
-std::string WithContext(const std::string& text, const std::string& context) {
-  return std::regex_replace(text, std::regex("\\$CONTEXT"), context);
+std::string Filled(const std::string& text, const std::string& context) {
+  const std::string host = tools::agent::LocalHostName();
+  return std::regex_replace(std::regex_replace(text, std::regex("\\$CONTEXT"), context),
+                            std::regex("\\$HOST"), host);
 }
 
 // False when the file expects nothing.
@@ -68,9 +73,11 @@ bool RunCase(const std::filesystem::path& file, int port) {
   bool answered = false;
   for (const Section& section : ReadCase(file)) {
     if (section.name == "body") {
-      body = Lines(WithContext(section.text, context), "");
+      body = Lines(Filled(section.text, context), "");
     } else if (section.name == "call") {
-      body = CimCall(section.argument, Lines(WithContext(section.text, context), ""));
+      body = CimCall(section.argument, Lines(Filled(section.text, context), ""));
+    } else if (section.name == "interop") {
+      body = CimCall(section.argument, Lines(section.text, ""), "interop");
     } else if (section.name == "answer") {
       AddMissing(head, body.size());
       RawClient client(port);
@@ -91,17 +98,29 @@ bool RunCase(const std::filesystem::path& file, int port) {
   return answered;
 }
 
-TEST(Message, IsAnsweredAsTheCasesSay) {
+void RunCases(const std::string& folder, const std::vector<std::string>& options,
+              std::size_t least) {
   driver::Simulator simulator({"--hosts", "2", "--machines", "6", "--seed", "7"});
-  AgentProcess agent(simulator.Config());
+  AgentProcess agent(simulator.Config(), options);
   std::size_t cases = 0;
-  for (const auto& file : CaseFiles(KECPP_AGENT_TESTS "/cases")) {
+  for (const auto& file : CaseFiles(KECPP_AGENT_TESTS "/" + folder)) {
     SCOPED_TRACE(file.filename().string());
     EXPECT_TRUE(RunCase(file, agent.Port()));
     ASSERT_TRUE(agent.IsRunning()) << agent.Errors();
     ++cases;
   }
-  EXPECT_GT(cases, 30u);
+  EXPECT_GE(cases, least);
+}
+
+TEST(Message, IsAnsweredAsTheCasesSay) {
+  RunCases("cases", {}, 30);
+}
+
+TEST(Message, OfAUserIsAnsweredAsTheCasesSay) {
+  RunCases("cases-of-users",
+           {"--users", KECPP_AGENT_TESTS "/subscribers.txt", "--indications-to",
+            "127.0.0.1,listener.example,10.0.0.0/8"},
+           2);
 }
 
 }  // namespace
