@@ -3,7 +3,6 @@
 
 #include <malloc.h>
 
-#include <mutex>
 #include <type_traits>
 #include <utility>
 
@@ -101,18 +100,28 @@ void Catalogues::Content::Release(const HostTable::value_type* host) {
 
 Catalogues::Catalogues(const kecpp::Inventory& shown) : inventory(shown) {}
 
+std::shared_lock<std::shared_mutex> Catalogues::ReadLock() {
+  const std::lock_guard<std::mutex> first(turn);
+  return std::shared_lock<std::shared_mutex>(mutex);
+}
+
+std::unique_lock<std::shared_mutex> Catalogues::WriteLock() {
+  const std::lock_guard<std::mutex> first(turn);
+  return std::unique_lock<std::shared_mutex>(mutex);
+}
+
 template <class Use>
 void Catalogues::Read(const ListQuery* query, const Use& use) {
   Touch();
   while (true) {
     {
-      const std::shared_lock<std::shared_mutex> lock(mutex);
+      const auto lock = ReadLock();
       const auto* order = content && query
                               ? std::as_const(*content).Of(query->kind->kind).OrderBy(*query->sort)
                               : nullptr;
       if (content && (order || !query)) return use(std::as_const(*content), order);
     }
-    const std::unique_lock<std::shared_mutex> lock(mutex);
+    const auto lock = WriteLock();
     if (!content) Build();
     if (query) content->Of(query->kind->kind).Sort(*query->sort);
   }
@@ -200,7 +209,7 @@ KnownChange Catalogues::ApplyOne(const kecpp::Change& change) {
 }
 
 std::vector<KnownChange> Catalogues::Apply(const std::vector<kecpp::Change>& changes) {
-  const std::unique_lock<std::shared_mutex> lock(mutex);
+  const auto lock = WriteLock();
   if (content) {
     for (Catalogue& catalogue : content->catalogues) catalogue.Expect(changes.size());
   }
@@ -212,14 +221,14 @@ std::vector<KnownChange> Catalogues::Apply(const std::vector<kecpp::Change>& cha
 
 // The allocator would keep the memory of many small pieces.
 void Catalogues::Forget() {
-  const std::unique_lock<std::shared_mutex> lock(mutex);
+  const auto lock = WriteLock();
   content.reset();
   malloc_trim(0);
 }
 
 void Catalogues::ForgetIfUnused() {
   const bool hasContent = [this] {
-    const std::shared_lock<std::shared_mutex> lock(mutex);
+    const auto lock = ReadLock();
     return content.has_value();
   }();
   if (hasContent && lastUse.IsLongAgo()) Forget();

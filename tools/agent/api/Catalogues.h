@@ -3,7 +3,7 @@
 // The rows of all kinds, with sums over them: made when the first request needs them, kept true by
 // the changes that are given to it, and forgotten when nobody has asked for a minute.
 //
-// Thread safety: any thread. Locks: `mutex`, before those of the inventory.
+// Thread safety: any thread. Locks: `turn`, `mutex`, then those of the inventory.
 #ifndef KECPP_TOOLS_AGENT_API_CATALOGUES_H
 #define KECPP_TOOLS_AGENT_API_CATALOGUES_H
 
@@ -11,6 +11,7 @@
 
 #include <array>
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <shared_mutex>
 #include <string>
@@ -98,8 +99,12 @@ class Catalogues {
   template <class Object>
   Row LinkedRow(const Object& object);
 
+  std::shared_lock<std::shared_mutex> ReadLock();
+  std::unique_lock<std::shared_mutex> WriteLock();
+
   const kecpp::Inventory& inventory;
   LastUse lastUse;
+  std::mutex turn;  // taken to take `mutex`: readers that never cease would keep writers out
   std::shared_mutex mutex;
   std::optional<Content> content;  // guarded by `mutex`
 };

@@ -91,6 +91,13 @@ std::array<std::size_t, Journal::SLOTS> Journal::Activity() const {
   return counts;
 }
 
+void Journal::BeginAgain() {
+  const Waking waking(news);
+  const std::lock_guard<std::mutex> lock(mutex);
+  items.clear();
+  ++last;
+}
+
 void Journal::NoteState() {
   const Waking waking(news);
   const std::lock_guard<std::mutex> lock(mutex);

@@ -36,6 +36,9 @@ class Journal {
 
   void Add(const std::vector<KnownChange>& changes);
 
+  // Changes were missed: every stream is told so.
+  void BeginAgain();
+
   // The state of the connection has changed: lets waiting streams look at it.
   void NoteState();
 

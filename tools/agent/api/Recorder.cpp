@@ -26,12 +26,22 @@ Recorder::~Recorder() {
   thread.join();
 }
 
+// Without memory for a change the rows are not true any more.
 void Recorder::Run() {
   while (!HasEnded()) {
-    if (changes.Wait(LONG)) Take();
-    if (changes.Closed()) FollowAgain();
+    try {
+      if (changes.Wait(LONG)) Take();
+      if (changes.Closed()) FollowAgain();
+    } catch (const std::exception&) {
+      BeginAgain();
+    }
     std::this_thread::sleep_for(REST);
   }
+}
+
+void Recorder::BeginAgain() {
+  catalogues.Forget();
+  journal.BeginAgain();
 }
 
 bool Recorder::HasEnded() {
@@ -54,9 +64,7 @@ void Recorder::Take() {
     if (wasFilled) journal.Add(catalogues.Apply(some));
     isFilled = true;
   }
-  if (wasFilled) return;
-  catalogues.Forget();
-  journal.NoteState();
+  if (!wasFilled) BeginAgain();
 }
 
 }  // namespace tools::agent::api

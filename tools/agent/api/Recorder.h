@@ -29,6 +29,7 @@ class Recorder {
   void Run();
   void Take();
   void FollowAgain();
+  void BeginAgain();
   bool HasEnded();
 
   const kecpp::Inventory& inventory;
