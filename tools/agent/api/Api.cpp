@@ -50,7 +50,17 @@ std::string ListText(const KindInfo& kind, const Page& page, const HostTable& ho
          ",\"next\":" + (page.next.empty() ? "null" : Dump(page.next)) + "}";
 }
 
-// What a client that comes again has seen last; nothing for a text that is no number.
+// For the counters: one of few.
+const char* OperationOf(const ApiPath& path) {
+  if (path.name == "summary") return "api:summary";
+  if (path.name == "changes") return "api:changes";
+  if (path.name == "changes/stream") return "api:stream";
+  if (path.name == "openapi.json") return "api:openapi";
+  if (!FindPlural(path.name)) return "api:none";
+  return path.key ? "api:object" : "api:list";
+}
+
+// What a client that comes again has seen last. What is no number is no change that is known.
 std::optional<std::uint64_t> LastEvent(const httplib::Request& request) {
   if (!request.has_header("Last-Event-ID")) return {};
   const std::string text = request.get_header_value("Last-Event-ID");
@@ -99,7 +109,9 @@ void Api::Answer(const httplib::Request& request, httplib::Response& response) {
   const char* outcome = "ok";
   response.set_header("X-Content-Type-Options", "nosniff");
   try {
-    operation = AnswerPath(request, response);
+    const ApiPath path = ReadPath(request.target);
+    operation = OperationOf(path);
+    AnswerPath(path, request, response);
   } catch (const Problem& problem) {
     outcome = problem.status == 503 ? "not_ready" : "refused";
     SetProblem(problem, response);
@@ -110,40 +122,19 @@ void Api::Answer(const httplib::Request& request, httplib::Response& response) {
   counters.Count(operation, outcome, std::chrono::steady_clock::now() - begin);
 }
 
-const char* Api::AnswerPath(const httplib::Request& request, httplib::Response& response) {
-  const ApiPath path = ReadPath(request.target);
-  if (path.name == "summary") {
-    Parameters(request.params, {});
-    SetJson(summary.Text(), response);
-    return "api:summary";
+void Api::AnswerPath(const ApiPath& path, const httplib::Request& request,
+                     httplib::Response& response) {
+  if (path.name == "changes") return AnswerChanges(request, response);
+  if (path.name == "changes/stream") return AnswerStream(request, response);
+  if (const KindInfo* kind = FindPlural(path.name)) {
+    RequireData(kind->kind);
+    if (path.key) return AnswerObject(*kind, *path.key, request, response);
+    return AnswerList(*kind, request, response);
   }
-  if (path.name == "changes") {
-    AnswerChanges(request, response);
-    return "api:changes";
-  }
-  if (path.name == "changes/stream") {
-    AnswerStream(request, response);
-    return "api:stream";
-  }
-  if (path.name == "openapi.json") {
-    Parameters(request.params, {});
-    SetTagged(OPENAPI_TEXT, request, response);
-    return "api:openapi";
-  }
-  return AnswerObjects(path, request, response);
-}
-
-const char* Api::AnswerObjects(const ApiPath& path, const httplib::Request& request,
-                               httplib::Response& response) {
-  const KindInfo* kind = FindPlural(path.name);
-  if (!kind) throw Problem(404, "there is nothing under this path");
-  RequireData(kind->kind);
-  if (path.key) {
-    AnswerObject(*kind, *path.key, request, response);
-    return "api:object";
-  }
-  AnswerList(*kind, request, response);
-  return "api:list";
+  Parameters(request.params, {});
+  if (path.name == "summary") return SetJson(summary.Text(), response);
+  if (path.name == "openapi.json") return SetTagged(OPENAPI_TEXT, request, response);
+  throw Problem(404, "there is nothing under this path");
 }
 
 // The last known objects stay while a lost connection is replaced.
@@ -189,6 +180,7 @@ void Api::AnswerChanges(const httplib::Request& request, httplib::Response& resp
   SetJson(text + "]}", response);
 }
 
+// At the end the connection is cut, as for any answer that cannot go on.
 void Api::AnswerStream(const httplib::Request& request, httplib::Response& response) {
   Parameters(request.params, {});
   std::shared_ptr<void> place = places.Take();
@@ -200,9 +192,7 @@ void Api::AnswerStream(const httplib::Request& request, httplib::Response& respo
       "text/event-stream", [stream, place = std::move(place)](size_t, httplib::DataSink& sink) {
         if (!sink.is_writable()) return false;  // sends what there is, too, before the wait
         const std::string events = stream->Next();
-        if (!events.empty()) return sink.write(events.data(), events.size());
-        sink.done();
-        return true;
+        return !events.empty() && sink.write(events.data(), events.size());
       });
 }
 

@@ -37,9 +37,8 @@ class Api {
 
  private:
   void Answer(const httplib::Request& request, httplib::Response& response);
-  const char* AnswerPath(const httplib::Request& request, httplib::Response& response);
-  const char* AnswerObjects(const ApiPath& path, const httplib::Request& request,
-                            httplib::Response& response);
+  void AnswerPath(const ApiPath& path, const httplib::Request& request,
+                  httplib::Response& response);
   void AnswerList(const KindInfo& kind, const httplib::Request& request,
                   httplib::Response& response);
   void AnswerObject(const KindInfo& kind, const std::string& key, const httplib::Request& request,

@@ -22,12 +22,12 @@ void RequestCounters::CountBytes(std::size_t sent) {
 
 void RequestCounters::Write(Exposition& out) const {
   std::lock_guard<std::mutex> lock(mutex);
-  out.Family("kecpp_requests_total", "counter", "CIM requests by operation and outcome.");
+  out.Family("kecpp_requests_total", "counter", "Requests by operation and outcome.");
   for (const auto& [key, count] : requests) {
     out.Sample({{"operation", key.first}, {"outcome", key.second}}, static_cast<double>(count));
   }
   out.Family("kecpp_request_duration_seconds", "histogram",
-             "Time from a CIM request's last byte to its answer's first.");
+             "Time from a request's last byte to its answer's first.");
   for (const auto& [operation, taken] : times) {
     for (std::size_t i = 0; i < BOUNDS.size(); ++i) {
       out.Sample({{"operation", operation}, {"le", NumberText(BOUNDS[i])}},

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Counts CIM requests: by operation and outcome, and how long their answers took.
+// Counts CIM requests and those below /api/: by operation and outcome, and how long their answers
+// took.
 //
 // Thread safety: any thread.
 #ifndef KECPP_TOOLS_AGENT_METRICS_REQUESTCOUNTERS_H
@@ -25,6 +26,7 @@ class RequestCounters {
   void Count(const std::string& operation, const std::string& outcome,
              std::chrono::duration<double> time);
 
+  // Of answers to CIM requests.
   void CountBytes(std::size_t bytes);
 
   void Write(Exposition& out) const;
