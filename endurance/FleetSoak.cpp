@@ -161,13 +161,15 @@ class FleetRun {
   // Changes for so long, at most so many a second.
   void Work(double seconds) {
     const auto begin = Clock::now();
-    for (int done = 0;; ++done) {
+    int done = 0;
+    while (true) {
       const std::chrono::duration<double> passed = Clock::now() - begin;
       if (passed.count() >= seconds) return;
       if (done > passed.count() * CHANGES_PER_SECOND) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
         continue;
       }
+      ++done;
       Any().Change();
     }
   }
