@@ -47,11 +47,10 @@ void FleetSite::StartPublisher() {
       KECPP_PUBLISH_PROGRAM, "--config", config, "--site", name, "--to", members});
 }
 
-bool FleetSite::ReplacePublisher() {
-  constexpr int FENCED = 3;
-  const auto before = std::move(publisher);
+std::unique_ptr<driver::ChildProcess> FleetSite::ReplacePublisher() {
+  auto before = std::move(publisher);
   StartPublisher();
-  return before->Wait() == FENCED;
+  return before;
 }
 
 void FleetSite::Change() {

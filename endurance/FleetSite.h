@@ -25,9 +25,9 @@ class FleetSite {
 
   void StartPublisher();
   driver::ChildProcess& Publisher() { return *publisher; }
-  // Starts another publisher of the site; the present one must end with the status of one that is
-  // fenced. False when it does not.
-  bool ReplacePublisher();
+  // Starts another publisher of the site and gives the one before, which must end with FENCED.
+  std::unique_ptr<driver::ChildProcess> ReplacePublisher();
+  static constexpr int FENCED = 3;
 
   driver::Simulator& Daemon() { return simulator; }
   // Renames, creates or removes a machine.

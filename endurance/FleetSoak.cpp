@@ -108,11 +108,7 @@ class FleetRun {
         StopPublisher(lasts * 2);
         break;
       case 6:
-        ++faults["publisher replaced"];
-        if (!Any().ReplacePublisher()) {
-          std::printf("a publisher did not end when another took its site\n");
-          return false;
-        }
+        if (!ReplacePublisher()) return false;
         break;
       default:
         ++faults["session lost"];
@@ -128,6 +124,16 @@ class FleetRun {
   }
 
   FleetSite& Any() { return *std::next(sites.begin(), long(random() % sites.size())); }
+
+  bool ReplacePublisher() {
+    ++faults["publisher replaced"];
+    const auto before = Any().ReplacePublisher();
+    Work(0.5);
+    if (before->Wait() == FleetSite::FENCED) return true;
+    std::printf("a publisher did not end when another took its site: %s\n",
+                before->Errors().c_str());
+    return false;
+  }
 
   void KillMembers(double lasts) {
     const int count = 1 + int(random() % unsigned(cluster.Members()));

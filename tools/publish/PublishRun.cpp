@@ -6,7 +6,7 @@
 #include <exception>
 #include <iostream>
 #include <memory>
-#include <mutex>
+#include <new>
 #include <stdexcept>
 #include <thread>
 
@@ -72,8 +72,8 @@ bool AwaitDaemon(const kecpp::Inventory& inventory, const EndOfRun& end, DaemonR
   return true;
 }
 
-// Marks what the inventory's follower names. A follower that was closed because memory ran out is
-// replaced, and everything compared.
+// Marks what the inventory's follower names. When memory runs out, which also closes a follower,
+// another one begins and everything is compared.
 class Marker {
  public:
   Marker(const kecpp::Inventory& from, Marks& to, Publisher& sink)
@@ -87,17 +87,26 @@ class Marker {
 
  private:
   void Run() {
-    kecpp::Follower follower = inventory.Follow();
     while (!isEnding) {
-      if (follower.Wait(WAIT_SLICE)) {
-        const std::int64_t now = kecpp::fleet::NowMilliseconds();
-        for (const kecpp::Change& change : follower.Next()) {
-          marks.Add(kecpp::fleet::ObjectPart(change.kind, change.key), now);
-        }
-      } else if (follower.Closed() && !isEnding) {
-        std::this_thread::sleep_for(WAIT_SLICE);
-        follower = inventory.Follow();
-        publisher.Reconcile();
+      try {
+        Follow();
+      } catch (const std::bad_alloc&) {
+        Report("out of memory; comparing everything");
+      }
+      if (isEnding) return;
+      std::this_thread::sleep_for(WAIT_SLICE);
+      publisher.Reconcile();
+    }
+  }
+
+  // Until the follower is closed.
+  void Follow() {
+    kecpp::Follower follower = inventory.Follow();
+    while (!isEnding && !follower.Closed()) {
+      if (!follower.Wait(WAIT_SLICE)) continue;
+      const std::int64_t now = kecpp::fleet::NowMilliseconds();
+      for (const kecpp::Change& change : follower.Next()) {
+        marks.Add(kecpp::fleet::ObjectPart(change.kind, change.key), now);
       }
     }
   }

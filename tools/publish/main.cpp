@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // kecpp-publish: keeps the inventory of a virtualization host in an etcd cluster.
+#include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -30,6 +31,8 @@ int RunGuarded(const PublishOptions& options) {
     const EndOfRun end(options.duration);
     const EndWatch watch(end, PROGRAM);
     if (options.HasCluster()) {
+      // A member that ends while it is written to must not end the publisher.
+      std::signal(SIGPIPE, SIG_IGN);
       Publish(options, end);
     } else {
       PrintEvents(options, end);
