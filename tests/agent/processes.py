@@ -50,11 +50,11 @@ def program(command, pattern, stderr=False):
 
 
 @contextlib.contextmanager
-def agent_of_a_simulator(simulator, agent, *options):
-    """Runs both until the block ends; gives the URLs of the simulator's control and of the agent."""
+def simulated_daemon(simulator, machines=12):
+    """Runs a simulator until the block ends; gives the URL of its control and a configuration."""
     with tempfile.TemporaryDirectory() as folder, contextlib.ExitStack() as stack:
         daemon = stack.enter_context(program(
-            [simulator, "--listen-port", "0", "--ticket-dir", folder, "--machines", "12"],
+            [simulator, "--listen-port", "0", "--ticket-dir", folder, "--machines", str(machines)],
             "listening on (.*)"))
         config = os.path.join(folder, "config.xml")
         with open(config, "w", encoding="utf-8") as file:
@@ -62,6 +62,17 @@ def agent_of_a_simulator(simulator, agent, *options):
                        f"<url>{daemon}</url><timeout>60</timeout></ConnectionInfo><LoginInfo>"
                        "<localTicket>true</localTicket><userName>root</userName></LoginInfo>"
                        "<LogInfo><level>none</level></LogInfo></Config>")
-        url = stack.enter_context(program(
-            [agent, "--config", config, "--listen", "127.0.0.1:0", *options], "listening on (.*)"))
-        yield daemon.split("/sdk")[0] + "/control", url
+        yield daemon.split("/sdk")[0] + "/control", config
+
+
+def agent_of(agent, config, *options, listen="127.0.0.1:0"):
+    """Runs an agent until the block ends; gives its URL."""
+    return program([agent, "--config", config, "--listen", listen, *options], "listening on (.*)")
+
+
+@contextlib.contextmanager
+def agent_of_a_simulator(simulator, agent, *options):
+    """Runs both until the block ends; gives the URLs of the simulator's control and of the agent."""
+    with simulated_daemon(simulator) as (control, config):
+        with agent_of(agent, config, *options) as url:
+            yield control, url

@@ -1,81 +1,64 @@
 // SPDX-License-Identifier: MIT
 #include "tools/agent/StatusPage.h"
 
-#include <openssl/evp.h>
+#include <cstring>
 
-#include <memory>
-#include <utility>
-
-#include "tools/agent/StatusPageText.h"
+#include "tools/agent/PageFiles.h"
+#include "tools/agent/api/EntityTag.h"
 
 namespace tools::agent {
 namespace {
 
-// The base64 text of the SHA-256 of what is between two tags of the page.
-std::string ContentHash(const std::string& page, const std::string& open,
-                        const std::string& close) {
-  const std::size_t begin = page.find(open) + open.size();
-  const std::string content = page.substr(begin, page.find(close, begin) - begin);
-  unsigned char digest[EVP_MAX_MD_SIZE];
-  unsigned int length = 0;
-  EVP_Digest(content.data(), content.size(), digest, &length, EVP_sha256(), nullptr);
-  unsigned char text[EVP_MAX_MD_SIZE * 2];
-  EVP_EncodeBlock(text, digest, static_cast<int>(length));
-  return reinterpret_cast<char*>(text);
+constexpr int NOT_MODIFIED = 304;
+
+// Only the agent's own files run, load and are asked, even if other text gets into the page, and no
+// text becomes markup.
+constexpr const char* POLICY =
+    "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; connect-src 'self'; "
+    "base-uri 'none'; form-action 'none'; frame-ancestors 'none'; "
+    "require-trusted-types-for 'script'; trusted-types 'none'";
+
+void SetPolicy(httplib::Response& response) {
+  response.set_header("Content-Security-Policy", POLICY);
+  response.set_header("X-Content-Type-Options", "nosniff");
+  response.set_header("Cross-Origin-Resource-Policy", "same-origin");
+  response.set_header("Referrer-Policy", "no-referrer");
 }
 
-// Only the page's own script and style run, even if other ones get into it. Its icon is an empty
-// data URL.
-std::string ContentSecurityPolicy(const std::string& page) {
-  return "default-src 'none'; connect-src 'self'; base-uri 'none'; form-action 'none'; "
-         "frame-ancestors 'none'; img-src data:; script-src 'sha256-" +
-         ContentHash(page, "<script>", "</script>") + "'; style-src 'sha256-" +
-         ContentHash(page, "<style>", "</style>") + "'";
+void AnswerPage(const PageFile& file, const std::string& tag, const httplib::Request& request,
+                httplib::Response& response) {
+  SetPolicy(response);
+  response.set_header("Cache-Control", "no-cache");
+  response.set_header("ETag", tag);
+  if (api::HasTag(request.get_header_value("If-None-Match"), tag)) {
+    response.status = NOT_MODIFIED;
+  } else {
+    response.set_content(file.text, file.type);
+  }
 }
 
-void AddPage(AgentServer& server) {
-  const std::string page = STATUS_PAGE;
-  const std::string policy = ContentSecurityPolicy(page);
-  server.Get("/", [page, policy](const httplib::Request&, httplib::Response& response) {
-    response.set_header("Content-Security-Policy", policy);
-    response.set_header("X-Content-Type-Options", "nosniff");
-    response.set_header("Cache-Control", "no-cache");
-    response.set_content(page, "text/html; charset=utf-8");
-  });
-}
-
-httplib::ContentProviderWithoutLength EventSource(const StatusFeed& feed,
-                                                  std::shared_ptr<void> place) {
-  const auto view = std::make_shared<StatusFeed::View>(feed.Open());
-  return [&feed, view, place = std::move(place)](size_t, httplib::DataSink& sink) {
-    if (!sink.is_writable()) return false;  // sends what there is, too, before the wait
-    const std::string events = feed.Next(*view);
-    if (events.empty()) {
-      sink.done();
-      return true;
-    }
-    return sink.write(events.data(), events.size());
-  };
-}
-
-void AddEvents(AgentServer& server, const StatusFeed& feed, const StreamPlaces& places) {
-  server.Get("/events", [&feed, &places](const httplib::Request&, httplib::Response& response) {
-    const std::shared_ptr<void> place = places.Take();
-    if (!place) {
-      response.status = 503;
-      response.set_header("Retry-After", "30");
-      return;
-    }
-    response.set_header("Cache-Control", "no-store");
-    response.set_chunked_content_provider("text/event-stream", EventSource(feed, place));
-  });
+// The folder's name changes with the contents.
+void AnswerPart(const PageFile& file, httplib::Response& response) {
+  SetPolicy(response);
+  response.set_header("Cache-Control", "private, max-age=31536000, immutable");
+  response.set_content(file.text, file.type);
 }
 
 }  // namespace
 
-void AddStatusPage(AgentServer& server, const StatusFeed& feed, const StreamPlaces& places) {
-  AddPage(server);
-  AddEvents(server, feed, places);
+void AddStatusPage(AgentServer& server) {
+  for (const PageFile& file : PAGE_FILES) {
+    if (std::strcmp(file.path, "/") != 0) {
+      server.Get(file.path, [&file](const httplib::Request&, httplib::Response& response) {
+        AnswerPart(file, response);
+      });
+    } else {
+      server.Get("/", [&file, tag = api::EntityTagOf(file.text)](const httplib::Request& request,
+                                                                 httplib::Response& response) {
+        AnswerPage(file, tag, request, response);
+      });
+    }
+  }
 }
 
 }  // namespace tools::agent

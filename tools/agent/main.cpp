@@ -139,12 +139,11 @@ void Serve(const AgentOptions& options, const kecpp::Inventory& inventory, Agent
       indications ? static_cast<StoredSource*>(indications.get()) : &interop;
   const Operations operations(gate, *stored, options.limits);
   ConnectionReport report;
-  StatusFeed feed(inventory, report);
   RequestCounters requests;
   Metrics metrics(inventory, requests, deliveries, server, options.metricsMachines);
   AddCimEndpoint(server, operations, requests);
   const StreamPlaces places(options.limits);
-  AddStatusPage(server, feed, places);
+  AddStatusPage(server);
   api::Api api(inventory, report, places, requests);
   api.AddTo(server);
   AddMetrics(server, metrics);
@@ -152,16 +151,14 @@ void Serve(const AgentOptions& options, const kecpp::Inventory& inventory, Agent
   // What the server's threads use goes after them, whatever is thrown.
   struct Stop {
     InventoryGate& gate;
-    StatusFeed& feed;
     api::Api& api;
     AgentServer& server;
     ~Stop() {
       gate.End();
-      feed.End();
       api.End();
       server.Stop();
     }
-  } const stop{gate, feed, api, server};
+  } const stop{gate, api, server};
   server.Start();
   Announce(options);
   report.Follow(inventory, end, [&](const kecpp::Status& status) {

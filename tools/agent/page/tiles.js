@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: MIT
+//
+// Hosts as tiles, in groups by status: what needs attention comes first and has names. A group of
+// very many becomes a field of small tiles.
+import {get, objectPath} from './api.js';
+import {make, setAttribute, setText} from './dom.js';
+import {Loader} from './loader.js';
+import {powerText, setPowerBar} from './marks.js';
+import {address} from './route.js';
+import {count, number, STATUSES, STATUS_WORDS} from './words.js';
+
+const PAGE = 1000;
+const MOST = 4000;      // tiles; the list has the others
+const MOST_LARGE = 24;   // in a group: with numbers
+const MOST_NAMED = 120;  // with names, else small ones
+const MOST_SINGLE = 8;  // hosts that are fetched one by one
+
+// What the names of all hosts end with, such as ".example.org": tiles are narrow.
+function sharedDomain(hosts) {
+  const [first = ''] = hosts.map(host => host.name);
+  const domain = first.includes('.') ? first.slice(first.indexOf('.')) : '';
+  const isShared = hosts.length > 1 && /[a-z]/i.test(domain) &&
+      hosts.every(({name}) => name.endsWith(domain) && name.length > domain.length);
+  return isShared ? domain : '';
+}
+
+class Group {
+  constructor(status) {
+    this.status = status;
+    this.number = make('span', {class: 'number'});
+    this.list = make('ul', {class: 'tiles', onkeydown: event => this.#press(event)});
+    this.rest = make('a', {class: 'rest', href: address('hosts', null, {status}), hidden: true});
+    this.element = make('section', {class: 'group', 'data-state': status, hidden: true},
+        make('h3', {}, make('a', {href: address('hosts', null, {status})},
+                            make('span', {class: 'mark status', 'data-state': status},
+                                 STATUS_WORDS[status]), ' ', this.number)),
+        this.list, this.rest);
+  }
+
+  // Shows these hosts, of so many.
+  show(hosts, total, domain) {
+    this.element.hidden = total === 0;
+    setText(this.number, number(total));
+    this.list.classList.toggle('small', hosts.length > MOST_NAMED);
+    this.list.classList.toggle('large', hosts.length <= MOST_LARGE);
+    while (this.list.children.length > hosts.length) this.list.lastChild.remove();
+    while (this.list.children.length < hosts.length) this.list.append(Group.#makeTile());
+    hosts.forEach((host, i) => Group.#fill(this.list.children[i].firstChild, host, domain));
+    const tab = this.list.querySelector('a[tabindex="0"]');
+    if (!tab && this.list.firstChild) this.list.firstChild.firstChild.tabIndex = 0;
+    this.rest.hidden = total <= hosts.length;
+    setText(this.rest, `${count(total - hosts.length, 'more host')} in the list`);
+  }
+
+  static #makeTile() {
+    return make('li', {}, make('a', {class: 'tile', tabindex: -1},
+        make('span', {class: 'name'}), make('span', {class: 'power-bar'}),
+        make('span', {class: 'count'})));
+  }
+
+  static #fill(tile, host, domain) {
+    if (tile.host === host && tile.domain === domain) return;
+    Object.assign(tile, {host, domain});
+    const name = host.name || host.key;
+    setAttribute(tile, 'href', address('hosts', host.key));
+    const text = `${name}: ${STATUS_WORDS[host.status] ?? host.status}, ${powerText(host.power)}`;
+    setAttribute(tile, 'title', text);
+    setAttribute(tile, 'data-state', host.status);
+    setText(tile.firstChild, name.slice(0, name.length - domain.length));
+    setPowerBar(tile.children[1], host.power);
+    setText(tile.lastChild, `${number(host.power.on)} of ${number(host.machines)} on`);
+  }
+
+  // One stop of the Tab key for all tiles; arrows move between them.
+  #press(event) {
+    const tiles = [...this.list.children];
+    const here = tiles.indexOf(event.target.closest('li'));
+    const wide = tiles.findIndex(tile => tile.offsetTop > tiles[0].offsetTop);
+    const line = wide > 0 ? wide : tiles.length;
+    const to = {ArrowLeft: here - 1, ArrowRight: here + 1, ArrowUp: here - line,
+                ArrowDown: here + line, Home: 0, End: tiles.length - 1}[event.key];
+    if (to === undefined || event.altKey || event.metaKey) return;
+    event.preventDefault();
+    const tile = tiles[to]?.firstChild;
+    if (!tile) return;
+    tiles[here].firstChild.tabIndex = -1;
+    tile.tabIndex = 0;
+    tile.focus();
+  }
+}
+
+export class Tiles {
+  #hosts = new Map();  // by key, in the order of their names
+  #changed = new Set();
+  #all;
+  #single;
+
+  // `failed(problem)` is called with null when all is well again.
+  constructor(context, failed) {
+    this.context = context;
+    this.groups = STATUSES.map(status => new Group(status));
+    this.note = make('p', {class: 'note'}, 'Loading …');
+    this.element = make('div', {}, this.note, this.groups.map(group => group.element));
+    this.#all = new Loader({
+      work: () => Tiles.#fetchAll(), done: hosts => { this.#take(hosts); failed(null); }, failed,
+      share: 100,
+    });
+    this.#single = new Loader({
+      work: () => this.#fetchChanged(), done: hosts => this.#replace(hosts),
+      failed: () => this.#all.askSoon(),
+    });
+    this.#all.ask();
+  }
+
+  // A machine that changes its power or place changes its host's bar.
+  changes(changes) {
+    for (const {kind, type, key, fields} of changes) {
+      const isMoved = kind === 'machine' &&
+          (type !== 'changed' || fields.length === 0 || fields.includes('power') || fields.includes('host'));
+      if (isMoved || (kind === 'host' && type !== 'changed')) this.#all.askSoon();
+      else if (kind === 'host') this.#changed.add(key);
+    }
+    if (this.#changed.size > MOST_SINGLE) this.reset();
+    else if (this.#changed.size > 0) this.#single.askSoon();
+  }
+
+  reset() {
+    this.#changed.clear();
+    this.#all.askSoon();
+  }
+
+  close() {
+    this.#all.close();
+    this.#single.close();
+  }
+
+  // Hosts that need attention first: they are shown however many there are.
+  static async #fetchAll() {
+    const hosts = [];
+    for (const states of [['error', 'degraded', 'unknown'], ['ok']]) {
+      let offset = 0;
+      for (let more = true; more && hosts.length < MOST;) {
+        const query = new URLSearchParams(states.map(state => ['status', state]));
+        for (const [name, value] of [['sort', 'name'], ['limit', PAGE], ['offset', offset]]) {
+          query.set(name, value);
+        }
+        const {items, next} = await get('hosts', query);
+        hosts.push(...items);
+        offset += PAGE;
+        more = next !== null;
+      }
+    }
+    return hosts;
+  }
+
+  async #fetchChanged() {
+    const keys = [...this.#changed];
+    this.#changed.clear();
+    return Promise.all(keys.map(key => get(objectPath('hosts', key))));
+  }
+
+  #take(hosts) {
+    this.#hosts = new Map(hosts.map(host => [host.key, host]));
+    setText(this.note, 'No hosts.');
+    this.note.hidden = hosts.length > 0;
+    this.draw();
+  }
+
+  #replace(hosts) {
+    for (const host of hosts) if (this.#hosts.has(host.key)) this.#hosts.set(host.key, host);
+    this.draw();
+  }
+
+  // Also when the summary has other numbers.
+  draw() {
+    const groups = new Map(STATUSES.map(status => [status, []]));
+    for (const host of this.#hosts.values()) (groups.get(host.status) ?? groups.get('unknown')).push(host);
+    const domain = sharedDomain([...this.#hosts.values()]);
+    const totals = this.context.live.summary?.hosts.status ?? {};
+    for (const group of this.groups) {
+      const shown = groups.get(group.status);
+      const isCut = this.#hosts.size >= MOST;
+      group.show(shown, isCut ? Math.max(totals[group.status] ?? 0, shown.length) : shown.length, domain);
+    }
+  }
+}
