@@ -159,7 +159,11 @@ bool Keeper::WaitForStatus(const Status& seen, milliseconds limit) const {
 
 std::shared_ptr<Follower::Impl> Keeper::Follow() {
   auto made = std::make_shared<Follower::Impl>();
-  const std::lock_guard<std::mutex> guard(switching);
+  const std::lock_guard<std::mutex> guard(switching);  // Stop closes under it, when it is ending
+  if (IsEnding()) {
+    made->Close();
+    return made;
+  }
   LivingFollowers();  // forgets the others
   followers.push_back(made);
   const Connection::Use connection = Current();
@@ -307,6 +311,11 @@ void Keeper::NoteUpdates() {
   updatesSeen = updates;
   const std::lock_guard<std::mutex> lock(mutex);
   status.lastUpdate = Now();
+}
+
+bool Keeper::IsEnding() const {
+  const std::lock_guard<std::mutex> lock(mutex);
+  return ending;
 }
 
 // False at the end.

@@ -66,6 +66,7 @@ class Keeper {
   void SetState(Status::State state, const std::string& reason);
   void SetStateNoLock(Status::State state, const std::string& reason);
   void NoteUpdates();
+  bool IsEnding() const;
   bool Pause(std::chrono::milliseconds limit);
 
   const Options options;

@@ -212,12 +212,14 @@ TEST_F(InventoryTest, SaysWhyThereIsNone) {
   EXPECT_THAT(failure(options), testing::HasSubstr("not connected within 50 milliseconds"));
 }
 
-TEST_F(InventoryTest, CallsMethodsAndWaitsForTasks) {
+TEST_F(InventoryTest, CallsMethodsAndWaitsForTasksUntilItIsClosed) {
   Inventory inventory(Options());
   EXPECT_TRUE(inventory.RunTask("StartTask", {"VirtualMachine", "vm-1"}));
   EXPECT_THAT(inventory.Invoke("StartTask", {"VirtualMachine", "vm-1"}),
               testing::HasSubstr("task"));
   EXPECT_THROW(inventory.Invoke("NoSuchMethod", {"VirtualMachine", "vm-1"}), kecpp::Error);
+  inventory.Close();
+  EXPECT_FALSE(inventory.Follow().Wait(std::chrono::hours(1)));
 }
 
 }  // namespace
