@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <kecpp/inventory.h>
 
-#include <algorithm>
-
 #include "inventory/Keeper.h"
 #include "inventory/Reading.h"
 
@@ -109,11 +107,9 @@ bool Inventory::RunTask(const std::string& method, const Target& target,
 
 template <class Object>
 std::vector<Object> Inventory::All() const {
-  std::vector<Object> all;
-  ForEach<Object>([&](const Object& object) { all.push_back(object); });
-  std::sort(all.begin(), all.end(),
-            [](const Object& left, const Object& right) { return left.key < right.key; });
-  return all;
+  const Connection::Use connection = impl->keeper.Current();
+  if (!connection) return {};
+  return CopyAll<Object>(*connection.operator->());
 }
 
 template <class Object>

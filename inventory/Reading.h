@@ -6,11 +6,13 @@
 #ifndef KECPP_INVENTORY_READING_H
 #define KECPP_INVENTORY_READING_H
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "instance/CacheWalk.h"
@@ -22,6 +24,11 @@ namespace kecpp {
 
 // Objects for which the mutexes are held at a time.
 inline constexpr std::size_t kPiece = 256;
+
+// A mutex goes to who asks first: without a pause the sync thread would not wake up in time.
+inline void GiveWay() {
+  std::this_thread::sleep_for(std::chrono::microseconds(1));
+}
 
 // Calls `use` with pieces of the stubs of a kind, under the mutexes of its lock group, and `pause`
 // after each without them.
@@ -78,8 +85,7 @@ void ForEachView(const Connection& connection, const Visit& visit) {
   ForEachPiece(
       connection, TypesOf<Object>::kKind,
       [&](const std::vector<KELib::Stub::KEStubBase*>& piece) { VisitPiece<Object>(piece, visit); },
-      // A mutex goes to who asks first: without a pause the sync thread would not wake up in time.
-      [] { std::this_thread::sleep_for(std::chrono::microseconds(1)); });
+      GiveWay);
 }
 
 // Calls `visit` with a copy of every object, without the mutexes.
@@ -101,6 +107,33 @@ void ForEachCopy(const Connection& connection, const Visit& visit) {
 
 // The objects of a kind; 0 before the connection has caches.
 std::size_t CountOf(const Connection& connection, Kind kind);
+
+// Copies of all objects, sorted by key. Pointers are sorted, so that an object is moved once.
+template <class Object>
+std::vector<Object> CopyAll(const Connection& connection) {
+  using Types = TypesOf<Object>;
+  std::vector<Object> found;
+  found.reserve(CountOf(connection, Types::kKind) + kPiece);
+  ForEachPiece(
+      connection, Types::kKind,
+      [&](const std::vector<KELib::Stub::KEStubBase*>& piece) {
+        VisitPiece<Object>(
+            piece, [&](const typename Types::View& view) { found.push_back(Decode(view)); });
+      },
+      [&] {
+        if (found.capacity() < found.size() + kPiece) found.reserve(2 * found.capacity());
+        GiveWay();
+      });
+  std::vector<Object*> order;
+  order.reserve(found.size());
+  for (Object& object : found) order.push_back(&object);
+  std::sort(order.begin(), order.end(),
+            [](const Object* left, const Object* right) { return left->key < right->key; });
+  std::vector<Object> sorted;
+  sorted.reserve(found.size());
+  for (Object* object : order) sorted.push_back(std::move(*object));
+  return sorted;
+}
 
 // Calls `use` with the stub of that key, under the mutexes. False when there is none. O(1), unless
 // the key is missing and has characters that XML text may write in several ways.

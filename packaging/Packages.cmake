@@ -1,6 +1,6 @@
 # What cpack makes: libkecpp1 and libkecpp-inventory1 (the libraries), libkecpp-dev (headers, package
-# files, reference, guides, examples), kecpp-tools (the programs) and kecpp-publish (the publisher),
-# each with its debugging symbols apart. scripts/package calls it.
+# files, reference, guides, examples), kecpp-tools (the programs), kecpp-publish (the publisher) and,
+# where it is built, python3-kecpp, each with its debugging symbols apart. scripts/package calls it.
 
 # Who made the packages, as Debian's own tools let one say it.
 set(CPACK_PACKAGE_CONTACT "The kecpp authors <kecpp@localhost>")
@@ -28,11 +28,15 @@ set(CPACK_COMPONENTS_ALL library inventory development)
 if(KECPP_BUILD_TOOLS)
   list(APPEND CPACK_COMPONENTS_ALL tools publish)
 endif()
+if(KECPP_PYTHON)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libkecpp1)
 set(CPACK_DEBIAN_INVENTORY_PACKAGE_NAME libkecpp-inventory1)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkecpp-dev)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME kecpp-tools)
 set(CPACK_DEBIAN_PUBLISH_PACKAGE_NAME kecpp-publish)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-kecpp)
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   string(TOUPPER ${component} upper)
   set(folder ${CMAKE_INSTALL_DATAROOTDIR}/doc/${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
@@ -66,6 +70,12 @@ if(KECPP_BUILD_TOOLS)
   endforeach()
 endif()
 
+if(KECPP_PYTHON)
+  set(folder ${CMAKE_INSTALL_DATAROOTDIR}/doc/python3-kecpp)
+  install(FILES docs/python.md DESTINATION ${folder}/docs COMPONENT python)
+  install(DIRECTORY examples/python DESTINATION ${folder}/examples COMPONENT python)
+endif()
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME kecpp)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
@@ -83,6 +93,7 @@ set(CPACK_DEBIAN_INVENTORY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION admin)
 set(CPACK_DEBIAN_PUBLISH_PACKAGE_SECTION admin)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)
   set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE i386)
 endif()
@@ -102,6 +113,13 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_RECOMMENDS "kecpp-tools")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "pkg-config, cmake")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libkecpp-inventory1 (>= ${version})")
+if(KECPP_PYTHON)  # the module is for one version of Python
+  math(EXPR next_minor "${Python3_VERSION_MINOR} + 1")
+  string(CONCAT CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "libkecpp-inventory1 (>= ${version}), "
+         "python3 (>= 3.${Python3_VERSION_MINOR}~), python3 (<< 3.${next_minor})")
+  set(scripts ${CMAKE_CURRENT_SOURCE_DIR}/packaging/python3-kecpp)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA ${scripts}/postinst ${scripts}/prerm)
+endif()
 set(scripts ${CMAKE_CURRENT_SOURCE_DIR}/packaging/kecpp-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_CONTROL_EXTRA ${scripts}/postinst ${scripts}/prerm ${scripts}/postrm)
 set(CPACK_DEBIAN_PUBLISH_PACKAGE_DEPENDS "libkecpp-inventory1 (>= ${version})")

@@ -8,7 +8,8 @@ BUILD_PACKAGES="g++ cmake ninja-build pkg-config libcurl4-openssl-dev libssl-dev
   sblim-wbemcli mandoc"
 BROWSER_PACKAGES="chromium chromium-driver python3"
 CLIENT_PACKAGES="python3 python3-requests python3-ply python3-yaml python3-urllib3
-  python3-jsonschema libxml2-utils meson"
+  python3-jsonschema libxml2-utils meson mypy"
+PYTHON_PACKAGES="pybind11-dev python3-dev"  # without them the package for Python is not built
 BENCHMARK_PACKAGES="libpugixml-dev librapidxml-dev libxml2-dev libexpat1-dev gsoap libgsoap-dev
   gnuplot-nox valgrind"
 ANALYSIS_PACKAGES="clang clang-tidy clang-format abigail-tools"
