@@ -275,7 +275,7 @@ TEST(ApiParts, FollowTheInventoryWhileTheyAreAsked) {
     catalogues.Find(query, [&](const Page& page, const HostTable&) { use(page); });
   };
   std::vector<std::thread> threads;
-  for (const char* sort : {"name", "-power"}) {
+  for (const char* sort : {"name", "-host"}) {
     threads.emplace_back([&, sort] {
       while (!ended) ask(sort, [&](const Page& page) { pages += page.total > 0 ? 1 : 0; });
     });
@@ -287,6 +287,18 @@ TEST(ApiParts, FollowTheInventoryWhileTheyAreAsked) {
     });
   }
   EXPECT_TRUE(Eventually([&] { return changes > 5 && pages > 50; }));
+  simulator.Control("host",
+                    {{"do", "set"}, {"id", "host-1"}, {"property", "name"}, {"value", "z"}});
+  const auto isSortedByHost = [&] {
+    std::vector<std::string> names;
+    ask("host", [&](const Page& page) {
+      for (const Entry* entry : page.entries) {
+        names.push_back(entry->second.host ? "." + entry->second.host->second.name : "");
+      }
+    });
+    return !names.empty() && names.back() == ".z" && std::is_sorted(names.begin(), names.end());
+  };
+  EXPECT_TRUE(Eventually(isSortedByHost));
   catalogues.Forget();
   simulator.Control("session-lost");
   EXPECT_TRUE(Eventually([&] { return inventory.State().connections == 2; }));

@@ -87,7 +87,7 @@ void Catalogue::Expect(std::size_t changes) {
 void Catalogue::Put(const std::string& key, Row row) {
   const auto [place, isNew] = rows.try_emplace(key);
   Entry& entry = *place;
-  const Entry next(key, std::move(row));
+  Entry next(key, std::move(row));
   for (auto& [field, order] : orders) {
     const std::string sortKey = SortKeyOf(next, *field);
     if (!isNew) {
@@ -97,7 +97,7 @@ void Catalogue::Put(const std::string& key, Row row) {
     }
     order.entries.insert(PlaceOf(sortKey, *field, order.entries), &entry);
   }
-  entry.second = next.second;
+  entry.second = std::move(next.second);
 }
 
 void Catalogue::Erase(const std::string& key) {

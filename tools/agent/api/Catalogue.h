@@ -33,6 +33,9 @@ class Catalogue {
   // minute.
   void Expect(std::size_t changes);
 
+  // Room for so many rows.
+  void Reserve(std::size_t count) { rows.reserve(count); }
+
   void Put(const std::string& key, Row row);
   void Erase(const std::string& key);
 

@@ -34,7 +34,7 @@ std::size_t& Of(std::array<std::size_t, 4>& sums, Health health) {
 
 // --- content -------------------------------------------------------------------------------------
 
-const HostTable::value_type* Catalogues::Content::HostOf(const std::string& key) {
+HostTable::value_type* Catalogues::Content::HostOf(const std::string& key) {
   return &*hosts.try_emplace(key).first;
 }
 
@@ -42,7 +42,7 @@ const HostTable::value_type* Catalogues::Content::HostOf(const std::string& key)
 std::vector<const char*> Catalogues::Content::Put(kecpp::Kind kind, const std::string& key,
                                                   Row row) {
   std::vector<const char*> fields;
-  const HostTable::value_type* formerHost = nullptr;
+  HostTable::value_type* formerHost = nullptr;
   if (const Row* former = Of(kind).Find(key)) {
     fields = Differences(kind, *former, row);
     formerHost = former->host;
@@ -58,7 +58,7 @@ std::vector<const char*> Catalogues::Content::Put(kecpp::Kind kind, const std::s
 void Catalogues::Content::Erase(kecpp::Kind kind, const std::string& key) {
   const Row* row = Of(kind).Find(key);
   if (!row) return;
-  const HostTable::value_type* host = row->host;
+  HostTable::value_type* host = row->host;
   Count(kind, *row, MINUS_ONE);
   Of(kind).Erase(key);
   if (kind == kecpp::Kind::host) NameHost(key, false, "");
@@ -73,7 +73,7 @@ void Catalogues::Content::Count(kecpp::Kind kind, const Row& row, std::size_t on
     sums.machines += one;
     api::Of(sums.machinesByPower, row.power) += one;
     api::Of(sums.machinesByHealth, row.health) += one;
-    if (row.host) api::Of(hosts.find(row.host->first)->second.byPower, row.power) += one;
+    if (row.host) api::Of(row.host->second.byPower, row.power) += one;
   }
 }
 
@@ -90,7 +90,7 @@ void Catalogues::Content::NameHost(const std::string& key, bool isThere, std::st
 }
 
 // A machine may name a host that is not known, or not any more.
-void Catalogues::Content::Release(const HostTable::value_type* host) {
+void Catalogues::Content::Release(HostTable::value_type* host) {
   if (host && !host->second.isThere && host->second.Machines() == 0) {
     hosts.erase(hosts.find(host->first));
   }

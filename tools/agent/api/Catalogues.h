@@ -78,12 +78,12 @@ class Catalogues {
     void Erase(kecpp::Kind kind, const std::string& key);
 
     // The entry of a host, a new one when it is not known.
-    const HostTable::value_type* HostOf(const std::string& key);
+    HostTable::value_type* HostOf(const std::string& key);
 
    private:
     void Count(kecpp::Kind kind, const Row& row, std::size_t one);
     void NameHost(const std::string& key, bool isThere, std::string_view name);
-    void Release(const HostTable::value_type* host);
+    void Release(HostTable::value_type* host);
   };
 
   // Calls `use` with the content, which has the order that the query needs, if there is one.

@@ -71,7 +71,7 @@ struct Row {
   std::array<std::uint32_t, 4> digests = {};
   Power power = Power::unknown;
   Health health = Health::unknown;
-  const HostTable::value_type* host = nullptr;  // of a machine, by who makes the row; may be null
+  HostTable::value_type* host = nullptr;  // of a machine, by who makes the row; may be null
 };
 
 // A row has a place as long as it is in its list.
