@@ -51,6 +51,7 @@ class Listener {
 
   explicit Listener(int wantedPort = 0) {
     server.set_tcp_nodelay(true);
+    server.set_keep_alive_timeout(1);  // so that it ends soon
     server.Post(".*", [this](const httplib::Request& request, httplib::Response& response) {
       Answer(request, response);
     });

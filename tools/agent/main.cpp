@@ -153,12 +153,14 @@ void Serve(const AgentOptions& options, const kecpp::Inventory& inventory, Agent
     InventoryGate& gate;
     api::Api& api;
     AgentServer& server;
+    IndicationService* indications;
     ~Stop() {
       gate.End();
+      if (indications) indications->End();
       api.End();
       server.Stop();
     }
-  } const stop{gate, api, server};
+  } const stop{gate, api, server, indications.get()};
   server.Start();
   Announce(options);
   report.Follow(inventory, end, [&](const kecpp::Status& status) {

@@ -26,12 +26,14 @@ ChangeWatch::ChangeWatch(const kecpp::Inventory& watched, std::string hostName,
       thread([this] { Run(); }) {}
 
 ChangeWatch::~ChangeWatch() {
-  {
-    const std::lock_guard<std::mutex> lock(mutex);
-    ended = true;
-    wake.notify_all();
-  }
+  End();
   thread.join();
+}
+
+void ChangeWatch::End() {
+  const std::lock_guard<std::mutex> lock(mutex);
+  ended = true;
+  wake.notify_all();
 }
 
 void ChangeWatch::Follow(std::shared_ptr<const Plan> plan) {

@@ -31,6 +31,9 @@ class ChangeWatch {
   ChangeWatch(const ChangeWatch&) = delete;
   ChangeWatch& operator=(const ChangeWatch&) = delete;
 
+  // Lets Await go, and the thread end as soon as it can.
+  void End();
+
   // Works for these subscriptions as soon as it can.
   void Follow(std::shared_ptr<const Plan> plan);
 

@@ -38,8 +38,14 @@ IndicationService::IndicationService(const kecpp::Inventory& inventory, const In
 }
 
 IndicationService::~IndicationService() {
-  entries.EndDeliveries();
+  End();
   watch.reset();
+}
+
+void IndicationService::End() {
+  watch->End();
+  const std::lock_guard<std::mutex> lock(changing);
+  entries.EndDeliveries();
 }
 
 void IndicationService::Load() {
@@ -102,19 +108,18 @@ Stored IndicationService::Create(const ClassRow& type,
                                  const std::vector<GivenProperty>& properties) {
   Stored made;
   Apply([&] { made = entries.Create(type, properties); });
-  watch->Await();
+  if (type.isAssociation) watch->Await();
   return made;
 }
 
 void IndicationService::Modify(const Stored& instance, const std::vector<GivenProperty>& properties,
                                const std::optional<std::vector<std::string>>& wanted) {
   Apply([&] { entries.Modify(instance, properties, wanted); });
-  watch->Await();
+  if (instance->Type().isAssociation) watch->Await();
 }
 
 void IndicationService::Delete(const Stored& instance) {
   Apply([&] { entries.Delete(instance); });
-  watch->Await();
 }
 
 // A listener that begins or ends to fail is written, too: otherwise the time that it has would

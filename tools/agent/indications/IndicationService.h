@@ -36,6 +36,9 @@ class IndicationService : public StoredSource {
                     const DeliveryPolicy& policy, DeliveryCounters& counters);
   ~IndicationService() override;
 
+  // Lets every operation that waits go, and the sending threads end. Nothing is sent from then on.
+  void End();
+
   // What the agent tells of itself, and what clients have made.
   std::vector<Stored> All() const override;
 
