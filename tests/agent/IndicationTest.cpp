@@ -221,9 +221,9 @@ TEST_F(Indications, AreSentAgainUntilTheyAreTakenOrGivenUp) {
   };
   using Fault = Listener::Fault;
   const std::pair<const char*, std::vector<Fault>> changes[] = {
-      {"a", {Fault::LosesAnswer, Fault::Refuses}},
+      {"a", {Fault::LosesAnswer}},  // is sent again, perhaps into the next faults
       {"b", {Fault::SaysNonsense, Fault::Redirects}},
-      {"c", {Fault::SaysError, Fault::IsSlow}},
+      {"c", {Fault::Refuses, Fault::SaysError, Fault::IsSlow}},
       {"d", {}},
   };
   for (const auto& [name, faults] : changes) {
