@@ -25,7 +25,7 @@ using State = kecpp::Status::State;
 using std::chrono::milliseconds;
 
 constexpr milliseconds WAIT_SLICE(200);
-constexpr milliseconds END_PATIENCE(1500);  // for the request that is under way
+constexpr milliseconds END_PATIENCE(1000);  // for the request that is under way
 
 void Report(const std::string& text) {
   std::cerr << std::string(PROGRAM) + ": " + Printable(text) + '\n';
