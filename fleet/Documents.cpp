@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "fleet/Documents.h"
 
+#include <algorithm>
 #include <chrono>
 #include <ctime>
 #include <nlohmann/json.hpp>
@@ -62,14 +63,6 @@ void ForEachField(Use use) {
              FieldsOf(static_cast<const Object*>(nullptr)));
 }
 
-template <class Value>
-Json ToJson(const Value& value) {
-  return value;
-}
-Json ToJson(const std::optional<std::string>& value) {
-  return value ? Json(*value) : Json(nullptr);
-}
-
 // A value of another type than its property has is left as it was.
 void Read(const Json& from, std::string& to) {
   if (from.is_string()) to = from.get<std::string>();
@@ -91,15 +84,50 @@ std::string Dump(const Json& json) {
   return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
+// Most texts are themselves in JSON. The others are left to the JSON library.
+void Append(std::string& out, std::string_view text) {
+  const bool isPlain = std::all_of(text.begin(), text.end(), [](char c) {
+    return c >= ' ' && c < '\x7f' && c != '"' && c != '\\';
+  });
+  if (!isPlain) {
+    out += Dump(text);
+    return;
+  }
+  out += '"';
+  out += text;
+  out += '"';
+}
+void Append(std::string& out, unsigned number) {
+  out += std::to_string(number);
+}
+void Append(std::string& out, const std::optional<std::string>& text) {
+  if (text) return Append(out, std::string_view(*text));
+  out += "null";
+}
+void Append(std::string& out, const std::vector<std::string>& list) {
+  out += '[';
+  for (const std::string& item : list) {
+    if (&item != &list.front()) out += ',';
+    Append(out, std::string_view(item));
+  }
+  out += ']';
+}
+void Append(std::string& out, const std::string& text) {
+  Append(out, std::string_view(text));
+}
+
 std::string Properties(const Object& object) {
-  Json properties = Json::object();
+  std::string properties = "{";
   std::visit(
       [&](const auto& copy) {
-        ForEachField<std::decay_t<decltype(copy)>>(
-            [&](const char* name, auto field) { properties[name] = ToJson(copy.*field); });
+        ForEachField<std::decay_t<decltype(copy)>>([&](const char* name, auto field) {
+          if (properties.size() > 1) properties += ',';
+          ((properties += '"') += name) += "\":";
+          Append(properties, copy.*field);
+        });
       },
       object);
-  return Dump(properties);
+  return properties += '}';
 }
 
 // Writing a document again takes stack for each level of it, so a hostile one is not even parsed.
@@ -166,8 +194,11 @@ Machine ReadMachine(const std::string& key, const Json& properties) {
 ObjectText::ObjectText(std::string_view site, const Object& object) {
   const std::string& key =
       std::visit([](const auto& copy) -> const std::string& { return copy.key; }, object);
-  head = "{\"schema\":" + std::to_string(kSchema) + ",\"site\":" + Dump(site) + ",\"class\":\"" +
-         NameOf(static_cast<Kind>(object.index())) + "\",\"key\":" + Dump(key) + ',';
+  head = "{\"schema\":" + std::to_string(kSchema) + ",\"site\":";
+  Append(head, site);
+  ((head += ",\"class\":\"") += NameOf(static_cast<Kind>(object.index()))) += "\",\"key\":";
+  Append(head, key);
+  head += ',';
   const std::string properties = Properties(object);
   constexpr std::size_t kRoom = 128;  // of epoch, time and names
   isTooLong = head.size() + properties.size() + kRoom > kLongestDocument;

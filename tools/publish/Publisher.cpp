@@ -143,15 +143,14 @@ void Publisher::ReadCluster() {
 
 void Publisher::MarkInventory() {
   const std::int64_t now = NowMilliseconds();
-  const auto mark = [&](const auto& object) {
-    const auto kind = static_cast<kecpp::Kind>(Object(object).index());
-    marks.Add(ObjectPart(kind, object.key), now);
+  const auto mark = [&](kecpp::Kind kind) {
+    return [&, kind](const auto& object) { marks.Add(ObjectPart(kind, object.key), now); };
   };
-  inventory.ForEach<kecpp::Host>(mark);
-  inventory.ForEach<kecpp::Machine>(mark);
-  inventory.ForEach<kecpp::Role>(mark);
-  inventory.ForEach<kecpp::Privilege>(mark);
-  inventory.ForEach<kecpp::Identity>(mark);
+  inventory.ForEach<kecpp::Host>(mark(kecpp::Kind::host));
+  inventory.ForEach<kecpp::Machine>(mark(kecpp::Kind::machine));
+  inventory.ForEach<kecpp::Role>(mark(kecpp::Kind::role));
+  inventory.ForEach<kecpp::Privilege>(mark(kecpp::Kind::privilege));
+  inventory.ForEach<kecpp::Identity>(mark(kecpp::Kind::identity));
 }
 
 // What the cluster has of the objects whose last write is in doubt.
