@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Subscriptions: what a listener is told is what happened, whatever the listener does and whoever
-// starts again, and what becomes of subscriptions.
+// Subscriptions: what a listener is told is what happened, whatever the listener does, also when a
+// program starts again, and what becomes of subscriptions.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>

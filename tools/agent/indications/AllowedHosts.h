@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The hosts that indications may be sent to. Whoever subscribes makes the agent send to an address:
+// The hosts that indications may be sent to. A subscription makes the agent send to an address:
 // without this list it could be made to reach any port of any machine in its network.
 //
 // Thread safety: constant.
