@@ -52,6 +52,7 @@ class FleetRun {
   // True when everything was right.
   bool Go(double seconds) {
     bool isRight = Rests("at the start");
+    KillMembers(1);  // also in the shortest run
     const auto end = Clock::now() + std::chrono::duration<double>(seconds);
     while (isRight && Clock::now() < end) {
       isRight = Trouble(std::chrono::duration<double>(end - Clock::now()).count());
@@ -87,7 +88,7 @@ class FleetRun {
   // One fault, the changes that go on meanwhile, and now and then a look at whether all agree.
   bool Trouble(double left) {
     const double lasts = std::min(left, 1 + double(random() % 3000) / 1000);
-    switch (random() % 8) {
+    switch (random() % 9) {
       case 0:
       case 1:
         KillMembers(lasts);
@@ -109,6 +110,10 @@ class FleetRun {
         break;
       case 6:
         if (!ReplacePublisher()) return false;
+        break;
+      case 7:
+        ++faults["daemon restarted"];
+        Any().Daemon().Control("restart", {{"pid", 1 + random() % 30000}});
         break;
       default:
         ++faults["session lost"];
