@@ -5,7 +5,7 @@
 
 BUILD_PACKAGES="g++ cmake ninja-build pkg-config libcurl4-openssl-dev libssl-dev libcli11-dev
   nlohmann-json3-dev libcpp-httplib-dev libpugixml-dev libcrypt-dev libgtest-dev libgmock-dev
-  sblim-wbemcli mandoc"
+  sblim-wbemcli mandoc curl"
 BROWSER_PACKAGES="chromium chromium-driver python3"
 CLIENT_PACKAGES="python3 python3-requests python3-ply python3-yaml python3-urllib3
   python3-jsonschema libxml2-utils meson mypy"

@@ -104,6 +104,14 @@ TEST_F(Publish, MakesTheClusterTrueAndKeepsWhatALostDaemonHad) {
   EXPECT_THAT(known(), HasSubstr("\"properties\""));
   EXPECT_TRUE(Get(*client, LivingOf("s")));
 
+  const std::string metrics = publisher->AwaitUrl();
+  ChildProcess curl({"/usr/bin/curl", "-s", metrics});
+  EXPECT_EQ(curl.Wait(), 0);
+  EXPECT_THAT(curl.Output(),
+              HasSubstr("\nkecpp_publish_objects " + std::to_string(objects) + "\n"));
+  ChildProcess page({"/usr/bin/curl", "-sf", "-H", "Host: page.example", metrics});
+  EXPECT_NE(page.Wait(), 0);
+
   simulator.SetMachine("vm-1", "name", "another");
   EXPECT_TRUE(Eventually([&] { return known().find("another") != std::string::npos; }));
   // A hand that writes where the publisher does is found when that writes next.

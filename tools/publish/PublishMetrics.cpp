@@ -25,9 +25,14 @@ class PublishMetrics::Server {
   Server(int wanted, const std::function<std::string()>& text) {
     server.new_task_queue = [] { return new httplib::ThreadPool(2); };
     server.set_payload_max_length(1024);
-    server.Get("/metrics", [text](const httplib::Request&, httplib::Response& response) {
-      response.set_content(text(), Exposition::CONTENT_TYPE);
-    });
+    server.Get("/metrics",
+               [this, text](const httplib::Request& request, httplib::Response& response) {
+                 if (!IsNamed(request.get_header_value("Host"))) {
+                   response.status = 403;
+                   return;
+                 }
+                 response.set_content(text(), Exposition::CONTENT_TYPE);
+               });
     constexpr const char* LOOPBACK = "127.0.0.1";
     port = wanted == 0 ? server.bind_to_any_port(LOOPBACK)
                        : (server.bind_to_port(LOOPBACK, wanted) ? wanted : -1);
@@ -45,6 +50,12 @@ class PublishMetrics::Server {
   int Port() const { return port; }
 
  private:
+  // A web page whose name leads to 127.0.0.1 sends that name: it gets nothing.
+  bool IsNamed(const std::string& host) const {
+    const std::string number = ':' + std::to_string(port);
+    return host == "127.0.0.1" + number || host == "localhost" + number;
+  }
+
   httplib::Server server;
   int port = -1;
   std::thread thread;
