@@ -13,9 +13,10 @@ namespace {
 using nlohmann::json;
 
 // gRPC's codes of refusals: what is refused so was not carried out. The others are of a member that
-// lost its leader or its patience, and nobody knows what became of the request.
+// lost its leader or its patience, and nobody knows what became of the request. "Database space
+// exceeded" (8) is no clear refusal either: the write that exceeds it is carried out.
 bool IsClear(int code) {
-  constexpr int kClear[] = {3, 5, 6, 7, 8, 9, 11, 12, 16};
+  constexpr int kClear[] = {3, 5, 6, 7, 9, 11, 12, 16};
   for (const int clear : kClear) {
     if (code == clear) return true;
   }
