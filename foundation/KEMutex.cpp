@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <ctime>
 
+#include "foundation/QuickLock.h"
+
 namespace KELib {
 
 namespace {
@@ -35,9 +37,6 @@ struct alignas(64) Place {
 constexpr std::size_t PLACES = 64;
 Place places[PLACES];
 
-// All of them. While there are none, which is nearly always, nobody looks at the places.
-std::atomic<unsigned int> crowd{0};
-
 Place& PlaceOf(const void* mutex) {
   const std::uintptr_t line = reinterpret_cast<std::uintptr_t>(mutex) / 16;
   return places[(line ^ line / PLACES) % PLACES];
@@ -62,12 +61,12 @@ class Counted {
  public:
   explicit Counted(std::atomic<unsigned int>& threads) : number(threads) {
     ++number;
-    ++crowd;
+    ++QuickLock::crowd;
   }
   Counted(const Counted&) = delete;
   Counted& operator=(const Counted&) = delete;
   ~Counted() {
-    --crowd;
+    --QuickLock::crowd;
     --number;
   }
 
@@ -106,6 +105,8 @@ bool IsToWake(Place& place) {
 
 }  // namespace
 
+std::atomic<unsigned int> QuickLock::crowd{0};
+
 KEMutex::KEMutex() {
   pthread_mutex_init(&mutex, nullptr);
 }
@@ -117,7 +118,7 @@ KEMutex::~KEMutex() {
 void KEMutex::Lock() {
   if (__libc_single_threaded) {
     pthread_mutex_lock(&mutex);  // costs less there than to try
-  } else if (crowd.load(std::memory_order_relaxed) != 0 || pthread_mutex_trylock(&mutex) != 0) {
+  } else if (!QuickLock::TryTake(*this)) {
     LockInTurn();
   }
   SetOwner();

@@ -41,6 +41,7 @@ class KECPP_CAPABILITY("mutex") KECPP_API KEMutex {
   // Their waits give the mutex up and take it back inside the system library.
   friend class KEConditionImpl;
   friend class KEQuietCondition;
+  friend class QuickLock;
 
   void LockInTurn();
   void AwaitAndTake();
