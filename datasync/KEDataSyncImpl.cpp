@@ -307,8 +307,7 @@ bool KEDataSyncImpl::RunThread() noexcept {
 
 void KEDataSyncImpl::UpdateSetToCache(UpdateInfo& ui, KELib::Xml::KEXmlReader& r) {
   ui.syncInfo = nullptr;
-  ManagedObjectReference unknown;
-  updateSets->Apply(r, unknown);
+  updateSets->Apply(r);
 }
 
 void KEDataSyncImpl::LockCaches(KE::Instance::KEMultiCacheLock& lock, UpdateInfo& ui) {

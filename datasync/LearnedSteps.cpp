@@ -16,6 +16,18 @@ void LearnedSteps::Begin(std::size_t end) {
   steps.clear();
   std::memset(places, kNone, sizeof places);
   tellingEnd = end;
+  expected = last = kNone;
+}
+
+// Takes a value by the step to which the telling characters lead, which is `expected` then. An end
+// tag is no step.
+bool LearnedSteps::Recognise(KELib::Xml::KEXmlCursor& cursor, KELib::Xml::XmlSlice& value) {
+  if (steps.empty() || cursor.Left() < tellingEnd || cursor.Position()[1] == '/') return false;
+  const unsigned char found = Find(Telling(cursor.Position()));
+  if (found == kNone || !TakeBehind(steps[found], cursor, value)) return false;
+  if (last != kNone) steps[last].following = found;
+  expected = found;
+  return true;
 }
 
 LearnedSteps::Step* LearnedSteps::Add(std::uint32_t telling) {
@@ -29,6 +41,7 @@ LearnedSteps::Step* LearnedSteps::Add(std::uint32_t telling) {
   while (places[i] != kNone) i = (i + 1) % kPlaces;
   places[i] = static_cast<unsigned char>(steps.size() - 1);
   steps.back().telling = telling;
+  steps.back().following = kNone;
   return &steps.back();
 }
 
@@ -44,7 +57,8 @@ void LearnedSteps::Learn(const char* begin, const KELib::Xml::XmlSlice& path,
     Begin(telling);
   }
   otherTelling = 0;
-  Step* step = Find(Telling(begin));
+  const unsigned char known = Find(Telling(begin));
+  Step* step = known != kNone ? &steps[known] : nullptr;
   if (step != nullptr && ++step->misses < kPatience) return;
   if (step == nullptr) step = Add(Telling(begin));
   if (step == nullptr) return;

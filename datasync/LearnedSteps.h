@@ -6,9 +6,10 @@
 // in it is looked up again.
 //
 // A step is the text from the end of a change set, or of an object's head, to the value in the next
-// change set, and the property that the value belongs to. A few characters of the property's path
-// lead to the step. Any other text is read as if nothing had been learned. It takes a step's place
-// when it has come twice since that step was met.
+// change set, and the property that the value belongs to. The step that followed the last time is
+// compared first; else a few characters of the property's path lead to the step. Any other text is
+// read as if nothing had been learned. It takes a step's place when it has come twice since that
+// step was met.
 //
 // Thread safety: of one thread at a time.
 // Memory: bounded, at most 25 KB.
@@ -32,14 +33,14 @@ class LearnedSteps {
   // move.
   bool Take(KELib::Xml::KEXmlCursor& cursor, const Property*& property,
             KELib::Xml::XmlSlice& value) {
-    if (steps.empty() || cursor.Left() < tellingEnd) return false;
-    Step* const step = Find(Telling(cursor.Position()));
-    if (step == nullptr ||
-        !cursor.TakeTextBehind(step->text, step->length, "</val>", "</changeSet>", value)) {
-      return false;
+    if (expected == kNone || !TakeBehind(steps[expected], cursor, value)) {
+      if (!Recognise(cursor, value)) return false;
     }
-    step->misses = 0;
-    property = step->property;
+    Step& step = steps[expected];
+    step.misses = 0;
+    property = step.property;
+    last = expected;
+    expected = step.following;
     return true;
   }
 
@@ -61,7 +62,8 @@ class LearnedSteps {
     const Property* property;
     std::uint32_t telling;  // made of the characters that lead here
     unsigned short length;
-    unsigned char misses;  // since it was met last
+    unsigned char misses;     // since it was met last
+    unsigned char following;  // the step that came next the last time, kNone when not known
     char text[kLongest];
   };
 
@@ -72,20 +74,27 @@ class LearnedSteps {
     return first * 2654435761U + second * 2246822519U;
   }
 
-  // The step to which these characters lead, null when there is none.
-  Step* Find(std::uint32_t telling) {
+  // The step to which these characters lead, kNone when there is none.
+  unsigned char Find(std::uint32_t telling) const {
     for (unsigned int i = telling / kFirstPlace;; i = (i + 1) % kPlaces) {
-      if (places[i] == kNone) return nullptr;
-      if (steps[places[i]].telling == telling) return &steps[places[i]];
+      if (places[i] == kNone || steps[places[i]].telling == telling) return places[i];
     }
   }
+
+  static bool TakeBehind(const Step& step, KELib::Xml::KEXmlCursor& cursor,
+                         KELib::Xml::XmlSlice& value) {
+    return cursor.TakeTextBehind(step.text, step.length, "</val>", "</val></changeSet>", value);
+  }
+  bool Recognise(KELib::Xml::KEXmlCursor& cursor, KELib::Xml::XmlSlice& value);
   void Begin(std::size_t end);
   Step* Add(std::uint32_t telling);
 
   std::vector<Step> steps;
-  unsigned char places[kPlaces];  // indexes of `steps`
-  std::size_t tellingEnd = 0;     // where the telling characters end in every step
-  unsigned int otherTelling = 0;  // texts in which they end elsewhere, since a step was learned
+  unsigned char last = kNone;      // that was taken
+  unsigned char expected = kNone;  // that followed it the last time
+  unsigned char places[kPlaces];   // indexes of `steps`
+  std::size_t tellingEnd = 0;      // where the telling characters end in every step
+  unsigned int otherTelling = 0;   // texts in which they end elsewhere, since a step was learned
 };
 
 }  // namespace KE::Service

@@ -29,6 +29,11 @@ class LearnedText {
   bool Learn(const char* begin, const KELib::Xml::XmlSlice& value) {
     const char* end = value.text;
     while (end[-1] != '>') --end;  // blanks in front of a value may differ
+    return Learn(begin, end);
+  }
+
+  // The same for a text from `begin` to `end`.
+  bool Learn(const char* begin, const char* end) {
     const auto size = static_cast<std::size_t>(end - begin);
     if (size > kLongest || (length > 0 && ++misses < 2)) return false;
     std::memcpy(text, begin, size);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "datasync/DataSyncConstants.h"
+#include "datasync/LearnedText.h"
 #include "foundation/StringUtil.h"
 #include "instance/ChangeHub.h"
 #include "instance/KEDataCache.h"
@@ -391,7 +392,16 @@ void ListValue::ApplyReferences() {
   target.BeginList(*references);
   if (!ui.valueType.Equals("ManagedObjectReference")) return;
   XmlSlice id;
-  while (cursor.TakeText("<ManagedObjectReference", "</ManagedObjectReference>", id)) {
+  LearnedText tag;
+  const auto take = [&](const char* text, std::size_t length) {
+    return cursor.TakeTextBehind(text, length, "</ManagedObjectReference>", id);
+  };
+  for (;;) {
+    const char* const begin = cursor.Position();
+    if (!tag.Recognise(take)) {
+      if (!cursor.TakeText("<ManagedObjectReference", "</ManagedObjectReference>", id)) return;
+      tag.Learn(begin, id);
+    }
     target.ApplyItem(*references, id);
   }
 }

@@ -8,9 +8,9 @@
 #ifndef KECPP_DATASYNC_OBJECTCACHES_H
 #define KECPP_DATASYNC_OBJECTCACHES_H
 
+#include "foundation/HeldMutexes.h"
 #include "foundation/KEString.h"
 #include "instance/ChangeHub.h"
-#include "instance/KECacheGuard.h"
 #include "instance/KETypeCache.h"
 #include "instance/ObjectKinds.h"
 #include "stub/base/KEStubBase.h"
@@ -22,14 +22,17 @@ namespace KE::Service {
 
 class ObjectCaches {
  public:
-  // Makes the stub of a new object; the caller owns it.
-  using MakeStub = KELib::Stub::KEStubBase* (*)(KE::Stub::ManagedObjectReference& object);
+  // Makes the stub of a new object, whose identifier has that length; the caller owns it.
+  using MakeStub = KELib::Stub::KEStubBase* (*)(KE::Stub::ManagedObjectReference& object,
+                                                unsigned int length);
 
   // `types` outlives the object.
   explicit ObjectCaches(KE::Instance::KETypeCache& types);
 
+  using HeldMutexes = KELib::HeldMutexes<KE::Instance::kObjectKindCount>;
+
   // Takes the mutexes of the data caches of the kind's lock group, as far as there are any.
-  void Lock(KE::Instance::KECacheGuard& guard, const KE::Instance::ObjectKind& kind);
+  void Lock(HeldMutexes& held, const KE::Instance::ObjectKind& kind);
 
   // The data cache of a kind; null while there is none.
   KE::Instance::KEDataCache* Of(KE::Instance::KindId kind) const {
@@ -38,16 +41,16 @@ class ObjectCaches {
 
   // The stub under that identifier; null when it is not cached, or of another class.
   template <typename Stub>
-  Stub* Find(KE::Instance::KindId kind, const KELib::Xml::XmlSlice& id) {
+  Stub* Find(KE::Instance::KindId kind, KELib::Xml::XmlSlice id) {
     return KELib::Stub::StubCast<Stub>(FindStub(kind, id));
   }
 
-  // The stub of `object`; when it is not cached, `make` makes the one that is filed. Throws
-  // SystemException "No Data Map found for type :..." when there is no data cache.
-  // `isNew` says which it was.
+  // The stub of `object`, whose identifier is `id` as well; when it is not cached, `make` makes the
+  // one that is filed. Throws SystemException "No Data Map found for type :..." when there is no
+  // data cache. `isNew` says which it was.
   KELib::Stub::KEStubBase& FindOrFile(KE::Instance::KindId kind,
-                                      KE::Stub::ManagedObjectReference& object, MakeStub make,
-                                      bool& isNew);
+                                      KE::Stub::ManagedObjectReference& object,
+                                      KELib::Xml::XmlSlice id, MakeStub make, bool& isNew);
 
   // Who learns of changes while somebody wants to; else null.
   KE::Instance::ChangeHub* Listener() const { return changes->IsOpen() ? changes : nullptr; }
@@ -56,15 +59,14 @@ class ObjectCaches {
   static constexpr std::size_t kCount = KE::Instance::kObjectKindCount;
 
   void LookUp();
-  KELib::Stub::KEStubBase* FindStub(KE::Instance::KindId kind, const KELib::Xml::XmlSlice& id);
+  KELib::Stub::KEStubBase* FindStub(KE::Instance::KindId kind, KELib::Xml::XmlSlice id);
 
   KE::Instance::KETypeCache& types;
   KE::Instance::ChangeHub* const changes;
   unsigned int generation;
   KELib::KEString names[kCount];
   KE::Instance::KEDataCache* caches[kCount];
-  KELib::KEString key;  // of the last search
-  unsigned int keyRoom = 0;
+  KELib::KEMutex* mutexes[kCount];  // of these caches
 };
 
 }  // namespace KE::Service

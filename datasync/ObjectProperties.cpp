@@ -21,9 +21,8 @@ using Host = KE::Stub::ZORBEL_ORXComputerSystem;
 using Machine = KE::Stub::ZORBEL_VMComputerSystem;
 
 template <typename Stub>
-KEStubBase* Make(ManagedObjectReference& object) {
+KEStubBase* Make(ManagedObjectReference& object, unsigned int length) {
   auto stub = std::make_unique<Stub>();
-  const unsigned int length = object.value.Length();
   stub->Name.AssignExact(object.value.Cstr(), length);
   stub->MoRef.type = object.type;
   stub->MoRef.value.AssignExact(object.value.Cstr(), length);
@@ -35,7 +34,7 @@ KEStubBase* Make(ManagedObjectReference& object) {
 void PowerState(KEStubBase& stub, const XmlSlice& value, ObjectCaches&) {
   auto& machine = static_cast<Machine&>(stub);
   value.CopyTo(machine.PowerState);
-  KE::Instance::ConvertVMPowerState(machine.PowerState, machine.OperationalStatus);
+  machine.OperationalStatus = KE::Instance::CodeOfPowerState({value.text, value.length});
 }
 
 bool PowerStateDiffers(const KEStubBase& stub, const XmlSlice& value) {
@@ -65,17 +64,13 @@ constexpr Property kMachineRows[] = {
 // --- hosts ---------------------------------------------------------------------------------------
 
 void OverallStatus(KEStubBase& stub, const XmlSlice& value, ObjectCaches&) {
-  KEString status;
-  value.CopyTo(status);
-  KE::Instance::ConvertHostOverallStatus(status, static_cast<Host&>(stub).OperationalStatus);
+  static_cast<Host&>(stub).OperationalStatus =
+      KE::Instance::CodeOfOverallStatus({value.text, value.length});
 }
 
 bool OverallStatusDiffers(const KEStubBase& stub, const XmlSlice& value) {
-  KEString status;
-  value.CopyTo(status);
-  unsigned short code = 0;
-  KE::Instance::ConvertHostOverallStatus(status, code);
-  return code != static_cast<const Host&>(stub).OperationalStatus;
+  return KE::Instance::CodeOfOverallStatus({value.text, value.length}) !=
+         static_cast<const Host&>(stub).OperationalStatus;
 }
 
 // A machine that is not cached is passed over.

@@ -26,14 +26,17 @@ bool IsRemoval(const XmlSlice& op) {
 
 ObjectTarget::ObjectTarget(UpdateInfo& update, KE::Instance::KETypeCache& cache,
                            ObjectCaches& objects)
-    : ObjectTarget(update, KE::Instance::KindOf(update.obj.type), cache, objects) {}
+    : ObjectTarget(update, KE::Instance::KindOf(update.obj.type),
+                   {update.obj.value.Cstr(), update.obj.value.Length()}, cache, objects) {}
 
 ObjectTarget::ObjectTarget(UpdateInfo& update, const KE::Instance::ObjectKind& objectKind,
-                           KE::Instance::KETypeCache& cache, ObjectCaches& objects)
+                           const XmlSlice& identifier, KE::Instance::KETypeCache& cache,
+                           ObjectCaches& objects)
     : ui(update),
       types(cache),
       caches(objects),
       kind(objectKind),
+      id(identifier),
       properties(PropertiesOf(kind.id)) {}
 
 void ObjectTarget::Apply(const XmlSlice& property, const XmlSlice& op, const XmlSlice& value) {
@@ -56,7 +59,7 @@ bool ObjectTarget::IsPlain(const XmlSlice& property, const XmlSlice& op,
 // looks at the object afterwards.
 void ObjectTarget::FindStub() {
   bool isNew = false;
-  stub = &caches.FindOrFile(kind.id, ui.obj, properties->make, isNew);
+  stub = &caches.FindOrFile(kind.id, ui.obj, id, properties->make, isNew);
   if (isNew) return;  // the feeds know
   feeds = caches.Listener();
   if (feeds != nullptr) feeds->Expect(*stub);

@@ -20,8 +20,9 @@ namespace KE::Service {
 
 class ObjectTarget {
  public:
-  // Is the target of `ui.obj`, which is of that kind, from now on. Nothing is looked up yet.
-  ObjectTarget(UpdateInfo& ui, const KE::Instance::ObjectKind& kind,
+  // Is the target of `ui.obj`, which is of that kind, from now on. Nothing is looked up yet. `id`
+  // is the object's identifier as well; the text that it points to outlives the target.
+  ObjectTarget(UpdateInfo& ui, const KE::Instance::ObjectKind& kind, const KELib::Xml::XmlSlice& id,
                KE::Instance::KETypeCache& types, ObjectCaches& caches);
   ObjectTarget(UpdateInfo& ui, KE::Instance::KETypeCache& types, ObjectCaches& caches);
   // The feeds learn that the object has changed.
@@ -74,6 +75,7 @@ class ObjectTarget {
   KE::Instance::KETypeCache& types;
   ObjectCaches& caches;
   const KE::Instance::ObjectKind& kind;
+  const KELib::Xml::XmlSlice id;
   const ObjectProperties* const properties;  // null for kinds whose objects are no stubs
   KELib::Stub::KEStubBase* stub = nullptr;   // null until it is needed
   KE::Instance::ChangeHub* feeds = nullptr;  // who has to learn of a change; null: nobody

@@ -320,7 +320,7 @@ SyncLoop::Outcome SyncLoop::Apply(KELib::Xml::KEXmlReader& answer) {
   ReadVersion(answer);
   KE::Stub::ManagedObjectReference unknown;
   try {
-    updateSets.Apply(answer, unknown);
+    updateSets.Apply(answer, &unknown);
   } catch (...) {
     AskForEverythingLater();
     throw;

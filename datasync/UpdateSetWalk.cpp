@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "datasync/UpdateSetWalk.h"
 
+#include <optional>
+
 #include "datasync/DataSyncConstants.h"
 #include "datasync/ListValue.h"
 #include "datasync/ObjectTarget.h"
@@ -11,7 +13,6 @@ namespace KE::Service {
 
 namespace {
 
-using KELib::KEMutexGuard;
 using KELib::Xml::XmlSlice;
 
 void ClearReference(KE::Stub::ManagedObjectReference& ref) {
@@ -62,14 +63,14 @@ class UpdateSetWalk::ObjectLock {
     walk.tableServed = true;
     UpdateInfo& info = walk.ui;
     if (info.syncInfo == nullptr) return;
-    target.emplace(info, *walk.objectKind, walk.types, walk.room.objects);
+    target.emplace(info, *walk.objectKind, walk.objectId, walk.types, walk.room.objects);
     walk.room.objects.Lock(walk.room.caches, target->Kind());
   }
 
   void RetakeTable() KECPP_NO_THREAD_SAFETY_ANALYSIS {
-    walk.table.reset();
-    walk.table.emplace(walk.watches.GetMutex());
-    walk.ui.syncInfo = walk.watches.FindFilterNoLock(walk.ui.filter);
+    walk.table.Unlock();
+    walk.table.Lock(*walk.watches.GetMutex());
+    walk.FindFilter();
   }
 
   UpdateSetWalk& walk;
@@ -101,7 +102,7 @@ bool UpdateSetWalk::EnterFilterSet() {
   XmlSlice name, version;
   const char* const begin = cursor.Position();
   const auto take = [&](const char* text, std::size_t length) {
-    return cursor.TakeTextBehind(text, length, "</version>", "<filterSet>", version);
+    return cursor.TakeTextBehind(text, length, "</version>", "</version><filterSet>", version);
   };
   if (room.begin.Recognise(take)) return true;
   for (;;) {
@@ -130,10 +131,17 @@ bool UpdateSetWalk::EnterFilterSet() {
 bool UpdateSetWalk::ApplyFilterSet() {
   XmlSlice name, type, id;
   bool begun = false, closed = false;
-  if (cursor.TakeText("<filter type=\"", "</filter>", type, id)) {
+  const char* const begin = cursor.Position();
+  if (PassKnownFilter()) {
     begun = true;
-    if (!BeginFilter(type, id)) return false;
+  } else if (cursor.TakeText("<filter type=\"", "</filter>", type, id)) {
+    begun = true;
+    SetFilter(type, id);
+    if (room.filter.Learn(begin, cursor.Position())) {
+      room.filterParts = {room.filter.Part(begin, type), room.filter.Part(begin, id), true};
+    }
   }
+  if (begun && !BeginFilter()) return false;
   while (!closed) {
     if (begun && cursor.PassTag("<objectSet>")) {
       ApplyObjectSet();
@@ -145,7 +153,8 @@ bool UpdateSetWalk::ApplyFilterSet() {
       type = ReadType();
       id = cursor.Text(name, room.valueText);
       begun = true;
-      if (!BeginFilter(type, id)) return false;
+      SetFilter(type, id);
+      if (!BeginFilter()) return false;
     } else if (!begun) {
       cursor.SkipElement(name);
     } else if (name.Is("objectSet")) {
@@ -161,13 +170,37 @@ bool UpdateSetWalk::ApplyFilterSet() {
   return true;
 }
 
-// Outside the analysis, as all that concerns the table mutex here: the guard outlives the call.
-bool UpdateSetWalk::BeginFilter(const XmlSlice& type,
-                                const XmlSlice& id) KECPP_NO_THREAD_SAFETY_ANALYSIS {
+// Passes the filter's element when it is that of the set before.
+bool UpdateSetWalk::PassKnownFilter() {
+  FilterHead& known = room.filterParts;
+  const auto pass = [&](const char* text, std::size_t length) {
+    return cursor.PassText(text, length);
+  };
+  if (!room.filter.Recognise(pass)) return false;
+  if (!known.isCurrent) SetFilter(known.type, known.id);
+  known.isCurrent = true;
+  return true;
+}
+
+void UpdateSetWalk::SetFilter(const XmlSlice& type, const XmlSlice& id) {
+  room.filterParts.isCurrent = false;
+  room.current.generation = 0;
   room.filterType.Set(type);
   room.filterId.Set(id);
-  if (!table) table.emplace(watches.GetMutex());
-  ui.syncInfo = watches.FindFilterNoLock(ui.filter);
+}
+
+// Outside the analysis, as all that concerns the table mutex here: the guard outlives the call.
+void UpdateSetWalk::FindFilter() KECPP_NO_THREAD_SAFETY_ANALYSIS {
+  CurrentFilter& current = room.current;
+  if (current.generation != watches.FilterGenerationNoLock()) {
+    current = {watches.FindFilterNoLock(ui.filter), watches.FilterGenerationNoLock()};
+  }
+  ui.syncInfo = current.info;
+}
+
+bool UpdateSetWalk::BeginFilter() KECPP_NO_THREAD_SAFETY_ANALYSIS {
+  table.Lock(*watches.GetMutex());
+  FindFilter();
   if (ui.syncInfo == nullptr) {
     LogSkipped(ui.filter);
     return false;
@@ -182,7 +215,6 @@ void UpdateSetWalk::EndFilter() KECPP_NO_THREAD_SAFETY_ANALYSIS {
   DataSyncInfo* info = ui.syncInfo;
   if (info != nullptr) watches.ReleaseFilledNoLock(*info);
   ui.syncInfo = nullptr;
-  ClearReference(ui.filter);
 }
 
 // The cursor is in the object set's content.
@@ -192,12 +224,12 @@ void UpdateSetWalk::ApplyObjectSet() {
   XmlSlice name;
   bool closed = false;
   while (!closed) {
+    ApplyLearned(lock);
     const char* const begin = cursor.Position();
-    if (ApplyLearned(lock)) continue;
-    if (cursor.PassTag("<changeSet>")) {
-      ApplyChangeSet(lock, begin);
-    } else if (cursor.PassTag("</objectSet>")) {
+    if (cursor.PassTag("</objectSet>")) {
       closed = true;
+    } else if (cursor.PassTag("<changeSet>")) {
+      ApplyChangeSet(lock, begin);
     } else if (!cursor.NextChild(name)) {
       break;
     } else if (name.Is("kind")) {
@@ -223,14 +255,15 @@ bool UpdateSetWalk::TakePropertyAndOp(XmlSlice& property, XmlSlice& op) {
          (cursor.PassTag("<op>assign</op>") || cursor.TakeText("<op", "</op>", op));
 }
 
-// Applies the change set at the cursor when it looks like one of the object before.
-bool UpdateSetWalk::ApplyLearned(ObjectLock& lock) {
-  if (leaves || !lock.Fits(*objectKind)) return false;
+// Applies the change sets at the cursor that look like those of the object before.
+void UpdateSetWalk::ApplyLearned(ObjectLock& lock) {
+  if (leaves || !lock.Fits(*objectKind)) return;
   const Property* property = nullptr;
   XmlSlice value;
-  if (!room.learned[objectKind->Index()].Take(cursor, property, value)) return false;
-  if (lock.Take()) lock.Target().Put(property, value);
-  return true;
+  LearnedSteps& steps = room.learned[objectKind->Index()];
+  while (steps.Take(cursor, property, value)) {
+    if (lock.Take()) lock.Target().Put(property, value);
+  }
 }
 
 // The cursor is in the content of the change set, whose step began at `begin`.
@@ -304,6 +337,7 @@ void UpdateSetWalk::TakeHead() {
     leaves = known.leaves;
     room.objectType.Set(known.type);
     room.objectId.Set(id);
+    objectId = id;
     objectKind = known.objectKind;
     return;
   }
@@ -319,11 +353,13 @@ void UpdateSetWalk::TakeHead() {
 void UpdateSetWalk::SetObject(const XmlSlice& type, const XmlSlice& id) {
   room.objectType.Set(type);
   room.objectId.Set(id);
+  objectId = id;
   objectKind = &KE::Instance::KindOf(std::string_view(type.text, type.length));
 }
 
 void UpdateSetWalk::ClearObject() {
   ClearReference(ui.obj);
+  objectId = {};
   objectKind = &KE::Instance::kAnyOther;
 }
 
@@ -334,6 +370,7 @@ void UpdateSetWalk::SetKind(const XmlSlice& kind) {
 void UpdateSetWalk::ReadObject(const XmlSlice& name) {
   const XmlSlice type = ReadType();
   SetObject(type, cursor.Text(name, room.valueText));
+  objectId.text = ui.obj.value.Cstr();  // the other text may be in the room that values get
 }
 
 // The type is in the first attribute that is not the schema type.

@@ -13,11 +13,9 @@
 #ifndef KECPP_DATASYNC_UPDATESETWALK_H
 #define KECPP_DATASYNC_UPDATESETWALK_H
 
-#include <optional>
-
 #include "datasync/UpdateInfo.h"
 #include "datasync/WalkRoom.h"
-#include "foundation/KEMutexGuard.h"
+#include "foundation/HeldMutexes.h"
 #include "xml/KEXmlCursor.h"
 
 namespace KE::Service {
@@ -44,7 +42,10 @@ class UpdateSetWalk {
 
   bool EnterFilterSet();
   bool ApplyFilterSet();
-  bool BeginFilter(const KELib::Xml::XmlSlice& type, const KELib::Xml::XmlSlice& id);
+  bool PassKnownFilter();
+  void SetFilter(const KELib::Xml::XmlSlice& type, const KELib::Xml::XmlSlice& id);
+  bool BeginFilter();
+  void FindFilter();
   void EndFilter();
   void ApplyObjectSet();
   void TakeHead();
@@ -52,7 +53,7 @@ class UpdateSetWalk {
   void ClearObject();
   void SetObject(const KELib::Xml::XmlSlice& type, const KELib::Xml::XmlSlice& id);
   void ReadObject(const KELib::Xml::XmlSlice& name);
-  bool ApplyLearned(ObjectLock& lock);
+  void ApplyLearned(ObjectLock& lock);
   void ApplyChangeSet(ObjectLock& lock, const char* begin);
   bool TakePropertyAndOp(KELib::Xml::XmlSlice& property, KELib::Xml::XmlSlice& op);
   void ApplyValue(ObjectLock& lock, const KELib::Xml::XmlSlice& val,
@@ -67,9 +68,10 @@ class UpdateSetWalk {
   KELib::Xml::KEXmlCursor& cursor;
   WalkRoom& room;
   UpdateInfo& ui;                              // the room's
-  std::optional<KELib::KEMutexGuard> table;    // has a value while the filter-table mutex is held
+  KELib::HeldMutexes<1> table;                 // the filter-table mutex
   bool tableServed = false;                    // an object was applied since it was taken
   const KE::Instance::ObjectKind* objectKind;  // of `ui.obj`; set with it
+  KELib::Xml::XmlSlice objectId;               // likewise
   bool leaves = false;                         // the object set's kind is "leave"
 };
 

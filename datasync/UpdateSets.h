@@ -27,10 +27,10 @@ class UpdateSets {
   UpdateSets& operator=(const UpdateSets&) = delete;
 
   // Applies the set that begins at `r`, and releases the waiters of those watches whose
-  // data it brought. `unknown` stays empty, or names the filter that nobody watches and behind
-  // which nothing was applied. Throws what the reader and the caches throw; what was applied before
-  // stays.
-  void Apply(KELib::Xml::KEXmlReader& r, KE::Stub::ManagedObjectReference& unknown);
+  // data it brought. `unknown`, unless it is null, stays empty or names the filter that nobody
+  // watches and behind which nothing was applied. Throws what the reader and the caches throw; what
+  // was applied before stays.
+  void Apply(KELib::Xml::KEXmlReader& r, KE::Stub::ManagedObjectReference* unknown = nullptr);
 
  private:
   Watches& watches;

@@ -17,7 +17,6 @@
 #include "datasync/UpdateInfo.h"
 #include "foundation/KEString.h"
 #include "foundation/KEStringBuffer.h"
-#include "instance/KECacheGuard.h"
 #include "instance/ObjectKinds.h"
 #include "xml/KEXmlCursor.h"
 
@@ -42,11 +41,22 @@ struct ObjectHead {
   bool leaves = false;
 };
 
+// What was looked up of the filter that the room's update names.
+struct CurrentFilter {
+  DataSyncInfo* info = nullptr;
+  unsigned long long generation = 0;  // of the filters, when it was looked up; 0: never
+};
+
+// What a filter set begins with.
+struct FilterHead {
+  KELib::Xml::XmlSlice type, id;
+  bool isCurrent = false;  // the room's update names this filter
+};
+
 struct WalkRoom {
   explicit WalkRoom(KE::Instance::KETypeCache& types)
       : update(Val, nullptr),
         objects(types),
-        caches(&types),
         objectType(update.obj.type),
         objectId(update.obj.value),
         filterType(update.filter.type),
@@ -57,11 +67,14 @@ struct WalkRoom {
   UpdateInfo update;
   std::atomic<bool> taken{false};  // by a RoomLoan
   ObjectCaches objects;
-  KE::Instance::KECacheGuard caches;  // holds something within an object set only
+  ObjectCaches::HeldMutexes caches;  // holds something within an object set only
   ReusedText objectType, objectId, filterType, filterId;
   KELib::Xml::KnownTagRests tags;
   LearnedSteps learned[KE::Instance::kObjectKindCount];
-  LearnedText begin;     // of a result, up to its version
+  LearnedText begin;   // of a result, up to its version
+  LearnedText filter;  // the element that names a filter
+  FilterHead filterParts;
+  CurrentFilter current;
   LearnedText head;      // of an object set, up to the object's identifier
   ObjectHead headParts;  // what is in it
   // For texts that comments or sections split.

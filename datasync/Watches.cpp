@@ -98,6 +98,7 @@ void Watches::Abandon(ManagedObjectReference* filter, ManagedObjectReference* me
 
 void Watches::ForgetNoLock() {
   ReleaseAllNoLock();
+  ++generation;
   filters.Clear();
   methodInfos.Clear();
   roles.Clear();
@@ -157,6 +158,7 @@ ManagedObjectReference* Watches::RecordFilterNoLock(
   CreateCaches(list, info->cacheTypes);
   info->classes = StaleObjects::ClassesOf(list);
 
+  ++generation;
   ManagedObjectReference* key = reference.get();
   DataSyncInfo* older = FindFilterNoLock(*key);
   const StaleObjects::Classes before = older != nullptr ? older->classes : 0;
@@ -232,6 +234,7 @@ void Watches::RemoveFilterNoLock(ManagedObjectReference& filter) {
   const std::unique_ptr<ManagedObjectReference> reference = std::move(info->reference);
   ManagedObjectReference* key = reference.get();
   const StaleObjects::Classes classes = info->classes;
+  ++generation;
   filters.Remove(key);
   stale.FilterWent(classes, ClassesNoLock());
 }

@@ -81,6 +81,10 @@ class Watches {
   // The record of a filter; null when it is not watched (any more).
   DataSyncInfo* FindFilterNoLock(KE::Stub::ManagedObjectReference& filter) KECPP_REQUIRES(mutex);
 
+  // Another number whenever a record has come or gone: until then what was found is still right.
+  // Never 0.
+  unsigned long long FilterGenerationNoLock() const KECPP_REQUIRES(mutex) { return generation; }
+
   // The record that the calling thread made and to which `reference` belongs; null when it has
   // gone. `reference` may be freed.
   DataSyncInfo* FindOwnFilterNoLock(const KE::Stub::ManagedObjectReference* reference)
@@ -163,6 +167,7 @@ class Watches {
 
   KELib::KEMutex& mutex;
   Filters& filters KECPP_GUARDED_BY(mutex);
+  unsigned long long generation KECPP_GUARDED_BY(mutex) = 1;
   MethodInfos& methodInfos KECPP_GUARDED_BY(mutex);
   KE::Instance::KETypeCache& types;  // own locks
   SyncState& state;                  // own lock

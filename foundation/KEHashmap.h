@@ -129,14 +129,7 @@ class KECPP_API KEHashmap {
   }
   bool Contains(K& key) { return Get(key) != nullptr; }
 
-  // For a caller that files what it does not find: the first entry under `key`, also one whose
-  // value is null, and in `hash` what InsertAbsent wants to know. O(1) on average.
-  Entry* Find(K& key, unsigned int& hash) {
-    hash = HashOf(key);
-    return FindFrom(buckets[hash % bucketCount], key);
-  }
-
-  // As Insert for a key that Find has just not found.
+  // As Insert for a key that is known to be absent, and its hash.
   void InsertAbsent(K& key, unsigned int hash, const V& value);
 
   // The first entry under `key` in the chain of `bucket`, also one whose value is null, with

@@ -2,6 +2,7 @@
 #include "instance/CacheConversion.h"
 
 #include <memory>
+#include <string_view>
 
 #include "instance/HostLinks.h"
 #include "instance/KETypeCache.h"
@@ -21,14 +22,20 @@ using KE::Stub::ZORBEL_VMComputerSystem;
 using KELib::KEString;
 
 struct StatusCode {
-  const char* text;
+  std::string_view text;
   unsigned short code;
 };
 
+// Whether a text is that one, up to a NUL.
+bool IsText(std::string_view text, std::string_view other) {
+  const std::size_t length = other.size();
+  return text.substr(0, length) == other && (text.size() == length || text[length] == '\0');
+}
+
 template <std::size_t N>
-unsigned short CodeOf(const KEString& text, const StatusCode (&table)[N]) {
+unsigned short CodeOf(std::string_view text, const StatusCode (&table)[N]) {
   for (const StatusCode& entry : table) {
-    if (text.Equals(entry.text)) return entry.code;
+    if (IsText(text, entry.text)) return entry.code;
   }
   return 0;
 }
@@ -65,14 +72,22 @@ void ConvertManagedObjectReference(const char* elementName, KELib::Xml::KEXmlRea
   if (ref == nullptr) ref = made.release();
 }
 
+unsigned short CodeOfPowerState(std::string_view state) {
+  static constexpr StatusCode kStates[] = {{"poweredOff", 10}, {"poweredOn", 2}, {"suspended", 15}};
+  return CodeOf(state, kStates);
+}
+
+unsigned short CodeOfOverallStatus(std::string_view status) {
+  static constexpr StatusCode kStatuses[] = {{"gray", 0}, {"green", 2}, {"red", 6}, {"yellow", 3}};
+  return CodeOf(status, kStatuses);
+}
+
 void ConvertVMPowerState(KEString& state, unsigned short& code) {
-  static const StatusCode kStates[] = {{"poweredOff", 10}, {"poweredOn", 2}, {"suspended", 15}};
-  code = CodeOf(state, kStates);
+  code = CodeOfPowerState(state.Cstr());
 }
 
 void ConvertHostOverallStatus(KEString& status, unsigned short& code) {
-  static const StatusCode kStatuses[] = {{"gray", 0}, {"green", 2}, {"red", 6}, {"yellow", 3}};
-  code = CodeOf(status, kStatuses);
+  code = CodeOfOverallStatus(status.Cstr());
 }
 
 void ChangeVMsHostRef(ZORBEL_VMComputerSystem* vm, KEString&, KEString& hostId,

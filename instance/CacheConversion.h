@@ -7,6 +7,8 @@
 #ifndef KECPP_INSTANCE_CACHECONVERSION_H
 #define KECPP_INSTANCE_CACHECONVERSION_H
 
+#include <string_view>
+
 #include "foundation/KEExport.h"
 #include "foundation/KEString.h"
 
@@ -36,6 +38,10 @@ KECPP_API void ConvertVMPowerState(KELib::KEString& state, unsigned short& code)
 
 // The CIM operational status of a host: "gray" 0, "green" 2, "red" 6, "yellow" 3, anything else 0.
 KECPP_API void ConvertHostOverallStatus(KELib::KEString& status, unsigned short& code);
+
+// The same of a piece of a document.
+unsigned short CodeOfPowerState(std::string_view state);
+unsigned short CodeOfOverallStatus(std::string_view status);
 
 // The machine was reported to run on the host `hostId`: makes or moves its link. A host that is not
 // cached changes nothing. `hostType` is not used. Throws IndexOutOfBoundsException, before anything

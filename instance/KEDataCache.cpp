@@ -9,6 +9,18 @@ namespace KE::Instance {
 using KELib::KEString;
 using KELib::Stub::KEStubBase;
 
+namespace {
+
+// Both are short: a call would take longer to begin.
+bool IsText(const char* key, const char* text, unsigned int length) {
+  for (unsigned int i = 0; i < length; ++i) {
+    if (key[i] != text[i] || key[i] == '\0') return false;
+  }
+  return key[length] == '\0';
+}
+
+}  // namespace
+
 // The mutex, and who learns of changes; these are guarded by it.
 class alignas(64) KEDataCache::State : public KELib::KEMutex {
  public:
@@ -59,9 +71,13 @@ void KEDataCache::SetVal(KEString& key, KEStubBase* stub) {
   }
 }
 
-KEStubBase* KEDataCache::Find(KEString& key, KeyPlace& place) {
+// The text may be a piece of a document, or a copy that was just made: strlen would have to wait
+// until all of that is written.
+KEStubBase* KEDataCache::Find(const char* text, unsigned int length, KeyPlace& place) {
   HeldByCaller();
-  const auto* const entry = map.Find(key, place.hash);
+  place.hash = KELib::HashText(text, length);
+  const auto* entry = map.Chain(place.hash % map.BucketCount());
+  while (entry != nullptr && !IsText(entry->key.Cstr(), text, length)) entry = entry->next;
   place.isFree = entry == nullptr;
   return entry != nullptr ? entry->value : nullptr;
 }

@@ -72,8 +72,9 @@ class KECPP_API KEDataCache : public KECache {
     bool isFree = false;  // no entry has the key
   };
 
-  // The stub filed under `key`, or null. The caller holds the mutex. O(1) on average.
-  KELib::Stub::KEStubBase* Find(KELib::KEString& key, KeyPlace& place);
+  // The stub filed under a text of that length, or null. The caller holds the mutex. O(1) on
+  // average.
+  KELib::Stub::KEStubBase* Find(const char* text, unsigned int length, KeyPlace& place);
 
   // As SetVal, for a key whose place Find has just given: nothing is looked up a second time.
   void SetValAt(const KeyPlace& place, KELib::KEString& key, KELib::Stub::KEStubBase* stub);

@@ -165,25 +165,46 @@ class KECPP_API KEXmlCursor {
     return true;
   }
 
+  // Passes a text that is at the cursor, outside of tags.
+  bool PassText(const char* text, std::size_t length) {
+    if (Left() < length || !SameMarkup(at, text, length)) return false;
+    at += length;
+    return true;
+  }
+
   // Takes the text behind `before`, which is at the cursor and ends with a start tag, and passes it
   // and the element's end tag.
   template <std::size_t N>
   bool TakeTextBehind(const char* before, std::size_t length, const char (&close)[N],
                       XmlSlice& text) {
-    return Left() >= length && std::memcmp(at, before, length) == 0 &&
+    return Left() >= length && SameMarkup(at, before, length) &&
            TakeContent(at + length, close, text);
   }
 
-  // The same with the tag that follows the element's end tag, such as "</changeSet>" behind
-  // "</val>".
+  // The same with the tag that follows the element's end tag: `both` is the two, such as
+  // "</val></changeSet>".
   template <std::size_t N, std::size_t M>
   bool TakeTextBehind(const char* before, std::size_t length, const char (&close)[N],
-                      const char (&following)[M], XmlSlice& text) {
-    const char* const start = at;
-    if (!TakeTextBehind(before, length, close, text)) return false;
-    if (PassTag(following)) return true;
-    at = start;
-    return false;
+                      const char (&both)[M], XmlSlice& text) {
+    if (Left() < length || !SameMarkup(at, before, length)) return false;
+    const char* const from = SkipBlanks(at + length);
+    const char* const stop = FindNear('<', from, end);
+    if (stop == nullptr) return false;
+    const char* behind = stop + M - 1;
+    if (!StandsAt(stop, both)) {
+      constexpr std::size_t kFollowing = M - N;
+      if (!StandsAt(stop, close)) return false;
+      const char* const tag = SkipBlanks(stop + N - 1);
+      if (static_cast<std::size_t>(end - tag) < kFollowing ||
+          !SameText(tag, both + N - 1, kFollowing)) {
+        return false;
+      }
+      behind = tag + kFollowing;
+    }
+    text = {from, static_cast<unsigned int>(stop - from)};
+    at = behind;
+    inTag = false;
+    return true;
   }
 
   // Moves past an enclosing element's end tag when the cursor is on one; `name` is its name.
@@ -229,7 +250,7 @@ class KECPP_API KEXmlCursor {
   template <std::size_t M>
   bool TakeContent(const char* from, const char (&close)[M], XmlSlice& text) {
     from = SkipBlanks(from);
-    const char* const stop = Find('<', from);
+    const char* const stop = FindNear('<', from, end);
     if (stop == nullptr || !StandsAt(stop, close)) return false;
     text = {from, static_cast<unsigned int>(stop - from)};
     at = stop + M - 1;
