@@ -171,7 +171,7 @@ class RandomChanges : public Indications, public testing::WithParamInterface<con
 };
 
 TEST_P(RandomChanges, AreToldAsTheyAreThoughListenerDaemonAndAgentStartAgain) {
-  Simulator simulator({"--machines", GetParam(), "--hosts", "5"});
+  Simulator simulator({"--machines", GetParam(), "--hosts", "12"});
   auto agent = Start(simulator);
   auto listener = std::make_unique<Listener>();
   const int port = listener->Port();

@@ -194,7 +194,7 @@ void EventSource::TakeLinks(const ClassRow& linkClass, const kecpp::Change& chan
       (now ? known.Replace(change.key, *now) : known.Remove(change.key)).value_or("");
   const std::string& named = now ? *now : former;
   const auto own = std::string_view(named).substr(0, named.find('\0'));
-  const auto partners = Sorted(now ? *now : "");
+  const auto partners = Sorted(now ? std::string_view(*now) : std::string_view());
   const auto formerPartners = Sorted(former);
   TellLinks(linkClass, EventType::Deletion, own, Without(formerPartners, partners));
   TellLinks(linkClass, EventType::Creation, own, Without(partners, formerPartners));
