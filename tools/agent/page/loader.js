@@ -4,7 +4,6 @@
 // loaded afterwards, and only the last wish. A failure that may pass is tried again by itself.
 import {pauseAfter} from './api.js';
 
-const SHORTEST_REST_MS = 250;
 
 export class Loader {
   #timer = 0;
@@ -18,9 +17,10 @@ export class Loader {
   #failures = 0;
 
   // `work(wish)` gives a promise. `done(result, wish)` or `failed(problem, wish)` gets its outcome;
-  // a problem is a Problem. `share`: what is loaded soon takes one part in so many of the time.
-  constructor({work, done, failed, share = 20}) {
-    Object.assign(this, {work, done, failed, share});
+  // a problem is a Problem. What is loaded soon takes one part in `share` of the time, with at least
+  // `rest` milliseconds in between.
+  constructor({work, done, failed, share = 20, rest = 250}) {
+    Object.assign(this, {work, done, failed, share, rest});
   }
 
   // Loads now, or as soon as the request that is out has come back.
@@ -66,7 +66,7 @@ export class Loader {
     const end = performance.now();
     this.#isOut = false;
     if (this.#isClosed) return;
-    this.#restsUntil = end + Math.max(SHORTEST_REST_MS, this.share * (end - begin));
+    this.#restsUntil = end + Math.max(this.rest, this.share * (end - begin));
     if (outcome.problem) this.#fail(outcome.problem, wish);
     else this.#succeed(outcome.result, wish);
   }

@@ -6,8 +6,9 @@ import {get, objectPath} from './api.js';
 import {Loader} from './loader.js';
 import {KINDS} from './words.js';
 
-const BLOCK = 100;
-const MOST_BLOCKS = 40;
+const BLOCK = 50;
+const MOST_BLOCKS = 80;
+const REST_MS = 2000;    // between fetches of rows that may have moved
 const MOST_SINGLE = 8;  // changed rows that are fetched one by one
 
 // The fields that a search for a text looks at.
@@ -33,6 +34,7 @@ export class Rows {
       work: number => this.#fetchBlock(number),
       done: answer => answer && this.#takeBlock(answer),
       failed: problem => changed(problem, false),
+      rest: REST_MS,
     });
     this.#rowLoader = new Loader({
       work: () => this.#fetchRows(),

@@ -10,6 +10,7 @@ import {address} from './route.js';
 import {count, number, STATUSES, STATUS_WORDS} from './words.js';
 
 const PAGE = 1000;
+const REST_MS = 5000;    // between fetches of all
 const MOST = 4000;      // tiles; the list has the others
 const MOST_LARGE = 24;   // in a group: with numbers
 const MOST_NAMED = 120;  // with names, else small ones
@@ -22,6 +23,15 @@ function sharedDomain(hosts) {
   const isShared = hosts.length > 1 && /[a-z]/i.test(domain) &&
       hosts.every(({name}) => name.endsWith(domain) && name.length > domain.length);
   return isShared ? domain : '';
+}
+
+// Those of the objects that are still there.
+async function fetchObjects(path, keys) {
+  const fetchOne = key => get(objectPath(path, key)).catch(problem => {
+    if (problem.status === 404) return null;
+    throw problem;
+  });
+  return (await Promise.all(keys.map(fetchOne))).filter(Boolean);
 }
 
 class Group {
@@ -59,8 +69,9 @@ class Group {
   }
 
   static #fill(tile, host, domain) {
-    if (tile.host === host && tile.domain === domain) return;
-    Object.assign(tile, {host, domain});
+    const shown = `${host.key} ${host.name} ${host.status} ${Object.values(host.power)} ${domain}`;
+    if (tile.shown === shown) return;
+    tile.shown = shown;
     const name = host.name || host.key;
     setAttribute(tile, 'href', address('hosts', host.key));
     const text = `${name}: ${STATUS_WORDS[host.status] ?? host.status}, ${powerText(host.power)}`;
@@ -91,7 +102,8 @@ class Group {
 
 export class Tiles {
   #hosts = new Map();  // by key, in the order of their names
-  #changed = new Set();
+  #changed = new Set();   // keys of hosts
+  #machines = new Set();  // keys of machines whose hosts have changed
   #all;
   #single;
 
@@ -104,28 +116,33 @@ export class Tiles {
     this.#all = new Loader({
       work: () => Tiles.#fetchAll(), done: hosts => { this.#take(hosts); failed(null); }, failed,
       share: 100,
+      rest: REST_MS,
     });
     this.#single = new Loader({
       work: () => this.#fetchChanged(), done: hosts => this.#replace(hosts),
       failed: () => this.#all.askSoon(),
+      rest: 1000,
     });
     this.#all.ask();
   }
 
-  // A machine that changes its power or place changes its host's bar.
+  // A machine that comes or goes changes its host, too; one that changes its power does not, but
+  // its host's bar.
   changes(changes) {
     for (const {kind, type, key, fields} of changes) {
-      const isMoved = kind === 'machine' &&
-          (type !== 'changed' || fields.length === 0 || fields.includes('power') || fields.includes('host'));
-      if (isMoved || (kind === 'host' && type !== 'changed')) this.#all.askSoon();
-      else if (kind === 'host') this.#changed.add(key);
+      if (kind === 'host' && type !== 'changed') return this.reset();
+      if (kind === 'host') this.#changed.add(key);
+      else if (kind === 'machine' && type === 'changed' &&
+               (fields.length === 0 || fields.includes('power'))) this.#machines.add(key);
     }
-    if (this.#changed.size > MOST_SINGLE) this.reset();
-    else if (this.#changed.size > 0) this.#single.askSoon();
+    const size = this.#changed.size + this.#machines.size;
+    if (size > MOST_SINGLE) this.reset();
+    else if (size > 0) this.#single.askSoon();
   }
 
   reset() {
     this.#changed.clear();
+    this.#machines.clear();
     this.#all.askSoon();
   }
 
@@ -154,9 +171,11 @@ export class Tiles {
   }
 
   async #fetchChanged() {
-    const keys = [...this.#changed];
+    const [keys, machines] = [new Set(this.#changed), [...this.#machines]];
     this.#changed.clear();
-    return Promise.all(keys.map(key => get(objectPath('hosts', key))));
+    this.#machines.clear();
+    for (const {host} of await fetchObjects('machines', machines)) if (host) keys.add(host.key);
+    return fetchObjects('hosts', [...keys]);
   }
 
   #take(hosts) {
