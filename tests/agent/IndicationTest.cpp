@@ -33,11 +33,11 @@ std::string TextOf(const std::string& file) {
 
 class Indications : public testing::Test {
  protected:
-  std::unique_ptr<AgentProcess> Start(const Simulator& simulator) const {
+  std::unique_ptr<AgentProcess> Start(const Simulator& simulator, const char* retry = "1") const {
     return std::make_unique<AgentProcess>(
         simulator.Config(), std::vector<std::string>{
                                 "--users", KECPP_AGENT_TESTS "/subscribers.txt", "--indications-to",
-                                "127.0.0.1", "--state", folder.path, "--delivery-retry", "1"});
+                                "127.0.0.1", "--state", folder.path, "--delivery-retry", retry});
   }
 
   static std::string Ask(const AgentProcess& agent, const std::string& method,
@@ -172,12 +172,15 @@ class RandomChanges : public Indications, public testing::WithParamInterface<con
 
 TEST_P(RandomChanges, AreToldAsTheyAreThoughListenerDaemonAndAgentStartAgain) {
   Simulator simulator({"--machines", GetParam(), "--hosts", "12"});
-  auto agent = Start(simulator);
+  const char* const patient = "3";  // seconds: a loaded machine starts a listener slowly
+  auto agent = Start(simulator, patient);
   auto listener = std::make_unique<Listener>();
   const int port = listener->Port();
   Mirror mirror(ReadAll(*agent));
   Subscribe(*agent, "SELECT * FROM CIM_InstIndication", listener->Url());
   Change(simulator, *listener, mirror, 150);
+  simulator.Control("churn", {{"rate", 20}});
+  listener->RefuseAll(true);  // nothing is taken that is not looked at
   mirror.Take(listener->Take());
   listener.reset();
   listener = std::make_unique<Listener>(port);
@@ -189,7 +192,7 @@ TEST_P(RandomChanges, AreToldAsTheyAreThoughListenerDaemonAndAgentStartAgain) {
   agent.reset();
   listener->Take();
   NameHost(simulator, "nobody sees it");
-  agent = Start(simulator);
+  agent = Start(simulator, patient);
   Mirror again(ReadAll(*agent));
   int tries = 0;
   EXPECT_TRUE(Eventually([&] {  // the subscription works
