@@ -140,12 +140,14 @@ void Serve(const AgentOptions& options, const kecpp::Inventory& inventory, Agent
   const Operations operations(gate, *stored, options.limits);
   ConnectionReport report;
   RequestCounters requests;
-  Metrics metrics(inventory, requests, deliveries, server, options.metricsMachines);
   AddCimEndpoint(server, operations, requests);
   const StreamPlaces places(options.limits);
   AddStatusPage(server);
   api::Api api(inventory, report, places, requests);
   api.AddTo(server);
+  Metrics metrics(
+      inventory, [&api] { return api.Changes(); }, requests, deliveries, server,
+      options.metricsMachines);
   AddMetrics(server, metrics);
   const std::unique_ptr<AgentServer> metricsServer = MetricsServer(options, metrics);
   // What the server's threads use goes after them, whatever is thrown.

@@ -32,6 +32,9 @@ class Api {
   // To be called with each new state of the connection, and several times a second.
   void Look(const kecpp::Status& status);
 
+  // How many changes of objects there were since the object was made.
+  std::uint64_t Changes() const { return journal.Count(); }
+
   // Ends the streams.
   void End() { journal.End(); }
 

@@ -63,7 +63,13 @@ void Journal::Add(const std::vector<KnownChange>& changes) {
     items.push_back({last, known.change.kind, known.change.key, ItemText(last, time, known)});
     if (items.size() > KEPT) items.pop_front();
   }
+  count += changes.size();
   AddToSlot(changes.size());
+}
+
+std::uint64_t Journal::Count() const {
+  const std::lock_guard<std::mutex> lock(mutex);
+  return count;
 }
 
 // Slots that have passed without a change are empty.

@@ -73,6 +73,9 @@ class Journal {
   // the present one, or the end has come; at most until `deadline`.
   void Await(std::uint64_t id, unsigned& state, Clock::time_point deadline) const;
 
+  // How many changes there were, ever.
+  std::uint64_t Count() const;
+
   // Changes in the last five minutes, by ten seconds, oldest first.
   std::array<std::size_t, SLOTS> Activity() const;
 
@@ -83,6 +86,7 @@ class Journal {
   mutable std::condition_variable news;
   std::deque<Item> items;  // guarded by `mutex`, like all below
   std::uint64_t last;
+  std::uint64_t count = 0;
   std::chrono::system_clock::time_point lastTime;
   unsigned states = 0;
   bool ended = false;

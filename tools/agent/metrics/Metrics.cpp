@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tools/agent/metrics/Metrics.h"
 
+#include <utility>
+
 #include "tools/common/ProcessFigures.h"
 
 namespace tools::agent {
@@ -48,10 +50,11 @@ void WriteHosts(const InventoryCounts::ByKey& hosts, Exposition& out) {
 
 }  // namespace
 
-Metrics::Metrics(const kecpp::Inventory& shown, const RequestCounters& requestCounters,
-                 const DeliveryCounters& deliveryCounters, const AgentServer& agentServer,
-                 std::size_t machines)
+Metrics::Metrics(const kecpp::Inventory& shown, Changes countChanges,
+                 const RequestCounters& requestCounters, const DeliveryCounters& deliveryCounters,
+                 const AgentServer& agentServer, std::size_t machines)
     : inventory(shown),
+      changes(std::move(countChanges)),
       requests(requestCounters),
       deliveries(deliveryCounters),
       server(agentServer),
@@ -117,6 +120,8 @@ void Metrics::WriteConnection(Exposition& out) const {
   out.Sample(Number(status.connections));
   out.Family("kecpp_update_sets", "gauge", "Update sets applied by this connection.");
   out.Sample(Number(status.updates));
+  out.Family("kecpp_changes_total", "counter", "Objects that were added, changed or removed.");
+  out.Sample(Number(changes()));
   out.Family("kecpp_failed_cycles", "gauge", "Failed cycles since the last good one.");
   out.Sample(status.failures);
   if (status.updates == 0) return;

@@ -8,6 +8,8 @@
 
 #include <kecpp/inventory.h>
 
+#include <cstdint>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -21,8 +23,11 @@ namespace tools::agent {
 
 class Metrics {
  public:
+  // How many changes of objects there were so far.
+  using Changes = std::function<std::uint64_t()>;
+
   // `machines`: of so many at most there is a line. Everything outlives the object.
-  Metrics(const kecpp::Inventory& inventory, const RequestCounters& requests,
+  Metrics(const kecpp::Inventory& inventory, Changes changes, const RequestCounters& requests,
           const DeliveryCounters& deliveries, const AgentServer& server, std::size_t machines);
 
   // O(what changed since the last call) and the text's length.
@@ -35,6 +40,7 @@ class Metrics {
   void WriteIndications(Exposition& out) const;
 
   const kecpp::Inventory& inventory;
+  const Changes changes;
   const RequestCounters& requests;
   const DeliveryCounters& deliveries;
   const AgentServer& server;
