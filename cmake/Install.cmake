@@ -8,7 +8,8 @@ install(TARGETS kecpp EXPORT kecppTargets
 install(TARGETS kecpp_inventory EXPORT kecppTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         COMPONENT inventory NAMELINK_COMPONENT development)
-install(FILES inventory/kecpp/inventory.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kecpp
+install(FILES inventory/kecpp/fleet.h inventory/kecpp/inventory.h
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kecpp
         COMPONENT development)
 
 # The public headers are kecpp.h and what it includes, directly or through another header. A header

@@ -5,7 +5,7 @@ if(NOT KECPP_DOXYGEN)
   return()
 endif()
 set(KECPP_REFERENCE_INPUT docs/reference-start.md docs/watching.md docs/configuration.md docs/kept-behaviour.md
-    docs/concurrency.md docs/failures.md docs/implementation.dox inventory/kecpp/inventory.h
+    docs/concurrency.md docs/failures.md docs/implementation.dox inventory/kecpp/inventory.h inventory/kecpp/fleet.h
     ${KECPP_PUBLIC_HEADERS})
 list(TRANSFORM KECPP_REFERENCE_INPUT PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
 set(reference_input ${KECPP_REFERENCE_INPUT})

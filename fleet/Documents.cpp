@@ -226,9 +226,11 @@ std::string LastingPart(std::string_view document) {
   return Dump(json);
 }
 
-std::optional<Object> ReadObject(Kind kind, const std::string& key, std::string_view document) {
+std::optional<Object> ReadObject(Kind kind, const std::string& key, std::string_view document,
+                                 std::int64_t* changed) {
   const Json json = Parse(document);
   if (!json.is_object()) return {};
+  if (changed != nullptr) *changed = ReadTime(TextOf(json, "changed")).value_or(0);
   const auto found = json.find("properties");
   const Json properties = found != json.end() ? *found : Json::object();
   if (!properties.is_object()) return {};
@@ -244,11 +246,6 @@ std::optional<Object> ReadObject(Kind kind, const std::string& key, std::string_
     default:
       return ReadAs<Identity>(key, properties);
   }
-}
-
-std::optional<std::int64_t> ReadChanged(std::string_view document) {
-  const Json json = Parse(document);
-  return json.is_object() ? ReadTime(TextOf(json, "changed")) : std::nullopt;
 }
 
 std::string ToText(const EpochDocument& document, std::string_view since) {

@@ -48,11 +48,10 @@ std::string LastingPart(std::string_view document);
 
 // The object of a document that is found under its key, without derived links. Of one that is
 // published without properties only the key is filled. Nothing when the text is no such document
-// or its schema is another.
-std::optional<Object> ReadObject(Kind kind, const std::string& key, std::string_view document);
-
-// The milliseconds since 1970 of a document's "changed"; nothing without a sound one.
-std::optional<std::int64_t> ReadChanged(std::string_view document);
+// or its schema is another. `changed`, unless null, gets the milliseconds since 1970 of the
+// document's "changed"; 0 without a sound one.
+std::optional<Object> ReadObject(Kind kind, const std::string& key, std::string_view document,
+                                 std::int64_t* changed = nullptr);
 
 struct EpochDocument {
   std::uint64_t epoch = 0;

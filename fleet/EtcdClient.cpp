@@ -234,15 +234,20 @@ void EtcdClient::Stream(const std::string& fromPath, const std::string& text,
 }
 
 std::int64_t ReadPrefix(EtcdClient& client, std::string_view prefix, const UseKey& use) {
+  return ReadRange(client, prefix, EndOfPrefix(prefix), use);
+}
+
+std::int64_t ReadRange(EtcdClient& client, std::string_view begin, std::string_view end,
+                       const UseKey& use, std::int64_t revision) {
   constexpr int kPage = 512;  // at most 45 MB of the longest documents
-  std::string from(prefix);
-  const std::string end = EndOfPrefix(prefix);
-  std::int64_t revision = 0;
+  std::string from(begin);
   while (true) {
     std::string request = R"({"key":")";
     AppendBase64(request, from);
-    request += R"(","range_end":")";
-    AppendBase64(request, end);
+    if (!end.empty()) {
+      request += R"(","range_end":")";
+      AppendBase64(request, end);
+    }
     request += R"(","limit":")" + std::to_string(kPage) + '"';
     if (revision != 0) request += R"(,"revision":")" + std::to_string(revision) + '"';
     const json answer = client.Read("kv/range", request + '}');

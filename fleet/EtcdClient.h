@@ -87,9 +87,14 @@ class EtcdClient {
   std::string body;
 };
 
-// Calls `use` with each key that begins with `prefix`, in order, all as they were at one revision,
-// which it returns. What `use` got is void when it throws EtcdError, which may say IsCompacted.
+// Calls `use` with each key from `begin` to before `end`, or with `begin` alone when `end` is
+// empty, in order, all as they were at one revision, which it returns: `revision`, or the present
+// one when that is 0. What `use` got is void when it throws EtcdError, which may say IsCompacted.
 using UseKey = std::function<void(KeyValue&& entry)>;
+std::int64_t ReadRange(EtcdClient& client, std::string_view begin, std::string_view end,
+                       const UseKey& use, std::int64_t revision = 0);
+
+// The same with all keys that begin with `prefix`.
 std::int64_t ReadPrefix(EtcdClient& client, std::string_view prefix, const UseKey& use);
 
 }  // namespace kecpp::fleet

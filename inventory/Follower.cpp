@@ -110,7 +110,7 @@ void Follower::Impl::Switch(std::shared_ptr<Feed> next, const std::vector<Change
 // What changed between the first content and now is in `differences` or not, as it came; the two
 // must not contradict each other.
 void Follower::Impl::AddNewNoLock(Change change, const IsKnown& isKnown) {
-  if (pending.Find(change.kind, change.key) != nullptr) return pending.Add(change);
+  if (pending.Find(change) != nullptr) return pending.Add(change);
   const bool known = isKnown(change.kind, change.key);
   if (!known && change.type == Change::Type::removed) return;
   if (change.type != Change::Type::removed) {

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "inventory/Keeper.h"
 
-#include <pthread.h>
-
 #include <algorithm>
-#include <csignal>
 #include <utility>
 
+#include "inventory/BlockedSignals.h"
 #include "inventory/Differences.h"
 
 namespace kecpp {
@@ -20,22 +18,6 @@ constexpr milliseconds kFirstPause(1000);
 constexpr milliseconds kLongestPause(30000);
 constexpr milliseconds kCutEvery(20);  // one cut may come too early
 constexpr milliseconds kStopLimit(5000);
-
-// The program's signals are its own threads' business.
-class BlockedSignals {
- public:
-  BlockedSignals() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-  }
-  ~BlockedSignals() { pthread_sigmask(SIG_SETMASK, &before, nullptr); }
-  BlockedSignals(const BlockedSignals&) = delete;
-  BlockedSignals& operator=(const BlockedSignals&) = delete;
-
- private:
-  sigset_t before;
-};
 
 std::chrono::system_clock::time_point Now() {
   return std::chrono::system_clock::now();
