@@ -81,7 +81,7 @@ void FleetReader::Close() {
     client.Cut();
     if (thread.joinable()) thread.join();
     SetState(State::lost, "closed");
-    store->CloseFollowers();
+    store->Close();
   });
 }
 
@@ -179,7 +179,6 @@ void FleetReader::Take(const std::vector<fleet::WatchEvent>& events) {
 // Memory ran out, and nobody knows how far something was applied: followers cannot go on from that.
 void FleetReader::StartOver(const std::string& reason) {
   watch.reset();
-  store->CloseFollowers();
   store->Clear();
   SetState(State::lost, reason);
   PauseAfterFailure();

@@ -223,19 +223,26 @@ void FleetStore::Add(const std::shared_ptr<FleetFollower::Impl>& follower) {
                                  [](const auto& one) { return one.expired(); }),
                   followers.end());
   followers.push_back(follower);
+  if (isClosed) follower->CloseNoLock();
 }
 
-void FleetStore::CloseFollowers() {
+void FleetStore::Close() {
   const std::lock_guard<std::mutex> lock(mutex);
-  for (const auto& follower : followers) {
-    if (const auto living = follower.lock()) living->CloseNoLock();
-  }
+  isClosed = true;
+  CloseFollowersNoLock();
 }
 
 void FleetStore::Clear() {
   const std::lock_guard<std::mutex> lock(mutex);
+  CloseFollowersNoLock();
   sites.clear();
   isFilled = false;
+}
+
+void FleetStore::CloseFollowersNoLock() {
+  for (const auto& follower : followers) {
+    if (const auto living = follower.lock()) living->CloseNoLock();
+  }
 }
 
 void FleetStore::NoteNoLock(Change::Type type, const std::string& site, std::optional<Kind> kind,

@@ -84,9 +84,10 @@ class FleetStore {
 
   // Adds the follower. It begins with all that is known.
   void Add(const std::shared_ptr<FleetFollower::Impl>& follower);
-  void CloseFollowers();
+  // Closes the followers, and those that are added from now on.
+  void Close();
 
-  // Frees what is known. The followers are closed.
+  // Forgets what is known and closes the followers.
   void Clear();
 
  private:
@@ -119,6 +120,7 @@ class FleetStore {
   void ChangeLinksNoLock(Records::iterator site, const std::string& key,
                          const fleet::Object* before, const fleet::Object* now);
   void RemoveUnreadNoLock(Records::iterator site);
+  void CloseFollowersNoLock();
   void NoteNoLock(Change::Type type, const std::string& site, std::optional<Kind> kind,
                   const std::string& key);
   void WakeNoLock();
@@ -131,6 +133,7 @@ class FleetStore {
   Records sites;  // guarded by `mutex`, like all below
   unsigned reading = 0;
   bool isFilled = false;  // everything was read once
+  bool isClosed = false;
   std::vector<std::weak_ptr<FleetFollower::Impl>> followers;
 };
 

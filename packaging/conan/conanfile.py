@@ -35,6 +35,7 @@ class KecppConan(ConanFile):
 
     def requirements(self):
         self.requires("libcurl/[>=7.88 <9]")
+        self.requires("nlohmann_json/[>=3.11 <4]", visible=False)  # headers, for our own sources
 
     def layout(self):
         cmake_layout(self)
@@ -70,4 +71,4 @@ class KecppConan(ConanFile):
         values.set_property("cmake_target_name", "kecpp::inventory")
         values.set_property("pkg_config_name", "kecpp-inventory")
         values.libs = ["kecpp-inventory"]
-        values.requires = ["kecpp"]
+        values.requires = ["kecpp", "libcurl::libcurl", "nlohmann_json::nlohmann_json"]

@@ -6,6 +6,7 @@
 #include <signal.h>
 
 #include <random>
+#include <set>
 #include <tuple>
 
 #include "FakeGateway.h"
@@ -45,11 +46,11 @@ std::vector<std::string> Taken(FleetFollower& follower) {
   for (const FleetChange& change : follower.Next()) taken.push_back(Written(change));
   return taken;
 }
-// The next changes, as soon as there are so many.
-std::vector<std::string> Await(FleetFollower& follower, std::size_t count) {
-  std::vector<std::string> all;
-  while (all.size() < count && follower.Wait(seconds(60))) {
-    for (std::string& one : Taken(follower)) all.push_back(std::move(one));
+// What comes until `last` does.
+std::set<std::string> Until(FleetFollower& follower, const std::string& last) {
+  std::set<std::string> all;
+  while (all.count(last) == 0 && follower.Wait(seconds(60))) {
+    for (std::string& one : Taken(follower)) all.insert(std::move(one));
   }
   return all;
 }
@@ -80,6 +81,7 @@ TEST(Fleet, GoesOnBehindTheLastEventHoweverAWatchEnds) {
   EXPECT_EQ(Taken(follower).size(), 5U);
   fleet.Close();
   EXPECT_TRUE(follower.Closed());
+  EXPECT_TRUE(fleet.Follow().Closed());
   EXPECT_FALSE(follower.Wait(seconds(60)));
 }
 
@@ -120,19 +122,21 @@ TEST(Fleet, GivesWhatDiffersWhenEverythingIsReadAgain) {
   Fleet fleet({member.Url()});
   FleetFollower follower = fleet.Follow();
   FleetFollower late = fleet.Follow();
-  EXPECT_EQ(Await(follower, 8).size(), 8U);
+  EXPECT_EQ(Until(follower, "+b").size(), 8U);
   EXPECT_EQ(late.Next(3).size(), 3U);  // it is still on its first walk
   step = 1;
-  EXPECT_THAT(Await(follower, 7),
+  EXPECT_THAT(Until(follower, "-b"),
               testing::UnorderedElementsAre("~a/machine/1", "~a/host/h1", "~a/host/h2",
                                             "-a/machine/2", "~a/machine/3", "+a/machine/5", "-b"));
   step = 2;
-  EXPECT_THAT(Await(follower, 2), ElementsAre("-a/machine/4", "~a/host/h1"));
+  EXPECT_THAT(Until(follower, "~a/host/h1"), ElementsAre("-a/machine/4", "~a/host/h1"));
   step = 3;
-  EXPECT_THAT(Await(follower, 1), ElementsAre("+a/machine/6"));
+  EXPECT_THAT(Until(follower, "+a/machine/6"), ElementsAre("+a/machine/6"));
   EXPECT_TRUE(Eventually([&] { return fleet.State().readings == 4; }));
-  EXPECT_THAT(Await(late, 6), ElementsAre("+a/machine/1", "+a/machine/3", "+a/machine/5",
-                                          "+a/machine/6", "~a/host/h1", "~a/host/h2"));
+  std::vector<std::string> rest = Taken(late);  // of the first walk
+  for (std::string& one : Taken(late)) rest.push_back(std::move(one));
+  EXPECT_THAT(rest, ElementsAre("+a/machine/1", "+a/machine/3", "+a/machine/5", "+a/machine/6",
+                                "~a/host/h1", "~a/host/h2"));
 }
 
 TEST(Fleet, LogsInAgainAndPassesOverWhatItCannotRead) {

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 
+#include "endurance/Replay.h"
 #include "fleet/Documents.h"
 #include "fleet/EtcdClient.h"
 #include "fleet/Keys.h"
@@ -132,6 +133,40 @@ TEST_F(Publish, MakesTheClusterTrueAndKeepsWhatALostDaemonHad) {
   EXPECT_EQ(publisher->Wait(), 0);
   EXPECT_FALSE(Get(*client, LivingOf("s")));
   EXPECT_EQ(Count("s"), objects);
+}
+
+// What the last line of JSON of the inventory tool has, as the daemon would write it.
+Json LastShown(const ChildProcess& tool) {
+  const std::string text = tool.Output();
+  const std::size_t end = text.rfind('\n');
+  if (end == std::string::npos) return nullptr;
+  const std::size_t before = end == 0 ? std::string::npos : text.rfind('\n', end - 1);
+  const std::size_t begin = before == std::string::npos ? 0 : before + 1;
+  Json document = Json::parse(text.substr(begin, end - begin));
+  document.erase("sites");
+  for (Json& list : document) {
+    for (Json& object : list) EXPECT_EQ(object.erase("site"), 1U);
+  }
+  return document;
+}
+
+TEST_F(Publish, ReadersFollowTheDaemonThroughTheCluster) {
+  StartCluster();
+  const auto publisher = Start("s");
+  ASSERT_TRUE(Eventually([&] { return Site("s").isComplete; })) << publisher->Errors();
+  ChildProcess tool({KECPP_TOOL_PROGRAM, "--fleet", cluster->Urls(), "--site", "s", "--format",
+                     "json", "--follow"});
+  ASSERT_TRUE(Eventually([&] { return !LastShown(tool).is_null(); })) << tool.Errors();
+  simulator.Control("churn", {{"rate", 200}});
+  cluster->Kill(0);
+  EXPECT_TRUE(Eventually([&] { return tool.Errors().find("cluster lost") != std::string::npos; }));
+  cluster->Start(0);
+  ASSERT_TRUE(cluster->Answers(0));
+  simulator.Control("churn", {{"rate", 0}});
+  const Json truth = endurance::Decoded(simulator.Truth());
+  EXPECT_TRUE(Eventually([&] { return LastShown(tool) == truth; }));
+  tool.Signal(SIGTERM);
+  EXPECT_EQ(tool.Wait(), 0);
 }
 
 TEST_F(Publish, ASiteCannotTouchAnother) {

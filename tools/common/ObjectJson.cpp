@@ -29,6 +29,8 @@ Json ViewJson(const Kind& kind, const ObjectView& view) {
   return object;
 }
 
+}  // namespace
+
 const char* WordFor(kecpp::Change::Type type) {
   switch (type) {
     case kecpp::Change::Type::added:
@@ -39,8 +41,6 @@ const char* WordFor(kecpp::Change::Type type) {
       return "removed";
   }
 }
-
-}  // namespace
 
 Json ObjectJson(const Kind& kind, const Object& copy) {
   Json object;

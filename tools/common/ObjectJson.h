@@ -15,6 +15,9 @@
 
 namespace tools {
 
+// "added", "changed" or "removed".
+const char* WordFor(kecpp::Change::Type type);
+
 // One object, with all that is shown of its kind.
 nlohmann::ordered_json ObjectJson(const Kind& kind, const Object& copy);
 std::string ToJson(const Kind& kind, const ObjectView& object);

@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "tools/common/CellText.h"
+#include "tools/common/ObjectJson.h"
 #include "tools/common/ProcessEnd.h"
 #include "tools/inventory/FillProgress.h"
 
@@ -77,7 +78,8 @@ bool InventoryRun::TakeChanges(milliseconds limit) {
   if (!follower.Wait(limit)) return false;
   changes = follower.Next();
   if (options.format == Format::events) {
-    view.ShowEvents(changes, inventory);
+    View::ShowLines(EventLines(changes, inventory,
+                               [this](kecpp::Kind kind) { return HasKind(options.lists, kind); }));
   } else {
     model.Apply(changes, inventory);
   }

@@ -15,9 +15,6 @@ namespace tools::inventory {
 // The tables of these lists, within `room`, objects by key.
 std::string ToTables(const Model& inventory, const Lists& lists, const TableRoom& room);
 
-// The word for a CIM operational status, e.g. "OK" for 2; the number for one without a word.
-std::string StatusWord(unsigned long operationalStatus);
-
 }  // namespace tools::inventory
 
 #endif

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tools/common/ConfigArgument.h"
+#include "tools/common/Split.h"
 
 namespace tools::inventory {
 namespace {
@@ -25,6 +26,39 @@ std::string ListNames() {
 
 std::string CheckTask(const std::string& text) {
   return ParseTaskCall(text) ? std::string() : "expected METHOD:TYPE:VALUE, got " + text;
+}
+
+std::string CheckMembers(const std::string& text) {
+  for (const std::string_view member : Split(text, ',')) {
+    if (member.substr(0, 7) == "http://" || member.substr(0, 8) == "https://") continue;
+    return "expected http(s)://HOST:PORT[,...], got " + text;
+  }
+  return {};
+}
+
+// With --fleet a cluster is shown; the options that are for a daemon make no sense then.
+void DeclareFleet(CLI::App& app, kecpp::FleetOptions& fleet, ClusterLogin& login) {
+  auto* members = app.add_option("--fleet", fleet.members,
+                                 "Show all sites of an etcd cluster: http(s)://HOST:PORT[,...]")
+                      ->type_name("URL,...")
+                      ->check(CheckMembers);
+  for (const char* other : {"--config", "--run-task", "--settle", "--log-level"}) {
+    members->excludes(app.get_option(other));
+  }
+  app.add_option("--site", fleet.sites, "Sites to show: a name, or a pattern with * and ?")
+      ->type_name("PATTERN")
+      ->needs(members);
+  AddLoginOptions(app, members, login);
+}
+
+kecpp::FleetOptions WithLogin(kecpp::FleetOptions fleet, const ClusterLogin& login) {
+  fleet.user = login.user;
+  fleet.password = login.password;
+  fleet.authorities = login.authorities;
+  fleet.certificate = login.certificate;
+  fleet.key = login.key;
+  fleet.connectInBackground = true;  // the end of the run need not wait for it
+  return fleet;
 }
 
 // Tables show the systems unless other lists are asked for, the other formats everything.
@@ -55,6 +89,12 @@ kecpp::Options InventoryOptions(const Options& options) {
   return asked;
 }
 
+void WarnOfOpenDoors(const Options& options) {
+  if (!options.fleet) return;
+  const auto members = Split(options.fleet->members, ',');
+  tools::WarnOfOpenDoors(PROGRAM, options.login, {members.begin(), members.end()});
+}
+
 std::optional<TaskCall> ParseTaskCall(const std::string& text) {
   const std::size_t first = text.find(':');
   const std::size_t second = first == std::string::npos ? first : text.find(':', first + 1);
@@ -66,8 +106,11 @@ std::optional<TaskCall> ParseTaskCall(const std::string& text) {
 }
 
 std::optional<int> ParseOptions(int argc, const char* const* argv, Options& options) {
-  CLI::App app("Shows the inventory of a virtualization host: hosts, machines, who may do what.",
-               PROGRAM);
+  CLI::App app(
+      "Shows the inventory of a virtualization host, or of a fleet of them: hosts, machines, who "
+      "may do "
+      "what.",
+      PROGRAM);
   const std::map<std::string, Format> formats = {
       {"table", Format::table}, {"json", Format::json}, {"events", Format::events}};
   std::string format = "table";
@@ -96,6 +139,8 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, Options& opti
   app.add_option("--run-task", task, "Call a method that starts a task; wait for its outcome")
       ->type_name("METHOD:TYPE:VALUE")
       ->check(CheckTask);
+  kecpp::FleetOptions fleet;
+  DeclareFleet(app, fleet, options.login);
   app.set_version_flag(
       "--version",
       std::string("kecpp-inventory " KECPP_TOOLS_VERSION ", library ") + kecpp::Version());
@@ -107,6 +152,7 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, Options& opti
   options.format = formats.at(format);
   if (!task.empty()) options.task = ParseTaskCall(task);
   ChooseLists(lists, options);
+  if (!fleet.members.empty()) options.fleet = WithLogin(fleet, options.login);
   return {};
 }
 

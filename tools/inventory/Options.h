@@ -4,11 +4,13 @@
 #ifndef KECPP_TOOLS_INVENTORY_OPTIONS_H
 #define KECPP_TOOLS_INVENTORY_OPTIONS_H
 
+#include <kecpp/fleet.h>
 #include <kecpp/inventory.h>
 
 #include <optional>
 #include <string>
 
+#include "tools/common/ClusterLogin.h"
 #include "tools/inventory/Lists.h"
 
 namespace tools::inventory {
@@ -33,8 +35,10 @@ struct Options {
   int settle = 300;      // milliseconds without a change after which the inventory is complete
   std::string logLevel;  // empty: as the configuration says
   Lists lists;           // what is shown; at least one
-  bool wantsAuthorization = false;  // asked for by name: its absence is an error
-  std::optional<TaskCall> task;     // run this and show no inventory
+  bool wantsAuthorization = false;           // asked for by name: its absence is an error
+  std::optional<TaskCall> task;              // run this and show no inventory
+  std::optional<kecpp::FleetOptions> fleet;  // show this in place of a daemon's inventory
+  ClusterLogin login;                        // to the fleet's cluster
 };
 
 // How the inventory of what is shown is made: in the background, so that the end of the run need
@@ -44,6 +48,9 @@ kecpp::Options InventoryOptions(const Options& options);
 // Reads the command line. Gives the exit status when there is nothing more to do: 0 after --help
 // and --version, which print on standard output, 2 for a mistake, reported on standard error.
 std::optional<int> ParseOptions(int argc, const char* const* argv, Options& options);
+
+// Says on standard error what everybody may read who should not, when a fleet is asked for.
+void WarnOfOpenDoors(const Options& options);
 
 // "METHOD:TYPE:VALUE"; the value may hold colons. Nothing when a part is missing.
 std::optional<TaskCall> ParseTaskCall(const std::string& text);

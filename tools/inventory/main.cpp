@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// kecpp-inventory: shows the inventory of a virtualization host. It uses nothing but the installed
-// header kecpp/inventory.h and is meant to be copied from.
+// kecpp-inventory: shows the inventory of a virtualization host, or of a fleet. It uses nothing but
+// the installed headers kecpp/inventory.h and kecpp/fleet.h and is meant to be copied from.
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -11,6 +11,7 @@
 #include "tools/common/EndWatch.h"
 #include "tools/common/ProcessEnd.h"
 #include "tools/common/Terminal.h"
+#include "tools/inventory/FleetRun.h"
 #include "tools/inventory/InventoryRun.h"
 #include "tools/inventory/Options.h"
 #include "tools/inventory/TaskRun.h"
@@ -24,14 +25,21 @@ int ReportTask(const Options& options, const EndOfRun& end) {
   return success ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
-int Run(const Options& options) {
-  const EndOfRun end(options.duration);
-  const EndWatch watch(end, PROGRAM);
-  if (options.task) return ReportTask(options, end);
-  InventoryRun run(options, end);
+template <class Run>
+int Show(const Options& options, const EndOfRun& end) {
+  Run run(options, end);
   run.ShowOnce();
   if (options.follow) run.Follow();
   return EXIT_SUCCESS;
+}
+
+int Run(const Options& options) {
+  const EndOfRun end(options.duration);
+  const EndWatch watch(end, PROGRAM);
+  WarnOfOpenDoors(options);
+  if (options.task) return ReportTask(options, end);
+  if (options.fleet) return Show<FleetRun>(options, end);
+  return Show<InventoryRun>(options, end);
 }
 
 int RunGuarded(const Options& options) {

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "fleet/EtcdClient.h"
+#include "tools/common/ClusterLogin.h"
 
 namespace tools::publish {
 
@@ -19,7 +20,7 @@ struct PublishOptions {
   std::string config;  // a file's path, an XML text, or empty for the library's default
   std::string site;
   kecpp::fleet::EtcdOptions cluster;  // without members: events are printed
-  std::string credentialsFile;
+  ClusterLogin login;
   int metricsPort = -1;  // of 127.0.0.1; 0: a free one; -1: no metrics
   double duration = 0;   // seconds; 0 is without limit
   std::string logLevel;  // empty: as the configuration says
@@ -31,10 +32,6 @@ struct PublishOptions {
 // do: 0 after --help and --version, which print on standard output, 2 for a mistake, reported on
 // standard error.
 std::optional<int> ParsePublishOptions(int argc, const char* const* argv, PublishOptions& options);
-
-// Says on standard error what everybody may read who should not: a password on the network, or in a
-// file.
-void WarnOfOpenDoors(const PublishOptions& options);
 
 }  // namespace tools::publish
 

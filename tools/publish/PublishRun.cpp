@@ -176,7 +176,7 @@ void WatchOver(const kecpp::Inventory& inventory, Publisher& publisher,
 }  // namespace
 
 void Publish(const PublishOptions& options, const EndOfRun& end) {
-  WarnOfOpenDoors(options);
+  WarnOfOpenDoors(PROGRAM, options.login, options.cluster.members);
   const kecpp::Inventory inventory(InventoryOptions(options));
   Marks marks;
   Counters counters;
