@@ -44,6 +44,8 @@ set(CMAKE_CXX_FLAGS_INIT "-m32 \"-B${_gcc}\" -nostdinc++ \
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "\"-L${_gcc}\"")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "\"-L${_gcc}\"")
 if(NOT KECPP_I386_FOR_OTHERS)
+  # The program's path also serves the libraries that a library needs, unless that has the newer tag.
+  string(APPEND CMAKE_SHARED_LINKER_FLAGS_INIT " -Wl,--disable-new-dtags")
   string(APPEND CMAKE_EXE_LINKER_FLAGS_INIT " -Wl,--disable-new-dtags \
 \"-Wl,-rpath,${KECPP_I386_SYSROOT}/lib/i386-linux-gnu:${_lib}/i386-linux-gnu\" \
 \"-Wl,--dynamic-linker,${KECPP_I386_SYSROOT}/lib/ld-linux.so.2\"")
