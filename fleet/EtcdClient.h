@@ -29,7 +29,7 @@ struct EtcdOptions {
   std::string user;  // empty: without a login
   std::string password;
   std::chrono::milliseconds limit{5000};     // of a request
-  std::size_t mostBytes = 64 * 1024 * 1024;  // of an answer
+  std::size_t mostBytes = std::size_t{64} << 20;  // of an answer
 };
 
 // "http(s)://HOST:PORT[,...]" as a list of members, without a slash at the end; empty when a part

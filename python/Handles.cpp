@@ -175,12 +175,14 @@ std::unique_ptr<FollowerHandle> InventoryHandle::Follow() const {
   return std::make_unique<FollowerHandle>(shared);
 }
 
-py::object InventoryHandle::Invoke(std::string method, Target target, Arguments arguments) const {
+py::object InventoryHandle::Invoke(const std::string& method, const Target& target,
+                                   const Arguments& arguments) const {
   return ToPython(Await(
       shared, [=](Inventory& inventory) { return inventory.Invoke(method, target, arguments); }));
 }
 
-bool InventoryHandle::RunTask(std::string method, Target target, Arguments arguments) const {
+bool InventoryHandle::RunTask(const std::string& method, const Target& target,
+                              const Arguments& arguments) const {
   return Await(shared,
                [=](Inventory& inventory) { return inventory.RunTask(method, target, arguments); });
 }

@@ -51,8 +51,9 @@ class InventoryHandle {
   std::unique_ptr<FollowerHandle> Follow() const;
 
   // Ctrl-C ends the wait for them, not the calls.
-  pybind11::object Invoke(std::string method, Target target, Arguments arguments) const;
-  bool RunTask(std::string method, Target target, Arguments arguments) const;
+  pybind11::object Invoke(const std::string& method, const Target& target,
+                          const Arguments& arguments) const;
+  bool RunTask(const std::string& method, const Target& target, const Arguments& arguments) const;
 
  private:
   void AwaitFirstData(Seconds limit) const;

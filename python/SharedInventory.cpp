@@ -63,6 +63,7 @@ void SharedInventory::EndAll() {
     }
   }
   std::vector<std::thread> enders;
+  enders.reserve(living.size());
   for (const auto& one : living) enders.emplace_back([&one] { one->End(); });
   for (std::thread& ender : enders) ender.join();
 }

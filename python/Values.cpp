@@ -222,7 +222,7 @@ KECPP_INSTANTIATE(Identity);
 void TranslateErrors() {
   py::register_local_exception_translator([](std::exception_ptr thrown) {
     try {
-      if (thrown) std::rethrow_exception(thrown);
+      if (thrown) std::rethrow_exception(std::move(thrown));
     } catch (const Error& error) {
       const py::object& type = All().error;
       const py::object raised = type(ToPython(error.Url()), ToPython(error.Reason()));

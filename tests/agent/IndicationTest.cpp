@@ -31,13 +31,15 @@ std::string TextOf(const std::string& file) {
   return text.str();
 }
 
+constexpr const char* USERS = KECPP_AGENT_TESTS "/subscribers.txt";
+
 class Indications : public testing::Test {
  protected:
   std::unique_ptr<AgentProcess> Start(const Simulator& simulator, const char* retry = "1") const {
     return std::make_unique<AgentProcess>(
-        simulator.Config(), std::vector<std::string>{
-                                "--users", KECPP_AGENT_TESTS "/subscribers.txt", "--indications-to",
-                                "127.0.0.1", "--state", folder.path, "--delivery-retry", retry});
+        simulator.Config(),
+        std::vector<std::string>{"--users", USERS, "--indications-to", "127.0.0.1", "--state",
+                                 folder.path, "--delivery-retry", retry});
   }
 
   static std::string Ask(const AgentProcess& agent, const std::string& method,
@@ -260,10 +262,9 @@ TEST_F(Indications, AreNotForgottenWithADamagedFile) {
   const auto agent = Start(Simulator({"--machines", "1"}));
   EXPECT_THAT(agent->Errors(), HasSubstr("cannot be understood"));
   EXPECT_EQ(TextOf(file + ".damaged-1"), "{\"format\":1,\"instances\":[{}]}");
-  driver::ChildProcess second(
-      {KECPP_AGENT_PROGRAM},
-      {"--listen", "127.0.0.1:0", "--users", KECPP_AGENT_TESTS "/subscribers.txt",
-       "--indications-to", "::1", "--state", folder.path});
+  driver::ChildProcess second({KECPP_AGENT_PROGRAM},
+                              {"--listen", "127.0.0.1:0", "--users", USERS, "--indications-to",
+                               "::1", "--state", folder.path});
   EXPECT_EQ(second.Wait(), 1);
   EXPECT_THAT(second.Errors(), HasSubstr("another agent uses the folder"));
 }

@@ -21,20 +21,21 @@ constexpr int SOON = 5;    // seconds, until there may be data
 constexpr int LATER = 30;  // until there may be a place for a stream
 constexpr std::size_t USUAL_CHANGES = 100;
 
-void SetJson(std::string text, httplib::Response& response) {
+void SetJson(const std::string& text, httplib::Response& response) {
   response.set_header("Cache-Control", "no-store");
-  response.set_content(std::move(text), JSON_TYPE);
+  response.set_content(text, JSON_TYPE);
 }
 
 // An answer that a client may keep and ask about again.
-void SetTagged(std::string text, const httplib::Request& request, httplib::Response& response) {
+void SetTagged(const std::string& text, const httplib::Request& request,
+               httplib::Response& response) {
   const std::string tag = EntityTagOf(text);
   response.set_header("Cache-Control", "no-cache");
   response.set_header("ETag", tag);
   if (HasTag(request.get_header_value("If-None-Match"), tag)) {
     response.status = 304;
   } else {
-    response.set_content(std::move(text), JSON_TYPE);
+    response.set_content(text, JSON_TYPE);
   }
 }
 

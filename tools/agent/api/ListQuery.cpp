@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t MOST_ROWS = 1000;
 constexpr std::size_t USUAL_ROWS = 100;
-constexpr std::size_t FARTHEST = 1000 * 1000 * 1000;
+constexpr std::size_t FARTHEST = std::size_t{1000} * 1000 * 1000;
 
 // A bit for each name that is asked for; all without the parameter.
 unsigned ReadNames(const Parameters& parameters, const char* parameter, bool isKnown,

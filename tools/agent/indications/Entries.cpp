@@ -105,6 +105,7 @@ std::vector<GivenProperty> Merge(const StoredInstance& instance, std::vector<Giv
                                  const std::optional<std::vector<std::string>>& wanted) {
   std::vector<GivenProperty> merged = PropertiesGiven(instance);
   std::vector<std::string> names;
+  names.reserve(given.size());
   for (const GivenProperty& property : given) names.push_back(property.name);
   for (const std::string& name : wanted ? *wanted : names) {
     const auto former = FindGiven(merged, name);
@@ -276,15 +277,15 @@ void Entries::Modify(const Stored& instance, const std::vector<GivenProperty>& g
   if (isOtherState) next.Set("TimeOfLastStateChange", CimTime(Clock::now()));
   Entry renewed = MakeEntry(std::move(next), Author::Client, 0);
   if (!isOther) renewed.delivery = former.delivery;
-  Renew(instance, std::move(renewed));
+  Renew(instance, renewed);
 }
 
 // Subscriptions refer to the instance itself.
-void Entries::Renew(const Stored& former, Entry renewed) {
+void Entries::Renew(const Stored& former, const Entry& renewed) {
   const Stored next = renewed.instance;
   for (Entry& entry : entries) {
     if (entry.instance == former) {
-      entry = std::move(renewed);
+      entry = renewed;
       continue;
     }
     for (const char* end : {"Filter", "Handler"}) {

@@ -82,7 +82,7 @@ class Entries {
   const Entry& Get(const Stored& instance) const;
   bool IsUsed(const Stored& instance) const;
   Stored Resolve(const KeyBinding& reference) const;
-  void Renew(const Stored& former, Entry renewed);
+  void Renew(const Stored& former, const Entry& renewed);
 
   const std::string host;
   const Stored service;

@@ -118,7 +118,7 @@ void EventSource::Fill(const ClassRow& source) {
       filled.Add(kecpp::Decode(*rows.At(row, 0)), Pack(rows, row, columns.size()));
     }
     for (std::string& keys : links) {
-      filled.Add(kecpp::Decode(std::string_view(keys).substr(0, keys.find('\0'))), keys);
+      filled.Add(kecpp::Decode(std::string_view(keys).substr(0, keys.find('\0'))), std::move(keys));
     }
   }
 }

@@ -23,7 +23,7 @@ class LastCopies {
   std::optional<std::string> Remove(const std::string& key);
 
   // Keeps it unless there is a copy of that key.
-  void Add(const std::string& key, std::string copy) { copies.try_emplace(key, std::move(copy)); }
+  void Add(const std::string& key, std::string&& copy) { copies.try_emplace(key, std::move(copy)); }
 
  private:
   std::unordered_map<std::string, std::string> copies;
