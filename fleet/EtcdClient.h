@@ -28,7 +28,7 @@ struct EtcdOptions {
   TlsFiles tls;
   std::string user;  // empty: without a login
   std::string password;
-  std::chrono::milliseconds limit{5000};     // of a request
+  std::chrono::milliseconds limit{5000};          // of a request
   std::size_t mostBytes = std::size_t{64} << 20;  // of an answer
 };
 
