@@ -76,6 +76,30 @@ struct Properties {
   constexpr Properties(const PropertyRow (&array)[size]) : rows(array), count(size) {}
 };
 
+// A class and an association without instances of the daemon's; `spaces`: the namespaces that have
+// them.
+constexpr ClassRow Class(const char* name, const char* parent, Properties properties,
+                         const char* description, unsigned spaces, bool isAbstract = true) {
+  return {name,    parent,      isAbstract, false,   properties.rows, properties.count,
+          nullptr, description, {},         nullptr, nullptr,         spaces};
+}
+
+constexpr ClassRow Association(const char* name, const char* parent, Properties properties,
+                               const char* description, unsigned spaces, bool isAbstract) {
+  return {name,    parent,      isAbstract, true,    properties.rows, properties.count,
+          nullptr, description, {},         nullptr, nullptr,         spaces};
+}
+
+// Those of the namespace "interop" alone.
+constexpr ClassRow InteropClass(const char* name, const char* parent, Properties properties,
+                                const char* description, bool isAbstract = false) {
+  return Class(name, parent, properties, description, INTEROP, isAbstract);
+}
+constexpr ClassRow InteropAssociation(const char* name, const char* parent, Properties properties,
+                                      const char* description, bool isAbstract = false) {
+  return Association(name, parent, properties, description, INTEROP, isAbstract);
+}
+
 }  // namespace tools
 
 #endif

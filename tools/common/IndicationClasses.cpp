@@ -110,24 +110,10 @@ constexpr PropertyRow AFFECTS[] = {
     End("AffectingElement", "CIM_Service", "The service that has an effect on it."),
 };
 
-constexpr ClassRow Class(const char* name, const char* parent, Properties properties,
-                         const char* description, bool isAbstract = false) {
-  return {name,    parent,      isAbstract, false,   properties.rows, properties.count,
-          nullptr, description, {},         nullptr, nullptr,         INTEROP};
-}
-
-constexpr ClassRow Association(const char* name, const char* parent, Properties properties,
-                               const char* description, bool isAbstract = false) {
-  ClassRow row = Class(name, parent, properties, description, isAbstract);
-  row.isAssociation = true;
-  return row;
-}
-
 constexpr ClassRow Indication(const char* name, const char* parent, Properties properties,
                               const char* description, bool isAbstract = false) {
-  ClassRow row = Class(name, parent, properties, description, isAbstract);
+  ClassRow row = Class(name, parent, properties, description, EVERYWHERE, isAbstract);
   row.isIndication = true;
-  row.spaces = EVERYWHERE;
   return row;
 }
 
@@ -139,23 +125,25 @@ constexpr ClassRow CLASSES[] = {
     Indication("CIM_InstDeletion", "CIM_InstIndication", {}, "An instance went."),
     Indication("CIM_InstModification", "CIM_InstIndication", INST_MODIFICATION,
                "An instance changed."),
-    Class("CIM_IndicationFilter", "CIM_ManagedElement", FILTER, "Which changes a client wants."),
-    Class("CIM_ListenerDestination", "CIM_ManagedElement", DESTINATION,
-          "Where indications are sent."),
-    Class("CIM_ListenerDestinationCIMXML", "CIM_ListenerDestination", XML_DESTINATION,
-          "A listener that takes CIM-XML over HTTP."),
-    Association("CIM_AbstractIndicationSubscription", nullptr, ABSTRACT_SUBSCRIPTION,
-                "The wish to get indications.", true),
-    Association("CIM_IndicationSubscription", "CIM_AbstractIndicationSubscription", SUBSCRIPTION,
-                "A filter and a listener that gets what passes it."),
-    Class("CIM_IndicationService", "CIM_Service", SERVICE, "What sends indications."),
-    Class("CIM_Capabilities", "CIM_ManagedElement", CAPABILITIES, "What an element can do.", true),
-    Class("CIM_IndicationServiceCapabilities", "CIM_Capabilities", SERVICE_CAPABILITIES,
-          "What an indication service can do."),
-    Association("CIM_ElementCapabilities", nullptr, ELEMENT_CAPABILITIES,
-                "An element and what it can do."),
-    Association("CIM_ServiceAffectsElement", nullptr, AFFECTS,
-                "A service and an element that it has an effect on."),
+    InteropClass("CIM_IndicationFilter", "CIM_ManagedElement", FILTER,
+                 "Which changes a client wants."),
+    InteropClass("CIM_ListenerDestination", "CIM_ManagedElement", DESTINATION,
+                 "Where indications are sent."),
+    InteropClass("CIM_ListenerDestinationCIMXML", "CIM_ListenerDestination", XML_DESTINATION,
+                 "A listener that takes CIM-XML over HTTP."),
+    InteropAssociation("CIM_AbstractIndicationSubscription", nullptr, ABSTRACT_SUBSCRIPTION,
+                       "The wish to get indications.", true),
+    InteropAssociation("CIM_IndicationSubscription", "CIM_AbstractIndicationSubscription",
+                       SUBSCRIPTION, "A filter and a listener that gets what passes it."),
+    InteropClass("CIM_IndicationService", "CIM_Service", SERVICE, "What sends indications."),
+    InteropClass("CIM_Capabilities", "CIM_ManagedElement", CAPABILITIES, "What an element can do.",
+                 true),
+    InteropClass("CIM_IndicationServiceCapabilities", "CIM_Capabilities", SERVICE_CAPABILITIES,
+                 "What an indication service can do."),
+    InteropAssociation("CIM_ElementCapabilities", nullptr, ELEMENT_CAPABILITIES,
+                       "An element and what it can do."),
+    InteropAssociation("CIM_ServiceAffectsElement", nullptr, AFFECTS,
+                       "A service and an element that it has an effect on."),
 };
 
 }  // namespace

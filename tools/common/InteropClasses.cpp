@@ -92,45 +92,33 @@ constexpr PropertyRow REFERENCED[] = {
     End("Dependent", "CIM_RegisteredProfile", "The profile that references it."),
 };
 
-constexpr ClassRow Class(const char* name, const char* parent, Properties properties,
-                         const char* description, bool isAbstract = false) {
-  return {name,    parent,      isAbstract, false,   properties.rows, properties.count,
-          nullptr, description, {},         nullptr, nullptr,         INTEROP};
-}
-
-constexpr ClassRow Association(const char* name, const char* parent, Properties properties,
-                               const char* description) {
-  return {name,    parent,      false, true,    properties.rows, properties.count,
-          nullptr, description, {},    nullptr, nullptr,         INTEROP};
-}
-
 constexpr ClassRow CLASSES[] = {
-    Class("CIM_Service", "CIM_EnabledLogicalElement", SERVICE, "A service.", true),
-    Class("CIM_WBEMService", "CIM_Service", {}, "A service of a CIM server."),
-    Class("CIM_ObjectManager", "CIM_WBEMService", OBJECT_MANAGER, "A CIM server."),
-    Class("CIM_Namespace", "CIM_ManagedElement", NAMESPACE, "A namespace of a CIM server."),
-    Class("CIM_ServiceAccessPoint", "CIM_EnabledLogicalElement", ACCESS_POINT,
-          "A way to reach a service."),
-    Class("CIM_ObjectManagerCommunicationMechanism", "CIM_ServiceAccessPoint", MECHANISM,
-          "A way to reach a CIM server."),
-    Class("CIM_CIMXMLCommunicationMechanism", "CIM_ObjectManagerCommunicationMechanism",
-          XML_MECHANISM, "CIM operations over HTTP."),
-    Class("CIM_RegisteredSpecification", "CIM_ManagedElement", SPECIFICATION,
-          "A specification that is implemented."),
-    Class("CIM_RegisteredProfile", "CIM_RegisteredSpecification", {},
-          "A profile that is implemented."),
-    Association("CIM_NamespaceInManager", "CIM_Dependency", NAMESPACE_IN_MANAGER,
-                "A CIM server and a namespace of it."),
-    Association("CIM_HostedService", "CIM_HostedDependency", HOSTED_SERVICE,
-                "A system and a service that runs on it."),
-    Association("CIM_ServiceAccessBySAP", "CIM_Dependency", SERVICE_ACCESS,
-                "A service and a way to reach it."),
-    Association("CIM_CommMechanismForManager", "CIM_ServiceAccessBySAP", MECHANISM_FOR_MANAGER,
-                "A CIM server and a way to reach it."),
-    Association("CIM_ElementConformsToProfile", nullptr, CONFORMS,
-                "A profile and an element that conforms to it."),
-    Association("CIM_ReferencedProfile", "CIM_Dependency", REFERENCED,
-                "A profile that references another one."),
+    InteropClass("CIM_Service", "CIM_EnabledLogicalElement", SERVICE, "A service.", true),
+    InteropClass("CIM_WBEMService", "CIM_Service", {}, "A service of a CIM server."),
+    InteropClass("CIM_ObjectManager", "CIM_WBEMService", OBJECT_MANAGER, "A CIM server."),
+    InteropClass("CIM_Namespace", "CIM_ManagedElement", NAMESPACE, "A namespace of a CIM server."),
+    InteropClass("CIM_ServiceAccessPoint", "CIM_EnabledLogicalElement", ACCESS_POINT,
+                 "A way to reach a service."),
+    InteropClass("CIM_ObjectManagerCommunicationMechanism", "CIM_ServiceAccessPoint", MECHANISM,
+                 "A way to reach a CIM server."),
+    InteropClass("CIM_CIMXMLCommunicationMechanism", "CIM_ObjectManagerCommunicationMechanism",
+                 XML_MECHANISM, "CIM operations over HTTP."),
+    InteropClass("CIM_RegisteredSpecification", "CIM_ManagedElement", SPECIFICATION,
+                 "A specification that is implemented."),
+    InteropClass("CIM_RegisteredProfile", "CIM_RegisteredSpecification", {},
+                 "A profile that is implemented."),
+    InteropAssociation("CIM_NamespaceInManager", "CIM_Dependency", NAMESPACE_IN_MANAGER,
+                       "A CIM server and a namespace of it."),
+    InteropAssociation("CIM_HostedService", "CIM_HostedDependency", HOSTED_SERVICE,
+                       "A system and a service that runs on it."),
+    InteropAssociation("CIM_ServiceAccessBySAP", "CIM_Dependency", SERVICE_ACCESS,
+                       "A service and a way to reach it."),
+    InteropAssociation("CIM_CommMechanismForManager", "CIM_ServiceAccessBySAP",
+                       MECHANISM_FOR_MANAGER, "A CIM server and a way to reach it."),
+    InteropAssociation("CIM_ElementConformsToProfile", nullptr, CONFORMS,
+                       "A profile and an element that conforms to it."),
+    InteropAssociation("CIM_ReferencedProfile", "CIM_Dependency", REFERENCED,
+                       "A profile that references another one."),
 };
 
 }  // namespace

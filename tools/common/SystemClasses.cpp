@@ -270,22 +270,10 @@ constexpr PropertyRow IDENTITY_MEMBER[] = {
     End("Member", IDENTITY_CLASS, "A user or group that holds the role."),
 };
 
-constexpr ClassRow Class(const char* name, const char* parent, Properties properties,
-                         const char* description, unsigned spaces, bool isAbstract = true) {
-  return {name,    parent,      isAbstract, false,   properties.rows, properties.count,
-          nullptr, description, {},         nullptr, nullptr,         spaces};
-}
-
 constexpr ClassRow Objects(Kind kind, const char* name, const char* parent, Properties properties,
                            const PropertyRow* key, const char* description) {
   return {name, parent,      false, false,   properties.rows, properties.count,
           key,  description, kind,  nullptr, nullptr};
-}
-
-constexpr ClassRow Association(const char* name, const char* parent, Properties properties,
-                               const char* description, unsigned spaces, bool isAbstract) {
-  return {name,    parent,      isAbstract, true,    properties.rows, properties.count,
-          nullptr, description, {},         nullptr, nullptr,         spaces};
 }
 
 constexpr ClassRow Links(const char* name, const char* parent, Properties properties,

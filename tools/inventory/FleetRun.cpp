@@ -2,9 +2,7 @@
 #include "tools/inventory/FleetRun.h"
 
 #include <algorithm>
-#include <iostream>
 
-#include "tools/common/CellText.h"
 #include "tools/inventory/FleetText.h"
 
 namespace tools::inventory {
@@ -17,10 +15,6 @@ using std::chrono::milliseconds;
 constexpr int WAIT_SLICE_MS = 200;
 constexpr milliseconds SHORTEST_GAP(200);       // between two times that everything is shown
 constexpr std::chrono::seconds LONGEST_GAP(5);  // of what is redrawn: sites grow older
-
-void Report(const std::string& text) {
-  std::cerr << PROGRAM << ": " << Printable(text) << '\n';
-}
 
 }  // namespace
 
@@ -84,12 +78,7 @@ void FleetRun::ReportState() {
     Report("what is in the cluster under " + status.lastSkipped + "; it is passed over");
   }
   reportedSkipped = status.skipped;
-  if (status.reason == reported) return;
-  if (status.state == State::lost) {
-    Report(reported.empty() ? "cluster lost (" + status.reason + "), connecting again"
-                            : status.reason);
-  }
-  reported = status.reason;
+  loss.Look(status.state == State::lost, status.reason);
 }
 
 }  // namespace tools::inventory

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "tools/common/EndOfRun.h"
+#include "tools/inventory/LossReport.h"
 #include "tools/inventory/Options.h"
 #include "tools/inventory/View.h"
 
@@ -39,7 +40,7 @@ class FleetRun {
   kecpp::FleetFollower follower;
   std::chrono::steady_clock::time_point shown;  // the last time, and how long it took
   std::chrono::steady_clock::duration took{0};
-  std::string reported;  // why there is no connection; empty while there is one
+  LossReport loss{"cluster"};
   unsigned long long reportedSkipped = 0;
 };
 

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tools/inventory/InventoryRun.h"
 
-#include <iostream>
-
-#include "tools/common/CellText.h"
 #include "tools/common/ObjectJson.h"
 #include "tools/common/ProcessEnd.h"
 #include "tools/inventory/FillProgress.h"
@@ -17,10 +14,6 @@ using std::chrono::milliseconds;
 
 constexpr int WAIT_SLICE_MS = 200;
 constexpr std::chrono::seconds SETTLE_LIMIT(60);
-
-void Report(const std::string& text) {
-  std::cerr << PROGRAM << ": " << Printable(text) << '\n';
-}
 
 }  // namespace
 
@@ -88,12 +81,7 @@ bool InventoryRun::TakeChanges(milliseconds limit) {
 
 void InventoryRun::ReportState() {
   const kecpp::Status status = inventory.State();
-  if (status.reason == reported) return;
-  if (status.state == State::lost) {
-    Report(reported.empty() ? "connection lost (" + status.reason + "), connecting again"
-                            : status.reason);
-  }
-  reported = status.reason;
+  loss.Look(status.state == State::lost, status.reason);
 }
 
 }  // namespace tools::inventory

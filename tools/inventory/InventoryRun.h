@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tools/common/EndOfRun.h"
+#include "tools/inventory/LossReport.h"
 #include "tools/inventory/Model.h"
 #include "tools/inventory/Options.h"
 #include "tools/inventory/View.h"
@@ -47,7 +48,7 @@ class InventoryRun {
   const kecpp::Inventory inventory;
   kecpp::Follower follower;
   std::vector<kecpp::Change> changes;  // the last ones
-  std::string reported;                // why there is no connection; empty while there is one
+  LossReport loss{"connection"};
 };
 
 }  // namespace tools::inventory
