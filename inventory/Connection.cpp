@@ -165,8 +165,8 @@ void Connection::WatchAuthorization() {
         instance->GetReference("authorizationManager"));
     if (!root) throw KELib::NoPermissionException("there is no authorization manager");
     Watch("authorizationManager", &ListAuthorization, firstRoles.get());
+    AwaitAuthorization(*firstRoles);  // who is in a role that is not cached yet is not linked to it
     Watch("authorizationManager", &ListPermissions, firstPermissions.get());
-    AwaitAuthorization(*firstRoles);
     AwaitAuthorization(*firstPermissions);
     hasAuthorization = true;
   } catch (const KELib::Throwable& error) {

@@ -226,21 +226,31 @@ void Keeper::WatchOver() {
 
 // The new connection takes the place of the present one, which is destroyed when its readers have
 // left. Followers learn of it afterwards: a reader that looks up what it was given must find it.
+// Their feeds are opened before: a reader may look at any time, and what changes later is in them.
 void Keeper::Install(std::unique_ptr<Connection> made) {
   const std::lock_guard<std::mutex> guard(switching);
+  const Followers all = LivingFollowers();
+  const auto closeAll = [&] {
+    for (const auto& follower : all) follower->Close();
+  };
+  Feeds feeds;
+  try {
+    feeds = OpenFeeds(*made, all.size());
+  } catch (...) {
+    closeAll();
+  }
   {
     const std::lock_guard<std::mutex> lock(mutex);
     current.swap(made);
   }
-  const Followers all = LivingFollowers();
   try {
     if (made) {
-      Switch(*made, *current, all);
+      Switch(*made, *current, all, feeds);
     } else {
-      for (const auto& follower : all) follower->Begin(std::make_shared<Feed>(*current));
+      for (std::size_t i = 0; i < feeds.size(); ++i) all[i]->Begin(feeds[i]);
     }
   } catch (...) {
-    for (const auto& follower : all) follower->Close();
+    closeAll();
   }
   const std::lock_guard<std::mutex> lock(mutex);
   SetStateNoLock(Status::State::connected, "");
@@ -250,18 +260,23 @@ void Keeper::Install(std::unique_ptr<Connection> made) {
   status.authorizationFailure = current->AuthorizationFailure();
 }
 
-void Keeper::Switch(Connection& before, Connection& now, const Followers& all) {
-  StopSync(before.Sync());
-  if (all.empty()) return;
-  std::vector<std::shared_ptr<Feed>> feeds;
-  std::vector<Change> passed;  // what is there already is compared instead
-  for (std::size_t i = 0; i < all.size(); ++i) {
-    feeds.push_back(std::make_shared<Feed>(now));
-    while (feeds.back()->Take(passed, 1000) != 0) continue;
+// Behind the first connection's the first content is passed over: it is compared instead.
+Keeper::Feeds Keeper::OpenFeeds(Connection& connection, std::size_t count) const {
+  Feeds feeds;
+  std::vector<Change> passed;
+  while (feeds.size() < count) {
+    feeds.push_back(std::make_shared<Feed>(connection));
+    while (current && feeds.back()->Take(passed, 1000) != 0) continue;
   }
+  return feeds;
+}
+
+void Keeper::Switch(Connection& before, Connection& now, const Followers& all, const Feeds& feeds) {
+  StopSync(before.Sync());
+  if (feeds.empty()) return;
   const std::vector<Change> differences = FindDifferences(before, now);
   const auto isKnown = [&](Kind kind, const std::string& key) { return Holds(before, kind, key); };
-  for (std::size_t i = 0; i < all.size(); ++i) all[i]->Switch(feeds[i], differences, isKnown);
+  for (std::size_t i = 0; i < feeds.size(); ++i) all[i]->Switch(feeds[i], differences, isKnown);
 }
 
 Keeper::Followers Keeper::LivingFollowers() {

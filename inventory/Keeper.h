@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "inventory/Connection.h"
+#include "inventory/Feed.h"
 #include "inventory/FollowerImpl.h"
 
 namespace kecpp {
@@ -52,6 +53,7 @@ class Keeper {
 
  private:
   using Followers = std::vector<std::shared_ptr<Follower::Impl>>;
+  using Feeds = std::vector<std::shared_ptr<Feed>>;  // of all followers, or of none
   class Opening;
 
   void Stop();
@@ -61,7 +63,8 @@ class Keeper {
   void Open(std::unique_ptr<Connection>& made);
   void WatchOver();
   void Install(std::unique_ptr<Connection> made);
-  void Switch(Connection& before, Connection& now, const Followers& all);
+  Feeds OpenFeeds(Connection& connection, std::size_t count) const;
+  void Switch(Connection& before, Connection& now, const Followers& all, const Feeds& feeds);
   Followers LivingFollowers();
   void SetState(Status::State state, const std::string& reason);
   void SetStateNoLock(Status::State state, const std::string& reason);

@@ -163,6 +163,19 @@ TEST_F(InventoryTest, FollowsFromBeforeTheFirstConnection) {
   Follow(all.front(), replay);
 }
 
+// The lists of roles and of permissions come one after the other, and one needs the other.
+TEST(InventoryOfASlowDaemon, HasAllLinksOnceItIsConnected) {
+  Simulator simulator({"--machines", "0", "--hosts", "1"});
+  for (const char* method : {"WaitForUpdates", "RetrieveAllPermissions"}) {
+    simulator.Control("fault",
+                      {{"method", method}, {"kind", "drip"}, {"count", 100}, {"delayMs", 1}});
+  }
+  kecpp::Options options;
+  options.config = simulator.Config();
+  const Inventory inventory(options);
+  EXPECT_THAT(inventory.FindIdentity("root")->roles, testing::ElementsAre("1"));
+}
+
 // A connection that was lost takes its time to end as well.
 TEST_F(InventoryTest, EndsInTimeWhileTheDaemonHangs) {
   for (const char* method : {"Logout", "CancelWaitForUpdates"}) {
