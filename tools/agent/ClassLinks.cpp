@@ -16,7 +16,8 @@ using Classes = std::vector<const ClassRow*>;
 // the place among its properties of a reference of that role to the class.
 template <class Use>
 void ForEachReference(const Request& request, const ClassRow* linkClass, Use use) {
-  const ClassRow& type = KnownClass(request, request.Text("ObjectName"), Status::InvalidParameter);
+  const std::string name = request.Text("ObjectName");
+  const ClassRow& type = KnownClass(request, name, Status::InvalidParameter);
   const std::string role = request.Text("Role");
   for (const ClassRow* link : AllClasses(request.space->space)) {
     if (!link->isAssociation || (linkClass && !DerivesFrom(*link, *linkClass))) continue;
