@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdio>
 #include <random>
 
@@ -32,6 +33,12 @@ bool WriteSecret(const std::string& path, const std::string& text) {
   return close(fd) == 0 && written;
 }
 
+// All daemons of the process may have one folder.
+std::string NextTicketName() {
+  static std::atomic<unsigned long> next{0};
+  return "/ticket-" + std::to_string(getpid()) + '-' + std::to_string(next++);
+}
+
 }  // namespace
 
 Sessions::Sessions(const Account& given) : account(given) {}
@@ -41,8 +48,7 @@ std::string Sessions::IssueTicket(const std::string& user) {
   if (account.ticketFolder.empty()) Refuse("This daemon hands no local tickets out.");
   const std::string password = Random() + "<&>";  // a client that sends it as XML has to escape it
   const std::lock_guard<std::mutex> lock(mutex);
-  std::string path = account.ticketFolder + "/ticket-" + std::to_string(getpid()) + "-" +
-                     std::to_string(nextTicket++);
+  std::string path = account.ticketFolder + NextTicketName();
   if (!WriteSecret(path, password)) Refuse("The password file cannot be written.");
   tickets[password] = user;
   return path;

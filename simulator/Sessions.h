@@ -38,7 +38,6 @@ class Sessions {
   std::mutex mutex;                            // guards what follows
   std::map<std::string, std::string> tickets;  // user by password
   std::set<std::string> cookies;
-  unsigned int nextTicket = 1;
 };
 
 }  // namespace sim

@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <list>
 
 #include "simulator/Certificate.h"
 #include "simulator/Churn.h"
@@ -27,6 +28,7 @@ struct Options {
   std::uint64_t seed = 1;
   double churn = 0;
   int port = 0;
+  unsigned int daemons = 1;
   unsigned int duration = 0;
   bool https = false;
   std::string pidFile;
@@ -43,6 +45,9 @@ void Declare(Options& options, CLI::App& app) {
   app.add_option("--churn", options.churn, "Random changes per second");
   app.add_option("--listen-port", options.port, "Port on 127.0.0.1; 0 takes a free one")
       ->check(CLI::Range(0, 65535));
+  app.add_option("--daemons", options.daemons,
+                 "Number of daemons, each with its inventory and its port")
+      ->check(CLI::Range(1, 1000));
   app.add_option("--duration", options.duration, "End after that many seconds");
   app.add_flag("--https", options.https, "Serve HTTPS with a certificate made at start");
   app.add_option("--pid-file", options.pidFile, "Write the process id there");
@@ -68,35 +73,67 @@ void AwaitEnd(unsigned int seconds) {
   }
 }
 
-void Serve(const Options& options) {
-  sim::Inventory inventory(options.counts, options.seed);
-  sim::Daemon daemon(inventory, options.daemon);
-  sim::Churn churn(inventory, options.churn, options.seed);
+// One daemon with its inventory, its port and its controls.
+class Service {
+ public:
+  Service(const Options& options, unsigned int number)
+      : inventory(options.counts, options.seed + number),
+        daemon(inventory, options.daemon),
+        churn(inventory, options.churn, options.seed + number),
+        scheme(options.https ? "https" : "http"),
+        server(options.https ? sim::MakeTlsContext() : sim::TlsContext(nullptr, &SSL_CTX_free)),
+        restarts(server, daemon, PidFile(options, number)),
+        misbehaviour(server, restarts),
+        endpoint(daemon, faults, misbehaviour, statistics) {
+    endpoint.AddTo(server);
+    sim::AddControls(controlled);
+    port = server.Bind(options.port == 0 ? 0 : options.port + static_cast<int>(number));
+    server.Start();
+    restarts.WritePid(std::to_string(getpid()));
+  }
+  ~Service() {
+    server.EndConnections();  // a daemon that goes leaves its waits unanswered
+    daemon.Shutdown();
+    misbehaviour.Shutdown();
+    server.Stop();
+    restarts.RemovePid();
+  }
+  Service(const Service&) = delete;
+  Service& operator=(const Service&) = delete;
+
+  std::string Url() const {
+    return std::string(scheme) + "://127.0.0.1:" + std::to_string(port) + "/sdk/pxaService";
+  }
+
+ private:
+  static std::string PidFile(const Options& options, unsigned int number) {
+    const bool isOne = options.daemons == 1 || options.pidFile.empty();
+    return isOne ? options.pidFile : options.pidFile + '.' + std::to_string(number + 1);
+  }
+
+  sim::Inventory inventory;
+  sim::Daemon daemon;
+  sim::Churn churn;
   sim::Faults faults;
   sim::Statistics statistics;
-  sim::HttpServer server(options.https ? sim::MakeTlsContext()
-                                       : sim::TlsContext(nullptr, &SSL_CTX_free));
-  sim::Restarts restarts(server, daemon, options.pidFile);
-  sim::Misbehaviour misbehaviour(server, restarts);
-  sim::Endpoint endpoint(daemon, faults, misbehaviour, statistics);
-  endpoint.AddTo(server);
+  const char* const scheme;
+  sim::HttpServer server;
+  sim::Restarts restarts;
+  sim::Misbehaviour misbehaviour;
+  sim::Endpoint endpoint;
   sim::Controlled controlled{inventory,  daemon, churn,    faults,
                              statistics, server, restarts, [] { kill(getpid(), SIGTERM); }};
-  sim::AddControls(controlled);
+  int port = 0;
+};
 
-  const int port = server.Bind(options.port);
-  server.Start();
-  restarts.WritePid(std::to_string(getpid()));
-  std::printf("listening on %s://127.0.0.1:%d/sdk/pxaService\n", options.https ? "https" : "http",
-              port);
-  std::fflush(stdout);
+void Serve(const Options& options) {
+  std::list<Service> services;
+  for (unsigned int number = 0; number < options.daemons; ++number) {
+    services.emplace_back(options, number);
+    std::printf("listening on %s\n", services.back().Url().c_str());
+    std::fflush(stdout);
+  }
   AwaitEnd(options.duration);
-
-  server.EndConnections();  // a daemon that goes leaves its waits unanswered
-  daemon.Shutdown();
-  misbehaviour.Shutdown();
-  server.Stop();
-  restarts.RemovePid();
 }
 
 int Run(int argc, char** argv) {

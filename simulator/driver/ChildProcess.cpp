@@ -95,15 +95,23 @@ int ChildProcess::Wait() {
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-std::string ChildProcess::AwaitUrl() {
-  std::smatch url;
-  std::string output;
+std::vector<std::string> ChildProcess::AwaitUrls(int count) {
+  const std::regex line("listening on (.*)\n");
+  std::vector<std::string> urls;
   Eventually([&] {
-    output = Output();
-    return std::regex_search(output, url, std::regex("listening on (.*)\n")) || !IsRunning();
+    const bool hasEnded = !IsRunning();
+    const std::string output = Output();
+    urls.clear();
+    for (std::sregex_iterator found(output.begin(), output.end(), line), end; found != end;
+         ++found) {
+      urls.push_back((*found)[1]);
+    }
+    return urls.size() >= static_cast<std::size_t>(count) || hasEnded;
   });
-  if (url.empty()) throw std::runtime_error("it does not listen: " + Errors());
-  return url[1];
+  if (urls.size() < static_cast<std::size_t>(count)) {
+    throw std::runtime_error("it does not listen: " + Errors());
+  }
+  return urls;
 }
 
 std::string ChildProcess::Output() const {

@@ -43,9 +43,10 @@ class ChildProcess {
   // The exit status, or 128 and the signal's number. Waits up to a minute, then kills it.
   int Wait();
 
-  // Waits until it has written a line "... listening on URL" and returns the URL. Throws when it
-  // ends without such a line.
-  std::string AwaitUrl();
+  // Waits until it has written a line "... listening on URL" and returns the URL; or so many of
+  // them. Throws when it ends without such a line.
+  std::string AwaitUrl() { return AwaitUrls(1).front(); }
+  std::vector<std::string> AwaitUrls(int count);
 
   // What it has written so far.
   std::string Output() const;

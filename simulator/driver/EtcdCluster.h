@@ -33,6 +33,7 @@ class EtcdCluster {
   void Kill(int member);   // SIGKILL
   void Signal(int member, int signal);
   bool IsRunning(int member) { return members.at(Index(member)).process != nullptr; }
+  pid_t Pid(int member) const { return members.at(Index(member)).process->Pid(); }
 
   // Waits until the member answers reads that the majority confirms; false after a minute.
   bool Answers(int member) const;

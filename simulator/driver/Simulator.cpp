@@ -12,17 +12,34 @@ namespace driver {
 namespace {
 
 // The environment overrides what the build says.
-std::string Program() {
+std::string Executable() {
   const char* chosen = std::getenv("KECPP_SIMULATOR");
   return chosen ? chosen : KECPP_SIMULATOR_PROGRAM;
 }
 
 }  // namespace
 
+Simulator::Program::Program(const std::vector<std::string>& options)
+    : process({Executable(), "--listen-port", "0", "--ticket-dir", folder.path}, options) {}
+
 Simulator::Simulator(const std::vector<std::string>& options)
-    : process({Program(), "--listen-port", "0", "--ticket-dir", folder.path}, options),
-      url(process.AwaitUrl()),
+    : Simulator(std::move(Several(1, options).front())) {}
+
+Simulator::Simulator(std::shared_ptr<Program> of, const std::string& ofService)
+    : program(std::move(of)),
+      url(ofService),
       host(url.substr(0, url.find('/', url.find("://") + 3))) {}
+
+std::vector<Simulator> Simulator::Several(int count, const std::vector<std::string>& options) {
+  std::vector<std::string> words = options;
+  if (count != 1) words.insert(words.end(), {"--daemons", std::to_string(count)});
+  const auto program = std::make_shared<Program>(words);
+  std::vector<Simulator> all;
+  for (const std::string& url : program->process.AwaitUrls(count)) {
+    all.push_back(Simulator(program, url));
+  }
+  return all;
+}
 
 std::string Simulator::Document(const std::string& loginInfo) const {
   // The daemon does not ask for a certificate, but the library wants one for https.
@@ -45,7 +62,7 @@ std::string Simulator::Config(const std::string& user, const std::string& passwo
 
 // In one step: a program that was started earlier may be reading the file at this moment.
 std::string Simulator::ConfigFile(const std::string& config) const {
-  std::string path = folder.path + "/config.xml";
+  std::string path = TicketFolder() + "/config-" + host.substr(host.rfind(':') + 1) + ".xml";
   const std::string written = path + ".new";
   std::ofstream(written) << config;
   if (std::rename(written.c_str(), path.c_str()) != 0)
@@ -53,15 +70,23 @@ std::string Simulator::ConfigFile(const std::string& config) const {
   return path;
 }
 
+void Simulator::KeepConnection() {
+  client = std::make_shared<httplib::Client>(host);
+  client->enable_server_certificate_verification(false);
+  client->set_keep_alive(true);
+  client->set_tcp_nodelay(true);
+}
+
 Json Simulator::Ask(const std::string& method, const std::string& control,
                     const std::string& body) {
   const std::string path = "/control/" + control;
-  httplib::Client client(host);
-  client.enable_server_certificate_verification(false);
+  httplib::Client once(host);
+  once.enable_server_certificate_verification(false);
+  httplib::Client& to = client ? *client : once;
   httplib::Result answer(nullptr, httplib::Error::Unknown);
   Eventually([&] {
-    answer = method == "GET" ? client.Get(path) : client.Post(path, body, "application/json");
-    return answer || !process.IsRunning();
+    answer = method == "GET" ? to.Get(path) : to.Post(path, body, "application/json");
+    return answer || !program->process.IsRunning();
   });
   if (!answer) throw std::runtime_error(path + ": " + httplib::to_string(answer.error()));
   if (answer->status != 200) throw std::runtime_error(path + ": " + answer->body);

@@ -3,14 +3,21 @@
 // Starts the simulated management daemon as a process on a free port, writes the configuration that
 // leads an agent to it, and controls it: faults, changes, the true inventory. For tests of an agent
 // as much as for those of the library.
+//
+// Thread safety: one thread at a time for each daemon.
 #ifndef KECPP_SIMULATOR_DRIVER_SIMULATOR_H
 #define KECPP_SIMULATOR_DRIVER_SIMULATOR_H
 
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "simulator/driver/ChildProcess.h"
+
+namespace httplib {
+class Client;
+}
 
 namespace driver {
 
@@ -20,13 +27,20 @@ class Simulator {
  public:
   // Starts it on a free port, with these further options, and waits until it listens.
   explicit Simulator(const std::vector<std::string>& options);
+  // Several daemons in one process, which lives as long as one of the objects.
+  static std::vector<Simulator> Several(int count, const std::vector<std::string>& options);
 
   // The configuration document that leads an agent to it: by local ticket, or as a user.
   std::string Config() const;
   std::string Config(const std::string& user, const std::string& password) const;
-  const std::string& TicketFolder() const { return folder.path; }
+  pid_t Pid() const { return program->process.Pid(); }
+  const std::string& TicketFolder() const { return program->folder.path; }
   // A document in a file, for programs that take a path.
   std::string ConfigFile(const std::string& config) const;
+
+  // From now on the controls have one connection: for many orders in short time. An order that the
+  // end of the connection overtakes may be given twice.
+  void KeepConnection();
 
   // The inventory as it is now, in the form in which kecpp-inventory prints it.
   Json Truth() { return Ask("GET", "inventory"); }
@@ -42,13 +56,20 @@ class Simulator {
   Json Stats() { return Ask("GET", "stats"); }
 
  private:
+  struct Program {
+    explicit Program(const std::vector<std::string>& options);
+    TemporaryFolder folder;
+    ChildProcess process;
+  };
+
+  Simulator(std::shared_ptr<Program> of, const std::string& url);
   std::string Document(const std::string& loginInfo) const;
   Json Ask(const std::string& method, const std::string& control, const std::string& body = "");
 
-  TemporaryFolder folder;
-  ChildProcess process;
-  const std::string url;   // of the service
-  const std::string host;  // of the controls: scheme, address and port
+  std::shared_ptr<Program> program;
+  std::string url;                          // of the service
+  std::string host;                         // of the controls: scheme, address and port
+  std::shared_ptr<httplib::Client> client;  // of kept controls
 };
 
 }  // namespace driver
