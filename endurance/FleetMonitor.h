@@ -28,6 +28,8 @@ class FleetMonitor {
   // Waits until it has seen that revision; false after a minute.
   bool HasSeen(std::int64_t revision) const;
 
+  // The last revision of a key that it has seen.
+  std::int64_t Seen() const { return seen; }
   std::size_t Events() const { return events; }
   std::size_t Streams() const { return streams; }  // watches begun
   // What was wrong; empty: nothing.

@@ -25,6 +25,34 @@ constexpr ListRow LISTS[] = {{"hosts", kecpp::Kind::host, "Name", "machines"},
                              {"privileges", kecpp::Kind::privilege, "InstanceID", "roles"},
                              {"identities", kecpp::Kind::identity, "InstanceID", nullptr}};
 
+// What a publisher has to say of it.
+SiteContent WithoutDerivedLinks(SiteContent content) {
+  for (auto& [part, object] : content) {
+    for (const ListRow& row : LISTS) {
+      const bool isOfKind = kecpp::fleet::ParseObjectPart(part)->kind == row.kind;
+      if (isOfKind && row.derived != nullptr) object.erase(row.derived);
+    }
+  }
+  return content;
+}
+
+std::string DifferenceOf(const SiteContent& truth, const SiteContent& there, const char* where) {
+  if (there == truth) return {};
+  std::string text = " " + std::to_string(there.size()) + " objects in " + where + ", " +
+                     std::to_string(truth.size()) + " true ones;";
+  int shown = 0;
+  for (const auto& [part, value] : truth) {
+    const auto found = there.find(part);
+    if (found != there.end() && found->second == value) continue;
+    if (++shown > 3) break;
+    text += ' ' + part + (found == there.end() ? " is missing" : " differs");
+  }
+  for (const auto& [part, value] : there) {
+    if (truth.count(part) == 0 && ++shown < 6) text += ' ' + part + " is too many";
+  }
+  return text + '\n';
+}
+
 }  // namespace
 
 FleetSite::FleetSite(const std::string& siteName, int count, const std::string& cluster,
@@ -43,12 +71,14 @@ FleetSite::FleetSite(const std::string& siteName, int count, const std::string& 
 }
 
 void FleetSite::StartPublisher() {
-  publisher = std::make_unique<driver::ChildProcess>(std::vector<std::string>{
-      KECPP_PUBLISH_PROGRAM, "--config", config, "--site", name, "--to", members});
+  publication = std::make_unique<Publication>(members);
+  publication->process = std::make_unique<driver::ChildProcess>(
+      std::vector<std::string>{KECPP_PUBLISH_PROGRAM, "--config", config, "--site", name, "--to",
+                               publication->lines.Urls()});
 }
 
-std::unique_ptr<driver::ChildProcess> FleetSite::ReplacePublisher() {
-  auto before = std::move(publisher);
+std::unique_ptr<Publication> FleetSite::ReplacePublisher() {
+  auto before = std::move(publication);
   StartPublisher();
   return before;
 }
@@ -73,40 +103,33 @@ void FleetSite::Change() {
   }
 }
 
-FleetSite::Properties FleetSite::Truth() {
-  Properties truth;
+SiteContent FleetSite::Truth() {
+  SiteContent truth;
   const Json stored = Decoded(simulator.Truth());
   for (const ListRow& row : LISTS) {
-    for (Json object : stored[row.list]) {
-      if (row.derived != nullptr) object.erase(row.derived);
+    for (const Json& object : stored[row.list]) {
       truth[kecpp::fleet::ObjectPart(row.kind, object[row.key].get<std::string>())] = object;
     }
   }
   return truth;
 }
 
-std::string FleetSite::Difference(kecpp::fleet::EtcdClient& client) {
+SiteContent FleetSite::InCluster(kecpp::fleet::EtcdClient& client) const {
   const std::string prefix = kecpp::fleet::ObjectsOf(name);
-  Properties there;
+  SiteContent there;
   ReadPrefix(client, prefix, [&](kecpp::fleet::KeyValue&& entry) {
     there[entry.key.substr(prefix.size())] =
         Json::parse(entry.value, nullptr, false).value("properties", Json());
   });
-  const Properties truth = Truth();
-  if (there == truth) return {};
-  std::string text = name + ": " + std::to_string(there.size()) + " objects, " +
-                     std::to_string(truth.size()) + " true ones;";
-  int shown = 0;
-  for (const auto& [key, value] : truth) {
-    const auto found = there.find(key);
-    if (found != there.end() && found->second == value) continue;
-    if (++shown > 3) break;
-    text += ' ' + key + (found == there.end() ? " is missing" : " differs");
-  }
-  for (const auto& [key, value] : there) {
-    if (truth.count(key) == 0 && ++shown < 6) text += ' ' + key + " is too many";
-  }
-  return text;
+  return there;
+}
+
+std::string FleetSite::Difference(kecpp::fleet::EtcdClient& client, const FleetCopy& copy) {
+  const SiteContent truth = Truth();
+  const std::string text =
+      DifferenceOf(WithoutDerivedLinks(truth), InCluster(client), "the cluster") +
+      DifferenceOf(truth, copy.Of(name), "the reader's copy");
+  return text.empty() ? text : name + ':' + text;
 }
 
 }  // namespace endurance

@@ -2,9 +2,11 @@
 //
 // kecpp-fleet-soak [SECONDS [SEED [MEMBERS]]], an endurance run of publishers: simulated daemons
 // change all the time while members of a real etcd are killed and stopped, publishers killed,
-// stopped and replaced, sessions lost and daemons restarted. Ends with 1 when at rest the cluster
-// is not what the daemons are, when an older value ever replaced a newer one, or when another site
-// was touched; with 77 where there is no etcd.
+// stopped and replaced, publishers and a reader cut off from the cluster for up to a minute,
+// sessions lost and daemons restarted. Ends with 1 when at rest the cluster or the reader's copy of
+// it is not what the daemons are, when an older value ever replaced a newer one, when the reader
+// was given an event that cannot be, or when another site was touched; with 77 where there is no
+// etcd.
 #include <signal.h>
 
 #include <chrono>
@@ -15,6 +17,7 @@
 #include <random>
 #include <thread>
 
+#include "endurance/FleetCopy.h"
 #include "endurance/FleetMonitor.h"
 #include "endurance/FleetSite.h"
 #include "simulator/driver/EtcdCluster.h"
@@ -47,12 +50,14 @@ class FleetRun {
     for (int i = 0; i < count; ++i) {
       sites.emplace_back("site/" + std::to_string(i), 200, cluster.Urls(), seed + unsigned(i));
     }
+    copy = std::make_unique<FleetCopy>(cluster.Urls());
   }
 
   // True when everything was right.
   bool Go(double seconds) {
     bool isRight = Rests("at the start");
     KillMembers(1);  // also in the shortest run
+    CutAllOff(seconds < 100 ? 1 : 60);
     const auto end = Clock::now() + std::chrono::duration<double>(seconds);
     while (isRight && Clock::now() < end) {
       isRight = Trouble(std::chrono::duration<double>(end - Clock::now()).count());
@@ -63,10 +68,13 @@ class FleetRun {
     for (const FleetSite& site : sites) changes += site.Changes();
     std::printf("%llu changes, %zu revisions' events watched in %zu streams;", changes,
                 monitor->Events(), monitor->Streams());
+    std::printf(" the reader had %zu events and read everything %llu times;", copy->Events(),
+                copy->Readings());
     for (const auto& [kind, times] : faults) std::printf(" %s %d", kind.c_str(), times);
     std::printf("; longest way to agreement %.1f s\n", longest);
-    if (!monitor->Wrong().empty()) std::printf("%s", monitor->Wrong().c_str());
-    return isRight && monitor->Wrong().empty();
+    const std::string wrong = monitor->Wrong() + copy->Wrong();
+    std::printf("%s", wrong.c_str());
+    return isRight && wrong.empty();
   }
 
  private:
@@ -88,7 +96,7 @@ class FleetRun {
   // One fault, the changes that go on meanwhile, and now and then a look at whether all agree.
   bool Trouble(double left) {
     const double lasts = std::min(left, 1 + double(random() % 3000) / 1000);
-    switch (random() % 9) {
+    switch (random() % 12) {
       case 0:
       case 1:
         KillMembers(lasts);
@@ -112,6 +120,16 @@ class FleetRun {
         if (!ReplacePublisher()) return false;
         break;
       case 7:
+        ++faults["publisher cut off"];
+        CutOff(Any().Lines(), std::min(left, lasts * 3));
+        break;
+      case 8:
+        CutReaderOff(std::min(left, lasts * 3));
+        break;
+      case 9:
+        if (!ReplaceWhileCutOff(lasts)) return false;
+        break;
+      case 10:
         ++faults["daemon restarted"];
         Any().Daemon().Control("restart", {{"pid", 1 + random() % 30000}});
         break;
@@ -134,10 +152,65 @@ class FleetRun {
     ++faults["publisher replaced"];
     const auto before = Any().ReplacePublisher();
     Work(0.5);
-    if (before->Wait() == FleetSite::FENCED) return true;
+    return HasBeenFenced(*before);
+  }
+
+  // What the older one has sent comes late, when another has the site.
+  bool ReplaceWhileCutOff(double lasts) {
+    ++faults["publisher replaced while cut off"];
+    FleetSite& site = Any();
+    site.Lines().Set(AnyCut());
+    Work(lasts);
+    const auto before = site.ReplacePublisher();
+    Work(lasts);
+    before->lines.Set(driver::Lines::State::whole);
+    return HasBeenFenced(*before);
+  }
+
+  static bool HasBeenFenced(const Publication& before) {
+    if (before.process->Wait() == FleetSite::FENCED) return true;
     std::printf("a publisher did not end when another took its site: %s\n",
-                before->Errors().c_str());
+                before.process->Errors().c_str());
     return false;
+  }
+
+  driver::Lines::State AnyCut() {
+    using State = driver::Lines::State;
+    constexpr State CUTS[] = {State::silent, State::oneWay, State::resetting};
+    return CUTS[random() % 3];
+  }
+
+  void CutOff(driver::Lines& lines, double lasts) {
+    lines.Set(AnyCut());
+    Work(lasts);
+    lines.Set(driver::Lines::State::whole);
+  }
+
+  // What it misses is compacted meanwhile or not.
+  void CutReaderOff(double lasts) {
+    ++faults["reader cut off"];
+    copy->Cluster().Set(AnyCut());
+    Work(lasts);
+    if (random() % 2 == 0) Compact();
+    copy->Cluster().Set(driver::Lines::State::whole);
+  }
+
+  // As far as the monitor has come, which has to see every revision.
+  void Compact() try {
+    client.Call("kv/compaction", R"({"revision":")" + std::to_string(monitor->Seen()) + "\"}");
+    ++faults["compacted"];
+  } catch (const EtcdError&) {
+    // It was compacted up to there before.
+  }
+
+  // Each in another way.
+  void CutAllOff(double lasts) {
+    ++faults["all cut off"];
+    for (FleetSite& site : sites) site.Lines().Set(AnyCut());
+    copy->Cluster().Set(AnyCut());
+    Work(lasts);
+    for (FleetSite& site : sites) site.Lines().Set(driver::Lines::State::whole);
+    copy->Cluster().Set(driver::Lines::State::whole);
   }
 
   void KillMembers(double lasts) {
@@ -191,7 +264,7 @@ class FleetRun {
     const bool agrees = driver::Eventually([&] {
       try {
         difference.clear();
-        for (FleetSite& site : sites) difference += site.Difference(client);
+        for (FleetSite& site : sites) difference += site.Difference(client, *copy);
       } catch (const EtcdError& error) {
         difference = error.what();
       }
@@ -209,6 +282,7 @@ class FleetRun {
   std::mt19937 random;
   std::unique_ptr<FleetMonitor> monitor;
   std::list<FleetSite> sites;
+  std::unique_ptr<FleetCopy> copy;
   std::map<std::string, int> faults;
   std::int64_t foreignRevision = 0;
   double longest = 0;
