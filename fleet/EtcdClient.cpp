@@ -120,6 +120,7 @@ EtcdClient::EtcdClient(EtcdOptions given)
   if (options.members.empty()) {
     throw EtcdError(EtcdError::Kind::notDone, 0, "no member of a cluster is named");
   }
+  member = options.first % options.members.size();
 }
 
 std::string EtcdClient::Url(const std::string& ofPath) const {

@@ -30,6 +30,7 @@ struct EtcdOptions {
   std::string password;
   std::chrono::milliseconds limit{5000};          // of a request
   std::size_t mostBytes = std::size_t{64} << 20;  // of an answer
+  std::size_t first = 0;                          // member to begin with, modulo their number
 };
 
 // "http(s)://HOST:PORT[,...]" as a list of members, without a slash at the end; empty when a part

@@ -11,12 +11,14 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <thread>
 
 #include "endurance/Replay.h"
 #include "fleet/Documents.h"
 #include "fleet/EtcdClient.h"
 #include "fleet/Keys.h"
 #include "simulator/driver/EtcdCluster.h"
+#include "simulator/driver/ProcessSample.h"
 #include "simulator/driver/Simulator.h"
 
 namespace kecpp::fleet {
@@ -128,6 +130,19 @@ TEST_F(Publish, MakesTheClusterTrueAndKeepsWhatALostDaemonHad) {
   simulator.SetMachine("vm-1", "name", "a fourth");
   EXPECT_TRUE(Eventually([&] { return Site("s").isComplete && Count("s") == objects; }));
   EXPECT_TRUE(Eventually([&] { return Get(*client, LivingOf("s")).has_value(); }));
+
+  // One that is away is no reason to be busy, though there is something to write.
+  cluster->Signal(0, SIGSTOP);
+  simulator.SetMachine("vm-1", "name", "a fifth");
+  ASSERT_TRUE(Eventually([&] { return !publisher->Errors().empty(); }));
+  const auto processorTime = [&] {
+    return SampleOf("/proc/" + std::to_string(publisher->Pid())).cpuSeconds;
+  };
+  const double before = processorTime();
+  std::this_thread::sleep_for(std::chrono::seconds(1));
+  EXPECT_LT(processorTime() - before, 0.2);
+  cluster->Signal(0, SIGCONT);
+  EXPECT_TRUE(Eventually([&] { return known().find("a fifth") != std::string::npos; }));
 
   simulator.Control("quit");
   EXPECT_TRUE(Eventually([&] { return !Site("s").isConnected; }));

@@ -14,6 +14,7 @@ void Marks::Add(const std::string& part, std::int64_t time) {
     if (!isNew) return;
     ++next;
     order.push_back(&*entry);
+    if (order.size() != awaited) return;
   }
   changed.notify_one();
 }
@@ -40,9 +41,11 @@ void Marks::Return(std::vector<Mark> marks) {
   }
 }
 
-void Marks::Wait(Clock::time_point until) {
+void Marks::Wait(std::size_t count, Clock::time_point until) {
   std::unique_lock<std::mutex> lock(mutex);
-  changed.wait_until(lock, until, [this] { return isWoken || !order.empty(); });
+  awaited = count;
+  changed.wait_until(lock, until, [&] { return isWoken || order.size() >= count; });
+  awaited = 0;
   isWoken = false;
 }
 

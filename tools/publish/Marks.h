@@ -37,8 +37,10 @@ class Marks {
   // Puts back what was taken and could not be published, before all others.
   void Return(std::vector<Mark> marks);
 
-  // Waits until there are marks, or somebody wakes it, or the time has come.
-  void Wait(Clock::time_point until);
+  // Waits until there are so many marks, or somebody wakes it, or the time has come. One thread.
+  void Wait(std::size_t count, Clock::time_point until);
+  // The same without a look at the marks.
+  void WaitForWake(Clock::time_point until) { Wait(static_cast<std::size_t>(-1), until); }
   void Wake();
 
   std::size_t Size() const;
@@ -62,6 +64,7 @@ class Marks {
   Entries entries;
   std::deque<const Entries::value_type*> order;
   std::uint64_t next = 1;
+  std::size_t awaited = 0;  // marks that somebody waits for; 0: nobody waits
   bool isWoken = false;
 };
 

@@ -2,6 +2,7 @@
 #include "tools/publish/PublishOptions.h"
 
 #include <CLI/CLI.hpp>
+#include <functional>
 
 #include "fleet/Keys.h"
 #include "tools/common/ConfigArgument.h"
@@ -66,6 +67,8 @@ std::optional<int> ParsePublishOptions(int argc, const char* const* argv, Publis
   options.cluster.user = login.user;
   options.cluster.password = login.password;
   options.cluster.tls = {login.authorities, login.certificate, login.key};
+  // Sites are spread over the members.
+  options.cluster.first = std::hash<std::string>()(options.site);
   return {};
 }
 

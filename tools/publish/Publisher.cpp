@@ -19,6 +19,11 @@ constexpr milliseconds kFirstPause(100);
 constexpr milliseconds kLongestPause(5000);
 constexpr std::size_t kBusy = 100;  // marks: the next batch is composed while one is under way
 
+// A small transaction costs the cluster nearly as much as one with a hundred changes. So the
+// publisher rests after each, in proportion to what the cluster took, and changes gather meanwhile.
+constexpr int kRestShare = 4;
+constexpr milliseconds kLongestRest(50);
+
 void Append(std::vector<Mark>& to, std::vector<Mark> marks) {
   to.insert(to.end(), std::make_move_iterator(marks.begin()), std::make_move_iterator(marks.end()));
 }
@@ -73,7 +78,7 @@ void Publisher::NoteFailure(const EtcdError& error) {
   if (error.IsUncertain()) mustRenew = true;
   pause = std::clamp(2 * pause, kFirstPause, kLongestPause);
   const auto end = Clock::now() + pause;
-  while (!isEnding && Clock::now() < end) marks.Wait(std::min(end, Clock::now() + kFirstPause));
+  while (!isEnding && Clock::now() < end) marks.WaitForWake(end);
 }
 
 // One thing that is due, the most urgent first; or a wait until something is.
@@ -84,11 +89,12 @@ void Publisher::Step() {
   if (mustReconcile || Clock::now() >= reconcileAt) return ReadCluster();
   if (!doubtful.empty()) return ReadAgain();
   if (!ShowSite()) return;
+  if (IsResting()) return marks.Wait(kBusy, std::min(restUntil, showLifeAt));
   const bool isSent = SendBatch();
   const bool isNews = NoteAgreement();
   if (mustRenew || !doubtful.empty()) return;
   NoteSuccess();
-  if (!isSent && !isNews) marks.Wait(std::min(showLifeAt, reconcileAt));
+  if (!isSent && !isNews) marks.Wait(1, std::min(showLifeAt, reconcileAt));
 }
 
 void Publisher::NoteSuccess() {
@@ -196,6 +202,10 @@ bool Publisher::NoteAgreement() {
 
 // --- writing -------------------------------------------------------------------------------------
 
+bool Publisher::IsResting() const {
+  return next.Empty() && marks.Size() < kBusy && Clock::now() < restUntil;
+}
+
 // False when there is nothing to write.
 bool Publisher::SendBatch() {
   Batch batch = next.Empty() ? composer.Compose(epoch, {}, [] {}) : std::exchange(next, {});
@@ -208,11 +218,14 @@ bool Publisher::SendBatch() {
 Batch Publisher::Send(Batch batch) {
   Batch following;
   try {
+    const auto begin = Clock::now();
     client.Begin(Transaction::kPath, batch.transaction.Text());
     if (marks.Size() >= kBusy) {
       following = composer.Compose(epoch, batch, [this] { client.Advance(); });
     }
     const TransactionResult result = ReadResult(client.Finish());
+    const auto end = Clock::now();
+    restUntil = end + std::min<Clock::duration>(kRestShare * (end - begin), kLongestRest);
     NoteRevision(result.revision);
     if (result.succeeded) {
       Acknowledge(batch, result.revision);

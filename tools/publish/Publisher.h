@@ -56,6 +56,7 @@ class Publisher {
   void ReadCluster();
   void MarkInventory();
   void ReadAgain();
+  bool IsResting() const;
   bool SendBatch();
   Batch Send(Batch batch);
   void NoteRevision(std::int64_t revision);
@@ -95,6 +96,7 @@ class Publisher {
   std::int64_t highest = 0;       // revision of the cluster
   std::uint64_t agreementAt = 0;  // everything is compared when marks have passed it; 0: it was
   std::chrono::milliseconds pause{0};
+  Clock::time_point restUntil{};
   Clock::time_point showLifeAt{};
   Clock::time_point reconcileAt{};
   kecpp::fleet::SiteDocument shown;  // the last site/SITE
