@@ -235,7 +235,7 @@ TEST(ApiJournal, KeepsAThousandAndSaysWhatIsMissing) {
   Journal journal;
   const std::uint64_t begin = journal.Last();
   const auto add = [&](int count, Kind kind) {
-    const KnownChange change{{kecpp::Change::Type::changed, kind, "k"}, "", {"name"}};
+    const KnownChange change{{kecpp::Change::Type::changed, kind, "k"}, "", {"name"}, {}, {}};
     journal.Add(std::vector<KnownChange>(static_cast<std::size_t>(count), change));
   };
   add(3, Kind::host);
@@ -340,6 +340,7 @@ class ApiAgent : public testing::Test {
   // Until a change is noted: what comes with the first fill is none.
   void AwaitData() {
     int number = 0;
+    simulator.SetMachine("vm-1", "runtime.powerState", "poweredOn");
     EXPECT_TRUE(Eventually([&] {
       Rename("zero-" + std::to_string(++number));
       const auto answer = client.Get("/api/v1/changes?key=vm-1");
@@ -379,17 +380,20 @@ TEST_F(ApiAgent, StreamsGoOnWhereTheirClientsWere) {
   first.Send(GetHead("/api/v1/changes/stream"));
   std::string events = first.Receive("event: summary");
   Rename("one");
-  events += first.Receive("\"name\":\"one\"");
-  EXPECT_THAT(events, Not(HasSubstr("event: reset")));
+  events += first.Receive("\"hosts\":[]}");  // a name changes no host's numbers
+  EXPECT_THAT(events, testing::AllOf(Not(HasSubstr("event: reset")),
+                                     HasSubstr("\"item\":{\"key\":\"vm-1\",\"name\":\"one\"")));
   const std::string seen = NumberIn(events, "event: change");
   Rename("two");
-  first.Receive("\"name\":\"two\"");
+  simulator.SetMachine("vm-1", "runtime.powerState", "suspended");
+  EXPECT_THAT(first.Receive("\"hosts\":[{"), HasSubstr("\"name\":\"two\""));
+  EXPECT_THAT(client.Get("/api/v1/changes")->body, Not(HasSubstr("\"item\"")));
 
   RawClient again(agent.Port());
   again.Send(GetHead("/api/v1/changes/stream", "Last-Event-ID: " + seen + "\r\n"));
   events = again.Receive("\"name\":\"two\"");
   EXPECT_THAT(events,
-              testing::AllOf(HasSubstr("\"fields\":[\"name\"]"), HasSubstr("event: summary"),
+              testing::AllOf(HasSubstr("\"fields\":[\"name\""), HasSubstr("event: summary"),
                              Not(HasSubstr("\"name\":\"one\"")), Not(HasSubstr("reset"))));
   for (const char* unknown : {"17", "99999999999999999999999", "x"}) {
     RawClient lost(agent.Port());

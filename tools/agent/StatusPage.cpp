@@ -46,15 +46,16 @@ void AnswerPart(const PageFile& file, httplib::Response& response) {
 
 }  // namespace
 
-void AddStatusPage(AgentServer& server) {
+void AddStatusPage(AgentServer& server, const std::function<void()>& whenOpened) {
   for (const PageFile& file : PAGE_FILES) {
     if (std::strcmp(file.path, "/") != 0) {
       server.Get(file.path, [&file](const httplib::Request&, httplib::Response& response) {
         AnswerPart(file, response);
       });
     } else {
-      server.Get("/", [&file, tag = api::EntityTagOf(file.text)](const httplib::Request& request,
-                                                                 httplib::Response& response) {
+      server.Get("/", [&file, tag = api::EntityTagOf(file.text), whenOpened](
+                          const httplib::Request& request, httplib::Response& response) {
+        whenOpened();
         AnswerPage(file, tag, request, response);
       });
     }

@@ -142,9 +142,9 @@ void Serve(const AgentOptions& options, const kecpp::Inventory& inventory, Agent
   RequestCounters requests;
   AddCimEndpoint(server, operations, requests);
   const StreamPlaces places(options.limits);
-  AddStatusPage(server);
   api::Api api(inventory, report, places, requests);
   api.AddTo(server);
+  AddStatusPage(server, [&api] { api.Prepare(); });
   Metrics metrics(
       inventory, [&api] { return api.Changes(); }, requests, deliveries, server,
       options.metricsMachines);

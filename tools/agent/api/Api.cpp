@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <memory>
+#include <system_error>
 #include <utility>
 
 #include "tools/agent/api/ChangeStream.h"
@@ -93,6 +94,21 @@ void Api::AddTo(AgentServer& server) {
   server.GetBelow("/api/", [this](const httplib::Request& request, httplib::Response& response) {
     Answer(request, response);
   });
+}
+
+// What fails here fails again for the request that needs it, which says so.
+void Api::Prepare() {
+  if (inventory.State().connections == 0) return;
+  const std::lock_guard<std::mutex> lock(preparingMutex);
+  if (preparing.valid() &&
+      preparing.wait_for(std::chrono::seconds(0)) != std::future_status::ready) {
+    return;
+  }
+  try {
+    preparing = std::async(std::launch::async, [this] { catalogues.Prepare(); });
+  } catch (const std::system_error&) {
+    preparing = {};
+  }
 }
 
 void Api::Look(const kecpp::Status& status) {

@@ -8,6 +8,9 @@
 
 #include <kecpp/inventory.h>
 
+#include <future>
+#include <mutex>
+
 #include "tools/agent/AgentServer.h"
 #include "tools/agent/ConnectionReport.h"
 #include "tools/agent/StreamPlaces.h"
@@ -28,6 +31,10 @@ class Api {
 
   // Serves everything below /api/. The object outlives the server's threads.
   void AddTo(AgentServer& server);
+
+  // Somebody opens the page: makes what its first requests need, on another thread, while the
+  // browser loads the page's files.
+  void Prepare();
 
   // To be called with each new state of the connection, and several times a second.
   void Look(const kecpp::Status& status);
@@ -57,7 +64,9 @@ class Api {
   Journal journal;
   Summary summary;
   kecpp::Status seen;  // by Look
-  Recorder recorder;   // uses those above on its thread
+  std::mutex preparingMutex;
+  std::future<void> preparing;  // guarded by `preparingMutex`
+  Recorder recorder;            // uses those above on its thread
 };
 
 }  // namespace tools::agent::api

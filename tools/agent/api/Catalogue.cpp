@@ -84,17 +84,24 @@ void Catalogue::Expect(std::size_t changes) {
   }
 }
 
+bool Catalogue::Add(const std::string& key, Row& row) {
+  const auto [place, isNew] = rows.try_emplace(key, std::move(row));
+  if (!isNew) return false;
+  for (auto& [field, order] : orders) {
+    order.entries.insert(PlaceOf(SortKeyOf(*place, *field), *field, order.entries), &*place);
+  }
+  return true;
+}
+
 void Catalogue::Put(const std::string& key, Row row) {
-  const auto [place, isNew] = rows.try_emplace(key);
-  Entry& entry = *place;
+  if (Add(key, row)) return;
+  Entry& entry = *rows.find(key);
   Entry next(key, std::move(row));
   for (auto& [field, order] : orders) {
     const std::string sortKey = SortKeyOf(next, *field);
-    if (!isNew) {
-      const std::string former = SortKeyOf(entry, *field);
-      if (former == sortKey) continue;
-      order.entries.erase(PlaceOf(former, *field, order.entries));
-    }
+    const std::string former = SortKeyOf(entry, *field);
+    if (former == sortKey) continue;
+    order.entries.erase(PlaceOf(former, *field, order.entries));
     order.entries.insert(PlaceOf(sortKey, *field, order.entries), &entry);
   }
   entry.second = std::move(next.second);

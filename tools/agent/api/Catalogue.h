@@ -36,6 +36,10 @@ class Catalogue {
   // Room for so many rows.
   void Reserve(std::size_t count) { rows.reserve(count); }
 
+  // Moves a row with a new key in. False when there is one with that key: both stay as they are.
+  bool Add(const std::string& key, Row& row);
+
+  // Likewise, or takes the place of the one that is there.
   void Put(const std::string& key, Row row);
   void Erase(const std::string& key);
 

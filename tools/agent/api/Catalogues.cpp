@@ -3,14 +3,18 @@
 
 #include <malloc.h>
 
+#include <algorithm>
 #include <type_traits>
 #include <utility>
+
+#include "tools/agent/api/Items.h"
 
 namespace tools::agent::api {
 namespace {
 
 constexpr std::size_t PLUS_ONE = 1;
 constexpr std::size_t MINUS_ONE = -PLUS_ONE;
+constexpr std::size_t MOST_DESCRIBED = 100;  // of the changes that come together
 
 template <class Object>
 constexpr kecpp::Kind KIND_OF = kecpp::Kind::host;
@@ -41,16 +45,15 @@ HostTable::value_type* Catalogues::Content::HostOf(const std::string& key) {
 // The former host is released when nothing compares with it any more.
 std::vector<const char*> Catalogues::Content::Put(kecpp::Kind kind, const std::string& key,
                                                   Row row) {
-  std::vector<const char*> fields;
-  HostTable::value_type* formerHost = nullptr;
-  if (const Row* former = Of(kind).Find(key)) {
-    fields = Differences(kind, *former, row);
-    formerHost = former->host;
-    Count(kind, *former, MINUS_ONE);
-  }
   Count(kind, row, PLUS_ONE);
   if (kind == kecpp::Kind::host) NameHost(key, true, row.texts.At(0));
-  Of(kind).Put(key, std::move(row));
+  Catalogue& catalogue = Of(kind);
+  if (catalogue.Add(key, row)) return {};
+  const Row& former = *catalogue.Find(key);
+  std::vector<const char*> fields = Differences(kind, former, row);
+  HostTable::value_type* formerHost = former.host;
+  Count(kind, former, MINUS_ONE);
+  catalogue.Put(key, std::move(row));
   Release(formerHost);
   return fields;
 }
@@ -96,6 +99,13 @@ void Catalogues::Content::Release(HostTable::value_type* host) {
   }
 }
 
+std::string Catalogues::Content::ItemText(kecpp::Kind kind, const std::string& key) const {
+  const Row* row = Of(kind).Find(key);
+  if (!row) return {};
+  const auto host = kind == kecpp::Kind::host ? hosts.find(key) : hosts.end();
+  return Dump(ItemOf(kind, key, *row, host == hosts.end() ? nullptr : &host->second));
+}
+
 // --- reading -------------------------------------------------------------------------------------
 
 Catalogues::Catalogues(const kecpp::Inventory& shown) : inventory(shown) {}
@@ -139,6 +149,14 @@ Sums Catalogues::Total() {
   return sums;
 }
 
+void Catalogues::Prepare() {
+  const KindInfo& machines = InfoOf(kecpp::Kind::machine);
+  ListQuery query;
+  query.kind = &machines;
+  query.sort = FindSort(machines, "name");
+  Read(&query, [](const Content&, const Catalogue::Order*) {});
+}
+
 // --- keeping -------------------------------------------------------------------------------------
 
 template <class Object>
@@ -152,6 +170,7 @@ Row Catalogues::LinkedRow(const Object& object) {
 
 template <class Object>
 void Catalogues::BuildKind() {
+  content->Of(KIND_OF<Object>).Reserve(inventory.Count(KIND_OF<Object>));
   inventory.ForEach<Object>(
       [&](const Object& object) { content->Put(KIND_OF<Object>, object.key, LinkedRow(object)); });
 }
@@ -193,12 +212,16 @@ std::optional<Row> Catalogues::ReadRow(const kecpp::Change& change) {
   }
 }
 
-// What the change says may be over by now: the object is looked at as it is.
-KnownChange Catalogues::ApplyOne(const kecpp::Change& change) {
-  KnownChange known{change, {}, {}};
+// What the change says may be over by now: the object is looked at as it is. Adds the keys of the
+// hosts that have other machines or other numbers by power now.
+KnownChange Catalogues::ApplyOne(const kecpp::Change& change, std::vector<std::string>& hosts) {
+  KnownChange known{change, {}, {}, {}, {}};
   std::optional<Row> row = ReadRow(change);
   const Row* former = content ? content->Of(change.kind).Find(change.key) : nullptr;
   if (row || former) known.name = (row ? *row : *former).texts.At(0);
+  const bool counts = !row || !former || row->host != former->host || row->power != former->power;
+  if (counts && former && former->host) hosts.push_back(former->host->first);
+  if (counts && row && row->host) hosts.push_back(row->host->first);
   if (content && row) {
     known.fields = content->Put(change.kind, change.key, std::move(*row));
   } else if (content) {
@@ -214,9 +237,26 @@ std::vector<KnownChange> Catalogues::Apply(const std::vector<kecpp::Change>& cha
     for (Catalogue& catalogue : content->catalogues) catalogue.Expect(changes.size());
   }
   std::vector<KnownChange> known;
+  std::vector<std::vector<std::string>> hosts(changes.size());
   known.reserve(changes.size());
-  for (const kecpp::Change& change : changes) known.push_back(ApplyOne(change));
+  for (const kecpp::Change& change : changes) {
+    known.push_back(ApplyOne(change, hosts[known.size()]));
+  }
+  if (content && changes.size() <= MOST_DESCRIBED) {
+    for (std::size_t i = 0; i < known.size(); ++i) Describe(known[i], hosts[i]);
+  }
   return known;
+}
+
+// A host that is named by machines only is in no list.
+void Catalogues::Describe(KnownChange& known, const std::vector<std::string>& keys) const {
+  known.item = content->ItemText(known.change.kind, known.change.key);
+  known.hosts.emplace();
+  for (auto key = keys.begin(); key != keys.end(); ++key) {
+    if (std::find(keys.begin(), key, *key) != key) continue;
+    std::string item = content->ItemText(kecpp::Kind::host, *key);
+    if (!item.empty()) known.hosts->push_back(std::move(item));
+  }
 }
 
 // The allocator would keep the memory of many small pieces.

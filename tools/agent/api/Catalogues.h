@@ -36,6 +36,11 @@ struct KnownChange {
   kecpp::Change change;
   std::string name;                 // empty for an object that has none, or had none that is known
   std::vector<const char*> fields;  // that differ; empty when there were no rows
+
+  // What lists show after all changes that were taken in together, as JSON: of the object, and of
+  // each host whose numbers of machines it changed. Empty where that is not known.
+  std::string item;
+  std::optional<std::vector<std::string>> hosts;
 };
 
 class Catalogues {
@@ -44,7 +49,7 @@ class Catalogues {
   explicit Catalogues(const kecpp::Inventory& inventory);
 
   // Takes in changes, in the order in which they are to be told. O(changes), whether there are rows
-  // or not.
+  // or not. Many at once are not described by items: who shows them asks for what is in view.
   std::vector<KnownChange> Apply(const std::vector<kecpp::Change>& changes);
 
   // Calls `use` with the page, whose rows are good until it returns; under the lock.
@@ -52,6 +57,10 @@ class Catalogues {
   void Find(const ListQuery& query, const UsePage& use);
 
   Sums Total();
+
+  // Reads the inventory, unless there are rows, and sorts machines by name, as most lists are asked
+  // for first.
+  void Prepare();
 
   // Somebody is still interested.
   void Touch() { lastUse.Touch(); }
@@ -80,6 +89,9 @@ class Catalogues {
     // The entry of a host, a new one when it is not known.
     HostTable::value_type* HostOf(const std::string& key);
 
+    // What lists show of an object, as JSON; empty for one that is not there.
+    std::string ItemText(kecpp::Kind kind, const std::string& key) const;
+
    private:
     void Count(kecpp::Kind kind, const Row& row, std::size_t one);
     void NameHost(const std::string& key, bool isThere, std::string_view name);
@@ -95,7 +107,8 @@ class Catalogues {
   template <class Object>
   std::optional<Row> ReadRow(const std::string& key);
   std::optional<Row> ReadRow(const kecpp::Change& change);
-  KnownChange ApplyOne(const kecpp::Change& change);
+  KnownChange ApplyOne(const kecpp::Change& change, std::vector<std::string>& hosts);
+  void Describe(KnownChange& known, const std::vector<std::string>& hosts) const;
   template <class Object>
   Row LinkedRow(const Object& object);
 

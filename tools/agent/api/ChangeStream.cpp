@@ -57,7 +57,9 @@ std::string ChangeStream::ChangeNews() {
   if (last != before) rest = Clock::now() + REST;
   std::string events;
   for (const Journal::Item& item : items) {
-    events += "event: change\nid: " + std::to_string(item.id) + "\ndata: " + item.json + "\n\n";
+    events += "event: change\nid: " + std::to_string(item.id) + "\ndata: " + item.json;
+    events.pop_back();  // its brace
+    events += item.more + "}\n\n";
   }
   return events;
 }

@@ -26,6 +26,18 @@ std::string ItemText(std::uint64_t id, const Json& time, const KnownChange& know
                {"fields", known.fields}});
 }
 
+std::string MoreText(const KnownChange& known) {
+  std::string text;
+  if (!known.item.empty()) text += ",\"item\":" + known.item;
+  if (!known.hosts) return text;
+  text += ",\"hosts\":[";
+  for (const std::string& host : *known.hosts) {
+    if (&host != &known.hosts->front()) text += ',';
+    text += host;
+  }
+  return text + ']';
+}
+
 std::uint64_t FirstNumber() {
   const auto now = system_clock::now().time_since_epoch();
   return static_cast<std::uint64_t>(
@@ -60,7 +72,8 @@ void Journal::Add(const std::vector<KnownChange>& changes) {
   lastTime = now;
   for (const KnownChange& known : changes) {
     ++last;
-    items.push_back({last, known.change.kind, known.change.key, ItemText(last, time, known)});
+    items.push_back(
+        {last, known.change.kind, known.change.key, ItemText(last, time, known), MoreText(known)});
     if (items.size() > KEPT) items.pop_front();
   }
   count += changes.size();

@@ -51,6 +51,7 @@ class Journal {
     kecpp::Kind kind;
     std::string key;
     std::string json;
+    std::string more;  // members for streams, behind those of `json`
   };
 
   // The newest ones first, at most `limit`; of that kind and key, where these are not null.

@@ -46,11 +46,27 @@ export function urlOf(path, query = null) {
 
 export const objectPath = (kind, key) => `${kind}/${encodeURIComponent(key)}`;
 
-// The JSON that is behind a path; throws Problem.
-export async function get(path, query = null) {
+const early = new Map();  // promises of answers that nobody has taken yet, by address
+
+// Asks for what will be wanted soon.
+export function getEarly(path, query = null) {
+  const answer = request(urlOf(path, query));
+  answer.catch(() => {});  // who takes it sees the problem
+  early.set(urlOf(path, query).href, answer);
+}
+
+// The JSON that is behind a path; throws Problem. What was asked for early is given once.
+export function get(path, query = null) {
+  const url = urlOf(path, query);
+  const answer = early.get(url.href) ?? request(url);
+  early.delete(url.href);
+  return answer;
+}
+
+async function request(url) {
   let response;
   try {
-    response = await fetch(urlOf(path, query), {
+    response = await fetch(url, {
       headers: {Accept: 'application/json'},
       signal: AbortSignal.timeout(PATIENCE_MS),
     });

@@ -75,7 +75,3 @@ export const COLUMNS = {
 // The machines of one host: without the host.
 export const MACHINES_OF_A_HOST = withLayout('machines of-a-host',
     ...COLUMNS.machines.filter(column => column.id !== 'host' && column.id !== 'key'));
-
-export const DEFAULT_SORT = {
-  machines: 'name', hosts: 'name', roles: 'name', privileges: 'name', identities: 'key',
-};

@@ -26,9 +26,10 @@ export class Filters {
     this.host = path === 'machines' ? hostPicker(key => this.#set('host', [key])) : null;
     this.toggle = make('button', {type: 'button', class: 'toggle', 'aria-expanded': 'false',
                                   onclick: () => this.#toggle()}, 'Filters');
+    this.clear = make('button', {type: 'button', class: 'clear', onclick: () => this.#clear()}, 'Clear');
     this.element = make('form', {class: 'filters', role: 'search', onsubmit: e => e.preventDefault()},
                         this.text, this.toggle,
-                        make('div', {class: 'choices'}, groups, this.host?.element));
+                        make('div', {class: 'choices'}, groups, this.host?.element), this.clear);
     this.show(route);
   }
 
@@ -39,11 +40,19 @@ export class Filters {
     for (const box of this.#boxes) box.checked = route.query.getAll(box.name).includes(box.value);
     this.host?.show(route.query.get('host'));
     const active = ['power', 'status', 'host'].filter(name => route.query.has(name)).length;
+    this.clear.hidden = active === 0 && text === '';
     setText(this.toggle, active > 0 ? `Filters (${active})` : 'Filters');
   }
 
   close() {
     this.host?.close();
+  }
+
+  #clear() {
+    const query = new URLSearchParams(this.route.query);
+    for (const name of ['text', 'power', 'status', 'host']) query.delete(name);
+    this.text.focus();  // the button goes
+    go(address(this.route.view, this.route.key, query));
   }
 
   // Where there is little room they are folded away.

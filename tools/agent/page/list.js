@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
 // A list of hosts or machines: filters, the number of what matches, and the rows.
-import {COLUMNS, DEFAULT_SORT} from './columns.js';
+import {COLUMNS} from './columns.js';
 import {make, setText} from './dom.js';
 import {Filters} from './filters.js';
 import {Grid} from './grid.js';
+import {queryOf} from './query.js';
 import {address, go} from './route.js';
 import {Rows} from './rows.js';
 import {count, KINDS, number} from './words.js';
@@ -16,16 +17,6 @@ function keepPlace(hash, place) {
   places.delete(hash);
   places.set(hash, place);
   if (places.size > MOST_PLACES) places.delete(places.keys().next().value);
-}
-
-// What the interface is asked for, by what is in the address.
-export function queryOf(path, route, more = {}) {
-  const query = new URLSearchParams(more);
-  for (const name of ['text', 'power', 'status', 'host']) {
-    for (const value of route.query.getAll(name)) query.append(name, value);
-  }
-  query.set('sort', route.query.get('sort') ?? DEFAULT_SORT[path]);
-  return query;
 }
 
 // Sorts by a column, or the other way round when it does already.

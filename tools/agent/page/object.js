@@ -8,7 +8,8 @@ import {make, setText} from './dom.js';
 import {Grid} from './grid.js';
 import {Loader} from './loader.js';
 import {powerBar, powerText} from './marks.js';
-import {sortBy, queryOf} from './list.js';
+import {sortBy} from './list.js';
+import {queryOf} from './query.js';
 import {address} from './route.js';
 import {Rows} from './rows.js';
 import {count, KINDS, number, POWER_WORDS, STATUS_WORDS} from './words.js';
@@ -82,8 +83,9 @@ export class ObjectPage {
     this.list.changes(changes);
     this.rows?.take(changes);
     const isOurs = ({kind, key}) => kind === this.kind && key === this.route.key;
-    // A host's numbers come from its machines.
-    const mayCount = ({kind}) => this.rows && kind === 'machine';
+    // A host's numbers come from its machines. A change says whose they change, if it is known.
+    const mayCount = ({kind, hosts}) => this.rows && kind === 'machine' &&
+        (hosts ? hosts.some(({key}) => key === this.route.key) : true);
     if (changes.some(change => isOurs(change) || mayCount(change))) this.loader.askSoon();
   }
 

@@ -4,12 +4,12 @@
 // MOST_BLOCKS blocks are kept, however long the list is.
 import {get, objectPath} from './api.js';
 import {Loader} from './loader.js';
+import {blockQuery, ROWS as BLOCK} from './query.js';
 import {KINDS} from './words.js';
 
-const BLOCK = 50;
 const MOST_BLOCKS = 80;
-const REST_MS = 2000;    // between fetches of rows that may have moved
-const MOST_SINGLE = 8;  // changed rows that are fetched one by one
+const REST_MS = 5000;    // between fetches of rows that may have moved
+const MOST_SINGLE = 8;   // changed rows that are fetched one by one
 
 // The fields that a search for a text looks at.
 const SEARCHED = ['name', 'hostName', 'address', 'system'];
@@ -22,18 +22,23 @@ export class Rows {
   #question = 0;        // grows with each other query
   #answered = -1;       // the question that the blocks belong to
   #changedKeys = new Set();
+  #news = null;         // what changes said since the block that is out was asked for, by key
   #blockLoader;
   #rowLoader;
   total = null;  // unknown yet
 
-  // The query has a "sort". Calls `changed(problem, isNew)` when there is something to draw. The problem is null or says why
-  // rows are missing or old; `isNew`: these are the first rows of another query.
+  // The query has a "sort". Calls `changed(problem, isNew)` when there is something to draw. The
+  // problem is null or says why rows are missing or old; `isNew`: these are the first rows of another
+  // query.
   constructor(path, query, changed) {
     Object.assign(this, {path, changed, kind: KINDS[path].kind});
     this.#blockLoader = new Loader({
       work: number => this.#fetchBlock(number),
       done: answer => answer && this.#takeBlock(answer),
-      failed: problem => changed(problem, false),
+      failed: problem => {
+        this.#news = null;
+        changed(problem, false);
+      },
       rest: REST_MS,
     });
     this.#rowLoader = new Loader({
@@ -78,11 +83,14 @@ export class Rows {
     this.#fetchMissing();
   }
 
-  // Takes changes in: rows in view are fetched again.
+  // Takes changes in. They say what their rows show now; where they do not, rows in view are fetched
+  // again.
   take(changes) {
+    if (changes.some(change => this.#moves(change))) return this.refresh();
     const ours = changes.filter(change => change.kind === this.kind);
-    if (ours.some(change => this.#moves(change))) return this.refresh();
-    const seen = this.#spoil(new Set(ours.map(change => change.key)));
+    const hosts = this.kind === 'host' ? changes.flatMap(change => change.hosts ?? []) : [];
+    this.#takeNews([...ours.map(change => change.item), ...hosts].filter(Boolean));
+    const seen = this.#spoil(new Set(ours.filter(({item}) => !item).map(({key}) => key)));
     for (const key of seen) this.#changedKeys.add(key);
     if (this.#changedKeys.size > MOST_SINGLE) this.refresh();
     else if (seen.length > 0) this.#rowLoader.askSoon();
@@ -93,8 +101,11 @@ export class Rows {
     this.#rowLoader.close();
   }
 
-  // Whether a change may put rows elsewhere, in or out.
+  // Whether a change may put rows elsewhere, in or out. Machines show the name of their host.
   #moves(change) {
+    if (change.kind !== this.kind) {
+      return this.kind === 'machine' && change.kind === 'host' && change.fields.includes('name');
+    }
     if (change.type !== 'changed' || change.fields.length === 0) return true;  // none: not known
     const fields = ['power', 'status', 'host'].filter(field => this.query.has(field));
     if (this.query.has('text')) fields.push(...SEARCHED);
@@ -130,11 +141,11 @@ export class Rows {
 
   async #fetchBlock(number) {
     const [age, question] = [this.#age, this.#question];
-    const query = new URLSearchParams(this.query);
-    query.set('offset', number * BLOCK);
-    query.set('limit', BLOCK);
-    const {items, total} = await get(this.path, query);
-    return question === this.#question ? {number, age, items, total} : null;
+    this.#news = new Map();
+    const {items, total} = await get(this.path, blockQuery(this.query, number));
+    const now = items.map(item => this.#news.get(item.key) ?? item);
+    this.#news = null;
+    return question === this.#question ? {number, age, items: now, total} : null;
   }
 
   #takeBlock({number, age, items, total}) {
@@ -161,14 +172,24 @@ export class Rows {
     return Promise.all(keys.map(key => get(objectPath(this.path, key))));
   }
 
+  // A block that is out may be older.
+  #takeNews(items) {
+    for (const item of items) this.#news?.set(item.key, item);
+    this.#takeRows(items);
+  }
+
+  // Rows that are there take their new content; of a row that comes twice, the later one counts.
   #takeRows(items) {
-    for (const item of items) {
-      for (const block of this.#blocks.values()) {
-        const i = block.items.findIndex(({key}) => key === item.key);
-        if (i >= 0) block.items[i] = item;
-      }
+    const news = new Map(items.map(item => [item.key, item]));
+    let isSeen = false;
+    for (const block of news.size > 0 ? this.#blocks.values() : []) {
+      block.items.forEach(({key}, i) => {
+        if (!news.has(key)) return;
+        block.items[i] = news.get(key);
+        isSeen = true;
+      });
     }
-    this.changed(null, false);
+    if (isSeen) this.changed(null, false);
   }
 
   #forget() {

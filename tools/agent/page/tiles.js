@@ -6,10 +6,10 @@ import {get, objectPath} from './api.js';
 import {make, setAttribute, setText} from './dom.js';
 import {Loader} from './loader.js';
 import {powerText, setPowerBar} from './marks.js';
+import {TILE_GROUPS, TILES, tilesQuery} from './query.js';
 import {address} from './route.js';
 import {count, number, STATUSES, STATUS_WORDS} from './words.js';
 
-const PAGE = 1000;
 const REST_MS = 5000;    // between fetches of all
 const MOST = 4000;      // tiles; the list has the others
 const MOST_LARGE = 24;   // in a group: with numbers
@@ -104,6 +104,7 @@ export class Tiles {
   #hosts = new Map();  // by key, in the order of their names
   #changed = new Set();   // keys of hosts
   #machines = new Set();  // keys of machines whose hosts have changed
+  #news = new Map();      // what changes said since all hosts were asked for
   #all;
   #single;
 
@@ -114,7 +115,7 @@ export class Tiles {
     this.note = make('p', {class: 'note'}, 'Loading …');
     this.element = make('div', {}, this.note, this.groups.map(group => group.element));
     this.#all = new Loader({
-      work: () => Tiles.#fetchAll(), done: hosts => { this.#take(hosts); failed(null); }, failed,
+      work: () => this.#fetchAll(), done: hosts => { this.#take(hosts); failed(null); }, failed,
       share: 100,
       rest: REST_MS,
     });
@@ -126,15 +127,22 @@ export class Tiles {
     this.#all.ask();
   }
 
-  // A machine that comes or goes changes its host, too; one that changes its power does not, but
-  // its host's bar.
+  // Changes say what hosts show now. Where they do not, it is asked for: of a machine that comes or
+  // goes there is a change of its host, too; of one that changes its power there is none, but its
+  // host's bar changes.
   changes(changes) {
-    for (const {kind, type, key, fields} of changes) {
+    const hosts = [];
+    for (const change of changes) {
+      const {kind, type, key, fields, item} = change;
       if (kind === 'host' && type !== 'changed') return this.reset();
-      if (kind === 'host') this.#changed.add(key);
+      if (kind === 'host' && item) hosts.push(item);
+      else if (kind === 'host') this.#changed.add(key);
+      else if (change.hosts) hosts.push(...change.hosts);
       else if (kind === 'machine' && type === 'changed' &&
                (fields.length === 0 || fields.includes('power'))) this.#machines.add(key);
     }
+    for (const host of hosts) this.#news.set(host.key, host);
+    if (hosts.length > 0) this.#replace(hosts);
     const size = this.#changed.size + this.#machines.size;
     if (size > MOST_SINGLE) this.reset();
     else if (size > 0) this.#single.askSoon();
@@ -151,19 +159,15 @@ export class Tiles {
     this.#single.close();
   }
 
-  // Hosts that need attention first: they are shown however many there are.
-  static async #fetchAll() {
+  async #fetchAll() {
     const hosts = [];
-    for (const states of [['error', 'degraded', 'unknown'], ['ok']]) {
+    this.#news.clear();
+    for (const states of TILE_GROUPS) {
       let offset = 0;
       for (let more = true; more && hosts.length < MOST;) {
-        const query = new URLSearchParams(states.map(state => ['status', state]));
-        for (const [name, value] of [['sort', 'name'], ['limit', PAGE], ['offset', offset]]) {
-          query.set(name, value);
-        }
-        const {items, next} = await get('hosts', query);
+        const {items, next} = await get('hosts', tilesQuery(states, offset));
         hosts.push(...items);
-        offset += PAGE;
+        offset += TILES;
         more = next !== null;
       }
     }
@@ -179,7 +183,7 @@ export class Tiles {
   }
 
   #take(hosts) {
-    this.#hosts = new Map(hosts.map(host => [host.key, host]));
+    this.#hosts = new Map(hosts.map(host => [host.key, this.#news.get(host.key) ?? host]));
     setText(this.note, 'No hosts.');
     this.note.hidden = hosts.length > 0;
     this.draw();
