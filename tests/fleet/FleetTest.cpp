@@ -179,6 +179,32 @@ TEST(Fleet, LogsInAgainAndPassesOverWhatItCannotRead) {
   EXPECT_THAT(reason("http://127.0.0.1:1"), HasSubstr("http://127.0.0.1:1: "));
 }
 
+// A site that is in two clusters is two.
+TEST(Fleet, IsShownOfSeveralClustersTogether) {
+  FakeGateway clusters[2];
+  for (FakeGateway& member : clusters) {
+    member.Change(KeyOf("b", Kind::machine, "m"), Text(OnHost("m", {})));
+  }
+  clusters[1].Change(KeyOf("a", Kind::machine, "m"), Text(OnHost("m", {})));
+  const std::string one = clusters[0].Url();
+  const std::string other = clusters[1].Url();
+  driver::ChildProcess tool({KECPP_TOOL_PROGRAM, "--fleet", one + ",http://127.0.0.1:1", "--fleet",
+                             other, "--format", "json"});
+  ASSERT_EQ(tool.Wait(), 0) << tool.Errors();
+  const auto shown = nlohmann::json::parse(tool.Output());
+  const auto owners = [&](const char* list) {
+    std::vector<std::string> all;
+    for (const auto& item : shown[list]) {
+      all.push_back(item["site"].get<std::string>() + ' ' + item["cluster"].get<std::string>());
+    }
+    return all;
+  };
+  EXPECT_THAT(owners("sites"), ElementsAre("a " + other, "b " + one, "b " + other));
+  EXPECT_EQ(owners("machines"), owners("sites"));
+  driver::ChildProcess twice({KECPP_TOOL_PROGRAM, "--fleet", one, "--fleet", one + ',' + other});
+  EXPECT_EQ(twice.Wait(), 2);
+}
+
 TEST(Fleet, KnowsHowTrueASiteIs) {
   FakeGateway member;
   SiteDocument document{3, "1.1", true, true, 1, TimeText(5000)};

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "tools/inventory/FleetObjects.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace tools::inventory {
 namespace {
 
@@ -23,12 +26,26 @@ auto WithType(kecpp::Kind kind, Call call) {
 
 }  // namespace
 
-void ForEachObject(const kecpp::Fleet& fleet, kecpp::Kind kind,
-                   const std::function<void(const std::string&, const Object&)>& use) {
+std::vector<PlacedSite> AllSites(const Clusters& clusters) {
+  std::vector<PlacedSite> all;
+  for (const Cluster& cluster : clusters) {
+    for (kecpp::Site& site : cluster.fleet->Sites()) all.push_back({&cluster, std::move(site)});
+  }
+  std::stable_sort(all.begin(), all.end(), [](const PlacedSite& one, const PlacedSite& other) {
+    return one.site.name < other.site.name;
+  });
+  return all;
+}
+
+void ForEachObject(const Clusters& clusters, kecpp::Kind kind,
+                   const std::function<void(const PlacedSite&, const Object&)>& use) {
   WithType(kind, [&](const auto& like) {
     using Type = std::decay_t<decltype(like)>;
-    fleet.ForEach<Type>(
-        [&](const std::string& site, const Type& object) { use(site, Object(object)); });
+    for (const PlacedSite& at : AllSites(clusters)) {
+      for (Type& object : at.cluster->fleet->All<Type>(at.site.name)) {
+        use(at, Object(std::move(object)));
+      }
+    }
   });
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A fleet's objects of any kind.
+// The objects of any kind of one cluster or several.
 //
 // Thread safety: any thread.
 #ifndef KECPP_TOOLS_INVENTORY_FLEETOBJECTS_H
@@ -11,14 +11,30 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tools/common/ObjectView.h"
 
 namespace tools::inventory {
 
-// By site and key.
-void ForEachObject(const kecpp::Fleet& fleet, kecpp::Kind kind,
-                   const std::function<void(const std::string& site, const Object&)>& use);
+// Where sites are.
+struct Cluster {
+  std::string name;  // empty when there is but one
+  const kecpp::Fleet* fleet;
+};
+using Clusters = std::vector<Cluster>;
+
+// A site of a cluster. Two clusters may have sites of the same name; they are two.
+struct PlacedSite {
+  const Cluster* cluster;
+  kecpp::Site site;
+};
+// By name, then in the order of the clusters.
+std::vector<PlacedSite> AllSites(const Clusters& clusters);
+
+// By site, as above, and key.
+void ForEachObject(const Clusters& clusters, kecpp::Kind kind,
+                   const std::function<void(const PlacedSite& at, const Object&)>& use);
 
 std::optional<Object> FindFleetObject(const kecpp::Fleet& fleet, const std::string& site,
                                       kecpp::Kind kind, const std::string& key);

@@ -13,20 +13,30 @@ using State = kecpp::FleetStatus::State;
 using std::chrono::milliseconds;
 
 constexpr int WAIT_SLICE_MS = 200;
+constexpr milliseconds TURN(20);                // of a cluster among several
 constexpr milliseconds SHORTEST_GAP(200);       // between two times that everything is shown
 constexpr std::chrono::seconds LONGEST_GAP(5);  // of what is redrawn: sites grow older
 
 }  // namespace
 
 FleetRun::FleetRun(const Options& opts, const EndOfRun& endOfRun)
-    : options(opts), end(endOfRun), view(opts), fleet(*opts.fleet), follower(fleet.Follow()) {
-  AwaitFirstData();
+    : options(opts), end(endOfRun), view(opts) {
+  for (const kecpp::FleetOptions& cluster : options.clusters) readings.emplace_back(cluster);
+  for (Reading& reading : readings) {
+    reading.AwaitFirstData(end);
+    const bool isOne = readings.size() == 1;
+    clusters.push_back(
+        {isOne ? std::string() : ClusterName(reading.options.members), &reading.fleet});
+  }
 }
 
-void FleetRun::AwaitFirstData() {
+FleetRun::Reading::Reading(const kecpp::FleetOptions& opts)
+    : options(opts), fleet(opts), follower(fleet.Follow()) {}
+
+void FleetRun::Reading::AwaitFirstData(const EndOfRun& end) {
   for (kecpp::FleetStatus status = fleet.State(); status.state != State::connected;
        status = fleet.State()) {
-    if (!status.reason.empty()) throw kecpp::Error(options.fleet->members, status.reason);
+    if (!status.reason.empty()) throw kecpp::Error(options.members, status.reason);
     if (end.Ended()) throw kecpp::Error("", "ended before the fleet was read");
     fleet.WaitForState(status, milliseconds(end.Slice(WAIT_SLICE_MS)));
   }
@@ -42,8 +52,8 @@ void FleetRun::ShowOnce() {
 void FleetRun::ShowAll() {
   const auto begin = Clock::now();
   view.ShowText(options.format == Format::json
-                    ? FleetJson(fleet, options.lists)
-                    : FleetTables(fleet, options.lists, view.Room(options.lists.size() + 1)));
+                    ? FleetJson(clusters, options.lists)
+                    : FleetTables(clusters, options.lists, view.Room(options.lists.size() + 1)));
   shown = Clock::now();
   took = shown - begin;
 }
@@ -62,17 +72,30 @@ void FleetRun::Follow() {
   }
 }
 
-// False when there were none within `limit`.
+// False when there were none within `limit`. The clusters are waited for one after the other: what
+// one has may wait for the others' turns.
 bool FleetRun::TakeChanges(milliseconds limit) {
-  if (!follower.Wait(limit)) return false;
-  const auto changes = follower.Next();
-  if (options.format == Format::events) {
-    View::ShowLines(FleetEventLines(changes, fleet, options.lists));
+  bool isNews = false;
+  auto cluster = clusters.begin();
+  for (Reading& reading : readings) {
+    const bool isAlone = readings.size() == 1;
+    if (reading.follower.Wait(isNews ? milliseconds(0) : isAlone ? limit : std::min(limit, TURN))) {
+      isNews = true;
+      const auto changes = reading.follower.Next();
+      if (options.format == Format::events) {
+        View::ShowLines(FleetEventLines(changes, *cluster, options.lists));
+      }
+    }
+    ++cluster;
   }
-  return true;
+  return isNews;
 }
 
 void FleetRun::ReportState() {
+  for (Reading& reading : readings) reading.ReportState();
+}
+
+void FleetRun::Reading::ReportState() {
   const kecpp::FleetStatus status = fleet.State();
   if (status.skipped != 0 && reportedSkipped == 0) {
     Report("what is in the cluster under " + status.lastSkipped + "; it is passed over");

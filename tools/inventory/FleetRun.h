@@ -7,9 +7,11 @@
 #include <kecpp/fleet.h>
 
 #include <chrono>
+#include <list>
 #include <string>
 
 #include "tools/common/EndOfRun.h"
+#include "tools/inventory/FleetObjects.h"
 #include "tools/inventory/LossReport.h"
 #include "tools/inventory/Options.h"
 #include "tools/inventory/View.h"
@@ -28,20 +30,30 @@ class FleetRun {
   void Follow();
 
  private:
-  void AwaitFirstData();
   bool TakeChanges(std::chrono::milliseconds limit);
   void ShowAll();
   void ReportState();
 
+  // A cluster that is read. They are read side by side.
+  struct Reading {
+    explicit Reading(const kecpp::FleetOptions& options);
+    void AwaitFirstData(const EndOfRun& end);
+    void ReportState();
+
+    const kecpp::FleetOptions& options;
+    const kecpp::Fleet fleet;
+    kecpp::FleetFollower follower;
+    LossReport loss{"cluster"};
+    unsigned long long reportedSkipped = 0;
+  };
+
   const Options& options;
   const EndOfRun& end;
   View view;
-  const kecpp::Fleet fleet;
-  kecpp::FleetFollower follower;
+  std::list<Reading> readings;
+  Clusters clusters;
   std::chrono::steady_clock::time_point shown;  // the last time, and how long it took
   std::chrono::steady_clock::duration took{0};
-  LossReport loss{"cluster"};
-  unsigned long long reportedSkipped = 0;
 };
 
 }  // namespace tools::inventory

@@ -4,6 +4,7 @@
 #include <ctime>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <tuple>
 #include <utility>
 
 #include "tools/common/ObjectJson.h"
@@ -16,13 +17,32 @@ namespace {
 using Json = nlohmann::ordered_json;
 using Clock = std::chrono::system_clock;
 
-std::string SiteTable(const kecpp::Fleet& fleet, const TableRoom& room) {
-  TextTable table("Sites", {"SITE", "STATE", "AGE", "HOSTS", "MACHINES", "EPOCH"});
-  for (const kecpp::Site& site : fleet.Sites()) {
-    table.AddRow({site.name, StateWord(site), AgeWord(site, Clock::now()),
-                  std::to_string(fleet.Count(site.name, kecpp::Kind::host)),
-                  std::to_string(fleet.Count(site.name, kecpp::Kind::machine)),
-                  std::to_string(site.epoch)});
+// The first columns of all tables.
+std::vector<std::string> OwnerHeadings(const Clusters& clusters) {
+  if (clusters.size() == 1) return {"SITE"};
+  return {"SITE", "CLUSTER"};
+}
+std::vector<std::string> OwnerCells(const PlacedSite& at) {
+  if (at.cluster->name.empty()) return {at.site.name};
+  return {at.site.name, at.cluster->name};
+}
+
+std::vector<std::string> Joined(std::vector<std::string> first,
+                                const std::vector<std::string>& then) {
+  first.insert(first.end(), then.begin(), then.end());
+  return first;
+}
+
+std::string SiteTable(const Clusters& clusters, const TableRoom& room) {
+  TextTable table("Sites",
+                  Joined(OwnerHeadings(clusters), {"STATE", "AGE", "HOSTS", "MACHINES", "EPOCH"}));
+  for (const PlacedSite& at : AllSites(clusters)) {
+    const auto count = [&](kecpp::Kind kind) {
+      return std::to_string(at.cluster->fleet->Count(at.site.name, kind));
+    };
+    table.AddRow(Joined(OwnerCells(at), {StateWord(at.site), AgeWord(at.site, Clock::now()),
+                                         count(kecpp::Kind::host), count(kecpp::Kind::machine),
+                                         std::to_string(at.site.epoch)}));
   }
   return table.Format(room);
 }
@@ -37,44 +57,55 @@ Json TimeJson(Clock::time_point time) {
   return std::string(text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts));
 }
 
-Json SiteJson(const kecpp::Site& site) {
-  return {{"site", site.name},
-          {"state", site.state == kecpp::Site::State::complete ? "complete" : "syncing"},
-          {"live", site.isLive},
-          {"daemon", site.isConnected ? "connected" : "lost"},
-          {"epoch", site.epoch},
-          {"agent", site.agent},
-          {"objects", site.objects},
-          {"agreed", TimeJson(site.agreed)},
-          {"asOf", TimeJson(site.asOf)}};
+// Whose something is.
+Json OwnerJson(const std::string& site, const Cluster& cluster) {
+  Json owner = {{"site", site}};
+  if (!cluster.name.empty()) owner["cluster"] = cluster.name;
+  return owner;
+}
+
+Json SiteJson(const kecpp::Site& site, const Cluster& cluster) {
+  Json json = OwnerJson(site.name, cluster);
+  json.update({{"state", site.state == kecpp::Site::State::complete ? "complete" : "syncing"},
+               {"live", site.isLive},
+               {"daemon", site.isConnected ? "connected" : "lost"},
+               {"epoch", site.epoch},
+               {"agent", site.agent},
+               {"objects", site.objects},
+               {"agreed", TimeJson(site.agreed)},
+               {"asOf", TimeJson(site.asOf)}});
+  return json;
 }
 
 // Null when it has gone.
-Json ObjectOf(const kecpp::FleetChange& change, const kecpp::Fleet& fleet) {
+Json ObjectOf(const kecpp::FleetChange& change, const Cluster& cluster) {
   if (!change.kind) {
-    const auto site = fleet.FindSite(change.site);
-    return site ? SiteJson(*site) : Json(nullptr);
+    const auto site = cluster.fleet->FindSite(change.site);
+    return site ? SiteJson(*site, cluster) : Json(nullptr);
   }
-  const auto object = FindFleetObject(fleet, change.site, *change.kind, change.key);
+  const auto object = FindFleetObject(*cluster.fleet, change.site, *change.kind, change.key);
   return object ? ObjectJson(KindRow(*change.kind), *object) : Json(nullptr);
 }
 
 }  // namespace
 
-std::string FleetTables(const kecpp::Fleet& fleet, const Lists& lists, const TableRoom& room) {
-  std::string text = SiteTable(fleet, room);
-  std::map<std::pair<std::string, std::string>, std::string> hosts;  // names by site and key
-  fleet.ForEach<kecpp::Host>([&](const std::string& site, const kecpp::Host& host) {
-    hosts[{site, host.key}] = host.name;
-  });
+std::string FleetTables(const Clusters& clusters, const Lists& lists, const TableRoom& room) {
+  std::string text = SiteTable(clusters, room);
+  // Names by cluster, site and key.
+  std::map<std::tuple<const Cluster*, std::string, std::string>, std::string> hosts;
+  for (const Cluster& cluster : clusters) {
+    cluster.fleet->ForEach<kecpp::Host>([&](const std::string& site, const kecpp::Host& host) {
+      hosts[{&cluster, site, host.key}] = host.name;
+    });
+  }
   for (const Kind* kind : lists) {
-    ObjectTable table(*kind, true);
-    ForEachObject(fleet, kind->kind, [&](const std::string& site, const Object& object) {
+    ObjectTable table(*kind, OwnerHeadings(clusters));
+    ForEachObject(clusters, kind->kind, [&](const PlacedSite& at, const Object& object) {
       const auto nameOf = [&](const std::string& key) {
-        const auto found = hosts.find({site, key});
+        const auto found = hosts.find({at.cluster, at.site.name, key});
         return found == hosts.end() ? std::string() : found->second;
       };
-      table.Add(object, nameOf, site);
+      table.Add(object, nameOf, OwnerCells(at));
     });
     text += '\n' + table.Format(room);
   }
@@ -82,17 +113,17 @@ std::string FleetTables(const kecpp::Fleet& fleet, const Lists& lists, const Tab
 }
 
 // Object by object: the whole as one JSON value would take several times its text.
-std::string FleetJson(const kecpp::Fleet& fleet, const Lists& lists) {
+std::string FleetJson(const Clusters& clusters, const Lists& lists) {
   std::string text = "{\"sites\":[";
   const auto add = [&](const Json& item) {
     if (text.back() != '[') text += ',';
     text += LineOf(item);
   };
-  for (const kecpp::Site& site : fleet.Sites()) add(SiteJson(site));
+  for (const PlacedSite& at : AllSites(clusters)) add(SiteJson(at.site, *at.cluster));
   for (const Kind* kind : lists) {
     text += std::string("],\"") + kind->name + "\":[";
-    ForEachObject(fleet, kind->kind, [&](const std::string& site, const Object& object) {
-      Json item = {{"site", site}};
+    ForEachObject(clusters, kind->kind, [&](const PlacedSite& at, const Object& object) {
+      Json item = OwnerJson(at.site.name, *at.cluster);
       item.update(ObjectJson(*kind, object));
       add(item);
     });
@@ -100,17 +131,17 @@ std::string FleetJson(const kecpp::Fleet& fleet, const Lists& lists) {
   return text += "]}\n";
 }
 
-std::string FleetEventLines(const std::vector<kecpp::FleetChange>& changes,
-                            const kecpp::Fleet& fleet, const Lists& lists) {
+std::string FleetEventLines(const std::vector<kecpp::FleetChange>& changes, const Cluster& cluster,
+                            const Lists& lists) {
   std::string lines;
   for (const kecpp::FleetChange& change : changes) {
     if (change.kind && !HasKind(lists, *change.kind)) continue;
     Json event = {{"change", WordFor(change.type)},
-                  {"kind", change.kind ? kecpp::NameOf(*change.kind) : "site"},
-                  {"site", change.site},
-                  {"key", change.kind ? change.key : change.site}};
+                  {"kind", change.kind ? kecpp::NameOf(*change.kind) : "site"}};
+    event.update(OwnerJson(change.site, cluster));
+    event["key"] = change.kind ? change.key : change.site;
     if (change.type != kecpp::Change::Type::removed) {
-      event["object"] = ObjectOf(change, fleet);
+      event["object"] = ObjectOf(change, cluster);
       if (event["object"].is_null()) continue;
     }
     lines += LineOf(event) + '\n';

@@ -12,7 +12,7 @@ std::string ToTables(const Model& inventory, const Lists& lists, const TableRoom
   };
   std::string text;
   for (const Kind* kind : lists) {
-    ObjectTable table(*kind, false);
+    ObjectTable table(*kind);
     for (const auto& [key, object] : inventory.Of(kind->kind)) table.Add(object, nameOf);
     text += (text.empty() ? "" : "\n") + table.Format(room);
   }

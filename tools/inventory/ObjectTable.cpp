@@ -41,23 +41,20 @@ const PropertyRow& RowOf(const Kind& kind, const Column& column) {
           })->row;
 }
 
-std::vector<std::string> Headings(const Kind& kind, bool hasSites) {
-  std::vector<std::string> headings;
-  if (hasSites) headings.emplace_back("SITE");
+std::vector<std::string> Headings(const Kind& kind, std::vector<std::string> headings) {
   for (const Column& column : kind.columns) headings.emplace_back(column.heading);
   return headings;
 }
 
 }  // namespace
 
-ObjectTable::ObjectTable(const Kind& ofKind, bool withSites)
-    : kind(ofKind), hasSites(withSites), table(kind.title, Headings(kind, hasSites)) {
+ObjectTable::ObjectTable(const Kind& ofKind, const std::vector<std::string>& owners)
+    : kind(ofKind), table(kind.title, Headings(kind, owners)) {
   for (const Column& column : kind.columns) rows.push_back(&RowOf(kind, column));
 }
 
-void ObjectTable::Add(const Object& object, const HostName& nameOf, const std::string& site) {
-  std::vector<std::string> cells;
-  if (hasSites) cells.push_back(site);
+void ObjectTable::Add(const Object& object, const HostName& nameOf,
+                      std::vector<std::string> cells) {
   ViewObject(object, [&](const ObjectView& view) {
     for (std::size_t i = 0; i < rows.size(); ++i) {
       cells.push_back(Cell(kind.columns[i], *rows[i], view, nameOf));

@@ -16,18 +16,17 @@ namespace tools::inventory {
 
 class ObjectTable {
  public:
-  // With `hasSites` the first column is the site. The kind outlives the table.
-  ObjectTable(const Kind& kind, bool hasSites);
+  // The first columns say whose object it is, such as its site. The kind outlives the table.
+  explicit ObjectTable(const Kind& kind, const std::vector<std::string>& owners = {});
 
   // The name of the host that has that key; empty for one that is not known.
   using HostName = std::function<std::string(const std::string& key)>;
-  void Add(const Object& object, const HostName& nameOf, const std::string& site = {});
+  void Add(const Object& object, const HostName& nameOf, std::vector<std::string> owners = {});
 
   std::string Format(const TableRoom& room) const { return table.Format(room); }
 
  private:
   const Kind& kind;
-  const bool hasSites;
   std::vector<const PropertyRow*> rows;  // of the kind's columns
   TextTable table;
 };

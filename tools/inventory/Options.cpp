@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <map>
+#include <set>
 #include <vector>
 
 #include "tools/common/ConfigArgument.h"
@@ -37,21 +38,37 @@ std::string CheckMembers(const std::string& text) {
 }
 
 // With --fleet a cluster is shown; the options that are for a daemon make no sense then.
-void DeclareFleet(CLI::App& app, kecpp::FleetOptions& fleet, ClusterLogin& login) {
-  auto* members = app.add_option("--fleet", fleet.members,
-                                 "Show all sites of an etcd cluster: http(s)://HOST:PORT[,...]")
+void DeclareFleet(CLI::App& app, std::vector<std::string>& clusters, std::string& sites,
+                  ClusterLogin& login) {
+  auto* members = app.add_option("--fleet", clusters,
+                                 "Show all sites of an etcd cluster: http(s)://HOST:PORT[,...]; "
+                                 "several times: of several clusters")
                       ->type_name("URL,...")
+                      ->allow_extra_args(false)
                       ->check(CheckMembers);
   for (const char* other : {"--config", "--run-task", "--settle", "--log-level"}) {
     members->excludes(app.get_option(other));
   }
-  app.add_option("--site", fleet.sites, "Sites to show: a name, or a pattern with * and ?")
+  app.add_option("--site", sites, "Sites to show: a name, or a pattern with * and ?")
       ->type_name("PATTERN")
       ->needs(members);
   AddLoginOptions(app, members, login);
 }
 
-kecpp::FleetOptions WithLogin(kecpp::FleetOptions fleet, const ClusterLogin& login) {
+// Clusters are told apart by their names.
+void CheckNames(const std::vector<std::string>& clusters) {
+  std::set<std::string> names;
+  for (const std::string& members : clusters) {
+    const std::string name = ClusterName(members);
+    if (!names.insert(name).second) {
+      throw CLI::ValidationError("--fleet", "two clusters begin with " + name);
+    }
+  }
+}
+
+kecpp::FleetOptions FleetOf(const std::string& members, const std::string& sites,
+                            const ClusterLogin& login) {
+  kecpp::FleetOptions fleet{members, sites};
   fleet.user = login.user;
   fleet.password = login.password;
   fleet.authorities = login.authorities;
@@ -76,6 +93,10 @@ void ChooseLists(const std::vector<std::string>& names, Options& options) {
 
 }  // namespace
 
+std::string ClusterName(const std::string& members) {
+  return members.substr(0, members.find(','));
+}
+
 kecpp::Options InventoryOptions(const Options& options) {
   kecpp::Options asked{options.config};
   asked.systems = !options.task;
@@ -90,9 +111,11 @@ kecpp::Options InventoryOptions(const Options& options) {
 }
 
 void WarnOfOpenDoors(const Options& options) {
-  if (!options.fleet) return;
-  const auto members = Split(options.fleet->members, ',');
-  tools::WarnOfOpenDoors(PROGRAM, options.login, {members.begin(), members.end()});
+  std::vector<std::string> members;
+  for (const kecpp::FleetOptions& cluster : options.clusters) {
+    for (const std::string_view member : Split(cluster.members, ',')) members.emplace_back(member);
+  }
+  if (!members.empty()) tools::WarnOfOpenDoors(PROGRAM, options.login, members);
 }
 
 std::optional<TaskCall> ParseTaskCall(const std::string& text) {
@@ -139,20 +162,24 @@ std::optional<int> ParseOptions(int argc, const char* const* argv, Options& opti
   app.add_option("--run-task", task, "Call a method that starts a task; wait for its outcome")
       ->type_name("METHOD:TYPE:VALUE")
       ->check(CheckTask);
-  kecpp::FleetOptions fleet;
-  DeclareFleet(app, fleet, options.login);
+  std::vector<std::string> clusters;
+  std::string sites;
+  DeclareFleet(app, clusters, sites, options.login);
   app.set_version_flag(
       "--version",
       std::string("kecpp-inventory " KECPP_TOOLS_VERSION ", library ") + kecpp::Version());
   try {
     app.parse(argc, argv);
+    CheckNames(clusters);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : USAGE_ERROR;
   }
   options.format = formats.at(format);
   if (!task.empty()) options.task = ParseTaskCall(task);
   ChooseLists(lists, options);
-  if (!fleet.members.empty()) options.fleet = WithLogin(fleet, options.login);
+  for (const std::string& members : clusters) {
+    options.clusters.push_back(FleetOf(members, sites, options.login));
+  }
   return {};
 }
 

@@ -9,6 +9,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tools/common/ClusterLogin.h"
 #include "tools/inventory/Lists.h"
@@ -35,11 +36,14 @@ struct Options {
   int settle = 300;      // milliseconds without a change after which the inventory is complete
   std::string logLevel;  // empty: as the configuration says
   Lists lists;           // what is shown; at least one
-  bool wantsAuthorization = false;           // asked for by name: its absence is an error
-  std::optional<TaskCall> task;              // run this and show no inventory
-  std::optional<kecpp::FleetOptions> fleet;  // show this in place of a daemon's inventory
-  ClusterLogin login;                        // to the fleet's cluster
+  bool wantsAuthorization = false;            // asked for by name: its absence is an error
+  std::optional<TaskCall> task;               // run this and show no inventory
+  std::vector<kecpp::FleetOptions> clusters;  // show these in place of a daemon's inventory
+  ClusterLogin login;                         // to each of them
 };
+
+// A cluster, where there are several: its first member.
+std::string ClusterName(const std::string& members);
 
 // How the inventory of what is shown is made: in the background, so that the end of the run need
 // not wait for it.

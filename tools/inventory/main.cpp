@@ -38,7 +38,7 @@ int Run(const Options& options) {
   const EndWatch watch(end, PROGRAM);
   WarnOfOpenDoors(options);
   if (options.task) return ReportTask(options, end);
-  if (options.fleet) return Show<FleetRun>(options, end);
+  if (!options.clusters.empty()) return Show<FleetRun>(options, end);
   return Show<InventoryRun>(options, end);
 }
 
