@@ -7,27 +7,22 @@
 #include <netinet/in.h>
 #include <signal.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 
 #include <thread>
 
 #include "simulator/driver/ChildProcess.h"
 #include "simulator/driver/Simulator.h"
+#include "support/ServiceMessages.h"
 
 namespace agenttest {
 namespace {
 
-using driver::Eventually;
 using testing::HasSubstr;
 
 // Takes systemd's place: has a socket for messages, and one that listens on a port of its choice.
-class Service : public testing::Test {
+class Service : public testing::Test, protected ServiceMessages {
  protected:
   Service() {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    EXPECT_EQ(bind(messages, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
     sockaddr_in loopback{};
     loopback.sin_family = AF_INET;
     loopback.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -38,41 +33,21 @@ class Service : public testing::Test {
     port = ntohs(loopback.sin_port);
   }
 
-  ~Service() override {
-    close(messages);
-    close(listening);
-  }
+  ~Service() override { close(listening); }
 
   // The command that systemd would run.
   std::vector<std::string> Command(const std::string& config) const {
     return {"/bin/sh",
             "-c",
-            "export NOTIFY_SOCKET='" + path +
-                "' WATCHDOG_USEC=400000 LISTEN_FDS=1 LISTEN_PID=$$\n" + "exec \"$0\" \"$@\" 3<&" +
+            Exports() + "export LISTEN_FDS=1 LISTEN_PID=$$\nexec \"$0\" \"$@\" 3<&" +
                 std::to_string(listening),
             KECPP_AGENT_PROGRAM,
             "--config",
             config};
   }
 
-  // Whether it says so, at some time.
-  bool Says(const std::string& text) {
-    return Eventually([&] {
-      char message[1000];
-      ssize_t length;
-      while ((length = recv(messages, message, sizeof message, MSG_DONTWAIT)) >= 0) {
-        said.append(message, static_cast<std::size_t>(length)) += '\n';
-      }
-      return said.find(text) != std::string::npos;
-    });
-  }
-
-  driver::TemporaryFolder folder;
-  const std::string path = folder.path + "/notify";
-  const int messages = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
   const int listening = socket(AF_INET, SOCK_STREAM, 0);
   int port = 0;
-  std::string said;
 };
 
 TEST_F(Service, HearsHowTheAgentIsAndKeepsItsSocket) {

@@ -20,6 +20,7 @@
 #include "simulator/driver/EtcdCluster.h"
 #include "simulator/driver/ProcessSample.h"
 #include "simulator/driver/Simulator.h"
+#include "support/ServiceMessages.h"
 
 namespace kecpp::fleet {
 namespace {
@@ -53,11 +54,12 @@ class Publish : public testing::Test {
     return options;
   }
 
+  Words Command(const std::string& site) const {
+    return {KECPP_PUBLISH_PROGRAM, "--config", simulator.Config(), "--site", site, "--to",
+            cluster->Urls()};
+  }
   std::unique_ptr<ChildProcess> Start(const std::string& site, const Words& more = {}) const {
-    return std::make_unique<ChildProcess>(
-        Words{KECPP_PUBLISH_PROGRAM, "--config", simulator.Config(), "--site", site, "--to",
-              cluster->Urls()},
-        more);
+    return std::make_unique<ChildProcess>(Command(site), more);
   }
 
   static std::optional<KeyValue> Get(EtcdClient& from, const std::string& key) {
@@ -170,8 +172,15 @@ Json LastShown(const ChildProcess& tool) {
 
 TEST_F(Publish, ReadersFollowTheDaemonThroughTheCluster) {
   StartCluster();
-  const auto publisher = Start("s");
-  ASSERT_TRUE(Eventually([&] { return Site("s").isComplete; })) << publisher->Errors();
+  cluster->Signal(0, SIGSTOP);
+  ServiceMessages systemd;
+  ChildProcess publisher({"/bin/sh", "-c", systemd.Exports() + "exec \"$0\" \"$@\""}, Command("s"));
+  EXPECT_TRUE(systemd.Says("STATUS=trying to reach the cluster again"));
+  EXPECT_TRUE(systemd.Says("WATCHDOG=1"));
+  EXPECT_THAT(systemd.said, testing::Not(HasSubstr("READY=1"))) << "nothing is in the cluster yet";
+  cluster->Signal(0, SIGCONT);
+  ASSERT_TRUE(systemd.Says("READY=1\nSTATUS=publishing\n")) << publisher.Errors();
+  EXPECT_TRUE(Eventually([&] { return Site("s").isComplete; }));
   ChildProcess tool({KECPP_TOOL_PROGRAM, "--fleet", cluster->Urls(), "--site", "s", "--format",
                      "json", "--follow"});
   ASSERT_TRUE(Eventually([&] { return !LastShown(tool).is_null(); })) << tool.Errors();
@@ -183,6 +192,8 @@ TEST_F(Publish, ReadersFollowTheDaemonThroughTheCluster) {
   simulator.Control("churn", {{"rate", 0}});
   const Json truth = endurance::Decoded(simulator.Truth());
   EXPECT_TRUE(Eventually([&] { return LastShown(tool) == truth; }));
+  publisher.Signal(SIGTERM);
+  EXPECT_TRUE(systemd.Says("STOPPING=1"));
   tool.Signal(SIGTERM);
   EXPECT_EQ(tool.Wait(), 0);
 }

@@ -23,7 +23,6 @@
 #include "tools/agent/HangUp.h"
 #include "tools/agent/InteropModel.h"
 #include "tools/agent/PoliteEnd.h"
-#include "tools/agent/ServiceManager.h"
 #include "tools/agent/StatusPage.h"
 #include "tools/agent/Users.h"
 #include "tools/agent/api/Api.h"
@@ -31,6 +30,7 @@
 #include "tools/agent/metrics/Metrics.h"
 #include "tools/common/EndOfRun.h"
 #include "tools/common/ProcessEnd.h"
+#include "tools/common/ServiceManager.h"
 #include "tools/common/Terminal.h"
 
 namespace tools::agent {
@@ -122,6 +122,11 @@ std::optional<InteropModel::Indications> IndicationsOf(const AgentOptions& optio
                                    MOST_SUBSCRIPTIONS,     !options.stateFolder.empty()};
 }
 
+std::string StateText(const kecpp::Status& status) {
+  if (status.state == kecpp::Status::State::connected) return "connected to the management daemon";
+  return status.reason.empty() ? "connecting" : "connecting again: " + status.reason;
+}
+
 // Serves what the inventory knows until the end of the run.
 void Serve(const AgentOptions& options, const kecpp::Inventory& inventory, AgentServer& server,
            const EndOfRun& end, ServiceManager& manager) {
@@ -166,7 +171,7 @@ void Serve(const AgentOptions& options, const kecpp::Inventory& inventory, Agent
   server.Start();
   Announce(options);
   report.Follow(inventory, end, [&](const kecpp::Status& status) {
-    manager.Look(status);
+    manager.Look(status.state == kecpp::Status::State::connected, StateText(status));
     api.Look(status);
   });
   manager.Stopping();

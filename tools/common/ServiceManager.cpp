@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tools/agent/ServiceManager.h"
+#include "tools/common/ServiceManager.h"
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -15,7 +15,7 @@
 
 #include "tools/common/CellText.h"
 
-namespace tools::agent {
+namespace tools {
 namespace {
 
 constexpr int FIRST_SOCKET = 3;  // where systemd puts those that it hands over
@@ -49,11 +49,6 @@ std::optional<sockaddr_un> AddressOf(const std::string& text, socklen_t& length)
   return address;
 }
 
-std::string StateText(const kecpp::Status& status) {
-  if (status.state == kecpp::Status::State::connected) return "connected to the management daemon";
-  return status.reason.empty() ? "connecting" : "connecting again: " + status.reason;
-}
-
 }  // namespace
 
 ServiceManager::ServiceManager() : address(Take("NOTIFY_SOCKET")) {
@@ -78,7 +73,7 @@ void ServiceManager::ReadSocket() {
   socket = FIRST_SOCKET;
 }
 
-// What cannot be sent is lost: the agent serves its clients all the same.
+// What cannot be sent is lost: the program does its work all the same.
 void ServiceManager::Send(const std::string& message) const {
   socklen_t length = 0;
   const auto receiver = AddressOf(address, length);
@@ -92,20 +87,20 @@ void ServiceManager::Send(const std::string& message) const {
   close(sender);
 }
 
-void ServiceManager::Look(const kecpp::Status& status) {
+void ServiceManager::Look(bool isReady, const std::string& state) {
   if (address.empty()) return;
-  ShowState(status);
+  ShowState(isReady, state);
   ShowLife();
 }
 
 // A daemon's text cannot add lines, which would be further messages: Printable lets none through.
-void ServiceManager::ShowState(const kecpp::Status& status) {
+void ServiceManager::ShowState(bool isReady, const std::string& state) {
   std::string message;
-  if (!ready && status.state == kecpp::Status::State::connected) {
+  if (!ready && isReady) {
     ready = true;
     message = "READY=1\n";
   }
-  const std::string text = Printable(StateText(status));
+  const std::string text = Printable(state);
   if (message.empty() && text == shown) return;
   shown = text;
   Send(message + "STATUS=" + text);
@@ -129,4 +124,4 @@ void ServiceManager::EndReload() const {
   if (ready) Send("READY=1");
 }
 
-}  // namespace tools::agent
+}  // namespace tools

@@ -1,24 +1,22 @@
 // SPDX-License-Identifier: MIT
 //
-// What systemd and the agent say to each other: the agent is ready once it knows the inventory, it
-// reads its files again, it ends, it is alive; and it may listen on a socket that systemd opened.
-// Without systemd nothing of this has an effect.
+// What systemd and a program say to each other: the program is ready, it reads its files again, it
+// ends, it is alive; and it may listen on a socket that systemd opened. Without systemd nothing of
+// this has an effect.
 //
 // The messages are a few words in a datagram, as sd_notify(3) documents them, which is less than a
 // library for them would be.
 //
 // Thread safety: any thread, once it is made.
-#ifndef KECPP_TOOLS_AGENT_SERVICEMANAGER_H
-#define KECPP_TOOLS_AGENT_SERVICEMANAGER_H
-
-#include <kecpp/inventory.h>
+#ifndef KECPP_TOOLS_COMMON_SERVICEMANAGER_H
+#define KECPP_TOOLS_COMMON_SERVICEMANAGER_H
 
 #include <atomic>
 #include <chrono>
 #include <optional>
 #include <string>
 
-namespace tools::agent {
+namespace tools {
 
 class ServiceManager {
  public:
@@ -29,12 +27,13 @@ class ServiceManager {
   // A listening socket, which is the caller's from now on.
   std::optional<int> Socket() const { return socket; }
 
-  // Called at least each second by the thread that watches the connection. Says once that the agent
-  // is ready, when the inventory is known for the first time; shows how the connection is; and says
-  // twice in each of the watchdog's intervals that the agent is alive.
-  void Look(const kecpp::Status& status);
+  // Called at least each second by a thread that goes on as long as the program is sound. Says once
+  // that the program is ready, when `isReady` for the first time; shows `state`, a line, when that
+  // is another than before; and says twice in each of the watchdog's intervals that the program is
+  // alive.
+  void Look(bool isReady, const std::string& state);
 
-  // Around reading files again. Both are needed: in between the agent counts as reloading.
+  // Around reading files again. Both are needed: in between the program counts as reloading.
   void BeginReload() const;
   void EndReload() const;
 
@@ -46,7 +45,7 @@ class ServiceManager {
   void ReadWatchdog();
   void ReadSocket();
   void Send(const std::string& message) const;
-  void ShowState(const kecpp::Status& status);
+  void ShowState(bool isReady, const std::string& state);
   void ShowLife();
 
   std::string address;  // of the datagrams; empty: nobody asks
@@ -58,6 +57,6 @@ class ServiceManager {
   std::string shown;
 };
 
-}  // namespace tools::agent
+}  // namespace tools
 
 #endif

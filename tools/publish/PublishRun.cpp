@@ -61,11 +61,18 @@ class DaemonReport {
   unsigned long long connections = 0;
 };
 
+std::string StateText(const kecpp::Status& status) {
+  if (status.state == State::connected) return "following the management daemon";
+  return status.reason.empty() ? "connecting" : "connecting again: " + status.reason;
+}
+
 // False at the end of the run.
-bool AwaitDaemon(const kecpp::Inventory& inventory, const EndOfRun& end, DaemonReport& report) {
+bool AwaitDaemon(const kecpp::Inventory& inventory, const EndOfRun& end, DaemonReport& report,
+                 ServiceManager& manager) {
   for (kecpp::Status status = inventory.State(); status.state != State::connected;
        status = inventory.State()) {
     report.Note(status);
+    manager.Look(false, StateText(status));
     if (end.Ended()) return false;
     inventory.WaitForState(status, WAIT_SLICE);
   }
@@ -155,10 +162,17 @@ class PublisherThread {
   std::thread thread;
 };
 
-// What the main thread sees to while the others publish.
+std::string StateText(const kecpp::Status& status, const Counters& counters) {
+  if (counters.isInTrouble) return "trying to reach the cluster again";
+  if (counters.agreements == 0) return "publishing everything";
+  return status.state == State::connected ? "publishing" : StateText(status);
+}
+
+// What the main thread sees to while the others publish. It gives no sign of life for a publisher
+// that hangs.
 void WatchOver(const kecpp::Inventory& inventory, Publisher& publisher,
                const PublisherThread& running, const Counters& counters, const Marks& marks,
-               const EndOfRun& end, DaemonReport& report) {
+               const EndOfRun& end, DaemonReport& report, ServiceManager& manager) {
   FirstProgress progress;
   unsigned long long connections = inventory.State().connections;
   while (!end.Ended()) {
@@ -169,13 +183,16 @@ void WatchOver(const kecpp::Inventory& inventory, Publisher& publisher,
     connections = status.connections;
     running.Check();
     progress.Show(counters, marks);
+    if (publisher.IsMoving()) {
+      manager.Look(counters.agreements != 0, StateText(status, counters));
+    }
     inventory.WaitForState(status, milliseconds(end.Slice(static_cast<int>(WAIT_SLICE.count()))));
   }
 }
 
 }  // namespace
 
-void Publish(const PublishOptions& options, const EndOfRun& end) {
+void Publish(const PublishOptions& options, const EndOfRun& end, ServiceManager& manager) {
   WarnOfOpenDoors(PROGRAM, options.login, options.cluster.members);
   const kecpp::Inventory inventory(InventoryOptions(options));
   Marks marks;
@@ -186,19 +203,22 @@ void Publish(const PublishOptions& options, const EndOfRun& end) {
     std::cout << "listening on " << metrics->Url() << std::endl;
   }
   DaemonReport report;
-  if (!AwaitDaemon(inventory, end, report)) return;
+  if (!AwaitDaemon(inventory, end, report, manager)) return;
   Publisher publisher(inventory, options.site, options.cluster, marks, counters);
   const Marker marker(inventory, marks, publisher);
   const PublisherThread running(publisher);
-  WatchOver(inventory, publisher, running, counters, marks, end, report);
+  WatchOver(inventory, publisher, running, counters, marks, end, report, manager);
+  manager.Stopping();
 }
 
-void PrintEvents(const PublishOptions& options, const EndOfRun& end) {
+void PrintEvents(const PublishOptions& options, const EndOfRun& end, ServiceManager& manager) {
   const kecpp::Inventory inventory(InventoryOptions(options));
   kecpp::Follower follower = inventory.Follow();
   DaemonReport report;
   while (!end.Ended()) {
-    report.Note(inventory.State());
+    const kecpp::Status status = inventory.State();
+    report.Note(status);
+    manager.Look(status.state == State::connected, StateText(status));
     if (!follower.Wait(milliseconds(end.Slice(static_cast<int>(WAIT_SLICE.count()))))) continue;
     const auto all = [](kecpp::Kind) { return true; };
     if (!(std::cout << EventLines(follower.Next(), inventory, all)).flush()) {

@@ -15,6 +15,7 @@ using std::chrono::milliseconds;
 
 constexpr std::chrono::seconds kShowLifeEvery(10);  // a third of the lease
 constexpr std::chrono::hours kReconcileEvery(1);
+constexpr std::chrono::seconds kLongestMove(60);  // several requests at their limit
 constexpr milliseconds kFirstPause(100);
 constexpr milliseconds kLongestPause(5000);
 constexpr std::size_t kBusy = 100;  // marks: the next batch is composed while one is under way
@@ -51,6 +52,10 @@ void Publisher::SetConnected(bool connected) {
   if (isConnected.exchange(connected) != connected) marks.Wake();
 }
 
+bool Publisher::IsMoving() const {
+  return Clock::now().time_since_epoch() - Clock::duration(moved) < kLongestMove;
+}
+
 void Publisher::End() {
   isEnding = true;
   marks.Wake();
@@ -59,6 +64,7 @@ void Publisher::End() {
 void Publisher::Run() {
   while (!isEnding) {
     try {
+      NoteMove();
       Step();
     } catch (const EtcdError& error) {
       NoteFailure(error);
@@ -132,6 +138,7 @@ void Publisher::ReadCluster() {
   published.Clear();
   try {
     ReadPrefix(client, prefix, [&](KeyValue&& entry) {
+      NoteMove();
       published.Put(entry.key.substr(prefix.size()),
                     {entry.revision, DigestOf(LastingPart(entry.value))});
     });

@@ -43,6 +43,9 @@ class Publisher {
   void Reconcile();
   void SetConnected(bool isConnected);
 
+  // False when Run has not come on for a minute, which no cluster and no wait make it.
+  bool IsMoving() const;
+
   // Lets Run return when its request is done; Cut at once.
   void End();
   void Cut() { client.Cut(); }
@@ -51,6 +54,7 @@ class Publisher {
   using Clock = std::chrono::steady_clock;
 
   void Step();
+  void NoteMove() { moved = Clock::now().time_since_epoch().count(); }
   void TakeSite();
   void Renew();
   void ReadCluster();
@@ -86,6 +90,7 @@ class Publisher {
   std::atomic<bool> isEnding{false};
   std::atomic<bool> isConnected{true};
   std::atomic<bool> mustReconcile{true};
+  std::atomic<Clock::rep> moved{Clock::now().time_since_epoch().count()};
 
   // Of Run's thread:
   bool hasSite = false;

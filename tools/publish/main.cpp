@@ -10,6 +10,7 @@
 #include "tools/common/EndOfRun.h"
 #include "tools/common/EndWatch.h"
 #include "tools/common/ProcessEnd.h"
+#include "tools/common/ServiceManager.h"
 #include "tools/common/Terminal.h"
 #include "tools/publish/Epoch.h"
 #include "tools/publish/PublishOptions.h"
@@ -28,14 +29,15 @@ int Report(const std::exception& error, int status) {
 int RunGuarded(const PublishOptions& options) {
   const ProcessEndGuard guard(PROGRAM);
   try {
+    ServiceManager manager;
     const EndOfRun end(options.duration);
     const EndWatch watch(end, PROGRAM);
     if (options.HasCluster()) {
       // A member that ends while it is written to must not end the publisher.
       std::signal(SIGPIPE, SIG_IGN);
-      Publish(options, end);
+      Publish(options, end, manager);
     } else {
-      PrintEvents(options, end);
+      PrintEvents(options, end, manager);
     }
     return EXIT_SUCCESS;
   } catch (const Fenced& error) {
