@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <ctime>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <tuple>
 #include <utility>
@@ -68,7 +69,9 @@ void Read(const Json& from, std::string& to) {
   if (from.is_string()) to = from.get<std::string>();
 }
 void Read(const Json& from, unsigned& to) {
-  if (from.is_number_unsigned()) to = from.get<unsigned>();
+  constexpr std::uint64_t kMost = std::numeric_limits<unsigned>::max();
+  const std::uint64_t number = from.is_number_unsigned() ? from.get<std::uint64_t>() : kMost + 1;
+  if (number <= kMost) to = static_cast<unsigned>(number);
 }
 void Read(const Json& from, std::optional<std::string>& to) {
   if (from.is_string()) to = from.get<std::string>();
@@ -303,7 +306,11 @@ std::optional<std::int64_t> ReadTime(const std::string& text) {
     if (c < '0' || c > '9') return {};
     thousandths = 10 * thousandths + (c - '0');
   }
-  return static_cast<std::int64_t>(timegm(&parts)) * 1000 + thousandths;
+  // A system clock's nanoseconds since 1970 have 64 bits: from 1678 to 2262.
+  constexpr std::int64_t kFarthest = 9000000000;
+  const auto seconds = static_cast<std::int64_t>(timegm(&parts));
+  if (seconds > kFarthest || seconds < -kFarthest) return {};
+  return seconds * 1000 + thousandths;
 }
 
 std::int64_t NowMilliseconds() {

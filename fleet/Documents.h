@@ -71,7 +71,7 @@ struct SiteDocument {
 std::string ToText(const SiteDocument& document);
 std::optional<SiteDocument> ReadSite(std::string_view text);
 
-// "2026-11-22T18:24:00.123Z".
+// "2026-11-22T18:24:00.123Z". Nothing for a text that is none, or years before 1685 or after 2254.
 std::string TimeText(std::int64_t millisecondsSince1970);
 std::optional<std::int64_t> ReadTime(const std::string& text);
 std::int64_t NowMilliseconds();

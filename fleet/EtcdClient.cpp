@@ -53,6 +53,11 @@ json ParseAnswer(const Transfer::Answer& answer) {
                   "no answer of etcd's gateway, HTTP status " + std::to_string(answer.status));
 }
 
+// A reader that goes on from such a page never comes to an end.
+[[noreturn]] void ThrowNoPage() {
+  throw EtcdError(EtcdError::Kind::notDone, 0, "the cluster's keys do not come in order");
+}
+
 bool IsMember(std::string_view url) {
   for (const std::string_view scheme : {"http://", "https://"}) {
     if (url.substr(0, scheme.size()) != scheme) continue;
@@ -254,16 +259,18 @@ std::int64_t ReadRange(EtcdClient& client, std::string_view begin, std::string_v
     const json answer = client.Read("kv/range", request + '}');
     if (revision == 0) revision = ReadRevision(answer);
     const auto entries = answer.find("kvs");
+    const std::string before = from;
     if (entries != answer.end() && entries->is_array()) {
       for (const json& entry : *entries) {
         KeyValue read = ReadKeyValue(entry);
-        from = read.key;
+        if (read.key < from) ThrowNoPage();
+        from = read.key + '\0';
         use(std::move(read));
       }
     }
-    from += '\0';
     const auto more = answer.find("more");
     if (more == answer.end() || *more != true) return revision;
+    if (from == before) ThrowNoPage();
   }
 }
 

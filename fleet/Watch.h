@@ -52,6 +52,9 @@ class Watch {
   using UseEvents = std::function<void(std::vector<WatchEvent>&& events)>;
   void Run(EtcdClient& client, std::chrono::milliseconds silence, const UseEvents& use);
 
+  // Takes one line of the stream, as Run does. Throws EtcdError.
+  void TakeLine(const nlohmann::json& line, const UseEvents& use);
+
   // Whether all that was seen is still there: the same cluster, not set back.
   bool IsAt(const Position& now) const;
 
@@ -62,7 +65,6 @@ class Watch {
   };
 
   std::string Request() const;
-  void TakeLine(const nlohmann::json& line, const UseEvents& use);
   Part& PartOf(const nlohmann::json& line);
 
   const std::string cluster;
