@@ -30,6 +30,11 @@ std::string FleetMonitor::Wrong() const {
   return wrong;
 }
 
+void FleetMonitor::ExpectRemoval(const std::string& key) {
+  const std::lock_guard<std::mutex> lock(mutex);
+  mayGo.insert(key);
+}
+
 void FleetMonitor::Run() {
   while (!isEnding) {
     try {
@@ -61,6 +66,10 @@ bool FleetMonitor::Take(const nlohmann::json& line) {
 void FleetMonitor::Judge(const nlohmann::json& event) {
   const KeyValue entry = ReadKeyValue(event["kv"]);
   const auto name = ParseObjectKey(entry.key);
+  if (name && event.contains("type")) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (mayGo.count(entry.key) == 0) wrong += entry.key + " was removed, though it is there\n";
+  }
   if (!name || name->object.kind != kecpp::Kind::machine || event.contains("type")) return;
   const auto object = ReadObject(kecpp::Kind::machine, name->object.key, entry.value);
   const std::string text = object ? std::get<kecpp::Machine>(*object).name : "?";

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Watches every revision of a cluster's objects and judges each: a value that carries a number must
-// never follow one with a greater number, and only the publishers' sites may change.
+// never follow one with a greater number, and nothing goes that was not to go.
 //
 // Thread safety: any thread; it has one of its own.
 #ifndef KECPP_ENDURANCE_FLEETMONITOR_H
@@ -11,6 +11,7 @@
 #include <map>
 #include <mutex>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <string>
 #include <thread>
 
@@ -24,6 +25,9 @@ class FleetMonitor {
   ~FleetMonitor();
   FleetMonitor(const FleetMonitor&) = delete;
   FleetMonitor& operator=(const FleetMonitor&) = delete;
+
+  // From now on this key may go. No other does, whatever becomes of sessions and connections.
+  void ExpectRemoval(const std::string& key);
 
   // Waits until it has seen that revision; false after a minute.
   bool HasSeen(std::int64_t revision) const;
@@ -50,7 +54,8 @@ class FleetMonitor {
   std::atomic<bool> isEnding{false};
   std::map<std::string, unsigned long long> numbers;  // by key; by the thread
   mutable std::mutex mutex;
-  std::string wrong;  // guarded by `mutex`
+  std::string wrong;  // guarded by `mutex`, like the next one
+  std::set<std::string> mayGo;
   std::thread thread;
 };
 

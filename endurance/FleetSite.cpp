@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "endurance/FleetMonitor.h"
 #include "endurance/Replay.h"
 #include "fleet/Keys.h"
 
@@ -83,7 +82,7 @@ std::unique_ptr<Publication> FleetSite::ReplacePublisher() {
   return before;
 }
 
-void FleetSite::Change() {
+void FleetSite::Change(FleetMonitor& monitor) {
   const std::size_t which = random() % machines.size();
   const std::string numbered = FleetMonitor::NameOf(++number);
   switch (random() % 20) {
@@ -95,6 +94,8 @@ void FleetSite::Change() {
     }
     case 1:
       if (machines.size() < 5) return;
+      monitor.ExpectRemoval(kecpp::fleet::ObjectsOf(name) +
+                            kecpp::fleet::ObjectPart(kecpp::Kind::machine, machines[which]));
       simulator.Control("machine", {{"do", "remove"}, {"id", machines[which]}});
       machines.erase(machines.begin() + static_cast<std::ptrdiff_t>(which));
       return;

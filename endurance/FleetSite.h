@@ -13,6 +13,7 @@
 #include <string>
 
 #include "endurance/FleetCopy.h"
+#include "endurance/FleetMonitor.h"
 #include "fleet/EtcdClient.h"
 #include "simulator/driver/Lines.h"
 #include "simulator/driver/Simulator.h"
@@ -40,7 +41,7 @@ class FleetSite {
 
   driver::Simulator& Daemon() { return simulator; }
   // Renames, creates or removes a machine.
-  void Change();
+  void Change(FleetMonitor& monitor);
   unsigned long long Changes() const { return number; }
 
   // What is different between the daemon's truth, the cluster and a reader's copy of it; empty:

@@ -254,7 +254,7 @@ class FleetRun {
         continue;
       }
       ++done;
-      Any().Change();
+      Any().Change(*monitor);
     }
   }
 
