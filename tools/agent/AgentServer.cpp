@@ -86,6 +86,7 @@ AgentServer::AgentServer(TlsContext context, const Limits& serverLimits)
   set_post_routing_handler([](const httplib::Request& request, httplib::Response& response) {
     // A client that begins with the extended method goes on without it when it reads this.
     if (request.method == "M-POST") response.status = 501;
+    response.headers.erase("Accept-Ranges");  // the HTTP library promises them to HEAD
     const bool goesOn = request.response_handler && request.response_handler(response);
     if (!goesOn && !EndsConnection(response)) response.set_header("Connection", "close");
   });

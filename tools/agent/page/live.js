@@ -7,9 +7,9 @@
 //   reset     changes were missed: what is shown must be fetched again
 //   link      how the stream is: {state: "connecting" | "open" | "lost" | "paused", since, reason}
 //
-// A page that nobody sees gives its place back soon: the agent has places for half of its connections,
-// and a browser has six connections to it for all its pages.
-import {get, pauseAfter, urlOf} from './api.js';
+// A page that nobody sees gives its place back soon: the agent has places for half of its connections.
+import {get, pauseAfter} from './api.js';
+import {Stream} from './stream.js';
 
 const BATCH_MS = 100;
 const MOST_IN_BATCH = 1000;
@@ -59,10 +59,10 @@ export class Live extends EventTarget {
     }
   }
 
-  #open() {
+  #open({isAlone = false} = {}) {
     this.#close();
     if (this.isPaused) this.#say('connecting');
-    const events = this.#events = new EventSource(urlOf('changes/stream'));
+    const events = this.#events = new Stream({isAlone});
     events.addEventListener('open', () => this.#hasOpened());
     events.addEventListener('error', () => this.#hasFailed());
     this.#on('summary', summary => this.#tell('summary', this.summary = summary));
@@ -74,7 +74,7 @@ export class Live extends EventTarget {
   #on(name, use) {
     this.#events.addEventListener(name, event => {
       this.#expectSigns();
-      use(JSON.parse(event.data));
+      use(event.detail);
     });
   }
 
@@ -110,7 +110,7 @@ export class Live extends EventTarget {
     this.#silenceTimer = setTimeout(async () => {
       const isDead = await this.#look().catch(() => true);
       if (events !== this.#events) return;
-      if (isDead) this.#open();
+      if (isDead) this.#open({isAlone: true});  // the window that reads for this one may be dead
       else this.#expectSigns();
     }, SILENCE_MS);
   }
