@@ -87,7 +87,9 @@ void HttpServer::Refuse(std::chrono::milliseconds time) {
   std::unique_lock<std::mutex> lock(mutex);
   refuseUntil = Clock::now() + time;
   Wake();
-  changed.wait(lock, [this] { return !listening || stop; });
+  // On a busy machine the port may be open again before this thread goes on.
+  const unsigned long long before = rests;
+  changed.wait(lock, [&] { return !listening || rests != before || stop; });
   lock.unlock();
   EndConnections();
 }
@@ -144,6 +146,7 @@ void HttpServer::RestWhileRefusing() {
   [[maybe_unused]] const ssize_t got = ::read(wakes->fd, &count, sizeof(count));
   std::unique_lock<std::mutex> lock(mutex);
   listening = false;
+  ++rests;
   changed.notify_all();
   while (!stop && Clock::now() < refuseUntil) changed.wait_until(lock, refuseUntil);
 }

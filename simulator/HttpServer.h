@@ -65,6 +65,7 @@ class HttpServer : public httplib::Server {
   std::list<Worker> workers;
   std::chrono::steady_clock::time_point refuseUntil;
   bool listening = false;
+  unsigned long long rests = 0;  // how often the port was closed
   bool stop = false;
 };
 

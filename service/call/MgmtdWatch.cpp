@@ -22,8 +22,6 @@ namespace {
 using KELib::KEMutexGuard;
 using KELib::KEString;
 
-constexpr int kPauseMilliseconds = 10000;
-
 struct RememberedPid {
   KELib::KEMutex mutex;
   KEString text KECPP_GUARDED_BY(mutex);
@@ -114,7 +112,7 @@ void CheckMgmtd(MgmtdPause& pause) {
   KEString before;
   ReadMgmtdPID(before);
   if (RememberFirst(before) || !ContinueUnlessRestarted(before, pause)) return;
-  if (!pause.Pause(kPauseMilliseconds)) return;
+  if (!pause.Pause(GetMgmtdWatchSeams().pauseMilliseconds)) return;
   KEString after;
   ReadMgmtdPID(after);
   ContinueUnlessRestarted(after, pause);

@@ -13,6 +13,7 @@ struct MgmtdWatchSeams {
   const char* pidFile;                             // MgmtdPIDFileName
   void (*sleepMicroseconds)(unsigned int amount);  // usleep
   void (*exitProcess)(int status);                 // exit; one that returns ends the check
+  int pauseMilliseconds = 10000;                   // between two looks at the file
 };
 
 // The process's one set.

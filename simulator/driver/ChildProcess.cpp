@@ -7,6 +7,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -39,11 +41,15 @@ std::string MakeFolder() {
 
 }  // namespace
 
+// The longer it has waited, the more seldom it asks: asking costs those for whom it waits.
 bool Eventually(const std::function<bool()>& condition) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+  using std::chrono::milliseconds;
+  using Clock = std::chrono::steady_clock;
+  const auto begin = Clock::now();
   while (!condition()) {
-    if (std::chrono::steady_clock::now() > end) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    const auto waited = std::chrono::duration_cast<milliseconds>(Clock::now() - begin);
+    if (waited > std::chrono::minutes(1)) return false;
+    std::this_thread::sleep_for(std::clamp(waited / 8, milliseconds(1), milliseconds(50)));
   }
   return true;
 }

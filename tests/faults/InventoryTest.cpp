@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <kecpp/inventory.h>
 
+#include <algorithm>
+
 #include "endurance/Replay.h"
 #include "faults/Lives.h"
 #include "faults/Stage.h"
@@ -69,6 +71,7 @@ class Agent {
     stage.Daemon().Control("machine", {{"do", "remove"}, {"id", leaves}});
     const std::string comes = stage.Daemon().Control(
         "machine", {{"do", "create"}, {"name", "new"}, {"host", machines[0]["host"]}})["id"];
+    if (IsOfEnd(call)) AwaitRest();
     stage.BeginFault(method);
     const int calls = stage.CallsOf(method);
     if (!IsOfUse(call)) stage.Daemon().Control("session-lost");
@@ -81,6 +84,13 @@ class Agent {
              (CannotCall(fault) && inventory->State().state == kecpp::Status::State::lost);
     })) << "the fault is never met";
     return {leaves, renamed, comes};
+  }
+
+  // A session that is lost between two waits makes a method fail; the loop then cancels a wait for
+  // its sake, and the fault is met too early.
+  void AwaitRest() {
+    AwaitTruth();
+    EXPECT_TRUE(Eventually([&] { return stage.Holds("daemon: a wait", {}); }));
   }
 
   bool InvokeWorks() {
@@ -125,6 +135,10 @@ TEST(InventoryMatrix, EndsWithTheTruth) {
                        }});
     }
   }
+  // Those that take longest begin first.
+  std::stable_partition(lives.begin(), lives.end(), [](const Life& life) {
+    return Matches(life.name, "* met by h*");  // hang, huge
+  });
   LiveAll(lives, 32);
 }
 

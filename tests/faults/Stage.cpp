@@ -52,6 +52,7 @@ Stage::Stage(const std::string& kind, bool hasPassword)
       simulator(Options(!certificate.empty(), folder.path + "/pid")) {
   KE::Service::ResetMgmtdWatch();
   KE::Service::GetMgmtdWatchSeams().pidFile = pidFile.c_str();
+  KE::Service::GetMgmtdWatchSeams().pauseMilliseconds = 1000;
   KELib::Logging::GetDefaultLogger()->SetLevelByName("verbose");
   config = hasPassword ? simulator.Config(USER, ESCAPED_PASSWORD) : simulator.Config();
   Replace(config, ">root<", std::string(">") + USER + "<");
