@@ -60,7 +60,7 @@ void ObjectCaches::Lock(HeldMutexes& held, const KE::Instance::ObjectKind& kind)
 
 KEStubBase* ObjectCaches::FindStub(KindId kind, XmlSlice id) {
   KEDataCache* const cache = Of(kind);
-  if (cache == nullptr) return nullptr;
+  if (cache == nullptr || cache->Size() == 0) return nullptr;
   KEDataCache::KeyPlace place;
   return FindIn(*cache, id, place);
 }
@@ -76,6 +76,7 @@ KEStubBase& ObjectCaches::FindOrFile(KindId kind, KE::Stub::ManagedObjectReferen
   std::unique_ptr<KEStubBase> stub(make(object, id.length));
   cache.SetValAt(place, object.value, stub.get());
   isNew = true;
+  memory.NoteAllocated(stub.get());
   return *stub.release();
 }
 

@@ -10,6 +10,7 @@
 
 #include "foundation/HeldMutexes.h"
 #include "foundation/KEString.h"
+#include "foundation/MemoryAhead.h"
 #include "instance/ChangeHub.h"
 #include "instance/KETypeCache.h"
 #include "instance/ObjectKinds.h"
@@ -64,6 +65,7 @@ class ObjectCaches {
   KE::Instance::KETypeCache& types;
   KE::Instance::ChangeHub* const changes;
   unsigned int generation;
+  KELib::MemoryAhead memory;  // of new stubs
   KELib::KEString names[kCount];
   KE::Instance::KEDataCache* caches[kCount];
   KELib::KEMutex* mutexes[kCount];  // of these caches
