@@ -24,6 +24,12 @@ class LearnedText {
     return true;
   }
 
+  // What is behind the text where `from` begins with it; else null. `end` is that of the document.
+  const char* Behind(const char* from, const char* end) const {
+    if (length == 0 || static_cast<std::size_t>(end - from) < length) return nullptr;
+    return KELib::Xml::SameMarkup(from, text, length) ? from + length : nullptr;
+  }
+
   // Such a text was read in full: it began at `begin`, and what came behind it is `value`. True
   // when it is the learned one now.
   bool Learn(const char* begin, const KELib::Xml::XmlSlice& value) {

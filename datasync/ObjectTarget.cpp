@@ -58,7 +58,6 @@ bool ObjectTarget::IsPlain(const XmlSlice& property, const XmlSlice& op,
 // The caches are held until the feeds have learned of the change: a feed that is opened in between
 // looks at the object afterwards.
 void ObjectTarget::FindStub() {
-  bool isNew = false;
   stub = &caches.FindOrFile(kind.id, ui.obj, id, properties->make, isNew);
   if (isNew) return;  // the feeds know
   feeds = caches.Listener();

@@ -34,6 +34,9 @@ class ObjectTarget {
 
   const KE::Instance::ObjectKind& Kind() const { return kind; }
 
+  // Whether a value was applied to a stub that was cached before.
+  bool WasCached() const { return stub != nullptr && !isNew; }
+
   // Applies one property's value. Unknown object types and properties are passed over, and so are
   // "remove" and "indirectRemove": the last value that was known is worth more than none.
   // Throws SystemException "No Data Map found for type :..." when the type has no data cache.
@@ -78,6 +81,7 @@ class ObjectTarget {
   const KELib::Xml::XmlSlice id;
   const ObjectProperties* const properties;  // null for kinds whose objects are no stubs
   KELib::Stub::KEStubBase* stub = nullptr;   // null until it is needed
+  bool isNew = false;                        // `stub` was made here
   KE::Instance::ChangeHub* feeds = nullptr;  // who has to learn of a change; null: nobody
   bool assigned = false;  // a property gets another value; then there are `feeds`
 };

@@ -38,6 +38,7 @@ class UpdateSetWalk::ObjectLock {
  public:
   explicit ObjectLock(UpdateSetWalk& owner) : walk(owner) {}
   ~ObjectLock() {
+    walk.wasCached = target.has_value() && target->WasCached();
     target.reset();  // the feeds learn of the object while it is locked
     walk.room.caches.Unlock();
   }
@@ -65,6 +66,7 @@ class UpdateSetWalk::ObjectLock {
     if (info.syncInfo == nullptr) return;
     target.emplace(info, *walk.objectKind, walk.objectId, walk.types, walk.room.objects);
     walk.room.objects.Lock(walk.room.caches, target->Kind());
+    walk.FetchNext(target->Kind());
   }
 
   void RetakeTable() KECPP_NO_THREAD_SAFETY_ANALYSIS {
@@ -215,6 +217,13 @@ void UpdateSetWalk::EndFilter() KECPP_NO_THREAD_SAFETY_ANALYSIS {
   DataSyncInfo* info = ui.syncInfo;
   if (info != nullptr) watches.ReleaseFilledNoLock(*info);
   ui.syncInfo = nullptr;
+}
+
+// In a set that changes one object after the other: of new ones nothing is there to be fetched.
+void UpdateSetWalk::FetchNext(const KE::Instance::ObjectKind& kind) {
+  if (!wasCached || &kind != room.headParts.objectKind) return;
+  KE::Instance::KEDataCache* const cache = room.objects.Of(kind.id);
+  if (cache != nullptr) ahead.Fetch(cursor, room.head, *cache);
 }
 
 // The cursor is in the object set's content.

@@ -13,6 +13,7 @@
 #ifndef KECPP_DATASYNC_UPDATESETWALK_H
 #define KECPP_DATASYNC_UPDATESETWALK_H
 
+#include "datasync/LookAhead.h"
 #include "datasync/UpdateInfo.h"
 #include "datasync/WalkRoom.h"
 #include "foundation/HeldMutexes.h"
@@ -48,6 +49,7 @@ class UpdateSetWalk {
   void FindFilter();
   void EndFilter();
   void ApplyObjectSet();
+  void FetchNext(const KE::Instance::ObjectKind& kind);
   void TakeHead();
   void SetKind(const KELib::Xml::XmlSlice& kind);
   void ClearObject();
@@ -73,6 +75,8 @@ class UpdateSetWalk {
   const KE::Instance::ObjectKind* objectKind;  // of `ui.obj`; set with it
   KELib::Xml::XmlSlice objectId;               // likewise
   bool leaves = false;                         // the object set's kind is "leave"
+  LookAhead ahead;
+  bool wasCached = false;  // the object of the last object set
 };
 
 }  // namespace KE::Service

@@ -164,6 +164,8 @@ class KECPP_API KEHashmap {
   unsigned int BucketCount() const { return bucketCount; }
   // The entries of one bucket, which is below BucketCount(); null when it has none.
   const Entry* Chain(unsigned int bucket) const { return buckets[bucket]; }
+  // Where Chain looks for them: to fetch it from memory before.
+  const void* PlaceOfChain(unsigned int bucket) const { return &buckets[bucket]; }
   unsigned int Threshold() const { return threshold; }  // the count above which the table grows
 
   // An iterator on the first entry. O(buckets) at worst.

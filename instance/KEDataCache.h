@@ -27,6 +27,7 @@
 
 namespace KE::Instance {
 
+class CacheFetch;
 class CacheWalk;
 class ChangeHub;
 
@@ -86,6 +87,7 @@ class KECPP_API KEDataCache : public KECache {
   unsigned int FeedType() const;
 
  private:
+  friend class CacheFetch;
   friend class CacheWalk;
   class State;
 

@@ -6,7 +6,11 @@
 
 #include "datasync/LearnedSteps.h"
 #include "datasync/LearnedText.h"
+#include "datasync/LookAhead.h"
 #include "datasync/PropertyTable.h"
+#include "foundation/KEMutexGuard.h"
+#include "instance/KEDataCache.h"
+#include "stub/base/MRawStub.h"
 #include "support/Answers.h"
 #include "xml/KEXmlReader.h"
 
@@ -99,6 +103,35 @@ TEST(Learning, KeepsABoundedNumberOfSteps) {
   const auto step = [](int i) { return "0 property-" + std::to_string(100 + i) + " 0 a"; };
   for (int i = 0; i < 70; ++i) EXPECT_EQ("read", MeetStep(known, step(i)));
   for (int i = 0; i < 70; ++i) EXPECT_EQ(i >= 64, MeetStep(known, step(i)) == "read") << i;
+}
+
+// Wherever the text ends; an object with another head is not found.
+TEST(Learning, FindsTheNextObjectsInALargeCache) {
+  KE::Instance::KEDataCache cache;
+  const KELib::KEMutexGuard guard(cache.GetMutex());
+  LearnedText head;
+  const std::string markup = "<kind>modify</kind><obj type=\"VirtualMachine\">";
+  head.Learn(markup.data(), markup.data() + markup.size());
+  const auto found = [&](const std::string& set) {
+    KELib::KEString text(set.c_str());
+    KELib::Xml::KEXmlReader reader(text, false, 0);
+    return LookAhead().Fetch(KEXmlCursor(reader), head, cache);
+  };
+  std::string set = "</objectSet><objectSet><kind>leave</kind><obj>4</obj></objectSet>";
+  for (const char* id : {"1", "no-such", "3", "2"}) {
+    set += "<objectSet>" + markup + id + "</obj></objectSet>";
+  }
+  EXPECT_EQ(0U, found(set));
+  for (int i = 0; i < 2100; ++i) {
+    KELib::KEString key(std::to_string(i).c_str());
+    cache.SetVal(key, KELib::Stub::CreateRawStub());
+  }
+  for (std::size_t length = 0, before = 0; length <= set.size(); ++length) {
+    const std::size_t now = found(set.substr(0, length));
+    EXPECT_TRUE(now == before || now == before + 1) << length;
+    before = now;
+  }
+  EXPECT_EQ(3U, found(set));
 }
 
 }  // namespace
