@@ -4,7 +4,6 @@
 // loaded afterwards, and only the last wish. A failure that may pass is tried again by itself.
 import {pauseAfter} from './api.js';
 
-
 export class Loader {
   #timer = 0;
   #due = 0;         // of the timer
@@ -13,7 +12,9 @@ export class Loader {
   #isUrgent = false;
   #isOut = false;
   #isClosed = false;
-  #restsUntil = 0;
+  #restedFrom = -Infinity;  // when the last load came back
+  #dear = 0;                // how long loading must rest at least, by what the last load cost
+  #wishedRest = 0;
   #failures = 0;
 
   // `work(wish)` gives a promise. `done(result, wish)` or `failed(problem, wish)` gets its outcome;
@@ -29,9 +30,10 @@ export class Loader {
     this.#askFor(wish, 0);
   }
 
-  // Loads soon, after a rest that is as long as loading was dear.
-  askSoon(wish = null) {
-    this.#askFor(wish, this.#restsUntil - performance.now());
+  // Loads soon, after a rest that is as long as loading was dear, and at least so many milliseconds.
+  askSoon(wish = null, rest = this.rest) {
+    this.#wishedRest = rest;
+    this.#askFor(wish, this.#restLeft());
   }
 
   close() {
@@ -43,6 +45,10 @@ export class Loader {
     this.#wish = wish;
     this.#hasWish = true;
     this.#plan(pause);
+  }
+
+  #restLeft() {
+    return this.#restedFrom + Math.max(this.#wishedRest, this.#dear) - performance.now();
   }
 
   // An earlier plan stays.
@@ -66,14 +72,15 @@ export class Loader {
     const end = performance.now();
     this.#isOut = false;
     if (this.#isClosed) return;
-    this.#restsUntil = end + Math.max(this.rest, this.share * (end - begin));
+    this.#restedFrom = end;
+    this.#dear = this.share * (end - begin);
     if (outcome.problem) this.#fail(outcome.problem, wish);
     else this.#succeed(outcome.result, wish);
   }
 
   #succeed(result, wish) {
     this.#failures = 0;
-    if (this.#hasWish) this.#plan(this.#isUrgent ? 0 : this.#restsUntil - performance.now());
+    if (this.#hasWish) this.#plan(this.#isUrgent ? 0 : this.#restLeft());
     this.done(result, wish);
   }
 

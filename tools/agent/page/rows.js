@@ -8,7 +8,8 @@ import {blockQuery, ROWS as BLOCK} from './query.js';
 import {KINDS} from './words.js';
 
 const MOST_BLOCKS = 80;
-const REST_MS = 5000;    // between fetches of rows that may have moved
+const REST_MS = 2000;    // between fetches of rows that have changed or gone
+const FAR_MS = 10000;    // when only others have, which may come before them
 const MOST_SINGLE = 8;   // changed rows that are fetched one by one
 
 // The fields that a search for a text looks at.
@@ -19,6 +20,7 @@ export class Rows {
   #first = 0;
   #last = 1;
   #age = 0;             // grows when the order may have changed
+  #rest = FAR_MS;       // before stale rows are fetched
   #question = 0;        // grows with each other query
   #answered = -1;       // the question that the blocks belong to
   #changedKeys = new Set();
@@ -39,7 +41,6 @@ export class Rows {
         this.#news = null;
         changed(problem, false);
       },
-      rest: REST_MS,
     });
     this.#rowLoader = new Loader({
       work: () => this.#fetchRows(),
@@ -77,8 +78,9 @@ export class Rows {
   }
 
   // Everything may have changed.
-  refresh() {
+  refresh(rest = REST_MS) {
     ++this.#age;
+    this.#rest = Math.min(this.#rest, rest);
     this.#spoilAll();
     this.#fetchMissing();
   }
@@ -86,11 +88,16 @@ export class Rows {
   // Takes changes in. They say what their rows show now; where they do not, rows in view are fetched
   // again.
   take(changes) {
-    if (changes.some(change => this.#moves(change))) return this.refresh();
     const ours = changes.filter(change => change.kind === this.kind);
     const hosts = this.kind === 'host' ? changes.flatMap(change => change.hosts ?? []) : [];
     this.#takeNews([...ours.map(change => change.item), ...hosts].filter(Boolean));
-    const seen = this.#spoil(new Set(ours.filter(({item}) => !item).map(({key}) => key)));
+    const moving = changes.filter(change => this.#moves(change));
+    const unknown = ours.filter(({item}) => !item);
+    if (moving.length > 0) {
+      const isNear = [...moving, ...unknown].some(change => this.#has(change));
+      return this.refresh(isNear ? REST_MS : FAR_MS);
+    }
+    const seen = this.#spoil(new Set(unknown.map(({key}) => key)));
     for (const key of seen) this.#changedKeys.add(key);
     if (this.#changedKeys.size > MOST_SINGLE) this.refresh();
     else if (seen.length > 0) this.#rowLoader.askSoon();
@@ -111,6 +118,12 @@ export class Rows {
     if (this.query.has('text')) fields.push(...SEARCHED);
     fields.push(this.query.get('sort').replace('-', ''));
     return change.fields.some(field => fields.includes(field));
+  }
+
+  // Whether a change is of a row that is there, or may be of all.
+  #has({kind, key}) {
+    return kind !== this.kind ||
+        [...this.#blocks.values()].some(({items}) => items.some(item => item.key === key));
   }
 
   // The keys among these that are in view. Blocks out of view that have one become stale.
@@ -136,12 +149,13 @@ export class Rows {
       if (!block) return this.#blockLoader.ask(number);
       if (block.isStale) stale ??= number;
     }
-    if (stale !== null) this.#blockLoader.askSoon(stale);
+    if (stale !== null) this.#blockLoader.askSoon(stale, this.#rest);
   }
 
   async #fetchBlock(number) {
     const [age, question] = [this.#age, this.#question];
     this.#news = new Map();
+    this.#rest = FAR_MS;
     const {items, total} = await get(this.path, blockQuery(this.query, number));
     const now = items.map(item => this.#news.get(item.key) ?? item);
     this.#news = null;
