@@ -365,9 +365,9 @@ TEST_F(ApiAgent, FindsKeysOfAnyBytesAndHasHeadsOfThem) {
   }));
   RawClient head(agent.Port());
   head.Send("HEAD" + GetHead(path, "Connection: close\r\n").substr(3));
-  EXPECT_THAT(head.Receive(), testing::AllOf(HasSubstr("200 OK"), HasSubstr("ETag: \""),
-                                             Not(HasSubstr("Accept-Ranges")),
-                                             testing::EndsWith("\r\n\r\n")));
+  EXPECT_THAT(head.Receive(),
+              testing::AllOf(HasSubstr("200 OK"), HasSubstr("ETag: \""),
+                             Not(HasSubstr("Accept-Ranges")), testing::EndsWith("\r\n\r\n")));
   for (const char* bad : {"/api/v1/roles/%", "/api/v1/roles/%4", "/api/v1/roles/%zz"}) {
     RawClient other(agent.Port());
     other.Send(GetHead(bad));
@@ -393,9 +393,8 @@ TEST_F(ApiAgent, StreamsGoOnWhereTheirClientsWere) {
   RawClient again(agent.Port());
   again.Send(GetHead("/api/v1/changes/stream", "Last-Event-ID: " + seen + "\r\n"));
   events = again.Receive("\"name\":\"two\"");
-  EXPECT_THAT(events,
-              testing::AllOf(HasSubstr("\"fields\":[\"name\""), HasSubstr("event: summary"),
-                             Not(HasSubstr("\"name\":\"one\"")), Not(HasSubstr("reset"))));
+  EXPECT_THAT(events, testing::AllOf(HasSubstr("\"fields\":[\"name\""), HasSubstr("event: summary"),
+                                     Not(HasSubstr("\"name\":\"one\"")), Not(HasSubstr("reset"))));
   for (const char* unknown : {"17", "99999999999999999999999", "x"}) {
     RawClient lost(agent.Port());
     lost.Send(GetHead("/api/v1/changes/stream", std::string("Last-Event-ID: ") + unknown + "\r\n"));
