@@ -243,6 +243,11 @@ void Measure(int argc, char** argv) {
       each(after.daemons - before.daemons), each(after.here - before.here - ordering),
       each(ordering));
   Report(reader, seconds);
+  std::size_t troubled = 0;
+  for (const Site& site : sites) {
+    troubled += site.publisher->Errors().find("trying again") != std::string::npos ? 1 : 0;
+  }
+  if (troubled != 0) std::printf("%zu publishers lost the cluster meanwhile\n", troubled);
 }
 
 }  // namespace

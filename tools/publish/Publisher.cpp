@@ -22,8 +22,8 @@ constexpr std::size_t kBusy = 100;  // marks: the next batch is composed while o
 
 // A small transaction costs the cluster nearly as much as one with a hundred changes. So the
 // publisher rests after each, in proportion to what the cluster took, and changes gather meanwhile.
-constexpr int kRestShare = 4;
-constexpr milliseconds kLongestRest(50);
+constexpr int kRestShare = 2;
+constexpr milliseconds kLongestRest(25);
 
 void Append(std::vector<Mark>& to, std::vector<Mark> marks) {
   to.insert(to.end(), std::make_move_iterator(marks.begin()), std::make_move_iterator(marks.end()));
