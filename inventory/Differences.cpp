@@ -7,18 +7,22 @@ namespace kecpp {
 namespace {
 
 template <class Object>
-void Compare(const Connection& before, const Connection& now, std::vector<Change>& differences) {
+void FindGone(const Connection& before, const Connection& now, std::vector<Change>& gone) {
   constexpr Kind kind = TypesOf<Object>::kKind;
+  ForEachCopy<Object>(before, [&](const Object& object) {
+    if (!Holds(now, kind, object.key)) gone.push_back({Change::Type::removed, kind, object.key});
+  });
+}
+
+template <class Object>
+void Compare(const Connection& before, const Connection& now, std::vector<Change>& differences) {
   ForEachCopy<Object>(now, [&](const Object& object) {
     const auto known = FindCopy<Object>(before, object.key);
     if (known && *known == object) return;
     const auto type = known ? Change::Type::changed : Change::Type::added;
-    differences.push_back({type, kind, object.key});
+    differences.push_back({type, TypesOf<Object>::kKind, object.key});
   });
-  ForEachCopy<Object>(before, [&](const Object& object) {
-    if (Holds(now, kind, object.key)) return;
-    differences.push_back({Change::Type::removed, kind, object.key});
-  });
+  FindGone<Object>(before, now, differences);
 }
 
 }  // namespace
@@ -31,6 +35,16 @@ std::vector<Change> FindDifferences(const Connection& before, const Connection& 
   Compare<Privilege>(before, now, differences);
   Compare<Identity>(before, now, differences);
   return differences;
+}
+
+std::vector<Change> FindGone(const Connection& before, const Connection& now) {
+  std::vector<Change> gone;
+  FindGone<Host>(before, now, gone);
+  FindGone<Machine>(before, now, gone);
+  FindGone<Role>(before, now, gone);
+  FindGone<Privilege>(before, now, gone);
+  FindGone<Identity>(before, now, gone);
+  return gone;
 }
 
 bool Holds(const Connection& connection, Kind kind, const std::string& key) {

@@ -19,6 +19,9 @@ namespace kecpp {
 // In `now` but not in `before`: added. In both, with other content: changed. Else removed. Linear.
 std::vector<Change> FindDifferences(const Connection& before, const Connection& now);
 
+// Only what was removed.
+std::vector<Change> FindGone(const Connection& before, const Connection& now);
+
 // Whether the connection has the object cached.
 bool Holds(const Connection& connection, Kind kind, const std::string& key);
 

@@ -18,6 +18,9 @@ constexpr milliseconds kFirstPause(1000);
 constexpr milliseconds kLongestPause(30000);
 constexpr milliseconds kCutEvery(20);  // one cut may come too early
 constexpr milliseconds kStopLimit(5000);
+constexpr milliseconds kRestPause(2000);  // between parts of a report
+constexpr milliseconds kRestLimit(60000);
+constexpr milliseconds kRestLookEvery(50);
 
 std::chrono::system_clock::time_point Now() {
   return std::chrono::system_clock::now();
@@ -199,9 +202,25 @@ void Keeper::Open(std::unique_ptr<Connection>& made) try {
   const Opening opened(*this, *connection);
   if (!opened.IsAllowed()) return;
   connection->Open();
+  if (current) AwaitRest(*connection);
   made = std::move(connection);
 } catch (const KELib::Throwable& error) {
   throw Error("", error.What());
+}
+
+// A daemon may split its first report over several answers, and does not say which is the last.
+// What was known and has not come yet has gone only when no part brings any of it.
+void Keeper::AwaitRest(const Connection& made) {
+  std::vector<Change> missing = FindGone(*current, made);
+  const auto begin = Clock::now();
+  auto arrived = begin;
+  while (!missing.empty() && Clock::now() < arrived + kRestPause &&
+         Clock::now() < begin + kRestLimit && Pause(kRestLookEvery)) {
+    const auto hasCome = [&](const Change& one) { return Holds(made, one.kind, one.key); };
+    const auto still = std::remove_if(missing.begin(), missing.end(), hasCome);
+    if (still != missing.end()) arrived = Clock::now();
+    missing.erase(still, missing.end());
+  }
 }
 
 void Keeper::WatchOver() {

@@ -61,6 +61,7 @@ class Keeper {
   bool Connect();
   bool TryToConnect();
   void Open(std::unique_ptr<Connection>& made);
+  void AwaitRest(const Connection& made);
   void WatchOver();
   void Install(std::unique_ptr<Connection> made);
   Feeds OpenFeeds(Connection& connection, std::size_t count) const;

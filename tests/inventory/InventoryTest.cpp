@@ -176,6 +176,24 @@ TEST(InventoryOfASlowDaemon, HasAllLinksOnceItIsConnected) {
   EXPECT_THAT(inventory.FindIdentity("root")->roles, testing::ElementsAre("1"));
 }
 
+// What has not come again yet has not gone.
+TEST(InventoryOfASlowDaemon, NamesNobodyWhenItsReportComesAgainInParts) {
+  Simulator simulator({"--machines", "300", "--hosts", "4", "--max-objects", "25"});
+  kecpp::Options options;
+  options.config = simulator.Config();
+  const Inventory inventory(options);
+  ASSERT_TRUE(Eventually([&] { return inventory.Count(Kind::machine) == 300; }));
+  kecpp::Follower follower = inventory.Follow();
+  Replay replay(inventory);
+  replay.TakeAll(follower);
+  replay.namedMachines.clear();
+  simulator.Control("session-lost");
+  ASSERT_TRUE(Eventually([&] { return inventory.State().connections == 2; }));
+  EXPECT_EQ(inventory.Count(Kind::machine), 300u);
+  replay.TakeAll(follower);
+  EXPECT_THAT(replay.namedMachines, testing::IsEmpty());
+}
+
 // A connection that was lost takes its time to end as well.
 TEST_F(InventoryTest, EndsInTimeWhileTheDaemonHangs) {
   for (const char* method : {"Logout", "CancelWaitForUpdates"}) {
