@@ -18,10 +18,9 @@ constexpr std::uintptr_t kPage = 4096;
 // Older systems do not know the request: then the pages come one by one, as they would otherwise.
 void MakePresent(void* room) {
 #ifdef MADV_POPULATE_WRITE
-  const auto begin = reinterpret_cast<std::uintptr_t>(room);
-  const std::uintptr_t first = (begin + kPage - 1) / kPage * kPage;
-  const std::uintptr_t past = (begin + kRoom) / kPage * kPage;
-  madvise(reinterpret_cast<void*>(first), past - first, MADV_POPULATE_WRITE);
+  const std::size_t inFront = kPage - reinterpret_cast<std::uintptr_t>(room) % kPage;
+  madvise(static_cast<char*>(room) + inFront, (kRoom - inFront) / kPage * kPage,
+          MADV_POPULATE_WRITE);
 #else
   static_cast<void>(room);
 #endif

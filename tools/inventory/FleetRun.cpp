@@ -30,8 +30,8 @@ FleetRun::FleetRun(const Options& opts, const EndOfRun& endOfRun)
   }
 }
 
-FleetRun::Reading::Reading(const kecpp::FleetOptions& opts)
-    : options(opts), fleet(opts), follower(fleet.Follow()) {}
+FleetRun::Reading::Reading(const kecpp::FleetOptions& of)
+    : options(of), fleet(of), follower(fleet.Follow()) {}
 
 void FleetRun::Reading::AwaitFirstData(const EndOfRun& end) {
   for (kecpp::FleetStatus status = fleet.State(); status.state != State::connected;

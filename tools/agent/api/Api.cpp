@@ -178,9 +178,9 @@ void Api::AnswerList(const KindInfo& kind, const httplib::Request& request,
 void Api::AnswerObject(const KindInfo& kind, const std::string& key,
                        const httplib::Request& request, httplib::Response& response) {
   Parameters(request.params, {});
-  std::string text = DetailsOf(kind.kind, key, inventory);
+  const std::string text = DetailsOf(kind.kind, key, inventory);
   if (text.empty()) throw Problem(404, "there is no such " + std::string(NameOf(kind.kind)));
-  SetTagged(std::move(text), request, response);
+  SetTagged(text, request, response);
 }
 
 void Api::AnswerChanges(const httplib::Request& request, httplib::Response& response) {
