@@ -95,6 +95,29 @@ class Publish : public testing::Test {
   std::unique_ptr<EtcdClient> client;
 };
 
+// A publisher that starts knows only the first part of what such a daemon reports.
+TEST_F(Publish, RemovesNothingThatTheDaemonHasYetToReport) {
+  StartCluster();
+  driver::Simulator inParts(Words{"--machines", "20", "--max-objects", "1"});
+  Words command = Command("s");
+  command[2] = inParts.Config();
+  const auto objects = [&] {
+    std::map<std::string, std::int64_t> revisions;
+    ReadPrefix(*client, ObjectsOf("s"), [&](KeyValue&& entry) {
+      if (entry.key.find("/machine/") != std::string::npos) revisions[entry.key] = entry.revision;
+    });
+    return revisions;
+  };
+  const auto first = std::make_unique<ChildProcess>(command);
+  ASSERT_TRUE(Eventually([&] { return objects().size() == 20; }));
+  const auto published = objects();
+  const std::uint64_t epoch = Site("s").epoch;
+  inParts.Control("fault", {{"method", "WaitForUpdates"}, {"kind", "drip"}, {"count", 40}});
+  const ChildProcess second(command);
+  ASSERT_TRUE(Eventually([&] { return Site("s").epoch > epoch && Site("s").isComplete; }));
+  EXPECT_EQ(objects(), published);
+}
+
 // What is wrong in the cluster is put right; what a lost daemon had stays.
 TEST_F(Publish, MakesTheClusterTrueAndKeepsWhatALostDaemonHad) {
   StartCluster();

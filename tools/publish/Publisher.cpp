@@ -2,10 +2,12 @@
 #include "tools/publish/Publisher.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "fleet/Documents.h"
 #include "fleet/Keys.h"
+#include "tools/common/ObjectView.h"
 
 namespace tools::publish {
 namespace {
@@ -18,6 +20,9 @@ constexpr std::chrono::hours kReconcileEvery(1);
 constexpr std::chrono::seconds kLongestMove(60);  // several requests at their limit
 constexpr milliseconds kFirstPause(100);
 constexpr milliseconds kLongestPause(5000);
+constexpr milliseconds kLookForMissingEvery(200);
+constexpr milliseconds kArrivalPause(5000);  // between parts of a report
+constexpr milliseconds kArrivalLimit(60000);
 constexpr std::size_t kBusy = 100;  // marks: the next batch is composed while one is under way
 
 // A small transaction costs the cluster nearly as much as one with a hundred changes. So the
@@ -94,13 +99,16 @@ void Publisher::Step() {
   if (Clock::now() >= showLifeAt) return ShowLife();
   if (mustReconcile || Clock::now() >= reconcileAt) return ReadCluster();
   if (!doubtful.empty()) return ReadAgain();
+  if (!missing.empty() && Clock::now() >= lookForMissingAt) LookForMissing();
   if (!ShowSite()) return;
   if (IsResting()) return marks.Wait(kBusy, std::min(restUntil, showLifeAt));
   const bool isSent = SendBatch();
   const bool isNews = NoteAgreement();
   if (mustRenew || !doubtful.empty()) return;
   NoteSuccess();
-  if (!isSent && !isNews) marks.Wait(1, std::min(showLifeAt, reconcileAt));
+  if (isSent || isNews) return;
+  const auto due = std::min(showLifeAt, reconcileAt);
+  marks.Wait(1, missing.empty() ? due : std::min(due, lookForMissingAt));
 }
 
 void Publisher::NoteSuccess() {
@@ -126,7 +134,8 @@ void Publisher::Renew() {
 // --- comparing -----------------------------------------------------------------------------------
 
 // Nothing is under way. What is read is compared by looking at each object as at any other change:
-// one that the cluster has and the inventory does not is removed then, if it is still so.
+// one that the cluster has and the inventory does not is removed then, if it is still so. While the
+// inventory may not have all yet, that is put off.
 void Publisher::ReadCluster() {
   GiveBack(next);
   doubtful.clear();
@@ -146,9 +155,10 @@ void Publisher::ReadCluster() {
     mustReconcile = true;
     throw;
   }
-  const std::int64_t now = NowMilliseconds();
-  published.ForEach([&](const std::string& part) { marks.Add(part, now); });
+  missing.clear();
+  published.ForEach([&](const std::string& part) { missing.insert(part); });
   MarkInventory();
+  missingSince = lastArrival = isSyncing ? Clock::now() : Clock::time_point();
   AgreeLater();
   reconcileAt = Clock::now() + kReconcileEvery;
   counters.objects = published.Size();
@@ -157,13 +167,35 @@ void Publisher::ReadCluster() {
 void Publisher::MarkInventory() {
   const std::int64_t now = NowMilliseconds();
   const auto mark = [&](kecpp::Kind kind) {
-    return [&, kind](const auto& object) { marks.Add(ObjectPart(kind, object.key), now); };
+    return [&, kind](const auto& object) {
+      const std::string part = ObjectPart(kind, object.key);
+      missing.erase(part);
+      marks.Add(part, now);
+    };
   };
   inventory.ForEach<kecpp::Host>(mark(kecpp::Kind::host));
   inventory.ForEach<kecpp::Machine>(mark(kecpp::Kind::machine));
   inventory.ForEach<kecpp::Role>(mark(kecpp::Kind::role));
   inventory.ForEach<kecpp::Privilege>(mark(kecpp::Kind::privilege));
   inventory.ForEach<kecpp::Identity>(mark(kecpp::Kind::identity));
+}
+
+// A daemon may report in parts and does not say which is the last: what no part has brought for
+// five seconds has gone. What comes is marked as any change is.
+void Publisher::LookForMissing() {
+  lookForMissingAt = Clock::now() + kLookForMissingEvery;
+  for (auto part = missing.begin(); part != missing.end();) {
+    const auto name = ParseObjectPart(*part);
+    Object object;
+    const bool hasCome = name && FindObject(inventory, name->kind, name->key, object);
+    if (hasCome) lastArrival = Clock::now();
+    part = hasCome ? missing.erase(part) : std::next(part);
+  }
+  const auto now = Clock::now();
+  if (now < lastArrival + kArrivalPause && now < missingSince + kArrivalLimit) return;
+  for (const std::string& part : missing) marks.Add(part, NowMilliseconds());
+  missing.clear();
+  AgreeLater();
 }
 
 // What the cluster has of the objects whose last write is in doubt.
@@ -196,7 +228,9 @@ void Publisher::AgreeLater() {
 
 // True when everything that was to be compared has just become the same.
 bool Publisher::NoteAgreement() {
-  if (agreementAt == 0 || !doubtful.empty() || !marks.HasPassed(agreementAt)) return false;
+  if (agreementAt == 0 || !doubtful.empty() || !missing.empty() || !marks.HasPassed(agreementAt)) {
+    return false;
+  }
   for (const Write& write : next.writes) {
     if (write.mark.place < agreementAt) return false;
   }

@@ -16,6 +16,7 @@
 #include <atomic>
 #include <chrono>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "fleet/EtcdClient.h"
@@ -59,6 +60,7 @@ class Publisher {
   void Renew();
   void ReadCluster();
   void MarkInventory();
+  void LookForMissing();
   void ReadAgain();
   bool IsResting() const;
   bool SendBatch();
@@ -104,6 +106,14 @@ class Publisher {
   Clock::time_point restUntil{};
   Clock::time_point showLifeAt{};
   Clock::time_point reconcileAt{};
+
+  // What the cluster has and the inventory has not, since the comparison began; until it comes or
+  // is taken for gone.
+  std::unordered_set<std::string> missing;
+  Clock::time_point missingSince{};
+  Clock::time_point lastArrival{};
+  Clock::time_point lookForMissingAt{};
+
   kecpp::fleet::SiteDocument shown;  // the last site/SITE
   bool isShown = false;
 };
