@@ -124,7 +124,7 @@ py::object FieldOf(const std::optional<std::string>& text) {
 py::object FieldOf(const std::vector<std::string>& texts) {
   py::tuple tuple(texts.size());
   for (std::size_t i = 0; i < texts.size(); ++i) tuple[i] = ToPython(texts[i]);
-  return std::move(tuple);
+  return py::object(std::move(tuple));
 }
 
 template <class Field>
