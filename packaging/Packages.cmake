@@ -111,7 +111,7 @@ set(CPACK_DEBIAN_INVENTORY_PACKAGE_DEPENDS "libkecpp1 (>= ${version})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "libkecpp1 (= ${version}), libkecpp-inventory1 (= ${version})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_RECOMMENDS "kecpp-tools")
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "pkg-config, cmake")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "pkgconf, cmake")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libkecpp-inventory1 (>= ${version})")
 if(KECPP_PYTHON)  # the module is for one version of Python
   math(EXPR next_minor "${Python3_VERSION_MINOR} + 1")
