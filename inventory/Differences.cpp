@@ -6,6 +6,16 @@
 namespace kecpp {
 namespace {
 
+// Calls `use` with an object of each kind, for its type.
+template <class Use>
+void ForEachType(const Use& use) {
+  use(Host());
+  use(Machine());
+  use(Role());
+  use(Privilege());
+  use(Identity());
+}
+
 template <class Object>
 void FindGone(const Connection& before, const Connection& now, std::vector<Change>& gone) {
   constexpr Kind kind = TypesOf<Object>::kKind;
@@ -29,21 +39,13 @@ void Compare(const Connection& before, const Connection& now, std::vector<Change
 
 std::vector<Change> FindDifferences(const Connection& before, const Connection& now) {
   std::vector<Change> differences;
-  Compare<Host>(before, now, differences);
-  Compare<Machine>(before, now, differences);
-  Compare<Role>(before, now, differences);
-  Compare<Privilege>(before, now, differences);
-  Compare<Identity>(before, now, differences);
+  ForEachType([&](auto type) { Compare<decltype(type)>(before, now, differences); });
   return differences;
 }
 
 std::vector<Change> FindGone(const Connection& before, const Connection& now) {
   std::vector<Change> gone;
-  FindGone<Host>(before, now, gone);
-  FindGone<Machine>(before, now, gone);
-  FindGone<Role>(before, now, gone);
-  FindGone<Privilege>(before, now, gone);
-  FindGone<Identity>(before, now, gone);
+  ForEachType([&](auto type) { FindGone<decltype(type)>(before, now, gone); });
   return gone;
 }
 
